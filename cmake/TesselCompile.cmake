@@ -1,0 +1,23 @@
+# How every target of the project is compiled and linked.
+function(tessel_compile target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  target_compile_definitions(${target} PRIVATE UNICODE _UNICODE WINVER=0x0601 _WIN32_WINNT=0x0601)
+
+  if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+    # offsetof on a class with virtual operations is what the layout checks need; this compiler supports it.
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wpedantic -Wshadow -Wno-invalid-offsetof)
+    # Nothing but Windows' own DLLs may be needed beside the program.
+    target_link_options(${target} PRIVATE -static)
+  elseif(MSVC)
+    target_compile_options(${target} PRIVATE /W4 /permissive- /utf-8)
+  endif()
+  if(TESSEL_WARNINGS_AS_ERRORS)
+    set_target_properties(${target} PROPERTIES COMPILE_WARNING_AS_ERROR ON)
+  endif()
+
+  if(TESSEL_CHECKED)
+    target_compile_options(${target} PRIVATE -fsanitize=undefined -fsanitize-undefined-trap-on-error)
+    target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS)
+  endif()
+endfunction()

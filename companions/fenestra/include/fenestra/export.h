@@ -1,0 +1,16 @@
+#pragma once
+
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+
+#ifdef FENESTRA_BUILD
+/// Marks what Fenestra.dll offers: exported while it is built, imported by everyone else.
+#define FENESTRA_API __declspec(dllexport)
+#else
+#define FENESTRA_API __declspec(dllimport)
+#endif

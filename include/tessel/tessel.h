@@ -1,0 +1,13 @@
+#pragma once
+
+/// @mainpage Tessel
+/// The operating-system abstraction library of a medical imaging workstation. This header brings all of it;
+/// each family also has a header of its own, and that header is its manual.
+
+#include <tessel/mailbox.h>
+#include <tessel/memory.h>
+#include <tessel/postoffice.h>
+#include <tessel/resource.h>
+#include <tessel/status.h>
+#include <tessel/strings.h>
+#include <tessel/synchronisation.h>

@@ -1,0 +1,204 @@
+#include <foundation/Report.h>
+#include <messaging/PostOfficeLock.h>
+#include <messaging/SharedField.h>
+#include <tessel/mailbox.h>
+#include <tessel/status.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+
+namespace {
+
+using tessel::LoadShared;
+using tessel::PostOfficeLock;
+using tessel::ReportUnless;
+using tessel::StoreShared;
+
+constexpr int kAttempts = 100;
+constexpr unsigned long kAttemptPauseMs = 1;
+
+/// Where this process last took a block; under the post office's lock.
+unsigned short allocationCursor = 1;
+/// Whether a low free count is still to be reported; under the post office's lock.
+bool lowWarningArmed = true;
+/// Greatest length that was ever to be sent; for a look with the debugger only.
+std::atomic<unsigned long> longestMessage = 0;
+
+/// Length of both parts and the extra byte; a sum beyond 2^32 - 1 counts as that much.
+/// GUARD-15: the plain sum would wrap and let the parts be copied over the block's end.
+unsigned long TotalLength(unsigned long first, unsigned long second) {
+    const unsigned long long sum = 1ULL + first + second;
+    return static_cast<unsigned long>(std::min(sum, 0xFFFFFFFFULL));
+}
+
+void NoteLength(unsigned long length) {
+    unsigned long longest = longestMessage;
+    while (length > longest && !longestMessage.compare_exchange_weak(longest, length)) {
+    }
+}
+
+} // namespace
+
+/// A message on its way.
+struct CMailBox::Message {
+    HWND receiver;
+    unsigned short receiverSlot;
+    unsigned long msgId;
+    unsigned long length;
+    unsigned long firstLength;
+    const unsigned char *firstData;
+    unsigned long secondLength;
+    const unsigned char *secondData;
+
+    void CopyTo(SBLOCK &block) const {
+        block.Reserved = 0;
+        block.MsgId = msgId;
+        if (firstLength > 0) std::memcpy(block.Data, firstData, firstLength);
+        if (secondLength == 0) return;
+        unsigned char *const behind = block.Data + firstLength;
+        if (secondData != nullptr) {
+            std::memcpy(behind, secondData, secondLength);
+        } else {
+            std::memset(behind, 0, secondLength); // nothing of an earlier message shows through
+        }
+    }
+};
+
+int CMailBox::Send(ORCAOBJID to, unsigned long msgId, unsigned long firstLength, const unsigned char *firstData,
+                   unsigned long secondLength, const unsigned char *secondData) {
+    unsigned short slot = 0;
+    const HWND receiver = GetMailBox(to, slot);
+    if (receiver == nullptr) return ERROR_SERVICE_NOT_FOUND;
+    const unsigned long length = TotalLength(firstLength, secondLength);
+    ReportUnless(SMALL_BLOCK_SIZE >= length, "SMALL_BLOCK_SIZE >= Len", "CMailbox", 59);
+    NoteLength(length);
+    if (length <= SMALL_BLOCK_SIZE && firstData == nullptr && firstLength > 0)
+        return ERROR_INVALID_PARAMETER; // GUARD-09
+
+    const Message message{receiver, slot, msgId, length, firstLength, firstData, secondLength, secondData};
+    int status = ERROR_BUSY;
+    for (int attempt = 0; attempt < kAttempts && status == ERROR_BUSY; ++attempt) {
+        status = Deliver(message);
+        if (status == ERROR_BUSY) Sleep(kAttemptPauseMs);
+    }
+    return status;
+}
+
+int CMailBox::Deliver(const Message &message) {
+    SBLOCK *block = nullptr;
+    int status = AllocateForSend(message, block);
+    if (block == nullptr) return status;
+    message.CopyTo(*block);
+    if (!PostMessageW(message.receiver, MAILBOX_NOTIFICATION, 0, block->BlkNum)) {
+        status = static_cast<int>(GetLastError());
+        (void)ReleaseMemory(block); // allocated just now
+    }
+    return status;
+}
+
+int CMailBox::AllocateForSend(const Message &message, SBLOCK *&block) {
+    const PostOfficeLock lock(m_PostOffice);
+    if (!lock) return ERROR_INVALID_HANDLE;
+    const int status = AllocateSmallBlock(message.length, message.receiverSlot, block);
+    if (block == nullptr) return status;
+    StoreShared(m_pHeader->FreeSmallBlks, m_pHeader->FreeSmallBlks - 1);
+    WatchFreeBlocks();
+    return status;
+}
+
+/// Reports a low free count once, until it has been high again.
+void CMailBox::WatchFreeBlocks() {
+    const std::uint32_t free = m_pHeader->FreeSmallBlks;
+    if (lowWarningArmed && free < m_usLowWater) {
+        lowWarningArmed = false;
+        ReportUnless(false, "!\"Message resources low\"", "CMailbox", 76);
+    } else if (!lowWarningArmed && free > m_usHighWater) {
+        lowWarningArmed = true;
+    }
+}
+
+int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSlot, SBLOCK *&block) {
+    block = nullptr;
+    if (!IsMapped()) return ERROR_NOT_ENOUGH_MEMORY;
+    const bool fits = length <= std::min(m_pHeader->SmallBlkSize, SMALL_BLOCK_SIZE); // GUARD-13
+    ReportUnless(fits, "!\"Message size > pHeader->SmallBlkSize\"", "CMailbox", 189);
+    if (!fits) return ERROR_NOT_ENOUGH_MEMORY;
+    if (receiverSlot >= m_usMailboxCount) return ERROR_SERVICE_NOT_FOUND; // GUARD-16
+
+    // ODD-20: the block at the starting point is not looked at, though it may be the only free one.
+    const unsigned short start = allocationCursor < m_usBlockCount ? allocationCursor : 1;
+    unsigned short cursor = start;
+    do {
+        if (++cursor >= m_usBlockCount) cursor = 1; // block 0 is never handed out
+        if (cursor == start) return ERROR_BUSY;
+    } while (m_pSmallBlocks[cursor].BlkNum != 0);
+    allocationCursor = cursor;
+
+    SBLOCK &found = m_pSmallBlocks[cursor];
+    found.BlkNum = cursor;
+    found.RefCount += 1;
+    found.Length = length;
+    found.Receiver = m_pMailboxes[receiverSlot].ObjId;
+    found.Sender = m_OwnId;
+    block = &found;
+    ReportUnless(found.RefCount == 1, "pSmall[cnt].RefCount == 1", "CMailbox", 182);
+    return STATUS_OK;
+}
+
+/// GUARD-17: a pointer that names no block of the pool is not followed.
+bool CMailBox::IsBlockOfPool(const SBLOCK *block) {
+    if (!IsMapped() || block == nullptr) return false;
+    const auto distance = reinterpret_cast<std::uintptr_t>(block) - reinterpret_cast<std::uintptr_t>(m_pSmallBlocks);
+    return distance < m_usBlockCount * sizeof(SBLOCK) && distance % sizeof(SBLOCK) == 0;
+}
+
+int CMailBox::ReleaseMemory(SBLOCK *block) {
+    const bool valid = IsBlockOfPool(block);
+    ReportUnless(valid, "pBlock", "CMailbox", 206);
+    if (!valid) return 1;
+    const bool inUse = LoadShared(block->BlkNum) != 0;
+    ReportUnless(inUse, "pBlock->BlkNum", "CMailbox", 207);
+    if (!inUse) return 1;
+    const PostOfficeLock lock(m_PostOffice);
+    if (!lock) return 1;
+    if (block->BlkNum == 0) return 1; // released by another thread in between, which has counted it
+    FreeBlock(*block);
+    return 0;
+}
+
+/// Returns a block to the pool; under the post office's lock.
+void CMailBox::FreeBlock(SBLOCK &block) {
+    StoreShared<std::uint16_t>(block.BlkNum, 0);
+    block.RefCount -= 1;
+    ReportUnless(block.RefCount == 0, "pBlock->RefCount == 0", "CMailbox", 199);
+    StoreShared(m_pHeader->FreeSmallBlks, m_pHeader->FreeSmallBlks + 1);
+}
+
+void CMailBox::FreeBlocksOf(unsigned long receiver) {
+    for (SBLOCK *block = m_pSmallBlocks; block != m_pSmallBlocks + m_usBlockCount; ++block) {
+        if (block->BlkNum != 0 && block->Receiver == receiver) FreeBlock(*block);
+    }
+}
+
+SBLOCK *CMailBox::GetMessageBlock(unsigned int index) {
+    return IsMapped() && index < m_usBlockCount ? m_pSmallBlocks + index : nullptr;
+}
+
+SBLOCK *CMailBox::GetDirectMessage(unsigned short index) {
+    if (!IsMapped()) return nullptr;
+    // ODD-21: not checked; the sum is made on numbers, since it may lie outside the pool.
+    return reinterpret_cast<SBLOCK *>(reinterpret_cast<std::uintptr_t>(m_pSmallBlocks) + index * sizeof(SBLOCK));
+}
+
+int CMailBox::MsgResourcesLow() {
+    return GetFreeBlockCount() < m_usLowWater ? 1 : 0;
+}
+
+int CMailBox::MsgResourcesHigh() {
+    return m_usHighWater < GetFreeBlockCount() ? 1 : 0;
+}
+
+unsigned long CMailBox::GetFreeBlockCount() {
+    return IsMapped() ? LoadShared(m_pHeader->FreeSmallBlks) : 0;
+}

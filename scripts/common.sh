@@ -1,0 +1,24 @@
+# shellcheck shell=bash
+# What the commands of ./dev share: places, messages, packages, Wine.
+
+root=${root:-$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)}
+build=$root/build
+
+say() { printf 'dev: %s\n' "$*"; }
+
+fail() {
+    printf 'dev: %s\n' "$*" >&2
+    exit 1
+}
+
+# Keeps a second ./dev in the same tree from sharing, and ending, this one's Wine server.
+take_turn() {
+    mkdir -p "$build"
+    exec 9>"$build/.lock"
+    flock -n 9 || {
+        say "waiting for another ./dev in this tree"
+        flock 9
+    }
+}
+
+windows_path() { printf 'Z:%s' "${1//\//\\}"; }

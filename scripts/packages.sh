@@ -1,0 +1,81 @@
+# shellcheck shell=bash
+# Which Debian packages each job needs, and how they are installed.
+
+build_packages=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix binutils cmake ninja-build googletest)
+run_packages=(wine wine64 xvfb)
+wine32_package=wine32:i386
+lint_packages=(clang-format clang-tidy doxygen shellcheck)
+bench_packages=(dpkg-dev)
+
+# Present when this machine could not be given a 32-bit Wine; ./dev setup tries again.
+no_wine32_mark=$build/.no-wine32
+
+installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
+
+missing_of() {
+    local package
+    for package in "$@"; do
+        installed "$package" || printf '%s\n' "$package"
+    done
+}
+
+apt() { DEBIAN_FRONTEND=noninteractive apt-get -qq -o Dpkg::Use-Pty=0 "$@" </dev/null; }
+
+apt_install() { apt install -y --no-install-recommends "$@" >>"$build/setup.log" 2>&1; }
+
+need_root_for() {
+    [ "$(id -u)" = 0 ] && return
+    fail "missing packages: $* - run: sudo ./dev setup --packages"
+}
+
+install_packages() {
+    local missing
+    mapfile -t missing < <(missing_of "$@")
+    [ ${#missing[@]} = 0 ] && return
+    need_root_for "${missing[@]}"
+    say "installing ${missing[*]}"
+    apt update >>"$build/setup.log" 2>&1 || true
+    apt_install "${missing[@]}" || {
+        tail -n 20 "$build/setup.log" >&2
+        fail "apt-get could not install: ${missing[*]} (log: build/setup.log)"
+    }
+}
+
+# The security archive's i386 index can lag behind its amd64 one, and then the two
+# architectures cannot share one version of a library. Preferring the main archive gives both
+# the same one: a priority of 900 for packages that are new, 1001 where one has to step back.
+install_from_main_archive() {
+    local priority=$1 preferences=$build/main-archive.pref
+    shift
+    printf 'Package: *\nPin: release l=Debian\nPin-Priority: %s\n' "$priority" >"$preferences"
+    apt_install -o Dir::Etc::Preferences="$preferences" --allow-downgrades "$@"
+}
+
+# Both bitnesses of Wine are asked for in one go, so that their libraries can be matched.
+install_wine_for_both() {
+    [ -e "$no_wine32_mark" ] && return
+    installed "$wine32_package" && return
+    need_root_for "$wine32_package"
+    say "installing ${run_packages[*]} $wine32_package"
+    dpkg --add-architecture i386
+    apt update >>"$build/setup.log" 2>&1 || true
+    apt_install "${run_packages[@]}" "$wine32_package" ||
+        install_from_main_archive 900 "${run_packages[@]}" "$wine32_package" ||
+        install_from_main_archive 1001 "${run_packages[@]}" "$wine32_package" ||
+        touch "$no_wine32_mark"
+}
+
+have_wine32() { installed "$wine32_package"; }
+
+need_build_packages() { install_packages "${build_packages[@]}"; }
+
+need_run_packages() {
+    install_wine_for_both
+    install_packages "${run_packages[@]}"
+    have_wine32 || say "no 32-bit Wine can be had on this machine: the 64-bit build is used"
+}
+
+# The bitnesses whose programs can be run here.
+runnable_bits() {
+    if have_wine32; then echo "32 64"; else echo 64; fi
+}

@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# ./dev setup [--packages]: installs what is missing; --packages leaves the Wine prefix alone.
+set -euo pipefail
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+# shellcheck source=scripts/packages.sh
+source "$root/scripts/packages.sh"
+# shellcheck source=scripts/wine.sh
+source "$root/scripts/wine.sh"
+
+take_turn
+rm -f "$no_wine32_mark"
+need_build_packages
+need_run_packages
+install_packages "${lint_packages[@]}" "${bench_packages[@]}"
+[ "${1:-}" = --packages ] || need_prefix
+say "everything is in place"

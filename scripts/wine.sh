@@ -1,0 +1,70 @@
+# shellcheck shell=bash
+# A Wine prefix inside build/, and a display and a Wine server for as long as a command runs.
+
+export WINEPREFIX=$build/wine
+export WINEDEBUG=${WINEDEBUG:--all}
+# A crash must end the program, not wait in a debugger; no download dialogs either.
+export WINEDLLOVERRIDES='winedbg.exe=d;mscoree=d;mshtml=d'
+
+prefix_mark=$WINEPREFIX/.tessel-ready
+
+start_display() {
+    local number
+    exec 8< <(exec Xvfb -displayfd 1 -screen 0 1280x1024x24 -nolisten tcp 2>/dev/null 9>&-)
+    xvfb_pid=$!
+    read -r -t 20 number <&8 || fail "Xvfb did not start"
+    exec 8<&-
+    export DISPLAY=:$number
+}
+
+stop_display() {
+    [ -n "${xvfb_pid:-}" ] || return 0
+    kill "$xvfb_pid" 2>/dev/null || true
+    wait "$xvfb_pid" 2>/dev/null || true
+    xvfb_pid=
+}
+
+# Files that are Wine's own are linked, not copied: 1.3 GB become 0.15 GB.
+link_wine_files() {
+    local folder=$1 own=$2 file name
+    [ -d "$folder" ] && [ -d "$own" ] || return 0
+    for file in "$folder"/*; do
+        name=${file##*/}
+        if [ -f "$file" ] && [ ! -L "$file" ] && cmp -s "$file" "$own/$name"; then
+            ln -sf "$own/$name" "$file"
+        fi
+    done
+}
+
+create_prefix() {
+    say "creating a Wine prefix in build/wine"
+    rm -rf "$WINEPREFIX"
+    timeout 300 wineboot -i >"$build/wineboot.log" 2>&1 9>&- || fail "wineboot failed (log: build/wineboot.log)"
+    timeout 60 wineserver -w
+    link_wine_files "$WINEPREFIX/drive_c/windows/system32" /usr/lib/x86_64-linux-gnu/wine/x86_64-windows
+    link_wine_files "$WINEPREFIX/drive_c/windows/syswow64" /usr/lib/i386-linux-gnu/wine/i386-windows
+    touch "$prefix_mark"
+}
+
+need_prefix() {
+    [ -e "$prefix_mark" ] && return
+    start_display
+    create_prefix
+    stop_display
+}
+
+# A server that outlives the single program makes each start quick; the warm-up program
+# writes to a file because the server keeps the pipes of whoever starts it.
+start_wine() {
+    need_prefix
+    start_display
+    trap stop_wine EXIT
+    trap 'exit 130' INT TERM
+    timeout 60 wineserver -p 9>&- >/dev/null 2>&1
+    timeout 120 wine cmd /c exit >"$build/warm-up.log" 2>&1 9>&- || fail "Wine does not start (log: build/warm-up.log)"
+}
+
+stop_wine() {
+    timeout 30 wineserver -k >/dev/null 2>&1 || true
+    stop_display
+}
