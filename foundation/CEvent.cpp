@@ -3,15 +3,15 @@
 #include <cstddef>
 
 struct CEventLayout {
-    static_assert(offsetof(CEvent, m_hEvent) == sizeof(void *));
-    static_assert(sizeof(CEvent) == 2 * sizeof(void *));
+    static_assert(offsetof(CEvent, m_hEvent) == sizeof(void*));
+    static_assert(sizeof(CEvent) == 2 * sizeof(void*));
 };
 
 namespace {
 
 constexpr unsigned long kNotSignalled = 0xFFFFFFFF;
 
-HANDLE CreateOpenToAll(const wchar_t *name, int manualReset, int initialState) {
+HANDLE CreateOpenToAll(const wchar_t* name, int manualReset, int initialState) {
     SECURITY_DESCRIPTOR descriptor;
     SECURITY_ATTRIBUTES attributes{sizeof attributes, &descriptor, FALSE};
     const bool described = InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION) != 0 &&
@@ -33,7 +33,7 @@ unsigned long StatusOf(BOOL succeeded) {
 
 } // namespace
 
-CEvent::CEvent(const wchar_t *name, int manualReset, int initialState, int openToAll) : m_hEvent(nullptr) {
+CEvent::CEvent(const wchar_t* name, int manualReset, int initialState, int openToAll) : m_hEvent(nullptr) {
     if (name != nullptr) {
         m_hEvent = OpenEventW(EVENT_ALL_ACCESS, TRUE, name);
         if (m_hEvent == nullptr && GetLastError() != ERROR_FILE_NOT_FOUND) m_hEvent = INVALID_HANDLE_VALUE;

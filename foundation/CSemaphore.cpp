@@ -3,18 +3,18 @@
 #include <cstddef>
 
 struct CSemaphoreLayout {
-    static_assert(offsetof(CSemaphore, m_ulLastError) == sizeof(void *));
-    static_assert(offsetof(CSemaphore, m_hSemaphore) == 2 * sizeof(void *));
-    static_assert(sizeof(CSemaphore) == 3 * sizeof(void *));
+    static_assert(offsetof(CSemaphore, m_ulLastError) == sizeof(void*));
+    static_assert(offsetof(CSemaphore, m_hSemaphore) == 2 * sizeof(void*));
+    static_assert(sizeof(CSemaphore) == 3 * sizeof(void*));
 };
 
-CSemaphore::CSemaphore(const wchar_t *name, long initial, long maximum) : m_ulLastError(0), m_hSemaphore(nullptr) {
+CSemaphore::CSemaphore(const wchar_t* name, long initial, long maximum) : m_ulLastError(0), m_hSemaphore(nullptr) {
     if (name != nullptr) m_hSemaphore = OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, TRUE, name);
     if (m_hSemaphore == nullptr) m_hSemaphore = CreateSemaphoreW(nullptr, initial, maximum, name);
     m_ulLastError = GetLastError();
 }
 
-CSemaphore::CSemaphore(const wchar_t *name, int signal)
+CSemaphore::CSemaphore(const wchar_t* name, int signal)
     : m_ulLastError(0), m_hSemaphore(OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, TRUE, name)) {
     if (m_hSemaphore == nullptr) {
         m_hSemaphore = CreateSemaphoreW(nullptr, 0, 10000, name);
@@ -34,7 +34,7 @@ int CSemaphore::WaitOnSemaphore(unsigned long timeoutMs) {
     return result == WAIT_OBJECT_0 ? 0 : 1;
 }
 
-int CSemaphore::WaitOnSemaphoreA(unsigned long timeoutMs, void *handle) {
+int CSemaphore::WaitOnSemaphoreA(unsigned long timeoutMs, void* handle) {
     if (handle == nullptr) handle = m_hSemaphore;
     for (;;) {
         const DWORD result = WaitForSingleObjectEx(handle, timeoutMs, FALSE);

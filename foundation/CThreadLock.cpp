@@ -2,7 +2,7 @@
 
 static_assert(sizeof(CThreadLock) == sizeof(CSemaphore));
 
-CThreadLock::CThreadLock(const wchar_t *name) : CSemaphore(name, 1, 1) {}
+CThreadLock::CThreadLock(const wchar_t* name) : CSemaphore(name, 1, 1) {}
 
 int CThreadLock::Lock(unsigned long timeoutMs) {
     return WaitOnSemaphore(timeoutMs);

@@ -7,11 +7,11 @@
 
 // The word behind the virtual table, the count and the array take 4 bytes each on 32 bits.
 struct CWaitLayout {
-    static_assert(offsetof(CWait, m_ulSpare) == sizeof(void *));
-    static_assert(offsetof(CWait, m_ulCount) == sizeof(void *) + 4);
-    static_assert(sizeof(void *) != 4 || offsetof(CWait, m_pHandles) == 12);
-    static_assert(sizeof(void *) != 4 || offsetof(CWait, m_Lock) == 16);
-    static_assert(sizeof(void *) != 4 || sizeof(CWait) == 28);
+    static_assert(offsetof(CWait, m_ulSpare) == sizeof(void*));
+    static_assert(offsetof(CWait, m_ulCount) == sizeof(void*) + 4);
+    static_assert(sizeof(void*) != 4 || offsetof(CWait, m_pHandles) == 12);
+    static_assert(sizeof(void*) != 4 || offsetof(CWait, m_Lock) == 16);
+    static_assert(sizeof(void*) != 4 || sizeof(CWait) == 28);
 };
 
 namespace {
@@ -20,19 +20,19 @@ constexpr unsigned long kNotSignalled = 0xFFFFFFFF;
 
 class Locked {
 public:
-    explicit Locked(CThreadLock &lock) : m_lock(lock) { (void)m_lock.Lock(INFINITE); } // cannot time out
+    explicit Locked(CThreadLock& lock) : m_lock(lock) { (void)m_lock.Lock(INFINITE); } // cannot time out
     ~Locked() { (void)m_lock.Unlock(); }
-    Locked(const Locked &) = delete;
-    Locked &operator=(const Locked &) = delete;
+    Locked(const Locked&) = delete;
+    Locked& operator=(const Locked&) = delete;
 
 private:
-    CThreadLock &m_lock;
+    CThreadLock& m_lock;
 };
 
 /// The handles as they were when a wait began; what the system can wait for needs no allocation.
 class HandleCopy {
 public:
-    HandleCopy(CThreadLock &lock, const unsigned long &count, HANDLE *const &handles) {
+    HandleCopy(CThreadLock& lock, const unsigned long& count, HANDLE* const& handles) {
         const Locked locked(lock);
         m_count = count;
         if (m_count > MAXIMUM_WAIT_OBJECTS) m_large.reset(new (std::nothrow) HANDLE[m_count]);
@@ -40,7 +40,7 @@ public:
     }
     bool Failed() const { return m_count > MAXIMUM_WAIT_OBJECTS && m_large == nullptr; }
     unsigned long Count() const { return m_count; }
-    HANDLE *Handles() { return m_count > MAXIMUM_WAIT_OBJECTS ? m_large.get() : m_small; }
+    HANDLE* Handles() { return m_count > MAXIMUM_WAIT_OBJECTS ? m_large.get() : m_small; }
 
 private:
     unsigned long m_count;
@@ -48,13 +48,13 @@ private:
     std::unique_ptr<HANDLE[]> m_large;
 };
 
-HANDLE *CopyOf(const HANDLE *handles, unsigned long count, unsigned long room) {
-    HANDLE *const copy = room == 0 ? nullptr : new (std::nothrow) HANDLE[room];
+HANDLE* CopyOf(const HANDLE* handles, unsigned long count, unsigned long room) {
+    HANDLE* const copy = room == 0 ? nullptr : new (std::nothrow) HANDLE[room];
     if (copy != nullptr) std::copy_n(handles, count, copy);
     return copy;
 }
 
-DWORD WaitFor(HandleCopy &objects, unsigned long timeoutMs, bool waitAll) {
+DWORD WaitFor(HandleCopy& objects, unsigned long timeoutMs, bool waitAll) {
     if (objects.Count() == 1) return WaitForSingleObjectEx(objects.Handles()[0], timeoutMs, FALSE);
     return WaitForMultipleObjectsEx(objects.Count(), objects.Handles(), waitAll, timeoutMs, FALSE);
 }
@@ -64,15 +64,15 @@ DWORD WaitFor(HandleCopy &objects, unsigned long timeoutMs, bool waitAll) {
 CWait::CWait() : m_ulSpare(0), m_ulCount(0), m_pHandles(nullptr), m_Lock(nullptr) {}
 
 // GUARD-05: each copy has an array of its own, where sharing it would free it twice.
-CWait::CWait(const CWait &other)
+CWait::CWait(const CWait& other)
     : m_ulSpare(other.m_ulSpare), m_ulCount(other.m_ulCount),
       m_pHandles(CopyOf(other.m_pHandles, other.m_ulCount, other.m_ulCount)), m_Lock(other.m_Lock) {
     if (m_pHandles == nullptr) m_ulCount = 0;
 }
 
-CWait &CWait::operator=(const CWait &other) {
+CWait& CWait::operator=(const CWait& other) {
     if (this == &other) return *this;
-    HANDLE *const copy = CopyOf(other.m_pHandles, other.m_ulCount, other.m_ulCount);
+    HANDLE* const copy = CopyOf(other.m_pHandles, other.m_ulCount, other.m_ulCount);
     delete[] m_pHandles;
     m_pHandles = copy;
     m_ulCount = copy == nullptr ? 0 : other.m_ulCount;
@@ -85,25 +85,25 @@ CWait::~CWait() {
     delete[] m_pHandles;
 }
 
-void CWait::AddObject(const CEvent &object) {
+void CWait::AddObject(const CEvent& object) {
     Add(object.GetHandle());
 }
 
-void CWait::AddObject(const CSemaphore &object) {
+void CWait::AddObject(const CSemaphore& object) {
     Add(object.GetHandle());
 }
 
-void CWait::DeleteObject(const CEvent &object) {
+void CWait::DeleteObject(const CEvent& object) {
     Delete(object.GetHandle());
 }
 
-void CWait::DeleteObject(const CSemaphore &object) {
+void CWait::DeleteObject(const CSemaphore& object) {
     Delete(object.GetHandle());
 }
 
 void CWait::Add(HANDLE handle) {
     const Locked locked(m_Lock);
-    HANDLE *const longer = CopyOf(m_pHandles, m_ulCount, m_ulCount + 1);
+    HANDLE* const longer = CopyOf(m_pHandles, m_ulCount, m_ulCount + 1);
     if (longer == nullptr) return;
     longer[m_ulCount] = handle;
     delete[] m_pHandles;
@@ -113,18 +113,18 @@ void CWait::Add(HANDLE handle) {
 
 void CWait::Delete(HANDLE handle) {
     const Locked locked(m_Lock);
-    HANDLE *const end = m_pHandles + m_ulCount;
-    HANDLE *const found = std::find(m_pHandles, end, handle);
+    HANDLE* const end = m_pHandles + m_ulCount;
+    HANDLE* const found = std::find(m_pHandles, end, handle);
     if (found == end) return;
     m_ulCount -= 1;
     // ODD-09: the copy runs upwards over itself, so the removed handle stays and its followers go.
-    for (HANDLE *entry = found; entry != end - 1; ++entry) entry[1] = entry[0];
+    for (HANDLE* entry = found; entry != end - 1; ++entry) entry[1] = entry[0];
     if (m_ulCount > 0) return;
     delete[] m_pHandles;
     m_pHandles = nullptr;
 }
 
-unsigned long CWait::WaitOnObjects(void *&signalled, unsigned long timeoutMs, bool waitAll) {
+unsigned long CWait::WaitOnObjects(void*& signalled, unsigned long timeoutMs, bool waitAll) {
     HandleCopy objects(m_Lock, m_ulCount, m_pHandles);
     if (objects.Count() == 0) return 0;
     const DWORD result = objects.Failed() ? WAIT_FAILED : WaitFor(objects, timeoutMs, waitAll);
@@ -138,20 +138,20 @@ unsigned long CWait::WaitOnObjects(void *&signalled, unsigned long timeoutMs, bo
 }
 
 unsigned long CWait::WaitOnAnyObject(unsigned long timeoutMs) {
-    void *discarded = nullptr;
+    void* discarded = nullptr;
     return WaitOnObjects(discarded, timeoutMs, false);
 }
 
-unsigned long CWait::WaitOnAnyObject(void *&signalled, unsigned long timeoutMs) {
+unsigned long CWait::WaitOnAnyObject(void*& signalled, unsigned long timeoutMs) {
     return WaitOnObjects(signalled, timeoutMs, false);
 }
 
 unsigned long CWait::WaitOnAllObjects(unsigned long timeoutMs) {
-    void *discarded = nullptr;
+    void* discarded = nullptr;
     return WaitOnObjects(discarded, timeoutMs, true);
 }
 
-unsigned long CWait::WaitOnAnyObjectOrMsg(void *&signalled, MSG &message, unsigned long timeoutMs) {
+unsigned long CWait::WaitOnAnyObjectOrMsg(void*& signalled, MSG& message, unsigned long timeoutMs) {
     signalled = nullptr;
     message = MSG{};
     HandleCopy objects(m_Lock, m_ulCount, m_pHandles);

@@ -31,7 +31,7 @@ unsigned long TesselSetStringModule(HINSTANCE module) {
     return STATUS_OK;
 }
 
-int TesselLoadString(unsigned int id, wchar_t *buffer, int sizeInChars) {
+int TesselLoadString(unsigned int id, wchar_t* buffer, int sizeInChars) {
     if (buffer == nullptr || sizeInChars < 1) return 0;
     buffer[0] = L'\0';
     if (stringModule == nullptr || id == 0) return 0;

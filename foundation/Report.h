@@ -9,7 +9,7 @@ namespace tessel {
 /// @param expression  text of the condition, or of the message in the form !"text"
 /// @param source      bare name of the source file
 /// @param line        line that belongs to the report
-inline void ReportUnless(bool holds, const char *expression, const char *source, unsigned int line) {
+inline void ReportUnless(bool holds, const char* expression, const char* source, unsigned int line) {
     if (!holds) WndLogAssert(expression, source, line);
 }
 

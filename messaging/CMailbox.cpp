@@ -8,7 +8,7 @@
 #include <cstddef>
 
 struct CMailBoxLayout {
-    static constexpr bool kOn32Bits = sizeof(void *) == 4;
+    static constexpr bool kOn32Bits = sizeof(void*) == 4;
     static_assert(!kOn32Bits || offsetof(CMailBox, m_PostOffice) == 4);
     static_assert(!kOn32Bits || offsetof(CMailBox, m_pHeader) == 8);
     static_assert(!kOn32Bits || offsetof(CMailBox, m_pSmallBlocks) == 16);
@@ -61,7 +61,7 @@ int CMailBox::RegisterMailbox(HWND hWnd) {
     const PostOfficeLock lock(m_PostOffice);
     if (!lock) return 1;
     for (unsigned short slot = 1; slot < m_usMailboxCount; ++slot) {
-        MAILBOX &mailbox = m_pMailboxes[slot];
+        MAILBOX& mailbox = m_pMailboxes[slot];
         if (mailbox.InUse != 0) continue;
         mailbox.InUse = 1;
         mailbox.ProcessId = m_ulProcessId;
@@ -86,12 +86,12 @@ int CMailBox::UnregisterMailbox() {
     return 0;
 }
 
-HWND CMailBox::GetMailBox(ORCAOBJID id, unsigned short &slot) {
+HWND CMailBox::GetMailBox(ORCAOBJID id, unsigned short& slot) {
     slot = 0;
     HWND found = nullptr;
     if (!IsMapped()) return found;
     for (unsigned short candidate = 1; candidate < m_usMailboxCount; ++candidate) {
-        const MAILBOX &mailbox = m_pMailboxes[candidate];
+        const MAILBOX& mailbox = m_pMailboxes[candidate];
         if (LoadShared(mailbox.ObjId) != id) continue;
         found = tessel::FromShared(LoadShared(mailbox.hWnd));
         slot = candidate;
@@ -100,7 +100,7 @@ HWND CMailBox::GetMailBox(ORCAOBJID id, unsigned short &slot) {
     return found;
 }
 
-MAILBOX *CMailBox::GetMailboxAddr() {
+MAILBOX* CMailBox::GetMailboxAddr() {
     return IsMapped() ? m_pMailboxes + m_usSlot : nullptr;
 }
 
@@ -110,7 +110,7 @@ int CMailBox::CleanUp(ORCAOBJID keep) {
     if (!lock) return 0;
     CResource resources;
     unsigned long lastProcess = 0;
-    for (MAILBOX *mailbox = m_pMailboxes; mailbox != m_pMailboxes + m_usMailboxCount; ++mailbox) {
+    for (MAILBOX* mailbox = m_pMailboxes; mailbox != m_pMailboxes + m_usMailboxCount; ++mailbox) {
         if (mailbox->ObjId == 0 || mailbox->ObjId == keep) continue;
         if (mailbox->ProcessId != lastProcess) (void)resources.ResetProcess(mailbox->ProcessId); // always 0
         lastProcess = mailbox->ProcessId;
@@ -120,7 +120,7 @@ int CMailBox::CleanUp(ORCAOBJID keep) {
     return 0;
 }
 
-unsigned short CMailBox::BuildDirectoryList(MONITOR_LEVEL *list, int max) {
+unsigned short CMailBox::BuildDirectoryList(MONITOR_LEVEL* list, int max) {
     unsigned short count = 0;
     if (!IsMapped() || list == nullptr) return count; // GUARD-09
     for (unsigned short slot = 0; slot < m_usMailboxCount && count < max; ++slot) {

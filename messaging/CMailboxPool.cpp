@@ -47,16 +47,16 @@ struct CMailBox::Message {
     unsigned long msgId;
     unsigned long length;
     unsigned long firstLength;
-    const unsigned char *firstData;
+    const unsigned char* firstData;
     unsigned long secondLength;
-    const unsigned char *secondData;
+    const unsigned char* secondData;
 
-    void CopyTo(SBLOCK &block) const {
+    void CopyTo(SBLOCK& block) const {
         block.Reserved = 0;
         block.MsgId = msgId;
         if (firstLength > 0) std::memcpy(block.Data, firstData, firstLength);
         if (secondLength == 0) return;
-        unsigned char *const behind = block.Data + firstLength;
+        unsigned char* const behind = block.Data + firstLength;
         if (secondData != nullptr) {
             std::memcpy(behind, secondData, secondLength);
         } else {
@@ -65,8 +65,8 @@ struct CMailBox::Message {
     }
 };
 
-int CMailBox::Send(ORCAOBJID to, unsigned long msgId, unsigned long firstLength, const unsigned char *firstData,
-                   unsigned long secondLength, const unsigned char *secondData) {
+int CMailBox::Send(ORCAOBJID to, unsigned long msgId, unsigned long firstLength, const unsigned char* firstData,
+                   unsigned long secondLength, const unsigned char* secondData) {
     unsigned short slot = 0;
     const HWND receiver = GetMailBox(to, slot);
     if (receiver == nullptr) return ERROR_SERVICE_NOT_FOUND;
@@ -85,8 +85,8 @@ int CMailBox::Send(ORCAOBJID to, unsigned long msgId, unsigned long firstLength,
     return status;
 }
 
-int CMailBox::Deliver(const Message &message) {
-    SBLOCK *block = nullptr;
+int CMailBox::Deliver(const Message& message) {
+    SBLOCK* block = nullptr;
     int status = AllocateForSend(message, block);
     if (block == nullptr) return status;
     message.CopyTo(*block);
@@ -97,7 +97,7 @@ int CMailBox::Deliver(const Message &message) {
     return status;
 }
 
-int CMailBox::AllocateForSend(const Message &message, SBLOCK *&block) {
+int CMailBox::AllocateForSend(const Message& message, SBLOCK*& block) {
     const PostOfficeLock lock(m_PostOffice);
     if (!lock) return ERROR_INVALID_HANDLE;
     const int status = AllocateSmallBlock(message.length, message.receiverSlot, block);
@@ -118,7 +118,7 @@ void CMailBox::WatchFreeBlocks() {
     }
 }
 
-int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSlot, SBLOCK *&block) {
+int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSlot, SBLOCK*& block) {
     block = nullptr;
     if (!IsMapped()) return ERROR_NOT_ENOUGH_MEMORY;
     const bool fits = length <= std::min(m_pHeader->SmallBlkSize, SMALL_BLOCK_SIZE); // GUARD-13
@@ -135,7 +135,7 @@ int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSl
     } while (m_pSmallBlocks[cursor].BlkNum != 0);
     allocationCursor = cursor;
 
-    SBLOCK &found = m_pSmallBlocks[cursor];
+    SBLOCK& found = m_pSmallBlocks[cursor];
     found.BlkNum = cursor;
     found.RefCount += 1;
     found.Length = length;
@@ -147,13 +147,13 @@ int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSl
 }
 
 /// GUARD-17: a pointer that names no block of the pool is not followed.
-bool CMailBox::IsBlockOfPool(const SBLOCK *block) {
+bool CMailBox::IsBlockOfPool(const SBLOCK* block) {
     if (!IsMapped() || block == nullptr) return false;
     const auto distance = reinterpret_cast<std::uintptr_t>(block) - reinterpret_cast<std::uintptr_t>(m_pSmallBlocks);
     return distance < m_usBlockCount * sizeof(SBLOCK) && distance % sizeof(SBLOCK) == 0;
 }
 
-int CMailBox::ReleaseMemory(SBLOCK *block) {
+int CMailBox::ReleaseMemory(SBLOCK* block) {
     const bool valid = IsBlockOfPool(block);
     ReportUnless(valid, "pBlock", "CMailbox", 206);
     if (!valid) return 1;
@@ -168,7 +168,7 @@ int CMailBox::ReleaseMemory(SBLOCK *block) {
 }
 
 /// Returns a block to the pool; under the post office's lock.
-void CMailBox::FreeBlock(SBLOCK &block) {
+void CMailBox::FreeBlock(SBLOCK& block) {
     StoreShared<std::uint16_t>(block.BlkNum, 0);
     block.RefCount -= 1;
     ReportUnless(block.RefCount == 0, "pBlock->RefCount == 0", "CMailbox", 199);
@@ -176,19 +176,19 @@ void CMailBox::FreeBlock(SBLOCK &block) {
 }
 
 void CMailBox::FreeBlocksOf(unsigned long receiver) {
-    for (SBLOCK *block = m_pSmallBlocks; block != m_pSmallBlocks + m_usBlockCount; ++block) {
+    for (SBLOCK* block = m_pSmallBlocks; block != m_pSmallBlocks + m_usBlockCount; ++block) {
         if (block->BlkNum != 0 && block->Receiver == receiver) FreeBlock(*block);
     }
 }
 
-SBLOCK *CMailBox::GetMessageBlock(unsigned int index) {
+SBLOCK* CMailBox::GetMessageBlock(unsigned int index) {
     return IsMapped() && index < m_usBlockCount ? m_pSmallBlocks + index : nullptr;
 }
 
-SBLOCK *CMailBox::GetDirectMessage(unsigned short index) {
+SBLOCK* CMailBox::GetDirectMessage(unsigned short index) {
     if (!IsMapped()) return nullptr;
     // ODD-21: not checked; the sum is made on numbers, since it may lie outside the pool.
-    return reinterpret_cast<SBLOCK *>(reinterpret_cast<std::uintptr_t>(m_pSmallBlocks) + index * sizeof(SBLOCK));
+    return reinterpret_cast<SBLOCK*>(reinterpret_cast<std::uintptr_t>(m_pSmallBlocks) + index * sizeof(SBLOCK));
 }
 
 int CMailBox::MsgResourcesLow() {

@@ -12,9 +12,9 @@
 #include <limits>
 
 struct CMemoryLayout {
-    static constexpr bool kOn32Bits = sizeof(void *) == 4;
-    static_assert(offsetof(CMemory, m_hHandle) == sizeof(void *));
-    static_assert(offsetof(CMemory, m_szName) == 3 * sizeof(void *));
+    static constexpr bool kOn32Bits = sizeof(void*) == 4;
+    static_assert(offsetof(CMemory, m_hHandle) == sizeof(void*));
+    static_assert(offsetof(CMemory, m_szName) == 3 * sizeof(void*));
     static_assert(!kOn32Bits || offsetof(CMemory, m_pBuffer) == 532);
     static_assert(!kOn32Bits || offsetof(CMemory, m_iKind) == 540);
     static_assert(!kOn32Bits || offsetof(CMemory, m_ulReadCursor) == 548);
@@ -40,17 +40,17 @@ template <class Resource> Resource Share(Resource resource) {
     return AddOwner(resource) ? resource : nullptr;
 }
 
-void FreeHeap(unsigned char *buffer) {
+void FreeHeap(unsigned char* buffer) {
     if (buffer != nullptr && RemoveOwner(buffer)) std::free(buffer);
 }
 
 /// Resizes a buffer that may be shared: the others then keep the old one.
 /// @return the buffer; null without memory, and then the old one is unchanged
-unsigned char *ResizeHeap(unsigned char *buffer, std::size_t oldSize, std::size_t newSize) {
+unsigned char* ResizeHeap(unsigned char* buffer, std::size_t oldSize, std::size_t newSize) {
     if (buffer == nullptr || !tessel::IsShared(buffer)) {
-        return static_cast<unsigned char *>(std::realloc(buffer, newSize));
+        return static_cast<unsigned char*>(std::realloc(buffer, newSize));
     }
-    auto *const own = static_cast<unsigned char *>(std::malloc(newSize));
+    auto* const own = static_cast<unsigned char*>(std::malloc(newSize));
     if (own == nullptr) return nullptr;
     std::memcpy(own, buffer, std::min(oldSize, newSize));
     FreeHeap(buffer);
@@ -60,21 +60,21 @@ unsigned char *ResizeHeap(unsigned char *buffer, std::size_t oldSize, std::size_
 /// A caller's pointer, which may point into the very buffer that is about to move.
 template <class Byte> class CallersRange {
 public:
-    CallersRange(Byte *range, unsigned char *buffer, unsigned long size)
+    CallersRange(Byte* range, unsigned char* buffer, unsigned long size)
         : m_range(range),
           m_inside(buffer != nullptr && !std::less<>{}(range, buffer) && std::less<>{}(range, buffer + size)),
           m_distance(m_inside ? range - buffer : 0) {}
-    Byte *Now(unsigned char *buffer) const { return m_inside ? buffer + m_distance : m_range; }
+    Byte* Now(unsigned char* buffer) const { return m_inside ? buffer + m_distance : m_range; }
 
 private:
-    Byte *m_range;
+    Byte* m_range;
     bool m_inside;
     std::ptrdiff_t m_distance;
 };
 
 } // namespace
 
-CMemory::CMemory(int kind, unsigned long size, const wchar_t *name, OPENTYPE openType, int readOnly)
+CMemory::CMemory(int kind, unsigned long size, const wchar_t* name, OPENTYPE openType, int readOnly)
     : m_hHandle(nullptr), m_hMapping(nullptr), m_szName{}, m_pBuffer(nullptr), m_pReadCopy(nullptr), m_iKind(kind),
       m_ulSize(0), m_ulReadCursor(0), m_ulWriteCursor(0), m_ulReadCopyCapacity(0), m_ulRequestedSize(0), m_iStatus(0),
       m_iNewFile(1) {
@@ -93,11 +93,11 @@ CMemory::CMemory(int kind, unsigned long size, const wchar_t *name, OPENTYPE ope
     }
 }
 
-CMemory::CMemory(const CMemory &other) {
+CMemory::CMemory(const CMemory& other) {
     ShareWith(other);
 }
 
-CMemory &CMemory::operator=(const CMemory &other) {
+CMemory& CMemory::operator=(const CMemory& other) {
     if (this == &other) return *this;
     LetGo();
     ShareWith(other);
@@ -108,12 +108,12 @@ CMemory::~CMemory() {
     LetGo();
 }
 
-void CMemory::KeepName(const wchar_t *name) {
+void CMemory::KeepName(const wchar_t* name) {
     (void)CopyString(m_szName, name, sizeof m_szName / sizeof m_szName[0]); // a longer name is cut
 }
 
 // GUARD-06: copies hold the same buffers and handles by value, where each freeing them would free them twice.
-void CMemory::ShareWith(const CMemory &other) {
+void CMemory::ShareWith(const CMemory& other) {
     m_pBuffer = Share(other.m_pBuffer);
     m_pReadCopy = Share(other.m_pReadCopy);
     m_hMapping = Share(other.m_hMapping);
@@ -153,7 +153,7 @@ int CMemory::GrowHeap(unsigned long offset, unsigned long count) {
     const unsigned long end = offset + count;
     if (m_pBuffer != nullptr && end <= m_ulSize) return 0;
     if (end == kLastOffset) return ERROR_NOT_ENOUGH_MEMORY;
-    unsigned char *const grown = ResizeHeap(m_pBuffer, m_ulSize, std::size_t{end} + 1);
+    unsigned char* const grown = ResizeHeap(m_pBuffer, m_ulSize, std::size_t{end} + 1);
     if (grown == nullptr) return ERROR_NOT_ENOUGH_MEMORY;
     m_pBuffer = grown;
     m_ulSize = std::max(m_ulSize, end);
@@ -190,7 +190,7 @@ unsigned long CMemory::InBounds(unsigned long offset, unsigned long count) const
     return offset >= size ? 0 : std::min(count, size - offset);
 }
 
-int CMemory::Fetch(unsigned char *dest, unsigned long count, unsigned long offset, unsigned long &got) {
+int CMemory::Fetch(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& got) {
     if (m_iKind == KIND_FILE) {
         const int status = FetchFromFile(dest, count, offset, got);
         m_ulReadCursor = offset + count; // also after a failure
@@ -203,7 +203,7 @@ int CMemory::Fetch(unsigned char *dest, unsigned long count, unsigned long offse
     return 0;
 }
 
-int CMemory::Store(const unsigned char *src, unsigned long count, unsigned long offset) {
+int CMemory::Store(const unsigned char* src, unsigned long count, unsigned long offset) {
     if (m_iKind == KIND_FILE) return StoreInFile(src, count, offset);
     const unsigned long inBounds = InBounds(offset, count);
     if (inBounds > 0) std::memmove(m_pBuffer + offset, src, inBounds);
@@ -213,14 +213,14 @@ int CMemory::Store(const unsigned char *src, unsigned long count, unsigned long 
 bool CMemory::EnlargeReadCopy(unsigned long count) {
     if (count == kLastOffset) return false;
     if (count < m_ulReadCopyCapacity) return true;
-    unsigned char *const enlarged = ResizeHeap(m_pReadCopy, m_ulReadCopyCapacity, std::size_t{count} + 1);
+    unsigned char* const enlarged = ResizeHeap(m_pReadCopy, m_ulReadCopyCapacity, std::size_t{count} + 1);
     if (enlarged == nullptr) return false;
     m_pReadCopy = enlarged;
     m_ulReadCopyCapacity = count + 1;
     return true;
 }
 
-int CMemory::ReadMemoryDirect(unsigned char *dest, unsigned long count, unsigned long offset) {
+int CMemory::ReadMemoryDirect(unsigned char* dest, unsigned long count, unsigned long offset) {
     if (dest == nullptr && count > 0) return m_iStatus = ERROR_INVALID_PARAMETER; // GUARD-09
     if (offset == AT_CURSOR) offset = m_ulReadCursor;
     const CallersRange<unsigned char> range(dest, m_pBuffer, m_ulSize);
@@ -230,7 +230,7 @@ int CMemory::ReadMemoryDirect(unsigned char *dest, unsigned long count, unsigned
     return m_iStatus;
 }
 
-int CMemory::ReadMemory(unsigned char **result, unsigned long count, unsigned long offset) {
+int CMemory::ReadMemory(unsigned char** result, unsigned long count, unsigned long offset) {
     if (result == nullptr) return m_iStatus = ERROR_INVALID_PARAMETER; // GUARD-09
     if (offset == AT_CURSOR) offset = m_ulReadCursor;
     m_iStatus = PrepareRead(offset, count);
@@ -243,7 +243,7 @@ int CMemory::ReadMemory(unsigned char **result, unsigned long count, unsigned lo
     return m_iStatus;
 }
 
-int CMemory::WriteMemory(const unsigned char *src, unsigned long count, unsigned long offset) {
+int CMemory::WriteMemory(const unsigned char* src, unsigned long count, unsigned long offset) {
     if (src == nullptr && count > 0) return m_iStatus = ERROR_INVALID_PARAMETER; // GUARD-09
     if (offset == AT_CURSOR) offset = m_ulWriteCursor;
     const CallersRange<const unsigned char> range(src, m_pBuffer, m_ulSize);
@@ -253,14 +253,14 @@ int CMemory::WriteMemory(const unsigned char *src, unsigned long count, unsigned
     return m_iStatus;
 }
 
-void *CMemory::GetBuffer(unsigned long size) {
+void* CMemory::GetBuffer(unsigned long size) {
     if (m_iKind != KIND_GLOBAL) return m_pBuffer;
     if (m_pBuffer != nullptr && size > m_ulSize) {
         if (RemoveOwner(m_pBuffer)) (void)GlobalFree(m_pBuffer); // allocated here
         m_hHandle = m_pBuffer = nullptr;                         // GUARD-10: without memory no freed block stays behind
         m_ulSize = 0;
     }
-    auto *const block = static_cast<unsigned char *>(GlobalAlloc(GMEM_FIXED, size));
+    auto* const block = static_cast<unsigned char*>(GlobalAlloc(GMEM_FIXED, size));
     m_iStatus = block != nullptr ? 0 : static_cast<int>(GetLastError());
     if (block == nullptr) return m_pBuffer;
     if (m_pBuffer != nullptr) (void)RemoveOwner(m_pBuffer); // ODD-11: a block that was large enough stays allocated

@@ -21,7 +21,7 @@ int Seek(HANDLE file, unsigned long offset) {
 
 } // namespace
 
-int CMemory::OpenFile(const wchar_t *name, unsigned int openType, bool readOnly) {
+int CMemory::OpenFile(const wchar_t* name, unsigned int openType, bool readOnly) {
     const bool known = openType < std::size(kDispositions);
     tessel::ReportUnless(known, "!_T(\"Invalid Open Type\")", "CMemory", 215);
     const DWORD disposition = kDispositions[known ? openType : OPENTYPE_OPEN_ALWAYS];
@@ -37,14 +37,14 @@ int CMemory::OpenFile(const wchar_t *name, unsigned int openType, bool readOnly)
     return 0;
 }
 
-int CMemory::FetchFromFile(unsigned char *dest, unsigned long count, unsigned long offset, unsigned long &got) {
+int CMemory::FetchFromFile(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& got) {
     int status = Seek(m_hHandle, offset);
     if (status == 0) status = StatusOf(::ReadFile(m_hHandle, dest, count, &got, nullptr));
     if (status == 0 && got < count) status = ERROR_HANDLE_EOF;
     return status;
 }
 
-int CMemory::StoreInFile(const unsigned char *src, unsigned long count, unsigned long offset) {
+int CMemory::StoreInFile(const unsigned char* src, unsigned long count, unsigned long offset) {
     DWORD written = 0;
     int status = Seek(m_hHandle, offset);
     // ODD-12: how much was written is not looked at.
@@ -60,24 +60,24 @@ unsigned long CMemory::GetFileLength() {
     return low;
 }
 
-int CMemory::RemoveFile(const wchar_t *name) {
+int CMemory::RemoveFile(const wchar_t* name) {
     const int status = StatusOf(DeleteFileW(name));
     return status == ERROR_FILE_NOT_FOUND ? 0 : status;
 }
 
-int CMemory::ReName(const wchar_t *newName) {
+int CMemory::ReName(const wchar_t* newName) {
     if (m_hHandle != nullptr) (void)CloseHandle(m_hHandle);            // ODD-13: the field keeps the closed handle
     m_iStatus = newName == nullptr ? -1 : _wrename(m_szName, newName); // GUARD-09
     if (m_iStatus == 0) KeepName(newName);
     return m_iStatus;
 }
 
-int CMemory::SetFileModificationTime(const FILETIME *time) {
+int CMemory::SetFileModificationTime(const FILETIME* time) {
     m_iStatus = m_hHandle == nullptr ? ERROR_INVALID_HANDLE : StatusOf(SetFileTime(m_hHandle, nullptr, nullptr, time));
     return m_iStatus;
 }
 
-int CMemory::GetFileModificationTime(FILETIME *time) {
+int CMemory::GetFileModificationTime(FILETIME* time) {
     m_iStatus = m_hHandle == nullptr ? ERROR_INVALID_HANDLE : StatusOf(GetFileTime(m_hHandle, nullptr, nullptr, time));
     return m_iStatus;
 }

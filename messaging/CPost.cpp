@@ -7,13 +7,13 @@
 
 struct CPostLayout {
     static_assert(offsetof(CPost, m_pLock) == 0);
-    static_assert(offsetof(CPost, m_hMapping) == sizeof(void *));
-    static_assert(offsetof(CPost, m_pBase) == 2 * sizeof(void *));
-    static_assert(offsetof(CPost, m_pHeader) == 3 * sizeof(void *));
-    static_assert(offsetof(CPost, m_pMailboxes) == 4 * sizeof(void *));
-    static_assert(offsetof(CPost, m_pResources) == 5 * sizeof(void *));
-    static_assert(offsetof(CPost, m_pSmallBlocks) == 6 * sizeof(void *));
-    static_assert(sizeof(CPost) == 7 * sizeof(void *));
+    static_assert(offsetof(CPost, m_hMapping) == sizeof(void*));
+    static_assert(offsetof(CPost, m_pBase) == 2 * sizeof(void*));
+    static_assert(offsetof(CPost, m_pHeader) == 3 * sizeof(void*));
+    static_assert(offsetof(CPost, m_pMailboxes) == 4 * sizeof(void*));
+    static_assert(offsetof(CPost, m_pResources) == 5 * sizeof(void*));
+    static_assert(offsetof(CPost, m_pSmallBlocks) == 6 * sizeof(void*));
+    static_assert(sizeof(CPost) == 7 * sizeof(void*));
 };
 
 namespace {
@@ -47,7 +47,7 @@ bool TableFits(std::uint32_t offset, std::size_t tableSize, std::size_t regionSi
 
 /// Whether the tables that a header describes lie inside the region.
 /// GUARD-11: the region is made by whoever came first, and its offsets are used as they are found.
-bool TablesFit(const FILE_HEADER &header, std::size_t regionSize) {
+bool TablesFit(const FILE_HEADER& header, std::size_t regionSize) {
     return regionSize >= sizeof(FILE_HEADER) &&
            TableFits(header.MailboxOffset, POST_OFFICE_MAILBOXES * sizeof(MAILBOX), regionSize) &&
            TableFits(header.ResourceOffset, POST_OFFICE_RESOURCES * sizeof(RESOURCE), regionSize) &&
@@ -82,7 +82,7 @@ CPost::~CPost() {
 bool CPost::OpenRegion() {
     m_hMapping = OpenFileMappingW(FILE_MAP_WRITE, FALSE, POST_OFFICE_REGION_NAME);
     if (m_hMapping == nullptr) return false;
-    m_pBase = static_cast<unsigned char *>(MapViewOfFile(m_hMapping, FILE_MAP_WRITE, 0, 0, 0));
+    m_pBase = static_cast<unsigned char*>(MapViewOfFile(m_hMapping, FILE_MAP_WRITE, 0, 0, 0));
     if (m_pBase != nullptr) return true;
     (void)CloseHandle(m_hMapping); // just opened
     m_hMapping = nullptr;
@@ -94,7 +94,7 @@ bool CPost::CreateRegion() {
                                     POST_OFFICE_REGION_NAME);
     if (m_hMapping == nullptr) return false;
     const bool created = GetLastError() != ERROR_ALREADY_EXISTS;
-    m_pBase = static_cast<unsigned char *>(MapViewOfFile(m_hMapping, FILE_MAP_WRITE, 0, 0, POST_OFFICE_REGION_SIZE));
+    m_pBase = static_cast<unsigned char*>(MapViewOfFile(m_hMapping, FILE_MAP_WRITE, 0, 0, POST_OFFICE_REGION_SIZE));
     if (m_pBase == nullptr) return false;
     // Only a process without the lock can meet a region here that another one is using by now.
     if (!created) return true;
@@ -104,12 +104,12 @@ bool CPost::CreateRegion() {
 }
 
 void CPost::FindTables() {
-    const auto *const header = reinterpret_cast<const FILE_HEADER *>(m_pBase);
+    const auto* const header = reinterpret_cast<const FILE_HEADER*>(m_pBase);
     if (!TablesFit(*header, tessel::MappedBytes(m_pBase))) return Unmap();
-    m_pHeader = reinterpret_cast<FILE_HEADER *>(m_pBase);
-    m_pMailboxes = reinterpret_cast<MAILBOX *>(m_pBase + header->MailboxOffset);
-    m_pResources = reinterpret_cast<RESOURCE *>(m_pBase + header->ResourceOffset);
-    m_pSmallBlocks = reinterpret_cast<SBLOCK *>(m_pBase + header->SmallBlkOffset);
+    m_pHeader = reinterpret_cast<FILE_HEADER*>(m_pBase);
+    m_pMailboxes = reinterpret_cast<MAILBOX*>(m_pBase + header->MailboxOffset);
+    m_pResources = reinterpret_cast<RESOURCE*>(m_pBase + header->ResourceOffset);
+    m_pSmallBlocks = reinterpret_cast<SBLOCK*>(m_pBase + header->SmallBlkOffset);
 }
 
 void CPost::Unmap() {

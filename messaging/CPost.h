@@ -11,8 +11,8 @@ public:
     /// Opens the region or, under the lock, creates it.
     CPost();
     ~CPost();
-    CPost(const CPost &) = delete;
-    CPost &operator=(const CPost &) = delete;
+    CPost(const CPost&) = delete;
+    CPost& operator=(const CPost&) = delete;
 
 private:
     friend class CPostOffice;
@@ -23,13 +23,13 @@ private:
     void FindTables();
     void Unmap();
 
-    CSemaphore *m_pLock;
+    CSemaphore* m_pLock;
     HANDLE m_hMapping;
-    unsigned char *m_pBase;
-    FILE_HEADER *m_pHeader;
-    MAILBOX *m_pMailboxes;
-    RESOURCE *m_pResources;
-    SBLOCK *m_pSmallBlocks;
+    unsigned char* m_pBase;
+    FILE_HEADER* m_pHeader;
+    MAILBOX* m_pMailboxes;
+    RESOURCE* m_pResources;
+    SBLOCK* m_pSmallBlocks;
 
     /// Set when a post office is being made; for a look with the debugger only.
     static int m_iConstructing;

@@ -10,13 +10,13 @@ using tessel::LoadShared;
 
 /// The whole mailbox table; empty while the region is unmapped.
 std::span<const MAILBOX> Mailboxes() {
-    const MAILBOX *const table = CPostOffice().GetPostOfficeAddr();
+    const MAILBOX* const table = CPostOffice().GetPostOfficeAddr();
     return {table, table == nullptr ? 0U : POST_OFFICE_MAILBOXES};
 }
 
 } // namespace
 
-CPost *CPostOffice::mpGlobalPostOffice = nullptr;
+CPost* CPostOffice::mpGlobalPostOffice = nullptr;
 
 void CPostOffice::CreateGlobalPostOffice() {
     mpGlobalPostOffice = new (std::nothrow) CPost; // ODD-18: an earlier one is lost
@@ -39,17 +39,17 @@ void CPostOffice::UnlockThreadSafe() {
 }
 
 int CPostOffice::IsManager(ORCAOBJID id, unsigned long processId) {
-    for (const MAILBOX &mailbox : Mailboxes()) {
+    for (const MAILBOX& mailbox : Mailboxes()) {
         if (LoadShared(mailbox.ObjId) != id) continue;
         if (processId == 0 || LoadShared(mailbox.ProcessId) == processId) return 1;
     }
     return 0;
 }
 
-int CPostOffice::GetManagerInfo(ORCAOBJID id, MAILBOX *out) {
+int CPostOffice::GetManagerInfo(ORCAOBJID id, MAILBOX* out) {
     if (out == nullptr) return 1; // GUARD-09
     *out = MAILBOX{};
-    for (const MAILBOX &mailbox : Mailboxes()) {
+    for (const MAILBOX& mailbox : Mailboxes()) {
         if (LoadShared(mailbox.ObjId) != id) continue;
         *out = mailbox;
         return 0;
@@ -57,18 +57,18 @@ int CPostOffice::GetManagerInfo(ORCAOBJID id, MAILBOX *out) {
     return 1;
 }
 
-FILE_HEADER *CPostOffice::GetHeaderAddr() {
+FILE_HEADER* CPostOffice::GetHeaderAddr() {
     return mpGlobalPostOffice == nullptr ? nullptr : mpGlobalPostOffice->m_pHeader;
 }
 
-MAILBOX *CPostOffice::GetPostOfficeAddr() {
+MAILBOX* CPostOffice::GetPostOfficeAddr() {
     return mpGlobalPostOffice == nullptr ? nullptr : mpGlobalPostOffice->m_pMailboxes;
 }
 
-RESOURCE *CPostOffice::GetResourceAddr() {
+RESOURCE* CPostOffice::GetResourceAddr() {
     return mpGlobalPostOffice == nullptr ? nullptr : mpGlobalPostOffice->m_pResources;
 }
 
-SBLOCK *CPostOffice::GetSmallBlockAddr() {
+SBLOCK* CPostOffice::GetSmallBlockAddr() {
     return mpGlobalPostOffice == nullptr ? nullptr : mpGlobalPostOffice->m_pSmallBlocks;
 }

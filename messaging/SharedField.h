@@ -7,15 +7,15 @@ namespace tessel {
 /// Reads a field of the shared region that other threads and processes may be writing.
 /// @param field  the field
 /// @return its value at some moment; what was written before it can be read after it
-template <class Field> Field LoadShared(const Field &field) {
+template <class Field> Field LoadShared(const Field& field) {
     static_assert(std::atomic_ref<Field>::is_always_lock_free); // else it would not hold between processes
-    return std::atomic_ref<Field>(const_cast<Field &>(field)).load(std::memory_order_acquire);
+    return std::atomic_ref<Field>(const_cast<Field&>(field)).load(std::memory_order_acquire);
 }
 
 /// Writes a field of the shared region that others may be reading or writing, after all that was written before.
 /// @param field  the field
 /// @param value  its new value
-template <class Field> void StoreShared(Field &field, Field value) {
+template <class Field> void StoreShared(Field& field, Field value) {
     std::atomic_ref<Field>(field).store(value, std::memory_order_release);
 }
 

@@ -9,26 +9,26 @@ namespace tessel {
 namespace {
 
 std::mutex ownersLock;
-std::map<const void *, unsigned long> owners;
+std::map<const void*, unsigned long> owners;
 
 } // namespace
 
-bool AddOwner(const void *resource) {
+bool AddOwner(const void* resource) {
     const std::lock_guard guard(ownersLock);
     try {
         owners.try_emplace(resource, 1UL).first->second += 1;
         return true;
-    } catch (const std::bad_alloc &) {
+    } catch (const std::bad_alloc&) {
         return false;
     }
 }
 
-bool IsShared(const void *resource) {
+bool IsShared(const void* resource) {
     const std::lock_guard guard(ownersLock);
     return owners.contains(resource);
 }
 
-bool RemoveOwner(const void *resource) {
+bool RemoveOwner(const void* resource) {
     const std::lock_guard guard(ownersLock);
     const auto entry = owners.find(resource);
     if (entry == owners.end()) return true;

@@ -10,16 +10,16 @@ namespace tessel {
 /// Notes one more owner.
 /// @param resource  address or handle value
 /// @return true: noted; false: no memory, the new owner must not keep the resource
-bool AddOwner(const void *resource);
+bool AddOwner(const void* resource);
 
 /// Whether others hold the resource too.
 /// @param resource  address or handle value
 /// @return true: it has several owners; false: one at most
-bool IsShared(const void *resource);
+bool IsShared(const void* resource);
 
 /// Takes one owner away.
 /// @param resource  address or handle value
 /// @return true: it was the last, which now frees the resource; false: others still hold it
-bool RemoveOwner(const void *resource);
+bool RemoveOwner(const void* resource);
 
 } // namespace tessel

@@ -68,3 +68,20 @@ stop_wine() {
     timeout 30 wineserver -k >/dev/null 2>&1 || true
     stop_display
 }
+
+image_options='HKLM\Software\Microsoft\Windows NT\CurrentVersion\Image File Execution Options'
+
+# Turns Wine's heap checks on for each test program of a folder: free and tail checks, validation of parameters.
+heap_checks_on() {
+    local program
+    for program in "$1"/*_tests.exe; do
+        wine reg add "$image_options\\${program##*/}" /v GlobalFlag /t REG_DWORD /d 0xF0 /f >/dev/null 2>&1 9>&-
+    done
+}
+
+heap_checks_off() {
+    local program
+    for program in "$1"/*_tests.exe; do
+        wine reg delete "$image_options\\${program##*/}" /f >/dev/null 2>&1 9>&-
+    done
+}

@@ -9,9 +9,9 @@
 #include <span>
 
 struct CResourceLayout {
-    static_assert(offsetof(CResource, m_ulThreadId) == sizeof(void *));
-    static_assert(offsetof(CResource, m_ulProcessId) == sizeof(void *) + 4);
-    static_assert(offsetof(CResource, m_pResources) == sizeof(void *) + 8);
+    static_assert(offsetof(CResource, m_ulThreadId) == sizeof(void*));
+    static_assert(offsetof(CResource, m_ulProcessId) == sizeof(void*) + 4);
+    static_assert(offsetof(CResource, m_pResources) == sizeof(void*) + 8);
 };
 
 namespace {
@@ -30,17 +30,17 @@ class TableLock {
 public:
     TableLock() { (void)tessel::resourceTableLock.WaitOnSemaphore(INFINITE); } // cannot time out
     ~TableLock() { (void)tessel::resourceTableLock.ReleaseSemaphoreA(); }
-    TableLock(const TableLock &) = delete;
-    TableLock &operator=(const TableLock &) = delete;
+    TableLock(const TableLock&) = delete;
+    TableLock& operator=(const TableLock&) = delete;
 };
 
 /// All records; none without a table.
-std::span<RESOURCE> Records(RESOURCE *table) {
+std::span<RESOURCE> Records(RESOURCE* table) {
     return {table, table == nullptr ? 0U : POST_OFFICE_RESOURCES};
 }
 
-RESOURCE *Find(RESOURCE *table, RESOURCE_TYPE type, RESOURCE_ID id, unsigned long owner) {
-    for (RESOURCE &record : Records(table)) {
+RESOURCE* Find(RESOURCE* table, RESOURCE_TYPE type, RESOURCE_ID id, unsigned long owner) {
+    for (RESOURCE& record : Records(table)) {
         if (LoadShared(record.Type) == type && LoadShared(record.Id) == id && LoadShared(record.Owner) == owner) {
             return &record;
         }
@@ -49,13 +49,13 @@ RESOURCE *Find(RESOURCE *table, RESOURCE_TYPE type, RESOURCE_ID id, unsigned lon
 }
 
 /// Takes a free record for a thread; another process may be doing the same, so the thread id is the claim.
-bool Claim(RESOURCE &record, unsigned long threadId) {
+bool Claim(RESOURCE& record, unsigned long threadId) {
     std::uint32_t free = 0;
     return std::atomic_ref<std::uint32_t>(record.ThreadId).compare_exchange_strong(free, threadId);
 }
 
 /// Fills a claimed record; the key comes last, so that a look-up that sees it finds the window.
-void Fill(RESOURCE &record, RESOURCE_TYPE type, RESOURCE_ID id, std::uint32_t window, unsigned long owner) {
+void Fill(RESOURCE& record, RESOURCE_TYPE type, RESOURCE_ID id, std::uint32_t window, unsigned long owner) {
     StoreShared(record.hWnd, window);
     StoreShared<std::uint32_t>(record.Owner, owner);
     StoreShared<std::uint32_t>(record.Id, id);
@@ -63,8 +63,8 @@ void Fill(RESOURCE &record, RESOURCE_TYPE type, RESOURCE_ID id, std::uint32_t wi
 }
 
 /// Clears a record; the claim goes last, so that nobody fills it meanwhile.
-void Clear(RESOURCE &record) {
-    for (std::uint32_t *field : {&record.Type, &record.Owner, &record.ProcessId, &record.Id, &record.hWnd}) {
+void Clear(RESOURCE& record) {
+    for (std::uint32_t* field : {&record.Type, &record.Owner, &record.ProcessId, &record.Id, &record.hWnd}) {
         StoreShared<std::uint32_t>(*field, 0);
     }
     StoreShared<std::uint32_t>(record.ThreadId, 0);
@@ -90,7 +90,7 @@ int CResource::AddResource(RESOURCE_TYPE type, RESOURCE_ID id, HWND hWnd, unsign
         const TableLock lock;
         const auto records = Records(m_pResources);
         const auto free = std::find_if(records.begin(), records.end(),
-                                       [this](RESOURCE &record) { return Claim(record, m_ulThreadId); });
+                                       [this](RESOURCE& record) { return Claim(record, m_ulThreadId); });
         if (free != records.end()) {
             free->ProcessId = m_ulProcessId;
             Fill(*free, type, id, tessel::ToShared(hWnd), owner);
@@ -105,31 +105,31 @@ int CResource::AddResource(RESOURCE_TYPE type, RESOURCE_ID id, HWND hWnd, unsign
 int CResource::DeleteResource(RESOURCE_TYPE type, RESOURCE_ID id, unsigned long owner) {
     if (!IsMapped()) return 1;
     const TableLock lock;
-    RESOURCE *const found = Find(m_pResources, type, id, owner);
+    RESOURCE* const found = Find(m_pResources, type, id, owner);
     if (found == nullptr) return 1;
     Clear(*found);
     return 0;
 }
 
 HWND CResource::GetResource(RESOURCE_TYPE type, RESOURCE_ID id, unsigned long owner) {
-    const RESOURCE *const found = IsMapped() ? Find(m_pResources, type, id, owner) : nullptr;
+    const RESOURCE* const found = IsMapped() ? Find(m_pResources, type, id, owner) : nullptr;
     return found == nullptr ? nullptr : tessel::FromShared(LoadShared(found->hWnd));
 }
 
-RESOURCE *CResource::GetResourceAddress() {
+RESOURCE* CResource::GetResourceAddress() {
     return IsMapped() ? m_pResources : nullptr;
 }
 
 void CResource::FreeThreadResources() {
     if (!IsMapped()) return;
-    for (RESOURCE &record : Records(m_pResources)) {
+    for (RESOURCE& record : Records(m_pResources)) {
         if (record.ThreadId == m_ulThreadId) Clear(record);
     }
 }
 
 int CResource::ResetProcess(unsigned long pid) {
     if (!IsMapped()) return 0;
-    for (RESOURCE &record : Records(m_pResources)) {
+    for (RESOURCE& record : Records(m_pResources)) {
         if (record.ProcessId == pid) Clear(record);
     }
     return 0;
@@ -137,7 +137,7 @@ int CResource::ResetProcess(unsigned long pid) {
 
 unsigned long CResource::GetManagerFromThread() {
     if (!IsMapped()) return kNoManager;
-    for (const RESOURCE &record : Records(m_pResources)) {
+    for (const RESOURCE& record : Records(m_pResources)) {
         if (record.Id == kManagerId && record.ThreadId == GetCurrentThreadId()) return record.Id;
     }
     return kNoManager;

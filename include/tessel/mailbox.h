@@ -42,11 +42,11 @@ public:
     explicit CMailBox(ORCAOBJID id);
 
     /// Copies every field, the slot included: both objects then claim one registration.
-    CMailBox(const CMailBox &) = default;
+    CMailBox(const CMailBox&) = default;
 
     /// Copies every field, the slot included; a registration held before is forgotten.
     /// @return this object
-    CMailBox &operator=(const CMailBox &) = default;
+    CMailBox& operator=(const CMailBox&) = default;
 
     /// Unregisters the mailbox if it is registered.
     virtual ~CMailBox();
@@ -64,7 +64,7 @@ public:
     /// @param id    the receiver
     /// @param slot  receives its slot; 0 when there is none
     /// @return its window; null when there is none
-    HWND GetMailBox(ORCAOBJID id, unsigned short &slot);
+    HWND GetMailBox(ORCAOBJID id, unsigned short& slot);
 
     /// Sends a message of two parts, which arrive as one.
     ///
@@ -80,8 +80,8 @@ public:
     ///         longer than 5,119 bytes. ERROR_BUSY (170): the pool stayed full. ERROR_INVALID_PARAMETER (87): a
     ///         null first part with a length. Else the Win32 error of posting, such as
     ///         ERROR_INVALID_WINDOW_HANDLE (1400). After any failure nothing is allocated.
-    int Send(ORCAOBJID to, unsigned long msgId, unsigned long firstLength, const unsigned char *firstData,
-             unsigned long secondLength, const unsigned char *secondData);
+    int Send(ORCAOBJID to, unsigned long msgId, unsigned long firstLength, const unsigned char* firstData,
+             unsigned long secondLength, const unsigned char* secondData);
 
     /// Takes a block from the pool; Send() is the way to use it. The caller holds the post office's lock and counts
     /// FreeSmallBlks down. The block that this process allocated last is not looked at: while it is the only
@@ -91,26 +91,26 @@ public:
     /// @param block         receives the block; null after a failure
     /// @return STATUS_OK; ERROR_NOT_ENOUGH_MEMORY (8): too long, or no post office; ERROR_BUSY (170): the pool is
     ///         full; ERROR_SERVICE_NOT_FOUND (1243): no such slot
-    int AllocateSmallBlock(unsigned long length, unsigned short receiverSlot, SBLOCK *&block);
+    int AllocateSmallBlock(unsigned long length, unsigned short receiverSlot, SBLOCK*& block);
 
     /// Gives a block back to the pool.
     /// @param block  a block that was received
     /// @return 0: free; 1: null, no block of the pool, or free already (reported)
-    int ReleaseMemory(SBLOCK *block);
+    int ReleaseMemory(SBLOCK* block);
 
     /// The block of that number. Takes no lock.
     /// @param index  number of the block
     /// @return the block, in the pool's memory; null when there is no such block
-    SBLOCK *GetMessageBlock(unsigned int index);
+    SBLOCK* GetMessageBlock(unsigned int index);
 
     /// The address where the block of that number would be, without a check: GetMessageBlock() has one.
     /// @param index  number of the block
     /// @return the address; null without a post office
-    SBLOCK *GetDirectMessage(unsigned short index);
+    SBLOCK* GetDirectMessage(unsigned short index);
 
     /// The own record; slot 0's while unregistered.
     /// @return the record, in the table's memory; null without a post office
-    MAILBOX *GetMailboxAddr();
+    MAILBOX* GetMailboxAddr();
 
     /// Clears the machine of every registration but one: its resources, the blocks addressed to it, and
     /// its record. For a process that supervises the others. MailboxesInUse is not counted down.
@@ -122,7 +122,7 @@ public:
     /// @param list  receives the entries
     /// @param max   room in @p list, in entries
     /// @return entries written
-    unsigned short BuildDirectoryList(MONITOR_LEVEL *list, int max);
+    unsigned short BuildDirectoryList(MONITOR_LEVEL* list, int max);
 
     /// Sets the monitor level of the first registration of the own id. Takes no lock.
     /// @param level  the new level
@@ -155,17 +155,17 @@ private:
     struct Message;
 
     bool IsMapped();
-    int Deliver(const Message &message);
-    int AllocateForSend(const Message &message, SBLOCK *&block);
+    int Deliver(const Message& message);
+    int AllocateForSend(const Message& message, SBLOCK*& block);
     void WatchFreeBlocks();
-    void FreeBlock(SBLOCK &block);
+    void FreeBlock(SBLOCK& block);
     void FreeBlocksOf(unsigned long receiver);
-    bool IsBlockOfPool(const SBLOCK *block);
+    bool IsBlockOfPool(const SBLOCK* block);
 
     CPostOffice m_PostOffice;
-    FILE_HEADER *m_pHeader;
-    MAILBOX *m_pMailboxes;
-    SBLOCK *m_pSmallBlocks;
+    FILE_HEADER* m_pHeader;
+    MAILBOX* m_pMailboxes;
+    SBLOCK* m_pSmallBlocks;
     unsigned long m_ulThreadId;
     unsigned long m_ulProcessId;
     ORCAOBJID m_OwnId;

@@ -47,16 +47,16 @@ public:
     /// @param name      name of the mapping or the file
     /// @param openType  how to open a file; an unknown value is reported and counts as OPENTYPE_OPEN_ALWAYS
     /// @param readOnly  not 0: open a file for reading only, and let no one else write
-    CMemory(int kind, unsigned long size, const wchar_t *name, OPENTYPE openType, int readOnly);
+    CMemory(int kind, unsigned long size, const wchar_t* name, OPENTYPE openType, int readOnly);
 
     /// Shares the other object's storage.
     /// @param other  object to share with
-    CMemory(const CMemory &other);
+    CMemory(const CMemory& other);
 
     /// Lets the storage held so far go and shares the other object's.
     /// @param other  object to share with
     /// @return this object
-    CMemory &operator=(const CMemory &other);
+    CMemory& operator=(const CMemory& other);
 
     /// Closes and frees the storage, unless a copy still uses it.
     virtual ~CMemory();
@@ -87,7 +87,7 @@ public:
 
     /// Name of the file or mapping, cut to 259 characters.
     /// @return text owned by this object; empty for the other kinds and after a failed open
-    const wchar_t *GetFileName() const { return m_szName; }
+    const wchar_t* GetFileName() const { return m_szName; }
 
     /// Reads into the caller's buffer.
     ///
@@ -97,7 +97,7 @@ public:
     /// @param count   bytes to read
     /// @param offset  bytes from the start, or AT_CURSOR
     /// @return 0; ERROR_HANDLE_EOF (38): the file ends before; else a Win32 error
-    int ReadMemoryDirect(unsigned char *dest, unsigned long count, unsigned long offset);
+    int ReadMemoryDirect(unsigned char* dest, unsigned long count, unsigned long offset);
 
     /// Reads into a buffer of this object's, with a 0 byte behind the data. Otherwise like ReadMemoryDirect().
     /// @param result  receives the buffer, which stays this object's and is overwritten by the next
@@ -105,7 +105,7 @@ public:
     /// @param count   bytes to read; what a file does not hold is 0
     /// @param offset  bytes from the start, or AT_CURSOR
     /// @return 0; ERROR_HANDLE_EOF (38): the file ends before; else a Win32 error
-    int ReadMemory(unsigned char **result, unsigned long count, unsigned long offset);
+    int ReadMemory(unsigned char** result, unsigned long count, unsigned long offset);
 
     /// Writes; on success the write cursor moves behind the range.
     ///
@@ -115,7 +115,7 @@ public:
     /// @param count   bytes to write
     /// @param offset  bytes from the start, or AT_CURSOR
     /// @return 0 or a Win32 error
-    int WriteMemory(const unsigned char *src, unsigned long count, unsigned long offset);
+    int WriteMemory(const unsigned char* src, unsigned long count, unsigned long offset);
 
     /// Length of a file, or the size that was given for a mapping.
     /// @return bytes; of a file over 4 GB the low 32 bits, which is reported; 0 for the other kinds
@@ -125,36 +125,36 @@ public:
     /// freed first, any other stays allocated, and its content is not carried over.
     /// @param size  bytes wanted of a global block; unused for the other kinds
     /// @return the buffer, owned by this object; null when there is none, for a file, or without memory
-    void *GetBuffer(unsigned long size);
+    void* GetBuffer(unsigned long size);
 
     /// Deletes a file (DeleteFileW).
     /// @param name  the file
     /// @return 0: gone, or it was not there; else the Win32 error
-    static int RemoveFile(const wchar_t *name);
+    static int RemoveFile(const wchar_t* name);
 
     /// Closes the file and renames it; the object cannot read or write it any more.
     /// @param newName  new name, which GetFileName() gives after success
     /// @return 0, or the C runtime's result (errno tells why)
-    int ReName(const wchar_t *newName);
+    int ReName(const wchar_t* newName);
 
     /// Sets the file's time of the last write.
     /// @param time  UTC
     /// @return 0; ERROR_INVALID_HANDLE (6): this is no file; else the Win32 error
-    int SetFileModificationTime(const FILETIME *time);
+    int SetFileModificationTime(const FILETIME* time);
 
     /// Gets the file's time of the last write.
     /// @param time  receives it, in UTC
     /// @return 0; ERROR_INVALID_HANDLE (6): this is no file; else the Win32 error
-    int GetFileModificationTime(FILETIME *time);
+    int GetFileModificationTime(FILETIME* time);
 
 private:
     friend struct CMemoryLayout;
 
-    int OpenFile(const wchar_t *name, unsigned int openType, bool readOnly);
-    int OpenMapping(unsigned long size, const wchar_t *name);
+    int OpenFile(const wchar_t* name, unsigned int openType, bool readOnly);
+    int OpenMapping(unsigned long size, const wchar_t* name);
 
-    void KeepName(const wchar_t *name);
-    void ShareWith(const CMemory &other);
+    void KeepName(const wchar_t* name);
+    void ShareWith(const CMemory& other);
     void LetGo();
 
     int PrepareRead(unsigned long offset, unsigned long count);
@@ -163,16 +163,16 @@ private:
     bool EnlargeReadCopy(unsigned long count);
     unsigned long InBounds(unsigned long offset, unsigned long count) const;
 
-    int Fetch(unsigned char *dest, unsigned long count, unsigned long offset, unsigned long &got);
-    int FetchFromFile(unsigned char *dest, unsigned long count, unsigned long offset, unsigned long &got);
-    int Store(const unsigned char *src, unsigned long count, unsigned long offset);
-    int StoreInFile(const unsigned char *src, unsigned long count, unsigned long offset);
+    int Fetch(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& got);
+    int FetchFromFile(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& got);
+    int Store(const unsigned char* src, unsigned long count, unsigned long offset);
+    int StoreInFile(const unsigned char* src, unsigned long count, unsigned long offset);
 
     HANDLE m_hHandle;
     HANDLE m_hMapping;
     wchar_t m_szName[260];
-    unsigned char *m_pBuffer;
-    unsigned char *m_pReadCopy;
+    unsigned char* m_pBuffer;
+    unsigned char* m_pReadCopy;
     int m_iKind;
     unsigned long m_ulSize;
     unsigned long m_ulReadCursor;

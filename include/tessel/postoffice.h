@@ -159,24 +159,24 @@ public:
     /// @param id   the receiver
     /// @param out  receives the record; all zero when there is none
     /// @return 0: found; 1: not found
-    static int GetManagerInfo(ORCAOBJID id, MAILBOX *out);
+    static int GetManagerInfo(ORCAOBJID id, MAILBOX* out);
 
     /// The header.
     /// @return address in this process, valid until DestroyGlobalPostOffice(); null while unmapped
-    FILE_HEADER *GetHeaderAddr();
+    FILE_HEADER* GetHeaderAddr();
 
     /// The mailbox table.
     /// @return address in this process, valid until DestroyGlobalPostOffice(); null while unmapped
-    MAILBOX *GetPostOfficeAddr();
+    MAILBOX* GetPostOfficeAddr();
 
     /// The resource table.
     /// @return address in this process, valid until DestroyGlobalPostOffice(); null while unmapped
-    RESOURCE *GetResourceAddr();
+    RESOURCE* GetResourceAddr();
 
     /// The pool.
     /// @return address in this process, valid until DestroyGlobalPostOffice(); null while unmapped
-    SBLOCK *GetSmallBlockAddr();
+    SBLOCK* GetSmallBlockAddr();
 
     /// The post office of this process; null before CreateGlobalPostOffice() and after the destruction.
-    static CPost *mpGlobalPostOffice;
+    static CPost* mpGlobalPostOffice;
 };

@@ -18,11 +18,11 @@ public:
     CResource();
 
     /// Copies the ids and the address.
-    CResource(const CResource &) = default;
+    CResource(const CResource&) = default;
 
     /// Copies the ids and the address.
     /// @return this object
-    CResource &operator=(const CResource &) = default;
+    CResource& operator=(const CResource&) = default;
 
     virtual ~CResource() = default;
 
@@ -50,7 +50,7 @@ public:
 
     /// The table.
     /// @return POST_OFFICE_RESOURCES records in the region's memory; null without a post office
-    RESOURCE *GetResourceAddress();
+    RESOURCE* GetResourceAddress();
 
     /// Deletes every entry of the thread that made this object.
     void FreeThreadResources();
@@ -71,5 +71,5 @@ private:
 
     unsigned long m_ulThreadId;
     unsigned long m_ulProcessId;
-    RESOURCE *m_pResources;
+    RESOURCE* m_pResources;
 };

@@ -27,7 +27,7 @@ TESSEL_API unsigned long TesselSetStringModule(HINSTANCE module);
 /// @param buffer       receives the text, terminated and cut to fit; empty when there is none
 /// @param sizeInChars  room in @p buffer, terminator included
 /// @return characters copied without the terminator; 0 when nothing was loaded
-TESSEL_API int TesselLoadString(unsigned int id, wchar_t *buffer, int sizeInChars);
+TESSEL_API int TesselLoadString(unsigned int id, wchar_t* buffer, int sizeInChars);
 
 /// Keeps the system's dialogs about failing drives away (SEM_FAILCRITICALERRORS) until the matching
 /// EndErrorMode().

@@ -18,41 +18,41 @@
 /// @param src              text to copy
 /// @param destSizeInChars  room in @p dest in bytes, terminator included
 /// @return 0: complete; 1: truncated, or a bad argument
-TESSEL_API unsigned long CopyString(char *dest, const char *src, unsigned int destSizeInChars);
+TESSEL_API unsigned long CopyString(char* dest, const char* src, unsigned int destSizeInChars);
 
 /// Converts 16-bit text to 8-bit text (wcstombs).
 /// @param dest             receives the text, terminated
 /// @param src              text to convert
 /// @param destSizeInChars  room in @p dest in bytes, terminator included
 /// @return 0: complete; 1: truncated, or a bad argument
-TESSEL_API unsigned long CopyString(char *dest, const wchar_t *src, unsigned int destSizeInChars);
+TESSEL_API unsigned long CopyString(char* dest, const wchar_t* src, unsigned int destSizeInChars);
 
 /// Converts 8-bit text to 16-bit text (mbstowcs).
 /// @param dest             receives the text, terminated
 /// @param src              text to convert
 /// @param destSizeInChars  room in @p dest in characters, terminator included
 /// @return 0: complete; 1: truncated, or a bad argument
-TESSEL_API unsigned long CopyString(wchar_t *dest, const char *src, unsigned int destSizeInChars);
+TESSEL_API unsigned long CopyString(wchar_t* dest, const char* src, unsigned int destSizeInChars);
 
 /// Copies 16-bit text and clears the rest of the destination.
 /// @param dest             receives the text, terminated
 /// @param src              text to copy
 /// @param destSizeInChars  room in @p dest in characters, terminator included
 /// @return 0: complete; 1: truncated, or a bad argument
-TESSEL_API unsigned long CopyString(wchar_t *dest, const wchar_t *src, unsigned int destSizeInChars);
+TESSEL_API unsigned long CopyString(wchar_t* dest, const wchar_t* src, unsigned int destSizeInChars);
 ///@}
 
 /// Narrows text by dropping the high byte of each character, unlike CopyString(), which converts.
 /// Null pointers copy nothing. Any thread.
 /// @param dest  receives the text; must hold the length of @p src plus one bytes
 /// @param src   text to narrow
-TESSEL_API void UNICODE_TO_ASCII(char *dest, const wchar_t *src);
+TESSEL_API void UNICODE_TO_ASCII(char* dest, const wchar_t* src);
 
 /// Widens text byte by byte; bytes count as signed, so 0x80 to 0xFF become 0xFF80 to 0xFFFF.
 /// Null pointers copy nothing. Any thread.
 /// @param dest  receives the text; must hold the length of @p src plus one characters
 /// @param src   text to widen
-TESSEL_API void ASCII_TO_UNICODE(wchar_t *dest, const char *src);
+TESSEL_API void ASCII_TO_UNICODE(wchar_t* dest, const char* src);
 
 /// @name Trimming white space in place
 ///
@@ -63,31 +63,31 @@ TESSEL_API void ASCII_TO_UNICODE(wchar_t *dest, const char *src);
 /// Moves the text to the front over its leading white space.
 /// @param text  terminated text, changed in place
 /// @return @p text
-TESSEL_API char *TrimLeft(char *text);
+TESSEL_API char* TrimLeft(char* text);
 
 /// Moves the text to the front over its leading white space.
 /// @param text  terminated text, changed in place
 /// @return @p text
-TESSEL_API wchar_t *TrimLeft(wchar_t *text);
+TESSEL_API wchar_t* TrimLeft(wchar_t* text);
 
 /// Cuts trailing white space, unless nothing but white space follows the first character: then nothing
 /// is cut. The 16-bit form differs.
 /// @param text  terminated text, changed in place
 /// @return @p text
-TESSEL_API char *TrimRight(char *text);
+TESSEL_API char* TrimRight(char* text);
 
 /// Cuts trailing white space behind the first character, which is never cut itself.
 /// @param text  terminated text, changed in place
 /// @return @p text
-TESSEL_API wchar_t *TrimRight(wchar_t *text);
+TESSEL_API wchar_t* TrimRight(wchar_t* text);
 
 /// TrimLeft(), then TrimRight().
 /// @param text  terminated text, changed in place
 /// @return @p text
-TESSEL_API char *Trim(char *text);
+TESSEL_API char* Trim(char* text);
 
 /// TrimLeft(), then TrimRight().
 /// @param text  terminated text, changed in place
 /// @return @p text
-TESSEL_API wchar_t *Trim(wchar_t *text);
+TESSEL_API wchar_t* Trim(wchar_t* text);
 ///@}

@@ -16,19 +16,19 @@ public:
     /// @param name     name shared between processes; null for none
     /// @param initial  permits at the start, when it is created
     /// @param maximum  greatest number of permits, when it is created
-    CSemaphore(const wchar_t *name, long initial, long maximum);
+    CSemaphore(const wchar_t* name, long initial, long maximum);
 
     /// Opens the semaphore of that name or creates it with no permit and a maximum of 10,000; then sleeps 2 ms.
     /// @param name    name shared between processes; null for none
     /// @param signal  not 0: a semaphore that this call created is given one permit
-    CSemaphore(const wchar_t *name, int signal);
+    CSemaphore(const wchar_t* name, int signal);
 
     /// Shares the handle by value.
-    CSemaphore(const CSemaphore &) = default;
+    CSemaphore(const CSemaphore&) = default;
 
     /// Shares the handle by value; the handle held before is not closed.
     /// @return this object
-    CSemaphore &operator=(const CSemaphore &) = default;
+    CSemaphore& operator=(const CSemaphore&) = default;
 
     /// Closes the handle, if there is one.
     virtual ~CSemaphore();
@@ -43,7 +43,7 @@ public:
     /// @param timeoutMs  milliseconds for each wait; 0 polls, INFINITE waits for ever
     /// @param handle     a waitable handle, which stays the caller's; null for this semaphore
     /// @return 0: taken; WAIT_TIMEOUT (258): time-out; else the Win32 error of a failed wait, which is not kept
-    int WaitOnSemaphoreA(unsigned long timeoutMs, void *handle);
+    int WaitOnSemaphoreA(unsigned long timeoutMs, void* handle);
 
     /// Gives one permit back.
     /// @return 0: given back; else the Win32 error (ERROR_TOO_MANY_POSTS over the maximum), which is kept too
@@ -78,7 +78,7 @@ class TESSEL_API CThreadLock : public CSemaphore {
 public:
     /// Opens the lock of that name, or creates it free.
     /// @param name  name shared between processes; null for none
-    explicit CThreadLock(const wchar_t *name = nullptr);
+    explicit CThreadLock(const wchar_t* name = nullptr);
 
     /// Takes the lock.
     /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
@@ -110,7 +110,7 @@ public:
     /// @param manualReset   not 0: it stays signalled until ResetEvent(), else it wakes one wait
     /// @param initialState  not 0: it starts signalled
     /// @param openToAll     not 0: everyone may open a newly created one (null DACL)
-    explicit CEvent(const wchar_t *name = nullptr, int manualReset = 0, int initialState = 0, int openToAll = 0);
+    explicit CEvent(const wchar_t* name = nullptr, int manualReset = 0, int initialState = 0, int openToAll = 0);
 
     /// Duplicates a handle or, where that fails, creates an unnamed auto-reset event.
     ///
@@ -120,11 +120,11 @@ public:
     explicit CEvent(unsigned long handle);
 
     /// Shares the handle by value.
-    CEvent(const CEvent &) = default;
+    CEvent(const CEvent&) = default;
 
     /// Shares the handle by value; the handle held before is not closed.
     /// @return this object
-    CEvent &operator=(const CEvent &) = default;
+    CEvent& operator=(const CEvent&) = default;
 
     /// Closes the handle, if there is one.
     virtual ~CEvent();
@@ -185,32 +185,32 @@ public:
 
     /// Copies the handle values and shares the lock's handle.
     /// @param other  set to copy
-    CWait(const CWait &other);
+    CWait(const CWait& other);
 
     /// Copies the handle values and shares the lock's handle; the lock's handle held before is not closed.
     /// @param other  set to copy
     /// @return this object
-    CWait &operator=(const CWait &other);
+    CWait& operator=(const CWait& other);
 
     /// Forgets the handles, which stay open.
     virtual ~CWait();
 
     /// Adds an object; one that is in the set already is added once more. Without memory nothing is added.
     /// @param object  stays the caller's
-    void AddObject(const CEvent &object);
+    void AddObject(const CEvent& object);
 
     /// Adds an object; one that is in the set already is added once more. Without memory nothing is added.
     /// @param object  stays the caller's
-    void AddObject(const CSemaphore &object);
+    void AddObject(const CSemaphore& object);
 
     /// Removes an object. Only the last of the set is removed cleanly: in front of others the handle itself
     /// stays, and what followed it is overwritten with it, while the set gets shorter by one.
     /// @param object  one that was added; any other changes nothing
-    void DeleteObject(const CEvent &object);
+    void DeleteObject(const CEvent& object);
 
     /// Removes an object, with the same effect on those behind it.
     /// @param object  one that was added; any other changes nothing
-    void DeleteObject(const CSemaphore &object);
+    void DeleteObject(const CSemaphore& object);
 
     /// Waits until one object is signalled.
     /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
@@ -221,7 +221,7 @@ public:
     /// @param signalled  receives the handle, which stays its object's; null when none was; unchanged for an empty set
     /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
     /// @return 0: one is, or the set is empty; 0xFFFFFFFF: time-out, or an abandoned mutex; else the Win32 error
-    unsigned long WaitOnAnyObject(void *&signalled, unsigned long timeoutMs);
+    unsigned long WaitOnAnyObject(void*& signalled, unsigned long timeoutMs);
 
     /// Waits until all objects are signalled at the same time.
     /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
@@ -234,17 +234,17 @@ public:
     /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
     /// @return 0: an object or a message came, or the set is empty; 0xFFFFFFFF: time-out, or an abandoned mutex;
     ///         else the Win32 error
-    unsigned long WaitOnAnyObjectOrMsg(void *&signalled, MSG &message, unsigned long timeoutMs);
+    unsigned long WaitOnAnyObjectOrMsg(void*& signalled, MSG& message, unsigned long timeoutMs);
 
 private:
     friend struct CWaitLayout;
 
     void Add(HANDLE handle);
     void Delete(HANDLE handle);
-    unsigned long WaitOnObjects(void *&signalled, unsigned long timeoutMs, bool waitAll);
+    unsigned long WaitOnObjects(void*& signalled, unsigned long timeoutMs, bool waitAll);
 
     unsigned long m_ulSpare;
     unsigned long m_ulCount;
-    HANDLE *m_pHandles;
+    HANDLE* m_pHandles;
     CThreadLock m_Lock;
 };

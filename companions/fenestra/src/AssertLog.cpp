@@ -11,27 +11,27 @@ SRWLOCK lock = SRWLOCK_INIT;
 WND_ASSERT_RECORD ring[WND_ASSERT_RING_SIZE];
 unsigned long reported = 0;
 WND_ASSERT_SINK installedSink = nullptr;
-void *installedContext = nullptr;
+void* installedContext = nullptr;
 thread_local bool inSink = false;
 
 struct Sink {
     WND_ASSERT_SINK function;
-    void *context;
+    void* context;
 };
 
 class LockGuard {
 public:
     LockGuard() { AcquireSRWLockExclusive(&lock); }
     ~LockGuard() { ReleaseSRWLockExclusive(&lock); }
-    LockGuard(const LockGuard &) = delete;
-    LockGuard &operator=(const LockGuard &) = delete;
+    LockGuard(const LockGuard&) = delete;
+    LockGuard& operator=(const LockGuard&) = delete;
 };
 
-template <std::size_t Size> void CopyCut(char (&target)[Size], const char *text) {
+template <std::size_t Size> void CopyCut(char (&target)[Size], const char* text) {
     std::snprintf(target, Size, "%s", text == nullptr ? "" : text);
 }
 
-WND_ASSERT_RECORD MakeRecord(const char *expression, const char *file, unsigned int line) {
+WND_ASSERT_RECORD MakeRecord(const char* expression, const char* file, unsigned int line) {
     WND_ASSERT_RECORD record{};
     record.ulLine = line;
     record.ulThreadId = GetCurrentThreadId();
@@ -41,14 +41,14 @@ WND_ASSERT_RECORD MakeRecord(const char *expression, const char *file, unsigned 
     return record;
 }
 
-Sink Keep(WND_ASSERT_RECORD &record) {
+Sink Keep(WND_ASSERT_RECORD& record) {
     const LockGuard guard;
     record.ulNumber = ++reported;
     ring[(reported - 1) % WND_ASSERT_RING_SIZE] = record;
     return {installedSink, installedContext};
 }
 
-void TellDebugger(const WND_ASSERT_RECORD &record) {
+void TellDebugger(const WND_ASSERT_RECORD& record) {
     char text[sizeof record.szFile + sizeof record.szExpression + 32];
     std::snprintf(text, sizeof text, "%s(%lu): assertion: %s\n", record.szFile, record.ulLine, record.szExpression);
     OutputDebugStringA(text);
@@ -56,7 +56,7 @@ void TellDebugger(const WND_ASSERT_RECORD &record) {
 
 } // namespace
 
-void WndLogAssert(const char *expression, const char *file, unsigned int line) {
+void WndLogAssert(const char* expression, const char* file, unsigned int line) {
     const DWORD lastError = GetLastError(); // a report must not change what its reporter is about to read
     WND_ASSERT_RECORD record = MakeRecord(expression, file, line);
     const Sink sink = Keep(record);
@@ -74,7 +74,7 @@ unsigned long WndGetAssertCount() {
     return reported;
 }
 
-unsigned long WndReadAsserts(WND_ASSERT_RECORD *records, unsigned long maximum) {
+unsigned long WndReadAsserts(WND_ASSERT_RECORD* records, unsigned long maximum) {
     if (records == nullptr) return 0;
     const LockGuard guard;
     const unsigned long count = std::min({maximum, reported, WND_ASSERT_RING_SIZE});
@@ -82,7 +82,7 @@ unsigned long WndReadAsserts(WND_ASSERT_RECORD *records, unsigned long maximum) 
     return count;
 }
 
-void WndSetAssertSink(WND_ASSERT_SINK sink, void *context) {
+void WndSetAssertSink(WND_ASSERT_SINK sink, void* context) {
     const LockGuard guard;
     installedSink = sink;
     installedContext = context;

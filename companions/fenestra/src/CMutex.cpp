@@ -12,7 +12,7 @@ bool CSyncObject::Lock(unsigned long timeoutMs) {
     }
 }
 
-CMutex::CMutex(bool initiallyOwned, const wchar_t *name) : CSyncObject(CreateMutexW(nullptr, initiallyOwned, name)) {}
+CMutex::CMutex(bool initiallyOwned, const wchar_t* name) : CSyncObject(CreateMutexW(nullptr, initiallyOwned, name)) {}
 
 bool CMutex::Unlock() {
     return ReleaseMutex(GetHandle()) != 0;

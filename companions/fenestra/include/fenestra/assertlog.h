@@ -28,7 +28,7 @@ inline constexpr unsigned long WND_ASSERT_RING_SIZE = 256;
 /// the library that reports. Reports that a sink makes itself are recorded, not handed to it again.
 /// @param record   the report; valid during the call only
 /// @param context  the pointer that was given to WndSetAssertSink()
-using WND_ASSERT_SINK = void (*)(const WND_ASSERT_RECORD &record, void *context);
+using WND_ASSERT_SINK = void (*)(const WND_ASSERT_RECORD& record, void* context);
 
 /// Records a broken invariant or a misuse and returns; it never stops the program.
 ///
@@ -37,7 +37,7 @@ using WND_ASSERT_SINK = void (*)(const WND_ASSERT_RECORD &record, void *context)
 /// @param expression  text of what did not hold; null counts as empty
 /// @param file        bare name of the source file; null counts as empty
 /// @param line        source line
-FENESTRA_API void WndLogAssert(const char *expression, const char *file, unsigned int line);
+FENESTRA_API void WndLogAssert(const char* expression, const char* file, unsigned int line);
 
 /// Number of reports made in this process so far. Any thread.
 /// @return the count, which is also the number of the newest report
@@ -47,11 +47,11 @@ FENESTRA_API unsigned long WndGetAssertCount();
 /// @param records  receives the reports; null copies none
 /// @param maximum  room in @p records, in reports
 /// @return reports copied: at most @p maximum, and at most WND_ASSERT_RING_SIZE
-FENESTRA_API unsigned long WndReadAsserts(WND_ASSERT_RECORD *records, unsigned long maximum);
+FENESTRA_API unsigned long WndReadAsserts(WND_ASSERT_RECORD* records, unsigned long maximum);
 
 /// Installs the one sink of the process, in place of an earlier one. Any thread.
 ///
 /// A report under way on another thread may still reach the earlier sink after the return.
 /// @param sink     the function to call; null for none
 /// @param context  handed to the sink unchanged; the caller keeps it alive
-FENESTRA_API void WndSetAssertSink(WND_ASSERT_SINK sink, void *context);
+FENESTRA_API void WndSetAssertSink(WND_ASSERT_SINK sink, void* context);

@@ -7,8 +7,8 @@
 /// Copies are not made: one object owns one handle and closes it.
 class FENESTRA_API CSyncObject {
 public:
-    CSyncObject(const CSyncObject &) = delete;
-    CSyncObject &operator=(const CSyncObject &) = delete;
+    CSyncObject(const CSyncObject&) = delete;
+    CSyncObject& operator=(const CSyncObject&) = delete;
 
     /// Closes the handle.
     virtual ~CSyncObject();
@@ -42,7 +42,7 @@ public:
     /// Creates the mutex, or opens the one of that name.
     /// @param initiallyOwned  true: the calling thread owns a new mutex from the start
     /// @param name            name shared between processes; null for none
-    explicit CMutex(bool initiallyOwned = false, const wchar_t *name = nullptr);
+    explicit CMutex(bool initiallyOwned = false, const wchar_t* name = nullptr);
 
     /// Gives the mutex back; only its owner can.
     /// @return true: given back; false: the calling thread is not its owner

@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# ./dev demo [FILE]: carries FILE from one process to another and compares the copy.
+set -euo pipefail
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+# shellcheck source=scripts/packages.sh
+source "$root/scripts/packages.sh"
+# shellcheck source=scripts/builds.sh
+source "$root/scripts/builds.sh"
+# shellcheck source=scripts/wine.sh
+source "$root/scripts/wine.sh"
+
+[ $# -le 1 ] || fail "usage: ./dev demo [FILE]"
+file=${1:-}
+if [ -n "$file" ]; then
+    [ -f "$file" ] && [ -r "$file" ] || fail "cannot read $file"
+    file=$(realpath "$file")
+fi
+
+take_turn
+need_build_packages
+need_run_packages
+bits=$(runnable_bits)
+for width in $bits; do compile "win$width" courier; done
+sender=$build/win${bits%% *}/bin/courier.exe
+receiver=$build/win${bits##* }/bin/courier.exe
+
+if [ -z "$file" ]; then
+    file=$build/sample.txt
+    seq 1 500000 >"$file"
+fi
+copy=$build/courier-copy
+rm -f "$copy"
+
+start_wine
+# The receiver pauses at first, so that the pool fills up and the sender has to cope.
+timeout 600 wine "$sender" "$(windows_path "$file")" "$(windows_path "$copy")" \
+    --receiver "$(windows_path "$receiver")" --stall 500

@@ -1,0 +1,53 @@
+#include "support/Reports.h"
+
+#include <gtest/gtest.h>
+#include <tessel/status.h>
+
+TEST(Library, KnowsItsModuleAndReadsItsOwnTexts) {
+    const HINSTANCE module = TesselGetModuleInstance();
+    EXPECT_EQ(module, GetModuleHandleW(L"Tessel.dll"));
+    EXPECT_EQ(TesselSetStringModule(GetModuleHandleW(nullptr)), STATUS_STRING_MODULE_SET);
+
+    wchar_t text[16] = L"before";
+    EXPECT_EQ(TesselLoadString(1, text, 16), 6);
+    EXPECT_STREQ(text, L"Tessel");
+    EXPECT_EQ(TesselLoadString(1, text, 4), 3);
+    EXPECT_STREQ(text, L"Tes");
+    EXPECT_EQ(TesselLoadString(0, text, 16), 0);
+    EXPECT_STREQ(text, L"");
+    text[0] = L'x';
+    EXPECT_EQ(TesselLoadString(1, text, 0), 0);
+    EXPECT_EQ(TesselLoadString(1, nullptr, 16), 0);
+    EXPECT_EQ(text[0], L'x');
+}
+
+TEST(Library, CarriesItsVersion) {
+    const HRSRC version = FindResourceW(TesselGetModuleInstance(), MAKEINTRESOURCEW(1), MAKEINTRESOURCEW(16));
+    EXPECT_NE(version, nullptr);
+}
+
+TEST(ErrorMode, OnlyTheOutermostPairChangesIt) {
+    SetErrorMode(SEM_NOOPENFILEERRORBOX);
+    BeginErrorModeFailCritical();
+    SetErrorMode(SEM_NOGPFAULTERRORBOX);
+    BeginErrorModeFailCritical();
+    EXPECT_EQ(GetErrorMode(), static_cast<UINT>(SEM_NOGPFAULTERRORBOX));
+    EndErrorMode();
+    EXPECT_EQ(GetErrorMode(), static_cast<UINT>(SEM_NOGPFAULTERRORBOX));
+    EndErrorMode();
+    EXPECT_EQ(GetErrorMode(), static_cast<UINT>(SEM_NOOPENFILEERRORBOX));
+}
+
+TEST(ErrorMode, Odd01UnbalancedEndIsReportedAndEatsTheNextBegin) {
+    Reports reports;
+    SetErrorMode(0);
+    EndErrorMode();
+    EXPECT_EQ(reports.Take(), Texts{"ErrorMode:34 s_iCount > 0"});
+    BeginErrorModeFailCritical();
+    EXPECT_EQ(GetErrorMode(), 0u);
+    BeginErrorModeFailCritical();
+    EXPECT_EQ(GetErrorMode(), static_cast<UINT>(SEM_FAILCRITICALERRORS));
+    EndErrorMode();
+    EXPECT_EQ(GetErrorMode(), 0u);
+    EXPECT_TRUE(reports.Take().empty());
+}

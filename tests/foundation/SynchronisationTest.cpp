@@ -1,0 +1,230 @@
+#include "support/ImportPatch.h"
+
+#include <gtest/gtest.h>
+#include <tessel/synchronisation.h>
+
+#include <thread>
+
+namespace {
+
+DWORD WINAPI WaitFails(HANDLE, DWORD, BOOL) {
+    SetLastError(ERROR_INVALID_HANDLE);
+    return WAIT_FAILED;
+}
+
+HANDLE WINAPI OpenIsDenied(DWORD, BOOL, LPCWSTR) {
+    SetLastError(ERROR_ACCESS_DENIED);
+    return nullptr;
+}
+
+/// An event-like handle of a mutex whose owner ended without giving it back.
+HANDLE AbandonedMutex() {
+    HANDLE mutex = nullptr;
+    std::thread([&mutex] { mutex = CreateMutexW(nullptr, TRUE, nullptr); }).join();
+    return mutex;
+}
+
+} // namespace
+
+TEST(Semaphore, Odd05ResultConventionsDifferFromOperationToOperation) {
+    CSemaphore semaphore(nullptr, 1, 2);
+    EXPECT_EQ(semaphore.WaitOnSemaphore(0), 0);
+    EXPECT_EQ(semaphore.WaitOnSemaphore(0), 1);
+    EXPECT_EQ(semaphore.WaitOnSemaphoreA(0, nullptr), WAIT_TIMEOUT);
+    EXPECT_EQ(semaphore.ReleaseSemaphore(2), 1);
+    EXPECT_EQ(semaphore.ReleaseSemaphore(1), 0);
+    EXPECT_EQ(semaphore.GetKeptError(), static_cast<unsigned long>(ERROR_TOO_MANY_POSTS));
+    EXPECT_EQ(semaphore.ReleaseSemaphoreA(), ERROR_TOO_MANY_POSTS);
+    EXPECT_EQ(semaphore.WaitOnSemaphoreA(0, nullptr), 0);
+    EXPECT_EQ(semaphore.ReleaseSemaphoreA(), 0);
+
+    const HANDLE abandoned = AbandonedMutex();
+    EXPECT_EQ(semaphore.WaitOnSemaphoreA(0, abandoned), 0);
+    CloseHandle(abandoned);
+    EXPECT_EQ(semaphore.WaitOnSemaphoreA(0, ULongToHandle(0xDEAD)), ERROR_INVALID_HANDLE);
+}
+
+TEST(Semaphore, AFailedOneShowsOnlyInLaterResults) {
+    CSemaphore impossible(nullptr, 2, 1);
+    EXPECT_EQ(impossible.GetKeptError(), static_cast<unsigned long>(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(impossible.WaitOnSemaphore(0), 1);
+    EXPECT_EQ(impossible.GetKeptError(), static_cast<unsigned long>(ERROR_INVALID_HANDLE));
+}
+
+TEST(Semaphore, TheSignallingFormGivesItsPermitOnlyWhenItCreates) {
+    CSemaphore first(L"Tessel test signal", 1);
+    CSemaphore second(L"Tessel test signal", 1);
+    EXPECT_EQ(second.WaitOnSemaphore(0), 0);
+    EXPECT_EQ(first.WaitOnSemaphore(0), 1);
+    CSemaphore opened(L"Tessel test signal", 5, 5);
+    EXPECT_EQ(opened.WaitOnSemaphore(0), 1) << "opened, not created";
+}
+
+TEST(ThreadLock, TellsWhetherItIsLockedAndLeavesItSo) {
+    CThreadLock lock;
+    EXPECT_EQ(lock.IsLocked(), 0);
+    EXPECT_EQ(lock.Lock(0), 0);
+    EXPECT_EQ(lock.IsLocked(), 1);
+    EXPECT_EQ(lock.Lock(0), 1);
+    EXPECT_EQ(lock.Unlock(), 1);
+    EXPECT_EQ(lock.Unlock(), 0);
+}
+
+TEST(Event, SignalsAndResets) {
+    CEvent automatic;
+    EXPECT_EQ(automatic.WaitOnEvent(0), 0xFFFFFFFFu);
+    EXPECT_EQ(automatic.SetEvent(), 0u);
+    EXPECT_EQ(automatic.IsSignalled(), 1);
+    EXPECT_EQ(automatic.IsSignalled(), 0) << "the question took the signal";
+    CEvent manual(L"Tessel test event", 1, 1, 1);
+    CEvent same(L"Tessel test event");
+    EXPECT_EQ(same.WaitOnEvent(0), 0u);
+    EXPECT_EQ(same.IsSignalled(), 1);
+    EXPECT_EQ(manual.ResetEvent(), 0u);
+    EXPECT_EQ(manual.PulseEvent(), 0u);
+    EXPECT_EQ(same.IsSignalled(), 0);
+}
+
+TEST(Event, Odd08AFailedOpenIsMarkedAndWaitedOn) {
+    const ImportPatch denied(L"Tessel.dll", "OpenEventW", OpenIsDenied);
+    CEvent event(L"Tessel test denied");
+    EXPECT_EQ(event.GetHandle(), INVALID_HANDLE_VALUE);
+    EXPECT_FALSE(event.IsOpen());
+    const ImportPatch wait(L"Tessel.dll", "WaitForSingleObjectEx", WaitFails);
+    EXPECT_EQ(event.WaitOnEvent(0), static_cast<unsigned long>(ERROR_INVALID_HANDLE));
+}
+
+TEST(Event, ANameOfAnotherKindIsAFailedOpen) {
+    const CSemaphore semaphore(L"Tessel test kind", 1, 1);
+    EXPECT_EQ(CEvent(L"Tessel test kind").GetHandle(), INVALID_HANDLE_VALUE);
+}
+
+TEST(Event, Odd07ADuplicateIsAFreshEvent) {
+    CEvent original(nullptr, 1, 1);
+    CEvent copy(HandleToULong(original.GetHandle()));
+    EXPECT_TRUE(copy.IsOpen());
+    EXPECT_EQ(copy.IsSignalled(), 0);
+}
+
+TEST(Event, Odd06WaitingWithMessagesDispatchesThemAll) {
+    CEvent event;
+    EXPECT_EQ(event.WaitOnEventMsg(0), 0xFFFFFFFFu);
+    PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
+    PostQuitMessage(3);
+    EXPECT_EQ(event.WaitOnEventMsg(INFINITE), 0xFFFFFFFFu);
+    MSG message;
+    EXPECT_FALSE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
+    event.SetEvent();
+    EXPECT_EQ(event.WaitOnEventMsg(INFINITE), 0u);
+}
+
+class WaitTest : public testing::Test {
+protected:
+    /// The handles that the set waits for, in order, found by signalling them one by one.
+    std::string Members() {
+        std::string members;
+        for (auto [event, name] : {std::pair{&a, 'A'}, {&b, 'B'}, {&c, 'C'}}) {
+            event->SetEvent();
+            if (set.WaitOnAnyObject(0) == 0) members += name;
+            event->ResetEvent();
+        }
+        return members;
+    }
+    void AddAll() {
+        for (const CEvent* event : {&a, &b, &c}) set.AddObject(*event);
+    }
+    CEvent a, b, c;
+    CWait set;
+    void* signalled = &set;
+};
+
+TEST_F(WaitTest, AnEmptySetReturnsAtOnceAndLeavesTheHandleAlone) {
+    EXPECT_EQ(set.WaitOnAnyObject(signalled, INFINITE), 0u);
+    EXPECT_EQ(signalled, &set);
+    MSG message;
+    message.message = 7;
+    EXPECT_EQ(set.WaitOnAnyObjectOrMsg(signalled, message, INFINITE), 0u);
+    EXPECT_EQ(signalled, nullptr);
+    EXPECT_EQ(message.message, 0u);
+}
+
+TEST_F(WaitTest, AnyAndAllOfOneAndOfMany) {
+    set.AddObject(a);
+    EXPECT_EQ(set.WaitOnAnyObject(signalled, 0), 0xFFFFFFFFu);
+    EXPECT_EQ(signalled, nullptr);
+    CSemaphore semaphore(nullptr, 0, 1);
+    set.AddObject(b);
+    set.AddObject(semaphore);
+    EXPECT_EQ(set.WaitOnAnyObject(signalled, 0), 0xFFFFFFFFu);
+    semaphore.ReleaseSemaphoreA();
+    EXPECT_EQ(set.WaitOnAnyObject(signalled, 0), 0u);
+    EXPECT_EQ(signalled, semaphore.GetHandle());
+    a.SetEvent();
+    b.SetEvent();
+    EXPECT_EQ(set.WaitOnAllObjects(0), 0xFFFFFFFFu);
+    semaphore.ReleaseSemaphoreA();
+    EXPECT_EQ(set.WaitOnAllObjects(0), 0u);
+    EXPECT_EQ(a.IsSignalled(), 0);
+}
+
+TEST_F(WaitTest, Odd09DeletingKeepsTheRemovedHandleAndLosesItsFollowers) {
+    AddAll();
+    set.DeleteObject(b);
+    EXPECT_EQ(Members(), "AB");
+    set.DeleteObject(b);
+    EXPECT_EQ(Members(), "A") << "the last entry goes cleanly";
+    set.DeleteObject(c);
+    EXPECT_EQ(Members(), "A");
+    set.DeleteObject(a);
+    set.DeleteObject(a);
+    EXPECT_EQ(set.WaitOnAnyObject(INFINITE), 0u) << "empty";
+    AddAll();
+    set.DeleteObject(a);
+    EXPECT_EQ(Members(), "A");
+}
+
+TEST_F(WaitTest, MessagesEndAWaitAndAreHandedOver) {
+    set.AddObject(a);
+    MSG message;
+    EXPECT_EQ(set.WaitOnAnyObjectOrMsg(signalled, message, 0), 0xFFFFFFFFu);
+    PostThreadMessageW(GetCurrentThreadId(), WM_APP + 1, 2, 3);
+    EXPECT_EQ(set.WaitOnAnyObjectOrMsg(signalled, message, INFINITE), 0u);
+    EXPECT_EQ(message.message, static_cast<UINT>(WM_APP + 1));
+    EXPECT_EQ(signalled, nullptr);
+    a.SetEvent();
+    EXPECT_EQ(set.WaitOnAnyObjectOrMsg(signalled, message, INFINITE), 0u);
+    EXPECT_EQ(signalled, a.GetHandle());
+}
+
+TEST_F(WaitTest, TooManyObjectsAreTheSystemsError) {
+    for (int i = 0; i < 65; ++i) set.AddObject(a);
+    EXPECT_EQ(set.WaitOnAnyObject(signalled, 0), static_cast<unsigned long>(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(signalled, nullptr);
+}
+
+TEST_F(WaitTest, AChangeDuringAWaitDoesNotReachIt) {
+    set.AddObject(a);
+    CEvent started;
+    unsigned long result = 99;
+    std::thread waiter([&] {
+        started.SetEvent();
+        result = set.WaitOnAnyObject(INFINITE);
+    });
+    started.WaitOnEvent(INFINITE);
+    set.AddObject(b);
+    set.DeleteObject(b);
+    a.SetEvent();
+    waiter.join();
+    EXPECT_EQ(result, 0u);
+}
+
+TEST_F(WaitTest, CopiesHaveTheirOwnArray) {
+    AddAll();
+    {
+        CWait copy(set);
+        copy.DeleteObject(c);
+        copy = set;
+        EXPECT_EQ(Members(), "ABC");
+    }
+    EXPECT_EQ(Members(), "ABC");
+}

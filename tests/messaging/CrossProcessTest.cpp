@@ -1,0 +1,201 @@
+#include "support/ChildProcess.h"
+#include "support/MessageWindow.h"
+
+#include <gtest/gtest.h>
+#include <tessel/mailbox.h>
+#include <tessel/resource.h>
+
+#include <array>
+#include <cstring>
+#include <map>
+
+namespace {
+
+constexpr ORCAOBJID kTest{31};
+constexpr ORCAOBJID kShared{32};
+constexpr unsigned long kLastMessage = 0xFFFFFFFF;
+
+ORCAOBJID IdOf(const std::string& argument) {
+    return ORCAOBJID{std::stoul(argument)};
+}
+
+/// A process's post office with one registered mailbox.
+struct Station {
+    explicit Station(ORCAOBJID id) : mailbox((CPostOffice::CreateGlobalPostOffice(), id)) {
+        EXPECT_EQ(mailbox.RegisterMailbox(window.Get()), 0);
+    }
+    ~Station() {
+        (void)mailbox.UnregisterMailbox();
+        CPostOffice::DestroyGlobalPostOffice();
+    }
+    SBLOCK* Wait() { return mailbox.GetMessageBlock(static_cast<unsigned>(window.Wait(MAILBOX_NOTIFICATION))); }
+    MessageWindow window;
+    CMailBox mailbox;
+};
+
+/// The bytes of a message, known from who sends it and which one it is.
+std::vector<unsigned char> Content(unsigned long sender, unsigned long number) {
+    unsigned long state = sender * 2654435761UL + number;
+    std::vector<unsigned char> bytes((state >> 7) % SMALL_BLOCK_SIZE);
+    for (unsigned char& each : bytes)
+        each = static_cast<unsigned char>((state = state * 1664525UL + 1013904223UL) >> 24);
+    return bytes;
+}
+
+/// Registers and then does nothing. Arguments: id.
+int Stall(const std::vector<std::string>& arguments) {
+    Station station(IdOf(arguments[0]));
+    CResource().AddResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, station.window.Get(), GetCurrentProcessId());
+    Say("registered");
+    Hear();
+    return 0;
+}
+
+/// Sends every message back until one with the id 0 comes. Arguments: id.
+int Echo(const std::vector<std::string>& arguments) {
+    Station station(IdOf(arguments[0]));
+    Say("registered");
+    for (bool going = true; going;) {
+        SBLOCK* const block = station.Wait();
+        going = block->MsgId != 0;
+        station.mailbox.Send(ORCAOBJID{block->Sender}, block->MsgId, block->Length - 1, block->Data, 0, nullptr);
+        station.mailbox.ReleaseMemory(block);
+    }
+    return 0;
+}
+
+/// Checks content and order of all that comes, until each sender has sent its last. Arguments: id, senders.
+int CheckAll(const std::vector<std::string>& arguments) {
+    Station station(IdOf(arguments[0]));
+    Say("registered");
+    // Each sender numbers its messages and sends every second one here.
+    const unsigned long first = std::stoul(arguments[0]) % 2;
+    std::map<unsigned long, unsigned long> next;
+    unsigned long wrong = 0;
+    unsigned long right = 0;
+    for (unsigned long open = std::stoul(arguments[1]); open > 0;) {
+        SBLOCK* const block = station.Wait();
+        if (block->MsgId == kLastMessage) {
+            --open;
+        } else {
+            unsigned long& number = next.try_emplace(block->Sender, first).first->second;
+            const auto expected = Content(block->Sender, number);
+            const bool good = block->MsgId == number && block->Length == expected.size() + 1 &&
+                              std::memcmp(block->Data, expected.data(), expected.size()) == 0;
+            number += 2;
+            ++(good ? right : wrong);
+        }
+        station.mailbox.ReleaseMemory(block);
+    }
+    Say(std::to_string(right) + " right, " + std::to_string(wrong) + " wrong");
+    return 0;
+}
+
+/// Sends messages to two receivers in turn. Arguments: own id, count, receiver, receiver.
+int SendMany(const std::vector<std::string>& arguments) {
+    Station station(IdOf(arguments[0]));
+    const unsigned long own = std::stoul(arguments[0]);
+    const auto send = [&](ORCAOBJID to, unsigned long number, const std::vector<unsigned char>& bytes) {
+        const auto half = static_cast<unsigned long>(bytes.size() / 2);
+        const auto rest = static_cast<unsigned long>(bytes.size()) - half;
+        int status = ERROR_BUSY;
+        while (status == ERROR_BUSY) {
+            status = station.mailbox.Send(to, number, half, bytes.data(), rest, bytes.data() + half);
+        }
+        if (status != 0) Say("failed " + std::to_string(status));
+    };
+    Say("registered");
+    Hear();
+    const std::array receivers{IdOf(arguments[2]), IdOf(arguments[3])};
+    for (unsigned long number = 0; number < std::stoul(arguments[1]); ++number) {
+        send(receivers[number % 2], number, Content(own, number));
+    }
+    for (const ORCAOBJID to : receivers) send(to, kLastMessage, {});
+    Say("done");
+    return 0;
+}
+
+const Role roles[] = {{"stall", Stall}, {"echo", Echo}, {"check-all", CheckAll}, {"send-many", SendMany}};
+
+/// A child of the other bitness where that build is there, else of this one.
+ChildProcess PeerChild(const std::string& role, const std::vector<std::string>& arguments) {
+    const std::wstring peer = PeerProgram();
+    return peer.empty() ? ChildProcess(role, arguments) : ChildProcess(peer, role, arguments);
+}
+
+} // namespace
+
+TEST(CrossProcess, TheOwnProcessIsPreferredElseTheHighestSlot) {
+    CPostOffice::CreateGlobalPostOffice();
+    CMailBox sender(kTest);
+    ChildProcess low("stall", {"32"});
+    low.WaitUntil("registered");
+    ChildProcess high("stall", {"32"});
+    high.WaitUntil("registered");
+    unsigned short slot = 0;
+    const HWND highest = sender.GetMailBox(kShared, slot);
+    EXPECT_EQ(slot, 2);
+    {
+        MessageWindow window;
+        CMailBox own(kShared);
+        own.RegisterMailbox(window.Get());
+        EXPECT_EQ(sender.GetMailBox(kShared, slot), window.Get());
+        EXPECT_EQ(slot, 3);
+    }
+    EXPECT_EQ(sender.GetMailBox(kShared, slot), highest);
+    EXPECT_EQ(slot, 2);
+    EXPECT_EQ(CPostOffice::IsManager(kShared, low.Id()), 1);
+}
+
+TEST(CrossProcess, AReceiverKilledWithMessagesPendingLeavesNothingBehindAfterTheSweep) {
+    Station supervisor(kTest);
+    const unsigned long freeBefore = supervisor.mailbox.GetFreeBlockCount();
+    ChildProcess receiver = PeerChild("stall", {"32"});
+    receiver.WaitUntil("registered");
+    const auto frame = [&] { return CResource().GetResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, receiver.Id()); };
+    EXPECT_NE(frame(), nullptr);
+    for (int i = 0; i < 5; ++i) ASSERT_EQ(supervisor.mailbox.Send(kShared, 1, 0, nullptr, 0, nullptr), 0);
+    receiver.Kill();
+    EXPECT_EQ(supervisor.mailbox.Send(kShared, 1, 0, nullptr, 0, nullptr), ERROR_INVALID_WINDOW_HANDLE);
+    EXPECT_EQ(supervisor.mailbox.GetFreeBlockCount(), freeBefore - 5);
+    supervisor.mailbox.CleanUp(kTest);
+    EXPECT_EQ(supervisor.mailbox.GetFreeBlockCount(), freeBefore);
+    EXPECT_EQ(supervisor.mailbox.Send(kShared, 1, 0, nullptr, 0, nullptr), ERROR_SERVICE_NOT_FOUND);
+    EXPECT_EQ(frame(), nullptr);
+}
+
+TEST(CrossProcess, A32BitAnd64BitProcessSendEachOtherMessages) {
+    if (PeerProgram().empty()) GTEST_SKIP() << "the build of the other bitness is not there";
+    Station station(kTest);
+    ChildProcess echo(PeerProgram(), "echo", {"32"});
+    ASSERT_EQ(echo.WaitUntil("registered"), "");
+    for (unsigned long number = 100; number > 0; --number) {
+        const auto bytes = Content(31, number);
+        const auto length = static_cast<unsigned long>(bytes.size());
+        ASSERT_EQ(station.mailbox.Send(kShared, number, length, bytes.data(), 0, nullptr), 0);
+        SBLOCK* const block = station.Wait();
+        EXPECT_EQ(block->MsgId, number);
+        EXPECT_EQ(block->Sender, static_cast<unsigned>(kShared));
+        EXPECT_EQ(std::vector<unsigned char>(block->Data, block->Data + block->Length - 1), bytes);
+        station.mailbox.ReleaseMemory(block);
+    }
+    ASSERT_EQ(station.mailbox.Send(kShared, 0, 0, nullptr, 0, nullptr), 0);
+    EXPECT_EQ(echo.ExitCode(), 0u);
+}
+
+TEST(CrossProcess, FourSendersAndTwoReceiversInSixProcessesLoseNothing) {
+    Station station(kTest);
+    const unsigned long freeBefore = station.mailbox.GetFreeBlockCount();
+    ChildProcess receivers[] = {ChildProcess("check-all", {"40", "4"}), PeerChild("check-all", {"41", "4"})};
+    for (ChildProcess& receiver : receivers) ASSERT_EQ(receiver.WaitUntil("registered"), "");
+    ChildProcess senders[] = {
+        ChildProcess("send-many", {"51", "5000", "40", "41"}), ChildProcess("send-many", {"52", "5000", "40", "41"}),
+        PeerChild("send-many", {"53", "5000", "40", "41"}), PeerChild("send-many", {"54", "5000", "40", "41"})};
+    for (ChildProcess& sender : senders) ASSERT_EQ(sender.WaitUntil("registered"), "");
+    for (ChildProcess& sender : senders) sender.Tell("go");
+    for (ChildProcess& sender : senders) EXPECT_EQ(sender.WaitUntil("done"), "");
+    for (ChildProcess& receiver : receivers) EXPECT_EQ(receiver.WaitUntil("10000 right"), ", 0 wrong");
+    for (ChildProcess& child : senders) EXPECT_EQ(child.ExitCode(), 0u);
+    for (ChildProcess& child : receivers) EXPECT_EQ(child.ExitCode(), 0u);
+    EXPECT_EQ(station.mailbox.GetFreeBlockCount(), freeBefore);
+}

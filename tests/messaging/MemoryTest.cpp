@@ -1,0 +1,243 @@
+#include "support/ImportPatch.h"
+#include "support/Reports.h"
+
+#include <gtest/gtest.h>
+#include <tessel/memory.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+Bytes Read(CMemory& memory, unsigned long count, unsigned long offset) {
+    Bytes bytes(count, '#');
+    EXPECT_EQ(memory.ReadMemoryDirect(bytes.data(), count, offset), 0);
+    return bytes;
+}
+
+CMemory Heap() {
+    return {CMemory::KIND_HEAP, 0, nullptr, CMemory::OPENTYPE_OPEN_ALWAYS, 0};
+}
+
+const Bytes kText{'t', 'e', 'x', 't'};
+
+class FileMemory : public testing::Test {
+protected:
+    FileMemory() : path(std::filesystem::temp_directory_path() / L"tessel test.dat") { std::filesystem::remove(path); }
+    ~FileMemory() override { std::filesystem::remove(path); }
+    CMemory Open(unsigned int type, int readOnly = 0) {
+        return {CMemory::KIND_FILE, 0, path.c_str(), static_cast<CMemory::OPENTYPE>(type), readOnly};
+    }
+    std::filesystem::path path;
+};
+
+class Mapping {
+public:
+    Mapping(const wchar_t* name, DWORD size)
+        : m_handle(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, size, name)) {}
+    ~Mapping() { CloseHandle(m_handle); }
+    Mapping(const Mapping&) = delete;
+    Mapping& operator=(const Mapping&) = delete;
+
+private:
+    HANDLE m_handle;
+};
+
+DWORD WINAPI SizeOver4Gb(HANDLE, DWORD* high) {
+    *high = 1;
+    return 5;
+}
+
+constexpr wchar_t kMapping[] = L"Tessel test mapping";
+
+CMemory Attach(unsigned long size) {
+    return {CMemory::KIND_MAPPING, size, kMapping, CMemory::OPENTYPE_OPEN_ALWAYS, 0};
+}
+
+} // namespace
+
+TEST(HeapMemory, GrowsWithZerosWhenReadAndKeepsCursors) {
+    CMemory heap = Heap();
+    EXPECT_EQ(Read(heap, 10, 100), Bytes(10, 0));
+    EXPECT_EQ(heap.GetReadCursor(), 110u);
+    EXPECT_EQ(heap.WriteMemory(kText.data(), 4, CMemory::AT_CURSOR), 0);
+    EXPECT_EQ(heap.WriteMemory(kText.data(), 4, CMemory::AT_CURSOR), 0);
+    EXPECT_EQ(heap.GetWriteCursor(), 8u);
+    heap.SetReadCursor(4);
+    unsigned char* copy = nullptr;
+    EXPECT_EQ(heap.ReadMemory(&copy, 4, CMemory::AT_CURSOR), 0);
+    EXPECT_STREQ(reinterpret_cast<char*>(copy), "text");
+    EXPECT_EQ(heap.ReadMemory(&copy, 0, 0), 0);
+    EXPECT_EQ(copy[0], 0);
+    EXPECT_EQ(heap.GetFileLength(), 0u);
+}
+
+TEST(HeapMemory, RefusesRangesThatWrapAndNullPointers) {
+    CMemory heap = Heap();
+    unsigned char one = 7;
+    unsigned char* copy = nullptr;
+    for (const unsigned long count : {0xFFFFFFFFUL, 0xFFFFFFF0UL, 0xFFFFFFEFUL}) {
+        EXPECT_EQ(heap.ReadMemoryDirect(&one, count, 16), ERROR_NOT_ENOUGH_MEMORY);
+        EXPECT_EQ(heap.ReadMemory(&copy, count, 16), ERROR_NOT_ENOUGH_MEMORY);
+        EXPECT_EQ(heap.WriteMemory(&one, count, 16), ERROR_NOT_ENOUGH_MEMORY);
+    }
+    EXPECT_EQ(heap.ReadMemory(&copy, 0xFFFFFFFF, 0), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(heap.GetStatus(), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(heap.WriteMemory(nullptr, 1, 0), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(heap.ReadMemoryDirect(nullptr, 1, 0), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(heap.ReadMemory(nullptr, 1, 0), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(heap.GetReadCursor(), 0u);
+    EXPECT_EQ(heap.WriteMemory(nullptr, 0, 0), 0);
+    EXPECT_EQ(copy, nullptr);
+    EXPECT_EQ(one, 7);
+}
+
+TEST(HeapMemory, ASourceInsideTheBufferMovesWithIt) {
+    CMemory heap = Heap();
+    const Bytes block(100000, 'x');
+    heap.WriteMemory(block.data(), 100000, 0);
+    EXPECT_EQ(heap.WriteMemory(static_cast<unsigned char*>(heap.GetBuffer(0)), 100000, 100000), 0);
+    EXPECT_EQ(Read(heap, 100000, 100000), block);
+}
+
+TEST(HeapMemory, CopiesShareUntilOneGrowsAndAreFreedOnce) {
+    auto first = std::make_unique<CMemory>(Heap());
+    first->WriteMemory(kText.data(), 4, 0);
+    CMemory second = *first;
+    CMemory third = Heap();
+    third = second;
+    first->WriteMemory(reinterpret_cast<const unsigned char*>("T"), 1, 0);
+    EXPECT_EQ(Read(third, 1, 0), Bytes{'T'});
+    third.WriteMemory(kText.data(), 4, 100000);
+    third.WriteMemory(kText.data(), 4, 0);
+    EXPECT_EQ(Read(second, 1, 0), Bytes{'T'});
+    first.reset();
+    EXPECT_EQ(Read(second, 4, 0), (Bytes{'T', 'e', 'x', 't'}));
+}
+
+TEST(MappedMemory, NeedsAMappingThatExists) {
+    EXPECT_EQ(Attach(100).GetStatus(), ERROR_INVALID_PARAMETER);
+    const Mapping mapping(kMapping, 0x10000);
+    CMemory memory = Attach(0x10000);
+    EXPECT_EQ(memory.GetStatus(), 0);
+    EXPECT_STREQ(memory.GetFileName(), kMapping);
+    EXPECT_EQ(memory.GetFileLength(), 0x10000u);
+    CMemory other = Attach(0x10000);
+    EXPECT_EQ(memory.WriteMemory(kText.data(), 4, 500), 0);
+    EXPECT_EQ(Read(other, 4, 500), kText);
+}
+
+TEST(MappedMemory, Odd10AReadMayNotEndAtTheVeryEnd) {
+    const Mapping mapping(kMapping, 0x1000);
+    CMemory memory = Attach(0x1000);
+    unsigned char bytes[4];
+    EXPECT_EQ(memory.WriteMemory(kText.data(), 4, 0xFFC), 0);
+    EXPECT_EQ(memory.ReadMemoryDirect(bytes, 4, 0xFFC), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(memory.ReadMemoryDirect(bytes, 3, 0xFFC), 0);
+    EXPECT_EQ(memory.WriteMemory(kText.data(), 4, 0xFFD), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(memory.WriteMemory(kText.data(), 0xFFFFFFFE, 4), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(memory.ReadMemoryDirect(bytes, 0xFFFFFFFE, 4), ERROR_NOT_ENOUGH_MEMORY);
+}
+
+TEST(MappedMemory, Odd14ASizeThatTheMappingDoesNotHaveIsNotFollowedOverItsEnd) {
+    const Mapping mapping(kMapping, 0x1000);
+    CMemory memory = Attach(0x10000000);
+    EXPECT_EQ(memory.GetFileLength(), 0x10000000u);
+    unsigned char bytes[4] = {};
+    EXPECT_EQ(memory.WriteMemory(kText.data(), 4, 0xFFE), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(memory.ReadMemoryDirect(bytes, 4, 0xFFE), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_STREQ(reinterpret_cast<char*>(bytes), "te") << "the part in bounds";
+    EXPECT_EQ(memory.ReadMemoryDirect(bytes, 4, 0x8000000), ERROR_NOT_ENOUGH_MEMORY);
+}
+
+TEST_F(FileMemory, ReadsAndWritesAndKnowsWhetherTheFileIsNew) {
+    {
+        CMemory file = Open(CMemory::OPENTYPE_CREATE_NEW);
+        EXPECT_EQ(file.GetStatus(), 0);
+        EXPECT_EQ(file.IsVirginFile(), 1);
+        EXPECT_EQ(file.WriteMemory(kText.data(), 4, 2), 0);
+        EXPECT_EQ(file.GetFileLength(), 6u);
+    }
+    EXPECT_EQ(Open(CMemory::OPENTYPE_CREATE_NEW).GetStatus(), ERROR_FILE_EXISTS);
+    CMemory file = Open(CMemory::OPENTYPE_OPEN_EXISTING, 1);
+    EXPECT_EQ(file.IsVirginFile(), 0);
+    EXPECT_EQ(Read(file, 4, 2), kText);
+    unsigned char* copy = nullptr;
+    EXPECT_EQ(file.ReadMemory(&copy, 10, 2), ERROR_HANDLE_EOF);
+    EXPECT_EQ(Bytes(copy, copy + 11), (Bytes{'t', 'e', 'x', 't', 0, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(file.GetReadCursor(), 12u);
+    EXPECT_EQ(file.WriteMemory(kText.data(), 4, 0), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(file.GetWriteCursor(), 0u);
+}
+
+TEST_F(FileMemory, AFileThatMayOnlyBeReadIsOpenedForReading) {
+    CMemory file(CMemory::KIND_FILE, 0, L"Z:\\sys\\kernel\\uevent_seqnum", CMemory::OPENTYPE_OPEN_EXISTING, 0);
+    EXPECT_EQ(file.GetStatus(), 0);
+    EXPECT_EQ(Read(file, 1, 0).size(), 1u);
+}
+
+TEST_F(FileMemory, AnUnknownOpenTypeIsReportedAndCountsAsOpenAlways) {
+    Reports reports;
+    EXPECT_EQ(Open(5).GetStatus(), 0);
+    EXPECT_EQ(reports.Take(), Texts{"CMemory:215 !_T(\"Invalid Open Type\")"});
+    EXPECT_TRUE(std::filesystem::exists(path));
+}
+
+TEST_F(FileMemory, Odd13RenamingClosesTheFile) {
+    const auto renamed = path.parent_path() / L"tessel renamed.dat";
+    CMemory file = Open(CMemory::OPENTYPE_OPEN_ALWAYS);
+    EXPECT_EQ(file.ReName(nullptr), -1);
+    EXPECT_EQ(file.ReName(renamed.c_str()), 0);
+    EXPECT_EQ(file.GetFileName(), renamed.wstring());
+    EXPECT_EQ(file.WriteMemory(kText.data(), 4, 0), ERROR_INVALID_HANDLE);
+    EXPECT_NE(file.ReName(L"Q:\\no such folder\\x"), 0);
+    EXPECT_EQ(file.GetFileName(), renamed.wstring());
+    EXPECT_EQ(CMemory::RemoveFile(renamed.c_str()), 0);
+    EXPECT_EQ(CMemory::RemoveFile(renamed.c_str()), 0);
+    EXPECT_NE(CMemory::RemoveFile(L"Q:\\no such folder\\x"), 0);
+}
+
+TEST_F(FileMemory, CarriesItsTimeOfTheLastWrite) {
+    CMemory file = Open(CMemory::OPENTYPE_OPEN_ALWAYS);
+    const FILETIME set{0x10000000, 0x01D00000};
+    FILETIME got{};
+    EXPECT_EQ(file.SetFileModificationTime(&set), 0);
+    EXPECT_EQ(file.GetFileModificationTime(&got), 0);
+    EXPECT_EQ(CompareFileTime(&set, &got), 0);
+    CMemory heap = Heap();
+    EXPECT_EQ(heap.GetFileModificationTime(&got), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(heap.SetFileModificationTime(&set), ERROR_INVALID_HANDLE);
+}
+
+TEST_F(FileMemory, ALengthOver4GbIsReported) {
+    CMemory file = Open(CMemory::OPENTYPE_OPEN_ALWAYS);
+    const ImportPatch size(L"Tessel.dll", "GetFileSize", SizeOver4Gb);
+    Reports reports;
+    EXPECT_EQ(file.GetFileLength(), 5u);
+    EXPECT_EQ(reports.Take(), Texts{"CMemory:274 HighPart == 0"});
+}
+
+TEST(GlobalMemory, Odd11EachRequestAllocatesAndAccessStaysInBounds) {
+    CMemory memory(CMemory::KIND_GLOBAL, 0, nullptr, CMemory::OPENTYPE_OPEN_ALWAYS, 0);
+    unsigned char one = 7;
+    EXPECT_EQ(memory.ReadMemoryDirect(&one, 1, 0), ERROR_NOT_ENOUGH_MEMORY) << "no block yet";
+    void* const block = memory.GetBuffer(100);
+    ASSERT_NE(block, nullptr);
+    EXPECT_NE(memory.GetBuffer(50), block);
+    EXPECT_EQ(memory.WriteMemory(kText.data(), 4, 10), 0);
+    EXPECT_EQ(Read(memory, 4, 10), kText);
+    EXPECT_EQ(memory.WriteMemory(kText.data(), 4, 0x100000), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(memory.ReadMemoryDirect(&one, 1, 0xFFFFFFFE), ERROR_NOT_ENOUGH_MEMORY);
+    const CMemory copy = memory;
+    EXPECT_NE(memory.GetBuffer(1000), nullptr);
+    GlobalFree(block);
+}
+
+TEST(Memory, AnUnknownKindHasStatus1) {
+    CMemory memory(4, 0, nullptr, CMemory::OPENTYPE_OPEN_ALWAYS, 0);
+    EXPECT_EQ(memory.GetStatus(), 1);
+    EXPECT_EQ(memory.GetBuffer(10), nullptr);
+}

@@ -1,0 +1,77 @@
+#include "support/Reports.h"
+
+#include <gtest/gtest.h>
+#include <tessel/resource.h>
+
+#include <thread>
+
+namespace {
+
+constexpr RESOURCE_TYPE kFrame{1};
+constexpr RESOURCE_ID kManager{1};
+constexpr RESOURCE_ID kOther{2};
+
+HWND Window(unsigned long number) {
+    return static_cast<HWND>(ULongToHandle(number));
+}
+
+class Resources : public testing::Test {
+protected:
+    Resources() { CPostOffice::CreateGlobalPostOffice(); }
+    ~Resources() override { CPostOffice::DestroyGlobalPostOffice(); }
+};
+
+} // namespace
+
+TEST_F(Resources, TheLowestEntryOfAKeyIsFoundAndDeletedFirst) {
+    CResource resources;
+    EXPECT_EQ(resources.AddResource(kFrame, kOther, Window(0x10), 5), 0);
+    EXPECT_EQ(resources.AddResource(kFrame, kOther, Window(0x20), 5), 0);
+    EXPECT_EQ(resources.GetResource(kFrame, kOther, 5), Window(0x10));
+    EXPECT_EQ(resources.DeleteResource(kFrame, kOther, 5), 0);
+    EXPECT_EQ(resources.GetResource(kFrame, kOther, 5), Window(0x20));
+    EXPECT_EQ(resources.DeleteResource(kFrame, kOther, 6), 1);
+    EXPECT_EQ(resources.GetResource(kFrame, kManager, 5), nullptr);
+    const RESOURCE& second = resources.GetResourceAddress()[1];
+    EXPECT_EQ(second.ThreadId, GetCurrentThreadId());
+    EXPECT_EQ(second.ProcessId, GetCurrentProcessId());
+    EXPECT_EQ(second.Owner, 5u);
+}
+
+TEST_F(Resources, EntriesGoWithTheirThreadOrProcess) {
+    CResource resources;
+    resources.AddResource(kFrame, kManager, Window(0x10), 1);
+    EXPECT_EQ(resources.GetManagerFromThread(), 1u);
+    std::thread([] {
+        CResource own;
+        EXPECT_EQ(own.GetManagerFromThread(), 0xFFFFFFFFu);
+        own.AddResource(kFrame, kOther, Window(0x20), 2);
+        own.FreeThreadResources();
+        EXPECT_EQ(own.GetResource(kFrame, kOther, 2), nullptr);
+    }).join();
+    EXPECT_EQ(resources.GetResource(kFrame, kManager, 1), Window(0x10));
+    EXPECT_EQ(resources.ResetProcess(GetCurrentProcessId()), 0);
+    EXPECT_EQ(resources.GetResource(kFrame, kManager, 1), nullptr);
+}
+
+TEST_F(Resources, AFullTableIsReported) {
+    CResource resources;
+    for (unsigned long i = 1; i <= POST_OFFICE_RESOURCES; ++i) {
+        ASSERT_EQ(resources.AddResource(kFrame, kOther, Window(i), i), 0);
+    }
+    Reports reports;
+    EXPECT_EQ(resources.AddResource(kFrame, kOther, Window(9), 9), 1);
+    EXPECT_EQ(reports.Take().at(0).substr(0, 5), "CRes:");
+    EXPECT_EQ(resources.GetResource(kFrame, kOther, POST_OFFICE_RESOURCES), Window(POST_OFFICE_RESOURCES));
+}
+
+TEST(ResourcesWithoutAPostOffice, DoNothing) {
+    Reports reports;
+    CResource resources;
+    EXPECT_EQ(reports.Take().size(), 1u);
+    EXPECT_EQ(resources.AddResource(kFrame, kOther, Window(1), 1), 1);
+    EXPECT_EQ(resources.DeleteResource(kFrame, kOther, 1), 1);
+    EXPECT_EQ(resources.GetResource(kFrame, kOther, 1), nullptr);
+    EXPECT_EQ(resources.ResetProcess(1), 0);
+    EXPECT_EQ(resources.GetManagerFromThread(), 0xFFFFFFFFu);
+}

@@ -1,0 +1,139 @@
+#include "ChildProcess.h"
+
+#include <cstdio>
+#include <iostream>
+#include <map>
+
+namespace {
+
+std::map<std::string, Role::Function>& Roles() {
+    static std::map<std::string, Role::Function> roles;
+    return roles;
+}
+
+std::wstring OwnProgram() {
+    wchar_t path[MAX_PATH];
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return path;
+}
+
+std::wstring CommandLine(const std::wstring& program, const std::string& role,
+                         const std::vector<std::string>& arguments) {
+    std::wstring line = L"\"" + program + L"\" --role " + std::wstring(role.begin(), role.end());
+    for (const std::string& argument : arguments) line += L" " + std::wstring(argument.begin(), argument.end());
+    return line;
+}
+
+struct Pipe {
+    Pipe() {
+        SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+        CreatePipe(&read, &write, &inheritable, 0);
+    }
+    HANDLE read = nullptr;
+    HANDLE write = nullptr;
+};
+
+void KeepFromChildren(HANDLE handle) {
+    SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
+}
+
+} // namespace
+
+ChildProcess::ChildProcess(const std::string& role, const std::vector<std::string>& arguments)
+    : ChildProcess(OwnProgram(), role, arguments) {}
+
+ChildProcess::ChildProcess(const std::wstring& program, const std::string& role,
+                           const std::vector<std::string>& arguments)
+    : ChildProcess(CommandLine(program, role, arguments)) {}
+
+ChildProcess::ChildProcess(std::wstring commandLine) {
+    const Pipe input;
+    const Pipe output;
+    KeepFromChildren(input.write);
+    KeepFromChildren(output.read);
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = input.read;
+    startup.hStdOutput = output.write;
+    startup.hStdError = output.write;
+    CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &m_process);
+    CloseHandle(input.read);
+    CloseHandle(output.write);
+    m_toChild = input.write;
+    m_fromChild = output.read;
+}
+
+ChildProcess::~ChildProcess() {
+    Kill();
+    CloseHandle(m_toChild);
+    CloseHandle(m_fromChild);
+    CloseHandle(m_process.hThread);
+    CloseHandle(m_process.hProcess);
+}
+
+std::string ChildProcess::WaitUntil(const std::string& start) {
+    for (;;) {
+        const auto end = m_pending.find('\n');
+        if (end == std::string::npos) {
+            char part[256];
+            DWORD got = 0;
+            if (!ReadFile(m_fromChild, part, sizeof part, &got, nullptr) || got == 0) return "(ended)";
+            m_pending.append(part, got);
+            continue;
+        }
+        const std::string line = m_pending.substr(0, m_pending.find_last_not_of("\r\n", end) + 1);
+        m_pending.erase(0, end + 1);
+        if (line.compare(0, start.size(), start) == 0) return line.substr(start.size());
+        std::cout << "[child] " << line << std::endl;
+    }
+}
+
+void ChildProcess::Tell(const std::string& line) {
+    const std::string text = line + "\n";
+    DWORD written = 0;
+    WriteFile(m_toChild, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
+}
+
+void ChildProcess::Kill() {
+    TerminateProcess(m_process.hProcess, 99);
+    WaitForSingleObject(m_process.hProcess, INFINITE);
+}
+
+DWORD ChildProcess::ExitCode() {
+    DWORD code = 0;
+    WaitForSingleObject(m_process.hProcess, INFINITE);
+    GetExitCodeProcess(m_process.hProcess, &code);
+    return code;
+}
+
+Role::Role(const char* name, Function function) {
+    Roles()[name] = function;
+}
+
+std::wstring PeerProgram() {
+    const bool is32 = sizeof(void*) == 4;
+    std::wstring program = OwnProgram();
+    const std::wstring own = is32 ? L"\\win32\\" : L"\\win64\\";
+    const auto at = program.rfind(own);
+    if (at == std::wstring::npos) return {};
+    program.replace(at, own.size(), is32 ? L"\\win64\\" : L"\\win32\\");
+    return GetFileAttributesW(program.c_str()) == INVALID_FILE_ATTRIBUTES ? std::wstring() : program;
+}
+
+void Say(const std::string& line) {
+    std::cout << line << std::endl;
+}
+
+std::string Hear() {
+    std::string line;
+    std::getline(std::cin, line);
+    return line;
+}
+
+bool RunRole(int argc, char** argv, int& exitCode) {
+    if (argc < 3 || std::string(argv[1]) != "--role") return false;
+    const auto role = Roles().find(argv[2]);
+    exitCode = role == Roles().end() ? 98 : role->second({argv + 3, argv + argc});
+    return true;
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <fenestra/assertlog.h>
+
+#include <string>
+#include <vector>
+
+/// Collects the library's reports, as "source:line expression", for as long as the object lives.
+class Reports {
+public:
+    Reports() { WndSetAssertSink(&Keep, this); }
+    ~Reports() { WndSetAssertSink(nullptr, nullptr); }
+    Reports(const Reports&) = delete;
+    Reports& operator=(const Reports&) = delete;
+
+    /// The reports since the last call, in order.
+    std::vector<std::string> Take() { return std::move(m_texts); }
+
+private:
+    static void Keep(const WND_ASSERT_RECORD& record, void* self) {
+        static_cast<Reports*>(self)->m_texts.push_back(std::string(record.szFile) + ":" +
+                                                       std::to_string(record.ulLine) + " " + record.szExpression);
+    }
+    std::vector<std::string> m_texts;
+};
+
+using Texts = std::vector<std::string>;
