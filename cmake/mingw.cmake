@@ -1,4 +1,4 @@
-# Cross-compiler for Windows; the including file sets mingw_machine.
+# Cross-compiler for Windows; the including file sets mingw_machine and mingw_wine.
 set(CMAKE_SYSTEM_NAME Windows)
 
 # The posix variant brings std::thread and std::mutex.
@@ -12,5 +12,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 
 if(NOT CMAKE_HOST_WIN32)
-  set(CMAKE_CROSSCOMPILING_EMULATOR /usr/bin/wine)
+  # The loader of the program's own bitness: the other one starts a second loader.
+  find_program(CMAKE_CROSSCOMPILING_EMULATOR NAMES ${mingw_wine} wine PATHS /usr/lib/wine)
 endif()
