@@ -1,4 +1,4 @@
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034,SC2154 # sourced: variables come from and go to the others
 # Configuring and compiling the presets.
 
 # Leaves a configured tree alone: Ninja configures it again by itself when a list of files changes.
@@ -21,6 +21,6 @@ compile() {
     say "building $preset"
     local targets=()
     [ $# = 0 ] || targets=(--target "$@")
-    cmake --build --preset "$preset" "${targets[@]}" | grep -v '^ninja: no work to do'
+    cmake --build --preset "$preset" "${targets[@]}" | grep -vE '^ninja: no work to do|Re-checking globbed'
     [ "${PIPESTATUS[0]}" = 0 ] || fail "$preset does not build"
 }

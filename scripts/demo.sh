@@ -13,7 +13,7 @@ source "$root/scripts/wine.sh"
 [ $# -le 1 ] || fail "usage: ./dev demo [FILE]"
 file=${1:-}
 if [ -n "$file" ]; then
-    [ -f "$file" ] && [ -r "$file" ] || fail "cannot read $file"
+    if [ ! -f "$file" ] || [ ! -r "$file" ]; then fail "cannot read $file"; fi
     file=$(realpath "$file")
 fi
 

@@ -1,11 +1,11 @@
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034,SC2154 # sourced: variables come from and go to the others
 # Which Debian packages each job needs, and how they are installed.
 
 build_packages=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix binutils cmake ninja-build googletest)
 run_packages=(wine wine64 xvfb)
 wine32_package=wine32:i386
 lint_packages=(clang-format clang-tidy doxygen shellcheck)
-bench_packages=(dpkg-dev)
+bench_packages=(bsdextrautils jq)
 
 # Present when this machine could not be given a 32-bit Wine; ./dev setup tries again.
 no_wine32_mark=$build/.no-wine32

@@ -1,4 +1,4 @@
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034,SC2154 # sourced: variables come from and go to the others
 # A Wine prefix inside build/, and a display and a Wine server for as long as a command runs.
 
 export WINEPREFIX=$build/wine

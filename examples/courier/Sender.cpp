@@ -87,7 +87,7 @@ public:
 
 private:
     static unsigned long Read(std::ifstream& file, std::array<unsigned char, kParcelSize>& parcel) {
-        file.read(reinterpret_cast<char*>(parcel.data()), parcel.size());
+        file.read(reinterpret_cast<char*>(parcel.data()), std::streamsize{kParcelSize});
         if (file.bad()) throw std::runtime_error("the file cannot be read to its end");
         return static_cast<unsigned long>(file.gcount());
     }

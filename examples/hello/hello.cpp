@@ -1,5 +1,6 @@
-#include <cstdio>
 #include <tessel/tessel.h>
+
+#include <cstdio>
 
 int main() {
     CPostOffice::CreateGlobalPostOffice();

@@ -51,6 +51,10 @@ DWORD WINAPI SizeOver4Gb(HANDLE, DWORD* high) {
     return 5;
 }
 
+BOOL WINAPI WriteHalf(HANDLE file, const void* data, DWORD size, DWORD* written, OVERLAPPED*) {
+    return WriteFile(file, data, size / 2, written, nullptr);
+}
+
 constexpr wchar_t kMapping[] = L"Tessel test mapping";
 
 CMemory Attach(unsigned long size) {
@@ -218,6 +222,14 @@ TEST_F(FileMemory, ALengthOver4GbIsReported) {
     Reports reports;
     EXPECT_EQ(file.GetFileLength(), 5u);
     EXPECT_EQ(reports.Take(), Texts{"CMemory:274 HighPart == 0"});
+}
+
+TEST_F(FileMemory, Odd12AShortWriteGoesUnnoticed) {
+    CMemory file = Open(CMemory::OPENTYPE_OPEN_ALWAYS);
+    const ImportPatch write(L"Tessel.dll", "WriteFile", WriteHalf);
+    EXPECT_EQ(file.WriteMemory(kText.data(), 4, 0), 0);
+    EXPECT_EQ(file.GetWriteCursor(), 4u);
+    EXPECT_EQ(file.GetFileLength(), 2u);
 }
 
 TEST(GlobalMemory, Odd11EachRequestAllocatesAndAccessStaysInBounds) {

@@ -129,6 +129,14 @@ TEST_F(PostOffice, Odd17ALockThatIsNotToBeHadIsReportedAndFreed) {
     EXPECT_EQ(WaitForSingleObject(holder.GetHandle(), 0), WAIT_OBJECT_0);
 }
 
+TEST_F(PostOffice, Odd18ASecondCreationLosesTheFirst) {
+    CPostOffice::CreateGlobalPostOffice();
+    CPostOffice::CreateGlobalPostOffice();
+    CPostOffice::DestroyGlobalPostOffice();
+    const Region left(1);
+    EXPECT_EQ(left.header->FileSize, POST_OFFICE_REGION_SIZE);
+}
+
 TEST_F(PostOffice, Odd16WithoutARegionABoxSaysSoAndTheLockStaysTaken) {
     const ImportPatch box(L"Tessel.dll", "MessageBoxW", NoteBox);
     const ImportPatch mapping(L"Tessel.dll", "CreateFileMappingW", NoMapping);

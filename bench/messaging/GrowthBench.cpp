@@ -1,0 +1,137 @@
+#include <benchmark/benchmark.h>
+#include <tessel/mailbox.h>
+
+#include <tessel/synchronisation.h>
+
+#include <memory>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr ORCAOBJID kReceiver{81};
+constexpr ORCAOBJID kOthers{82};
+constexpr UINT kStop = WM_APP;
+
+/// A receiver that releases whatever comes, on a thread of its own.
+class Drain {
+public:
+    Drain() {
+        const CEvent ready;
+        m_thread = std::thread([this, ready = ready.GetHandle()] { Run(ready); });
+        WaitForSingleObject(ready.GetHandle(), INFINITE);
+    }
+    ~Drain() {
+        PostMessageW(m_window, kStop, 0, 0);
+        m_thread.join();
+    }
+    Drain(const Drain&) = delete;
+    Drain& operator=(const Drain&) = delete;
+
+private:
+    void Run(HANDLE ready) {
+        m_window = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+        CMailBox mailbox(kReceiver);
+        mailbox.RegisterMailbox(m_window);
+        SetEvent(ready);
+        MSG message;
+        while (GetMessageW(&message, m_window, 0, 0) > 0 && message.message != kStop) {
+            if (message.message != MAILBOX_NOTIFICATION) continue;
+            mailbox.ReleaseMemory(mailbox.GetMessageBlock(static_cast<unsigned int>(message.lParam)));
+        }
+        DestroyWindow(m_window);
+    }
+
+    HWND m_window = nullptr;
+    std::thread m_thread;
+};
+
+void SendOne(CMailBox& mailbox) {
+    const unsigned char data[64] = {};
+    while (mailbox.Send(kReceiver, 1, sizeof data, data, 0, nullptr) == ERROR_BUSY) {
+    }
+}
+
+/// Sends one and takes it on the same thread, so that nothing but the post office's state differs.
+class SelfSender {
+public:
+    SelfSender()
+        : m_window(CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)),
+          m_mailbox(kReceiver) {
+        m_mailbox.RegisterMailbox(m_window);
+    }
+    ~SelfSender() {
+        m_mailbox.UnregisterMailbox();
+        DestroyWindow(m_window);
+    }
+    SelfSender(const SelfSender&) = delete;
+    SelfSender& operator=(const SelfSender&) = delete;
+
+    void SendAndTake() {
+        SendOne(m_mailbox);
+        Take();
+    }
+    CMailBox& Mailbox() { return m_mailbox; }
+    void Take() {
+        MSG message;
+        GetMessageW(&message, m_window, MAILBOX_NOTIFICATION, MAILBOX_NOTIFICATION);
+        m_mailbox.ReleaseMemory(m_mailbox.GetMessageBlock(static_cast<unsigned int>(message.lParam)));
+    }
+
+private:
+    HWND m_window;
+    CMailBox m_mailbox;
+};
+
+void RegisteredMailboxes(benchmark::State& state) {
+    CPostOffice::CreateGlobalPostOffice();
+    {
+        std::vector<std::unique_ptr<CMailBox>> others;
+        for (int64_t i = 1; i < state.range(0); ++i) {
+            others.emplace_back(std::make_unique<CMailBox>(kOthers))->RegisterMailbox(GetDesktopWindow());
+        }
+        SelfSender sender;
+        for (auto _ : state) sender.SendAndTake();
+    }
+    CPostOffice::DestroyGlobalPostOffice();
+}
+
+/// Messages that nobody fetches fill the pool; the free blocks lie behind one another, as they do when
+/// receivers have fallen behind.
+void PoolFullness(benchmark::State& state) {
+    CPostOffice::CreateGlobalPostOffice();
+    {
+        SelfSender sender;
+        const int64_t used = SMALL_BLOCK_COUNT * state.range(0) / 100;
+        for (int64_t i = 0; i < used; ++i) SendOne(sender.Mailbox());
+        for (auto _ : state) sender.SendAndTake();
+        for (int64_t i = 0; i < used; ++i) sender.Take();
+    }
+    CPostOffice::DestroyGlobalPostOffice();
+}
+
+/// Threads that send to one receiver at the same time.
+void Senders(benchmark::State& state) {
+    static std::unique_ptr<Drain> drain;
+    if (state.thread_index() == 0) {
+        CPostOffice::CreateGlobalPostOffice();
+        drain = std::make_unique<Drain>();
+    }
+    std::unique_ptr<CMailBox> mailbox;
+    for (auto _ : state) {
+        if (mailbox == nullptr) mailbox = std::make_unique<CMailBox>(kOthers);
+        SendOne(*mailbox);
+    }
+    state.SetItemsProcessed(state.iterations());
+    mailbox.reset();
+    if (state.thread_index() == 0) {
+        drain.reset();
+        CPostOffice::DestroyGlobalPostOffice();
+    }
+}
+
+BENCHMARK(RegisteredMailboxes)->Name("Growth: mailboxes")->Arg(1)->Arg(10)->Arg(50)->Arg(99)->UseRealTime();
+BENCHMARK(PoolFullness)->Name("Growth: pool used, per cent")->Arg(0)->Arg(50)->Arg(90)->Arg(99)->UseRealTime();
+BENCHMARK(Senders)->Name("Growth: senders")->ThreadRange(1, 8)->UseRealTime();
+
+} // namespace

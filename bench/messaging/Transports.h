@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+/// One way to carry messages between two processes.
+class Transport {
+public:
+    static constexpr std::size_t kMaximum = 5000;
+
+    Transport() = default;
+    virtual ~Transport() = default;
+    Transport(const Transport&) = delete;
+    Transport& operator=(const Transport&) = delete;
+
+    /// Where the other side finds this one; told to it before the first message.
+    virtual std::string Address() = 0;
+    virtual void Connect(const std::string& peer) = 0;
+    virtual void Send(const void* data, std::size_t size) = 0;
+    /// Waits for a message of that size.
+    virtual void Receive(void* data, std::size_t size) = 0;
+};
+
+/// @param kind    Tessel, Bare, WM_COPYDATA, Pipe, Mailslot or TCP
+/// @param server  whether this side was there first
+std::unique_ptr<Transport> MakeTransport(const std::string& kind, bool server);

@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# ./dev bench [NAME]: measures against the bare Windows calls; NAME is a regular expression of benchmarks.
+set -euo pipefail
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+# shellcheck source=scripts/packages.sh
+source "$root/scripts/packages.sh"
+# shellcheck source=scripts/builds.sh
+source "$root/scripts/builds.sh"
+# shellcheck source=scripts/wine.sh
+source "$root/scripts/wine.sh"
+# shellcheck source=scripts/fetch-benchmark.sh
+source "$root/scripts/fetch-benchmark.sh"
+
+take_turn
+need_build_packages
+need_run_packages
+install_packages "${bench_packages[@]}"
+need_benchmark_source
+bits=$(runnable_bits)
+preset=win${bits%% *}
+configure "$preset" -DTESSEL_BENCHMARK_SOURCE="$benchmark_source"
+compile "$preset" tessel_bench
+
+start_wine
+results=$build/bench.json
+# Repetitions in random order: what the machine does meanwhile strikes both sides of a ratio alike.
+timeout 3000 wine "$build/$preset/bin/tessel_bench.exe" --benchmark_filter="${1:-.}" \
+    --benchmark_repetitions=15 --benchmark_enable_random_interleaving=true --benchmark_min_time=0.2 \
+    --benchmark_report_aggregates_only=true --benchmark_out="$(windows_path "$results")" --benchmark_out_format=json \
+    >"$build/bench.log" 2>&1 || fail "the benchmarks failed (log: build/bench.log)"
+
+printf 'Processor: %s; %s, %s-bit\n\n' "$(sed -n 's/^model name\t: //p;T;q' /proc/cpuinfo)" "$(wine --version)" "${preset#win}"
+jq -r -f "$root/scripts/bench-report.jq" "$results" | column -t -s $'\t'
+say "all figures: build/bench.json"

@@ -1,0 +1,89 @@
+#!/usr/bin/env bash
+# ./dev lint: format, static analysis, documentation, texts and scripts. Prints every finding.
+set -euo pipefail
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+# shellcheck source=scripts/packages.sh
+source "$root/scripts/packages.sh"
+# shellcheck source=scripts/builds.sh
+source "$root/scripts/builds.sh"
+
+take_turn
+need_build_packages
+install_packages "${lint_packages[@]}"
+cd "$root"
+findings=0
+
+check() {
+    local name=$1
+    shift
+    say "checking $name"
+    "$@" || {
+        findings=$((findings + 1))
+        say "findings in $name"
+    }
+}
+
+sources() { git ls-files -co --exclude-standard -- "$@" | grep -E '\.(h|cpp)$'; }
+
+check_format() { sources | xargs clang-format --dry-run --Werror; }
+
+# clang looks for the C++ library of its own platform: it is shown the one that the compiler uses.
+check_tidy() {
+    configure win32
+    local gcc include=()
+    gcc=$(i686-w64-mingw32-g++-posix -print-file-name=include/c++)
+    for folder in "$gcc" "$gcc/i686-w64-mingw32" "$gcc/backward" /usr/i686-w64-mingw32/include; do
+        include+=(--extra-arg=-isystem"$folder")
+    done
+    sources foundation messaging net media system ui companions examples | grep '\.cpp$' |
+        xargs -P "$(nproc)" -n 4 clang-tidy -p build/win32 --quiet --warnings-as-errors='*' \
+            --extra-arg=--target=i686-w64-windows-gnu --extra-arg=-nostdinc++ "${include[@]}" 2>"$build/clang-tidy.log"
+}
+
+check_documentation() { doxygen docs/Doxyfile >/dev/null; }
+
+# Each oddity has one row in docs/oddities.md and, for those that are kept, a test that names it.
+check_oddities() {
+    local in_code in_docs id ok=0
+    in_code=$(sources foundation messaging net media system ui | xargs grep -ohE '\b(ODD|GUARD)-[0-9]+' | sort -u)
+    in_docs=$(grep -oE '^\| (ODD|GUARD)-[0-9]+' docs/oddities.md | cut -c 3- | sort)
+    diff <(echo "$in_code") <(echo "$in_docs") || ok=1
+    while read -r id; do
+        grep -rqE "Odd[0-9And]*${id#ODD-}" tests || {
+            echo "no test names $id"
+            ok=1
+        }
+    done < <(grep '^ODD' <<<"$in_docs")
+    return $ok
+}
+
+# A program that the documentation shows is one that the build compiles.
+check_shown_programs() {
+    local page source ok=0
+    while IFS=: read -r page source; do
+        diff <(sed -n "/<!-- program: ${source//\//\\/} -->/,/^\`\`\`$/p" "$page" | sed '1,2d;$d') "$source" || ok=1
+    done < <(grep -oE '<!-- program: [^ ]+' README.md docs/*.md | sed 's/<!-- program: //')
+    return $ok
+}
+
+check_links() {
+    local page link ok=0
+    while IFS=: read -r page link; do
+        [ -e "$(dirname "$page")/${link%%#*}" ] || {
+            echo "$page: $link leads nowhere"
+            ok=1
+        }
+    done < <(grep -oE '\]\([^)#:]+[^):]*\)' ./*.md docs/*.md examples/*/*.md | sed 's/\](\(.*\))/\1/')
+    return $ok
+}
+
+check format check_format
+check code check_tidy
+check documentation check_documentation
+check oddities check_oddities
+check "shown programs" check_shown_programs
+check links check_links
+check scripts shellcheck -x dev .ci/run scripts/*.sh
+[ "$findings" = 0 ] || fail "findings in $findings checks"
+say "nothing to mend"
