@@ -1,3 +1,4 @@
+#include <foundation/SharedField.h>
 #include <tessel/synchronisation.h>
 
 #include <cstddef>
@@ -28,9 +29,19 @@ CSemaphore::~CSemaphore() {
     if (m_hSemaphore != nullptr) (void)CloseHandle(m_hSemaphore); // a copy may have closed it before
 }
 
+unsigned long CSemaphore::GetKeptError() const {
+    return tessel::LoadShared(m_ulLastError);
+}
+
+unsigned long CSemaphore::KeepError() {
+    const unsigned long error = GetLastError();
+    tessel::StoreShared(m_ulLastError, error);
+    return error;
+}
+
 int CSemaphore::WaitOnSemaphore(unsigned long timeoutMs) {
     const DWORD result = WaitForSingleObjectEx(m_hSemaphore, timeoutMs, FALSE);
-    if (result == WAIT_FAILED) m_ulLastError = GetLastError();
+    if (result == WAIT_FAILED) (void)KeepError();
     return result == WAIT_OBJECT_0 ? 0 : 1;
 }
 
@@ -47,13 +58,12 @@ int CSemaphore::WaitOnSemaphoreA(unsigned long timeoutMs, void* handle) {
 
 int CSemaphore::ReleaseSemaphoreA() {
     if (::ReleaseSemaphore(m_hSemaphore, 1, nullptr)) return 0;
-    m_ulLastError = GetLastError();
-    return static_cast<int>(m_ulLastError);
+    return static_cast<int>(KeepError());
 }
 
 // ODD-05: 1 is success here and 0 is success in ReleaseSemaphoreA.
 int CSemaphore::ReleaseSemaphore(long count) {
     if (::ReleaseSemaphore(m_hSemaphore, count, nullptr)) return 1;
-    m_ulLastError = GetLastError();
+    (void)KeepError();
     return 0;
 }

@@ -20,13 +20,16 @@ constexpr unsigned long kNotSignalled = 0xFFFFFFFF;
 
 class Locked {
 public:
-    explicit Locked(CThreadLock& lock) : m_lock(lock) { (void)m_lock.Lock(INFINITE); } // cannot time out
-    ~Locked() { (void)m_lock.Unlock(); }
+    explicit Locked(CThreadLock& lock) : m_lock(lock), m_held(lock.Lock(INFINITE) == 0) {}
+    ~Locked() {
+        if (m_held) (void)m_lock.Unlock(); // held until now
+    }
     Locked(const Locked&) = delete;
     Locked& operator=(const Locked&) = delete;
 
 private:
     CThreadLock& m_lock;
+    bool m_held; // not when a destroyed copy has closed the lock
 };
 
 /// The handles as they were when a wait began; what the system can wait for needs no allocation.
@@ -64,18 +67,13 @@ DWORD WaitFor(HandleCopy& objects, unsigned long timeoutMs, bool waitAll) {
 CWait::CWait() : m_ulSpare(0), m_ulCount(0), m_pHandles(nullptr), m_Lock(nullptr) {}
 
 // GUARD-05: each copy has an array of its own, where sharing it would free it twice.
-CWait::CWait(const CWait& other)
-    : m_ulSpare(other.m_ulSpare), m_ulCount(other.m_ulCount),
-      m_pHandles(CopyOf(other.m_pHandles, other.m_ulCount, other.m_ulCount)), m_Lock(other.m_Lock) {
-    if (m_pHandles == nullptr) m_ulCount = 0;
+CWait::CWait(const CWait& other) : m_ulSpare(other.m_ulSpare), m_ulCount(0), m_pHandles(nullptr), m_Lock(other.m_Lock) {
+    CopyHandles(other);
 }
 
 CWait& CWait::operator=(const CWait& other) {
     if (this == &other) return *this;
-    HANDLE* const copy = CopyOf(other.m_pHandles, other.m_ulCount, other.m_ulCount);
-    delete[] m_pHandles;
-    m_pHandles = copy;
-    m_ulCount = copy == nullptr ? 0 : other.m_ulCount;
+    CopyHandles(other);
     m_ulSpare = other.m_ulSpare;
     m_Lock = other.m_Lock;
     return *this;
@@ -83,6 +81,14 @@ CWait& CWait::operator=(const CWait& other) {
 
 CWait::~CWait() {
     delete[] m_pHandles;
+}
+
+void CWait::CopyHandles(const CWait& other) {
+    const Locked locked(other.m_Lock);
+    HANDLE* const copy = CopyOf(other.m_pHandles, other.m_ulCount, other.m_ulCount);
+    delete[] m_pHandles;
+    m_pHandles = copy;
+    m_ulCount = copy == nullptr ? 0 : other.m_ulCount;
 }
 
 void CWait::AddObject(const CEvent& object) {

@@ -1,10 +1,12 @@
 #include <foundation/Library.h>
 #include <tessel/status.h>
 
+#include <atomic>
+
 namespace {
 
-HINSTANCE ownModule = nullptr;
-HINSTANCE stringModule = nullptr;
+std::atomic<HINSTANCE> ownModule = nullptr;
+std::atomic<HINSTANCE> stringModule = nullptr;
 
 } // namespace
 
@@ -26,9 +28,8 @@ HINSTANCE TesselGetModuleInstance() {
 }
 
 unsigned long TesselSetStringModule(HINSTANCE module) {
-    if (stringModule != nullptr) return STATUS_STRING_MODULE_SET;
-    stringModule = module;
-    return STATUS_OK;
+    HINSTANCE none = nullptr;
+    return stringModule.compare_exchange_strong(none, module) ? STATUS_OK : STATUS_STRING_MODULE_SET;
 }
 
 int TesselLoadString(unsigned int id, wchar_t* buffer, int sizeInChars) {

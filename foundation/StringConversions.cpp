@@ -1,6 +1,7 @@
 #include <foundation/Report.h>
 #include <tessel/strings.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
@@ -44,13 +45,13 @@ template <class Target, class Source> unsigned long Finish(Target* dest, const S
 template <class Target, class Source>
 void Convert(std::size_t (*convert)(Target*, const Source*, std::size_t), Target* dest, const Source* src,
              unsigned int size) {
-    const std::size_t converted = convert(dest, src, size);
-    if (converted < size) return;
-    if (converted != size) { // GUARD-02: it failed; once more into a cleared buffer, so that the text is closed
+    constexpr auto kFailed = static_cast<std::size_t>(-1);
+    std::size_t converted = convert(dest, src, size);
+    if (converted == kFailed) { // GUARD-02: once more into a cleared buffer, so that the text is closed
         std::memset(dest, 0, size * sizeof(Target));
-        (void)convert(dest, src, size); // fails at the same place
+        converted = convert(dest, src, size); // fails at the same place
     }
-    dest[size - 1] = 0;
+    dest[std::min<std::size_t>(converted, size - 1)] = 0;
 }
 
 bool IsSpace(char character) {

@@ -1,5 +1,5 @@
+#include <foundation/SharedField.h>
 #include <messaging/PostOfficeLock.h>
-#include <messaging/SharedField.h>
 #include <messaging/WindowHandle.h>
 #include <tessel/mailbox.h>
 #include <tessel/resource.h>

@@ -1,6 +1,6 @@
 #include <foundation/Report.h>
+#include <foundation/SharedField.h>
 #include <messaging/PostOfficeLock.h>
-#include <messaging/SharedField.h>
 #include <tessel/mailbox.h>
 #include <tessel/status.h>
 

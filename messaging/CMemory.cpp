@@ -34,10 +34,18 @@ bool EndsInRange(unsigned long offset, unsigned long count) {
     return count <= kLastOffset - offset;
 }
 
-/// Makes the copy an owner of the resource, or leaves it without.
-template <class Resource> Resource Share(Resource resource) {
-    if (resource == nullptr || resource == INVALID_HANDLE_VALUE) return resource;
-    return AddOwner(resource) ? resource : nullptr;
+/// Makes a copy an owner of the resource, or leaves it without.
+/// @param status  becomes ERROR_NOT_ENOUGH_MEMORY when it has to be left without
+template <class Resource> Resource Share(Resource resource, int& status) {
+    if (resource == nullptr || AddOwner(resource)) return resource;
+    status = ERROR_NOT_ENOUGH_MEMORY;
+    return nullptr;
+}
+
+/// Whether a file's handle is open; ReName() leaves a closed one behind, which has no owners to count.
+bool IsOpen(HANDLE file) {
+    DWORD flags = 0;
+    return file != INVALID_HANDLE_VALUE && GetHandleInformation(file, &flags) != 0;
 }
 
 void FreeHeap(unsigned char* buffer) {
@@ -99,7 +107,7 @@ CMemory::CMemory(const CMemory& other) {
 
 CMemory& CMemory::operator=(const CMemory& other) {
     if (this == &other) return *this;
-    LetGo();
+    Forget();
     ShareWith(other);
     return *this;
 }
@@ -114,10 +122,13 @@ void CMemory::KeepName(const wchar_t* name) {
 
 // GUARD-06: copies hold the same buffers and handles by value, where each freeing them would free them twice.
 void CMemory::ShareWith(const CMemory& other) {
-    m_pBuffer = Share(other.m_pBuffer);
-    m_pReadCopy = Share(other.m_pReadCopy);
-    m_hMapping = Share(other.m_hMapping);
-    m_hHandle = other.m_iKind == KIND_GLOBAL ? m_pBuffer : Share(other.m_hHandle);
+    m_iStatus = other.m_iStatus;
+    m_pBuffer = Share(other.m_pBuffer, m_iStatus);
+    m_pReadCopy = Share(other.m_pReadCopy, m_iStatus);
+    m_hMapping = Share(other.m_hMapping, m_iStatus);
+    m_hHandle = other.m_hHandle;
+    if (other.m_iKind == KIND_GLOBAL) m_hHandle = m_pBuffer;
+    if (other.m_iKind == KIND_FILE && IsOpen(other.m_hHandle)) m_hHandle = Share(other.m_hHandle, m_iStatus);
     std::copy(std::begin(other.m_szName), std::end(other.m_szName), m_szName);
     m_iKind = other.m_iKind;
     m_ulSize = m_pBuffer == nullptr && m_iKind != KIND_MAPPING ? 0 : other.m_ulSize;
@@ -125,8 +136,15 @@ void CMemory::ShareWith(const CMemory& other) {
     m_ulWriteCursor = other.m_ulWriteCursor;
     m_ulReadCopyCapacity = m_pReadCopy == nullptr ? 0 : other.m_ulReadCopyCapacity;
     m_ulRequestedSize = other.m_ulRequestedSize;
-    m_iStatus = other.m_iStatus;
     m_iNewFile = other.m_iNewFile;
+}
+
+// ODD-22: what the target of an assignment held is neither closed nor freed; a copy may be its last owner now.
+void CMemory::Forget() {
+    (void)RemoveOwner(m_pBuffer);
+    (void)RemoveOwner(m_pReadCopy);
+    (void)RemoveOwner(m_hMapping);
+    if (m_iKind == KIND_FILE) (void)RemoveOwner(m_hHandle);
 }
 
 // What the system refuses to free here was freed by a caller that got hold of it; nothing is left to do.

@@ -10,6 +10,7 @@ HANDLE AttachToMapping(unsigned long size, const wchar_t* name, DWORD& error) {
     error = GetLastError();
     if (mapping == nullptr && error == ERROR_INVALID_PARAMETER) {
         mapping = OpenFileMappingW(FILE_MAP_WRITE, FALSE, name);
+        if (GetLastError() != ERROR_FILE_NOT_FOUND) error = GetLastError();
     }
     return mapping;
 }

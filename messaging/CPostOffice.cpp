@@ -1,5 +1,5 @@
+#include <foundation/SharedField.h>
 #include <messaging/CPost.h>
-#include <messaging/SharedField.h>
 
 #include <new>
 #include <span>

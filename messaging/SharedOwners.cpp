@@ -1,20 +1,29 @@
 #include <messaging/SharedOwners.h>
 
+#include <tessel/platform.h>
+
 #include <map>
-#include <mutex>
 #include <new>
 
 namespace tessel {
 
 namespace {
 
-std::mutex ownersLock;
+SRWLOCK ownersLock = SRWLOCK_INIT; // unlike a std::mutex it cannot throw
 std::map<const void*, unsigned long> owners;
+
+class LockGuard {
+public:
+    LockGuard() { AcquireSRWLockExclusive(&ownersLock); }
+    ~LockGuard() { ReleaseSRWLockExclusive(&ownersLock); }
+    LockGuard(const LockGuard&) = delete;
+    LockGuard& operator=(const LockGuard&) = delete;
+};
 
 } // namespace
 
 bool AddOwner(const void* resource) {
-    const std::lock_guard guard(ownersLock);
+    const LockGuard guard;
     try {
         owners.try_emplace(resource, 1UL).first->second += 1;
         return true;
@@ -24,12 +33,12 @@ bool AddOwner(const void* resource) {
 }
 
 bool IsShared(const void* resource) {
-    const std::lock_guard guard(ownersLock);
+    const LockGuard guard;
     return owners.contains(resource);
 }
 
 bool RemoveOwner(const void* resource) {
-    const std::lock_guard guard(ownersLock);
+    const LockGuard guard;
     const auto entry = owners.find(resource);
     if (entry == owners.end()) return true;
     entry->second -= 1;

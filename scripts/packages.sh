@@ -4,7 +4,7 @@
 build_packages=(g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix binutils cmake ninja-build googletest)
 run_packages=(wine wine64 xvfb)
 wine32_package=wine32:i386
-lint_packages=(clang-format clang-tidy doxygen shellcheck)
+lint_packages=(git clang-format clang-tidy doxygen shellcheck)
 bench_packages=(bsdextrautils jq)
 
 # Present when this machine could not be given a 32-bit Wine; ./dev setup tries again.

@@ -1,6 +1,6 @@
 #include <foundation/ProcessObjects.h>
 #include <foundation/Report.h>
-#include <messaging/SharedField.h>
+#include <foundation/SharedField.h>
 #include <messaging/WindowHandle.h>
 #include <tessel/resource.h>
 

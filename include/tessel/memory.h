@@ -8,12 +8,14 @@
 /// Programs use it to pass bulk data through a named mapping and to read and write data files with the
 /// same calls. The post office maps its region itself and does not use it.
 ///
-/// Every operation leaves its result in the status (GetStatus()) as well as returning it: 0 or a Win32
-/// error. Ranges that do not lie inside the storage, or whose end lies beyond 2^32 - 1, give
-/// ERROR_NOT_ENOUGH_MEMORY; a null buffer with a count gives ERROR_INVALID_PARAMETER.
+/// Every operation that returns a status leaves it in the object too (GetStatus()): 0 or a Win32 error. Ranges
+/// that do not lie inside storage in memory, or whose end lies beyond 2^32 - 1, give ERROR_NOT_ENOUGH_MEMORY, and so
+/// does any range of an unknown kind; in a file such an end wraps. A null buffer with a count gives
+/// ERROR_INVALID_PARAMETER.
 ///
 /// Copies share the storage: what one writes, the other reads, until one of them lets a heap buffer grow,
-/// which gives it a buffer of its own. The last of them closes and frees.
+/// which gives it a buffer of its own. The last of them closes and frees. A copy that cannot share for lack of
+/// memory has the status ERROR_NOT_ENOUGH_MEMORY.
 /// Threads: not synchronised; one thread at a time uses an object and its copies.
 class TESSEL_API CMemory {
 public:
@@ -39,9 +41,10 @@ public:
 
     /// Opens the storage; GetStatus() tells how that went.
     ///
-    /// Heap and global storage start empty and ignore the other arguments. A mapping must exist; its size
-    /// is what the caller says, so that reads and writes can be checked against it. A file that may not be
-    /// written is opened read-only instead. Any other kind gives status 1.
+    /// Heap and global storage start empty and ignore the other arguments. A mapping must exist, else the status is
+    /// ERROR_INVALID_PARAMETER; its size is what the caller says, so that reads and writes can be checked against
+    /// it. A file that may not be written is opened once more, with the same open type, read-only; one that may
+    /// be written can be read, written and deleted by others meanwhile. Any other kind gives status 1.
     /// @param kind      one of KIND
     /// @param size      bytes of the mapping; unused for the other kinds
     /// @param name      name of the mapping or the file
@@ -53,7 +56,8 @@ public:
     /// @param other  object to share with
     CMemory(const CMemory& other);
 
-    /// Lets the storage held so far go and shares the other object's.
+    /// Shares the other object's storage. What was held before is neither closed nor freed: destroy the object and
+    /// make another one instead.
     /// @param other  object to share with
     /// @return this object
     CMemory& operator=(const CMemory& other);
@@ -86,7 +90,7 @@ public:
     unsigned long GetWriteCursor() const { return m_ulWriteCursor; }
 
     /// Name of the file or mapping, cut to 259 characters.
-    /// @return text owned by this object; empty for the other kinds and after a failed open
+    /// @return text owned by this object; empty for the other kinds and while nothing was opened
     const wchar_t* GetFileName() const { return m_szName; }
 
     /// Reads into the caller's buffer.
@@ -101,7 +105,7 @@ public:
 
     /// Reads into a buffer of this object's, with a 0 byte behind the data. Otherwise like ReadMemoryDirect().
     /// @param result  receives the buffer, which stays this object's and is overwritten by the next
-    ///                ReadMemory(); unchanged when nothing could be read
+    ///                ReadMemory() of it or a copy; unchanged when the range is refused or memory is short
     /// @param count   bytes to read; what a file does not hold is 0
     /// @param offset  bytes from the start, or AT_CURSOR
     /// @return 0; ERROR_HANDLE_EOF (38): the file ends before; else a Win32 error
@@ -117,14 +121,17 @@ public:
     /// @return 0 or a Win32 error
     int WriteMemory(const unsigned char* src, unsigned long count, unsigned long offset);
 
-    /// Length of a file, or the size that was given for a mapping.
-    /// @return bytes; of a file over 4 GB the low 32 bits, which is reported; 0 for the other kinds
+    /// Length of a file, or the size that was given for a mapping. The status stays as it is.
+    /// @return bytes; of a file over 4 GB the low 32 bits, which is reported; 0xFFFFFFFF for a file whose length
+    ///         cannot be read; 0 for the other kinds
     unsigned long GetFileLength();
 
     /// The storage in memory. For a global block this allocates, each time: a smaller block than asked for is
-    /// freed first, any other stays allocated, and its content is not carried over.
+    /// freed first, any other stays allocated for the program to free (GlobalFree), and its content is not carried
+    /// over. The status is then 0 or the Win32 error.
     /// @param size  bytes wanted of a global block; unused for the other kinds
-    /// @return the buffer, owned by this object; null when there is none, for a file, or without memory
+    /// @return the buffer, owned by this object; a heap buffer moves when it grows. Null when there is none or for a
+    ///         file; without memory for a new block the old one, if it was not freed
     void* GetBuffer(unsigned long size);
 
     /// Deletes a file (DeleteFileW).
@@ -132,8 +139,9 @@ public:
     /// @return 0: gone, or it was not there; else the Win32 error
     static int RemoveFile(const wchar_t* name);
 
-    /// Closes the file and renames it; the object cannot read or write it any more.
-    /// @param newName  new name, which GetFileName() gives after success
+    /// Closes the file, also for copies, and renames the file that GetFileName() names. The object keeps the value of
+    /// the closed handle and closes it once more at its end, when it may be another file's: destroy it at once.
+    /// @param newName  new name, which GetFileName() gives after success; null gives -1
     /// @return 0, or the C runtime's result (errno tells why)
     int ReName(const wchar_t* newName);
 
@@ -155,6 +163,7 @@ private:
 
     void KeepName(const wchar_t* name);
     void ShareWith(const CMemory& other);
+    void Forget();
     void LetGo();
 
     int PrepareRead(unsigned long offset, unsigned long count);

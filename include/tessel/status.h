@@ -17,7 +17,7 @@ TESSEL_API unsigned long GetError();
 TESSEL_API HINSTANCE TesselGetModuleInstance();
 
 /// Names the module whose string table TesselLoadString() reads. The first caller wins, and that is
-/// the library itself at load; later calls change nothing.
+/// the library itself at load; later calls change nothing. Any thread.
 /// @param module  a loaded module that stays loaded
 /// @return STATUS_OK: set; STATUS_STRING_MODULE_SET: an earlier module is kept
 TESSEL_API unsigned long TesselSetStringModule(HINSTANCE module);

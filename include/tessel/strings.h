@@ -9,36 +9,37 @@
 /// convert with the C runtime in its current locale, which the library never sets.
 ///
 /// A null pointer or a size of 0 is reported (WndLogAssert); nothing but an empty string is then written,
-/// and the result is 1. The destination is terminated in every case, also when a character cannot be
-/// converted: the text then ends before that character. Any thread.
+/// where there is room for one, and the result is 1. Otherwise the destination is always terminated. A conversion
+/// that meets a character it cannot convert stops there, and one whose text grows may be cut short, even within
+/// a multi-byte character; neither shows in the result. Any thread.
 ///@{
 
 /// Copies 8-bit text and clears the rest of the destination.
 /// @param dest             receives the text, terminated
 /// @param src              text to copy
 /// @param destSizeInChars  room in @p dest in bytes, terminator included
-/// @return 0: complete; 1: truncated, or a bad argument
+/// @return 0: the source is shorter than the room; 1: truncated, or a bad argument
 TESSEL_API unsigned long CopyString(char* dest, const char* src, unsigned int destSizeInChars);
 
 /// Converts 16-bit text to 8-bit text (wcstombs).
 /// @param dest             receives the text, terminated
 /// @param src              text to convert
 /// @param destSizeInChars  room in @p dest in bytes, terminator included
-/// @return 0: complete; 1: truncated, or a bad argument
+/// @return 0: the source is shorter than the room; 1: truncated, or a bad argument
 TESSEL_API unsigned long CopyString(char* dest, const wchar_t* src, unsigned int destSizeInChars);
 
 /// Converts 8-bit text to 16-bit text (mbstowcs).
 /// @param dest             receives the text, terminated
 /// @param src              text to convert
 /// @param destSizeInChars  room in @p dest in characters, terminator included
-/// @return 0: complete; 1: truncated, or a bad argument
+/// @return 0: the source is shorter than the room; 1: truncated, or a bad argument
 TESSEL_API unsigned long CopyString(wchar_t* dest, const char* src, unsigned int destSizeInChars);
 
 /// Copies 16-bit text and clears the rest of the destination.
 /// @param dest             receives the text, terminated
 /// @param src              text to copy
 /// @param destSizeInChars  room in @p dest in characters, terminator included
-/// @return 0: complete; 1: truncated, or a bad argument
+/// @return 0: the source is shorter than the room; 1: truncated, or a bad argument
 TESSEL_API unsigned long CopyString(wchar_t* dest, const wchar_t* src, unsigned int destSizeInChars);
 ///@}
 

@@ -19,6 +19,7 @@ public:
     CSemaphore(const wchar_t* name, long initial, long maximum);
 
     /// Opens the semaphore of that name or creates it with no permit and a maximum of 10,000; then sleeps 2 ms.
+    /// No error is kept.
     /// @param name    name shared between processes; null for none
     /// @param signal  not 0: a semaphore that this call created is given one permit
     CSemaphore(const wchar_t* name, int signal);
@@ -38,8 +39,8 @@ public:
     /// @return 0: taken; 1: time-out, abandonment or failure; after a failure the Win32 error is kept
     int WaitOnSemaphore(unsigned long timeoutMs);
 
-    /// Waits for one permit of this or of another handle. An abandoned object is released once and,
-    /// 1 ms later, waited for again.
+    /// Waits for one permit of this or of another handle. After an abandoned one it tries to release a permit of
+    /// it and, 1 ms later, waits again: a mutex cannot be released so and is then owned twice.
     /// @param timeoutMs  milliseconds for each wait; 0 polls, INFINITE waits for ever
     /// @param handle     a waitable handle, which stays the caller's; null for this semaphore
     /// @return 0: taken; WAIT_TIMEOUT (258): time-out; else the Win32 error of a failed wait, which is not kept
@@ -54,9 +55,10 @@ public:
     /// @return 1: given back; 0: failed, nothing changed, the Win32 error is kept
     int ReleaseSemaphore(long count);
 
-    /// The error that was kept last.
-    /// @return a Win32 error; 0 when there was none
-    unsigned long GetKeptError() const { return m_ulLastError; }
+    /// The error that was kept last, by any thread: look at it after a failure, or after a construction that gives
+    /// the maximum. Success leaves it as it was.
+    /// @return a Win32 error
+    unsigned long GetKeptError() const;
 
     /// The semaphore's handle, for the system's own wait functions.
     /// @return the handle, still this object's; null when there is none
@@ -64,6 +66,8 @@ public:
 
 private:
     friend struct CSemaphoreLayout;
+
+    unsigned long KeepError();
 
     unsigned long m_ulLastError;
     HANDLE m_hSemaphore;
@@ -74,6 +78,7 @@ private:
 /// It has no owner: any thread may unlock it, and a thread that locks it twice waits for itself.
 /// For a short lock inside one process the standard library's mutex is quicker; this one can also be
 /// waited for together with other objects.
+/// Threads: any thread may call any operation; destroy it only once nobody waits.
 class TESSEL_API CThreadLock : public CSemaphore {
 public:
     /// Opens the lock of that name, or creates it free.
@@ -82,15 +87,15 @@ public:
 
     /// Takes the lock.
     /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
-    /// @return 0: locked; 1: not
+    /// @return 0: locked; 1: time-out or failure (the error is kept)
     int Lock(unsigned long timeoutMs);
 
     /// Frees the lock.
-    /// @return 1: unlocked; 0: failed, it was free already
+    /// @return 1: unlocked; 0: it was free already, or failure (the error is kept)
     int Unlock();
 
     /// Whether somebody holds the lock; it takes and frees it to find out.
-    /// @return 1: locked; 0: free
+    /// @return 1: locked, or the wait failed; 0: free
     int IsLocked();
 };
 
@@ -107,8 +112,8 @@ public:
     /// it. The system takes that value for the calling process itself, so never wait on it without a
     /// time-out; check IsOpen() first.
     /// @param name          name shared between processes; null for none
-    /// @param manualReset   not 0: it stays signalled until ResetEvent(), else it wakes one wait
-    /// @param initialState  not 0: it starts signalled
+    /// @param manualReset   when it is created, not 0: it stays signalled until ResetEvent(), else it wakes one wait
+    /// @param initialState  when it is created, not 0: it starts signalled
     /// @param openToAll     not 0: everyone may open a newly created one (null DACL)
     explicit CEvent(const wchar_t* name = nullptr, int manualReset = 0, int initialState = 0, int openToAll = 0);
 
@@ -116,7 +121,7 @@ public:
     ///
     /// The duplication names the process by its id instead of a handle, so it fails as a rule and a
     /// fresh event is what to expect.
-    /// @param handle  event handle; stays the caller's
+    /// @param handle  low 32 bits of an event handle, which stays the caller's; 0 for none
     explicit CEvent(unsigned long handle);
 
     /// Shares the handle by value.
@@ -174,10 +179,10 @@ private:
 /// are waited for too): Windows refuses more.
 ///
 /// The set holds handle values: an object that was added must outlive its place in the set.
-/// A copy has an array of its own and shares the lock's handle, which each copy closes: pass by
-/// pointer or reference.
-/// Threads: any thread may add, delete and wait at the same time; a wait goes on with the objects that were in
-/// the set when it began.
+/// A copy has an array of its own and shares the lock's handle, which each copy closes: once one of them is
+/// destroyed the others are not locked any more and are best destroyed too. Pass by pointer or reference.
+/// Threads: any thread may add, delete, copy and wait at the same time; a wait goes on with the objects that were
+/// in the set when it began. Destroy it, and assign to it, only when nobody uses it.
 class TESSEL_API CWait {
 public:
     /// Makes an empty set.
@@ -223,7 +228,7 @@ public:
     /// @return 0: one is, or the set is empty; 0xFFFFFFFF: time-out, or an abandoned mutex; else the Win32 error
     unsigned long WaitOnAnyObject(void*& signalled, unsigned long timeoutMs);
 
-    /// Waits until all objects are signalled at the same time.
+    /// Waits until all objects are signalled at the same time. Windows refuses a set that holds one twice.
     /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
     /// @return 0: all are, or the set is empty; 0xFFFFFFFF: time-out, or an abandoned mutex; else the Win32 error
     unsigned long WaitOnAllObjects(unsigned long timeoutMs);
@@ -232,13 +237,14 @@ public:
     /// @param signalled  receives the handle; null when there is none
     /// @param message    receives a message removed from the thread's queue, which the caller dispatches; else cleared
     /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
-    /// @return 0: an object or a message came, or the set is empty; 0xFFFFFFFF: time-out, or an abandoned mutex;
-    ///         else the Win32 error
+    /// @return 0: an object or a message came, or a sent message was handled meanwhile, or the set is empty;
+    ///         0xFFFFFFFF: time-out, or an abandoned mutex; else the Win32 error
     unsigned long WaitOnAnyObjectOrMsg(void*& signalled, MSG& message, unsigned long timeoutMs);
 
 private:
     friend struct CWaitLayout;
 
+    void CopyHandles(const CWait& other);
     void Add(HANDLE handle);
     void Delete(HANDLE handle);
     unsigned long WaitOnObjects(void*& signalled, unsigned long timeoutMs, bool waitAll);
@@ -246,5 +252,5 @@ private:
     unsigned long m_ulSpare;
     unsigned long m_ulCount;
     HANDLE* m_pHandles;
-    CThreadLock m_Lock;
+    mutable CThreadLock m_Lock;
 };

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 #include <tessel/strings.h>
 
+#include <algorithm>
+#include <clocale>
+
 namespace {
 
 template <class Char> std::basic_string<Char> As(const char* text) {
@@ -69,6 +72,13 @@ TEST(CopyString, ClosesTheTextBeforeACharacterThatCannotBeConverted) {
                          8),
               0u);
     EXPECT_STREQ(target, "ab");
+    // Where a character becomes two bytes, the text may stop short of the room, or fill it.
+    ASSERT_NE(std::setlocale(LC_ALL, ".932"), nullptr);
+    for (const unsigned int size : {2u, 3u, 4u}) {
+        std::fill(std::begin(target), std::end(target), '#');
+        EXPECT_EQ(CopyString(target, L"\x3042\x3042", size), size == 2 ? 1u : 0u);
+        EXPECT_NE(std::find(target, target + size, '\0'), target + size);
+    }
 }
 
 TEST(Widening, Odd02TakesBytesAsSignedAndNarrowingDropsTheHighByte) {

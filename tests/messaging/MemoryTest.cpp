@@ -55,6 +55,33 @@ BOOL WINAPI WriteHalf(HANDLE file, const void* data, DWORD size, DWORD* written,
     return WriteFile(file, data, size / 2, written, nullptr);
 }
 
+/// What a file was to be opened with.
+struct Opened {
+    DWORD access;
+    DWORD share;
+    DWORD disposition;
+    bool operator==(const Opened&) const = default;
+};
+std::vector<Opened> opened;
+
+HANDLE WINAPI RefuseWriting(LPCWSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,
+                            DWORD flags, HANDLE model) {
+    opened.push_back({access, share, disposition});
+    SetLastError(ERROR_ACCESS_DENIED);
+    if (access & GENERIC_WRITE) return INVALID_HANDLE_VALUE;
+    return CreateFileW(name, access, share, security, OPEN_ALWAYS, flags, model);
+}
+
+LPVOID WINAPI NoView(HANDLE, DWORD, DWORD, DWORD, SIZE_T) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+HGLOBAL WINAPI NoGlobalMemory(UINT, SIZE_T) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
 constexpr wchar_t kMapping[] = L"Tessel test mapping";
 
 CMemory Attach(unsigned long size) {
@@ -107,12 +134,15 @@ TEST(HeapMemory, ASourceInsideTheBufferMovesWithIt) {
     EXPECT_EQ(Read(heap, 100000, 100000), block);
 }
 
-TEST(HeapMemory, CopiesShareUntilOneGrowsAndAreFreedOnce) {
+TEST(HeapMemory, Odd22CopiesShareUntilOneGrowsAndAnAssignmentFreesNothing) {
     auto first = std::make_unique<CMemory>(Heap());
     first->WriteMemory(kText.data(), 4, 0);
     CMemory second = *first;
     CMemory third = Heap();
+    third.WriteMemory(kText.data(), 4, 0);
+    const auto* const forgotten = static_cast<unsigned char*>(third.GetBuffer(0));
     third = second;
+    EXPECT_EQ(forgotten[0], 't');
     first->WriteMemory(reinterpret_cast<const unsigned char*>("T"), 1, 0);
     EXPECT_EQ(Read(third, 1, 0), Bytes{'T'});
     third.WriteMemory(kText.data(), 4, 100000);
@@ -132,6 +162,16 @@ TEST(MappedMemory, NeedsAMappingThatExists) {
     CMemory other = Attach(0x10000);
     EXPECT_EQ(memory.WriteMemory(kText.data(), 4, 500), 0);
     EXPECT_EQ(Read(other, 4, 500), kText);
+}
+
+TEST(MappedMemory, WithoutAViewKeepsNameAndSizeAndTouchesNothing) {
+    const Mapping mapping(kMapping, 0x10000);
+    const ImportPatch view(L"Tessel.dll", "MapViewOfFile", NoView);
+    CMemory memory = Attach(0x10000);
+    EXPECT_EQ(memory.GetStatus(), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(memory.GetFileLength(), 0x10000u);
+    EXPECT_STREQ(memory.GetFileName(), kMapping);
+    EXPECT_EQ(memory.WriteMemory(kText.data(), 4, 0), ERROR_NOT_ENOUGH_MEMORY);
 }
 
 TEST(MappedMemory, Odd10AReadMayNotEndAtTheVeryEnd) {
@@ -177,17 +217,40 @@ TEST_F(FileMemory, ReadsAndWritesAndKnowsWhetherTheFileIsNew) {
     EXPECT_EQ(file.GetWriteCursor(), 0u);
 }
 
-TEST_F(FileMemory, AFileThatMayOnlyBeReadIsOpenedForReading) {
-    CMemory file(CMemory::KIND_FILE, 0, L"Z:\\sys\\kernel\\uevent_seqnum", CMemory::OPENTYPE_OPEN_EXISTING, 0);
+TEST_F(FileMemory, AsksForWhatItsArgumentsSayAndAgainForReadingOnly) {
+    const ImportPatch create(L"Tessel.dll", "CreateFileW", RefuseWriting);
+    Reports reports;
+    opened.clear();
+    std::ofstream(path) << "x";
+    EXPECT_EQ(Open(CMemory::OPENTYPE_CREATE_ALWAYS, 1).GetStatus(), 0);
+    CMemory file = Open(9);
     EXPECT_EQ(file.GetStatus(), 0);
-    EXPECT_EQ(Read(file, 1, 0).size(), 1u);
+    EXPECT_EQ(file.IsVirginFile(), 0);
+    Open(CMemory::OPENTYPE_TRUNCATE_EXISTING);
+    const DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const Opened expected[] = {{GENERIC_READ, FILE_SHARE_READ, CREATE_ALWAYS},
+                               {GENERIC_READ | GENERIC_WRITE, shareAll, OPEN_ALWAYS},
+                               {GENERIC_READ, FILE_SHARE_READ, OPEN_ALWAYS},
+                               {GENERIC_READ | GENERIC_WRITE, shareAll, TRUNCATE_EXISTING},
+                               {GENERIC_READ, FILE_SHARE_READ, TRUNCATE_EXISTING}};
+    EXPECT_TRUE(std::equal(opened.begin(), opened.end(), std::begin(expected), std::end(expected)));
+    EXPECT_EQ(reports.Take(), Texts(2, "CMemory:215 !_T(\"Invalid Open Type\")"));
 }
 
-TEST_F(FileMemory, AnUnknownOpenTypeIsReportedAndCountsAsOpenAlways) {
-    Reports reports;
-    EXPECT_EQ(Open(5).GetStatus(), 0);
-    EXPECT_EQ(reports.Take(), Texts{"CMemory:215 !_T(\"Invalid Open Type\")"});
-    EXPECT_TRUE(std::filesystem::exists(path));
+TEST_F(FileMemory, CopiesCloseTheFileOnce) {
+    {
+        CMemory first = Open(CMemory::OPENTYPE_OPEN_ALWAYS);
+        { const CMemory second = first; }
+        EXPECT_EQ(first.WriteMemory(kText.data(), 4, 0), 0);
+        const CMemory third = first;
+        first.ReName((path.wstring() + L"2").c_str());
+        CMemory other = Open(CMemory::OPENTYPE_OPEN_ALWAYS);
+        const CMemory fourth = first;
+    }
+    EXPECT_TRUE(std::filesystem::remove(path.wstring() + L"2"));
+    const HANDLE alone = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_NE(alone, INVALID_HANDLE_VALUE) << "nobody has it open";
+    CloseHandle(alone);
 }
 
 TEST_F(FileMemory, Odd13RenamingClosesTheFile) {
@@ -244,8 +307,14 @@ TEST(GlobalMemory, Odd11EachRequestAllocatesAndAccessStaysInBounds) {
     EXPECT_EQ(memory.WriteMemory(kText.data(), 4, 0x100000), ERROR_NOT_ENOUGH_MEMORY);
     EXPECT_EQ(memory.ReadMemoryDirect(&one, 1, 0xFFFFFFFE), ERROR_NOT_ENOUGH_MEMORY);
     const CMemory copy = memory;
+    {
+        const ImportPatch allocate(L"Tessel.dll", "GlobalAlloc", NoGlobalMemory);
+        EXPECT_NE(memory.GetBuffer(1), nullptr) << "the old block";
+        EXPECT_EQ(memory.GetBuffer(1000), nullptr);
+        EXPECT_EQ(memory.WriteMemory(kText.data(), 4, 0), ERROR_NOT_ENOUGH_MEMORY);
+    }
     EXPECT_NE(memory.GetBuffer(1000), nullptr);
-    GlobalFree(block);
+    EXPECT_EQ(GlobalFree(block), nullptr) << "the first block stayed allocated";
 }
 
 TEST(Memory, AnUnknownKindHasStatus1) {

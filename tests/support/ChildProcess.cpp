@@ -1,6 +1,6 @@
 #include "ChildProcess.h"
 
-#include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <map>
 
@@ -112,13 +112,10 @@ Role::Role(const char* name, Function function) {
 }
 
 std::wstring PeerProgram() {
-    const bool is32 = sizeof(void*) == 4;
-    std::wstring program = OwnProgram();
-    const std::wstring own = is32 ? L"\\win32\\" : L"\\win64\\";
-    const auto at = program.rfind(own);
-    if (at == std::wstring::npos) return {};
-    program.replace(at, own.size(), is32 ? L"\\win64\\" : L"\\win32\\");
-    return GetFileAttributesW(program.c_str()) == INVALID_FILE_ATTRIBUTES ? std::wstring() : program;
+    const std::filesystem::path own = OwnProgram(); // in PRESET/bin
+    const wchar_t* const preset = sizeof(void*) == 4 ? L"win64" : L"win32";
+    const auto peer = own.parent_path().parent_path().parent_path() / preset / L"bin" / own.filename();
+    return std::filesystem::exists(peer) ? peer.wstring() : std::wstring();
 }
 
 void Say(const std::string& line) {

@@ -4,7 +4,7 @@
 
 namespace tessel {
 
-/// Reads a field of the shared region that other threads and processes may be writing.
+/// Reads a field that other threads, or processes in the shared region, may be writing.
 /// @param field  the field
 /// @return its value at some moment; what was written before it can be read after it
 template <class Field> Field LoadShared(const Field& field) {
@@ -12,7 +12,7 @@ template <class Field> Field LoadShared(const Field& field) {
     return std::atomic_ref<Field>(const_cast<Field&>(field)).load(std::memory_order_acquire);
 }
 
-/// Writes a field of the shared region that others may be reading or writing, after all that was written before.
+/// Writes a field that others may be reading or writing, after all that was written before.
 /// @param field  the field
 /// @param value  its new value
 template <class Field> void StoreShared(Field& field, Field value) {
