@@ -1,4 +1,5 @@
 #include <foundation/SharedField.h>
+#include <messaging/LiveRegions.h>
 #include <messaging/PostOfficeLock.h>
 #include <messaging/WindowHandle.h>
 #include <tessel/mailbox.h>
@@ -11,11 +12,18 @@ struct CMailBoxLayout {
     static constexpr bool kOn32Bits = sizeof(void*) == 4;
     static_assert(!kOn32Bits || offsetof(CMailBox, m_PostOffice) == 4);
     static_assert(!kOn32Bits || offsetof(CMailBox, m_pHeader) == 8);
+    static_assert(!kOn32Bits || offsetof(CMailBox, m_pMailboxes) == 12);
     static_assert(!kOn32Bits || offsetof(CMailBox, m_pSmallBlocks) == 16);
+    static_assert(!kOn32Bits || offsetof(CMailBox, m_ulThreadId) == 20);
+    static_assert(!kOn32Bits || offsetof(CMailBox, m_ulProcessId) == 24);
     static_assert(!kOn32Bits || offsetof(CMailBox, m_OwnId) == 28);
+    static_assert(!kOn32Bits || offsetof(CMailBox, m_usMailboxCount) == 32);
     static_assert(!kOn32Bits || offsetof(CMailBox, m_usBlockCount) == 34);
+    static_assert(!kOn32Bits || offsetof(CMailBox, m_usLowWater) == 36);
     static_assert(!kOn32Bits || offsetof(CMailBox, m_usHighWater) == 38);
+    static_assert(!kOn32Bits || offsetof(CMailBox, m_ulSpare1) == 40);
     static_assert(!kOn32Bits || offsetof(CMailBox, m_usSlot) == 44);
+    static_assert(!kOn32Bits || offsetof(CMailBox, m_ulSpare2) == 48);
     static_assert(!kOn32Bits || sizeof(CMailBox) == 52);
 };
 
@@ -41,8 +49,8 @@ CMailBox::CMailBox(ORCAOBJID id)
         return;
     }
     // GUARD-13: a header that claims more than the tables hold is not believed.
-    m_usMailboxCount = std::min<std::uint16_t>(m_pHeader->MailboxCount, POST_OFFICE_MAILBOXES);
-    m_usBlockCount = std::min<std::uint16_t>(m_pHeader->SmallBlkCount, SMALL_BLOCK_COUNT);
+    m_usMailboxCount = MailboxCount();
+    m_usBlockCount = std::min(LoadShared(m_pHeader->SmallBlkCount), SMALL_BLOCK_COUNT);
     m_usLowWater = Percent(m_usBlockCount, 10);
     m_usHighWater = Percent(m_usBlockCount, 50);
 }
@@ -53,7 +61,11 @@ CMailBox::~CMailBox() {
 
 /// GUARD-14: the addresses were good when the object was made, and the post office may have gone since.
 bool CMailBox::IsMapped() {
-    return m_pHeader != nullptr && m_pHeader == m_PostOffice.GetHeaderAddr();
+    return tessel::IsInRegion(m_pHeader);
+}
+
+unsigned short CMailBox::MailboxCount() {
+    return std::min(LoadShared(m_pHeader->MailboxCount), POST_OFFICE_MAILBOXES);
 }
 
 int CMailBox::RegisterMailbox(HWND hWnd) {
@@ -69,7 +81,7 @@ int CMailBox::RegisterMailbox(HWND hWnd) {
         StoreShared(mailbox.hWnd, tessel::ToShared(hWnd));
         StoreShared<std::uint32_t>(mailbox.ObjId, m_OwnId); // last: look-ups go by it
         m_pHeader->MailboxesInUse += 1;
-        m_usSlot = slot;
+        m_usSlot = slot; // ODD-23: a slot taken before is forgotten and stays registered
         return 0;
     }
     return 1;
@@ -110,12 +122,14 @@ int CMailBox::CleanUp(ORCAOBJID keep) {
     if (!lock) return 0;
     CResource resources;
     unsigned long lastProcess = 0;
-    for (MAILBOX* mailbox = m_pMailboxes; mailbox != m_pMailboxes + m_usMailboxCount; ++mailbox) {
+    const unsigned short count = MailboxCount();
+    for (MAILBOX* mailbox = m_pMailboxes; mailbox != m_pMailboxes + count; ++mailbox) {
         if (mailbox->ObjId == 0 || mailbox->ObjId == keep) continue;
         if (mailbox->ProcessId != lastProcess) (void)resources.ResetProcess(mailbox->ProcessId); // always 0
         lastProcess = mailbox->ProcessId;
         FreeBlocksOf(mailbox->ObjId);
-        *mailbox = MAILBOX{}; // ODD-19: MailboxesInUse is not counted down
+        StoreShared<std::uint32_t>(mailbox->ObjId, 0); // first: look-ups go by it
+        *mailbox = MAILBOX{};                          // ODD-19: MailboxesInUse is not counted down
     }
     return 0;
 }
@@ -123,7 +137,8 @@ int CMailBox::CleanUp(ORCAOBJID keep) {
 unsigned short CMailBox::BuildDirectoryList(MONITOR_LEVEL* list, int max) {
     unsigned short count = 0;
     if (!IsMapped() || list == nullptr) return count; // GUARD-09
-    for (unsigned short slot = 0; slot < m_usMailboxCount && count < max; ++slot) {
+    const unsigned short slots = MailboxCount();
+    for (unsigned short slot = 0; slot < slots && count < max; ++slot) {
         const std::uint32_t id = LoadShared(m_pMailboxes[slot].ObjId);
         if (id != 0) list[count++] = {id, LoadShared(m_pMailboxes[slot].Level)};
     }
@@ -132,7 +147,8 @@ unsigned short CMailBox::BuildDirectoryList(MONITOR_LEVEL* list, int max) {
 
 int CMailBox::UpdateMonitorLevel(LEVEL level) {
     if (!IsMapped()) return 1;
-    for (unsigned short slot = 0; slot < m_usMailboxCount; ++slot) {
+    const unsigned short slots = MailboxCount();
+    for (unsigned short slot = 0; slot < slots; ++slot) {
         if (LoadShared(m_pMailboxes[slot].ObjId) != m_OwnId) continue;
         StoreShared<std::uint32_t>(m_pMailboxes[slot].Level, level);
         return 0;

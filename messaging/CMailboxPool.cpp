@@ -55,13 +55,8 @@ struct CMailBox::Message {
         block.Reserved = 0;
         block.MsgId = msgId;
         if (firstLength > 0) std::memcpy(block.Data, firstData, firstLength);
-        if (secondLength == 0) return;
-        unsigned char* const behind = block.Data + firstLength;
-        if (secondData != nullptr) {
-            std::memcpy(behind, secondData, secondLength);
-        } else {
-            std::memset(behind, 0, secondLength); // nothing of an earlier message shows through
-        }
+        // ODD-24: a null second part is counted in the length and leaves what stood there, like the extra byte.
+        if (secondData != nullptr) std::memcpy(block.Data + firstLength, secondData, secondLength);
     }
 };
 
@@ -90,7 +85,7 @@ int CMailBox::Deliver(const Message& message) {
     int status = AllocateForSend(message, block);
     if (block == nullptr) return status;
     message.CopyTo(*block);
-    if (!PostMessageW(message.receiver, MAILBOX_NOTIFICATION, 0, block->BlkNum)) {
+    if (!PostMessageW(message.receiver, MAILBOX_NOTIFICATION, 0, block - m_pSmallBlocks)) {
         status = static_cast<int>(GetLastError());
         (void)ReleaseMemory(block); // allocated just now
     }
@@ -121,7 +116,7 @@ void CMailBox::WatchFreeBlocks() {
 int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSlot, SBLOCK*& block) {
     block = nullptr;
     if (!IsMapped()) return ERROR_NOT_ENOUGH_MEMORY;
-    const bool fits = length <= std::min(m_pHeader->SmallBlkSize, SMALL_BLOCK_SIZE); // GUARD-13
+    const bool fits = length <= std::min(LoadShared(m_pHeader->SmallBlkSize), SMALL_BLOCK_SIZE); // GUARD-13
     ReportUnless(fits, "!\"Message size > pHeader->SmallBlkSize\"", "CMailbox", 189);
     if (!fits) return ERROR_NOT_ENOUGH_MEMORY;
     if (receiverSlot >= m_usMailboxCount) return ERROR_SERVICE_NOT_FOUND; // GUARD-16
@@ -132,11 +127,11 @@ int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSl
     do {
         if (++cursor >= m_usBlockCount) cursor = 1; // block 0 is never handed out
         if (cursor == start) return ERROR_BUSY;
-    } while (m_pSmallBlocks[cursor].BlkNum != 0);
+    } while (LoadShared(m_pSmallBlocks[cursor].BlkNum) != 0);
     allocationCursor = cursor;
 
     SBLOCK& found = m_pSmallBlocks[cursor];
-    found.BlkNum = cursor;
+    StoreShared(found.BlkNum, cursor);
     found.RefCount += 1;
     found.Length = length;
     found.Receiver = m_pMailboxes[receiverSlot].ObjId;
@@ -157,14 +152,17 @@ int CMailBox::ReleaseMemory(SBLOCK* block) {
     const bool valid = IsBlockOfPool(block);
     ReportUnless(valid, "pBlock", "CMailbox", 206);
     if (!valid) return 1;
-    const bool inUse = LoadShared(block->BlkNum) != 0;
-    ReportUnless(inUse, "pBlock->BlkNum", "CMailbox", 207);
-    if (!inUse) return 1;
+    const bool released = LoadShared(block->BlkNum) != 0 && FreeUnlessFree(*block);
+    ReportUnless(released, "pBlock->BlkNum", "CMailbox", 207);
+    return released ? 0 : 1;
+}
+
+/// GUARD-19: of two threads that release a block at once, only one does and counts it.
+bool CMailBox::FreeUnlessFree(SBLOCK& block) {
     const PostOfficeLock lock(m_PostOffice);
-    if (!lock) return 1;
-    if (block->BlkNum == 0) return 1; // released by another thread in between, which has counted it
-    FreeBlock(*block);
-    return 0;
+    if (!lock || block.BlkNum == 0) return false;
+    FreeBlock(block);
+    return true;
 }
 
 /// Returns a block to the pool; under the post office's lock.

@@ -1,7 +1,9 @@
 #include <foundation/Report.h>
 #include <messaging/CPost.h>
+#include <messaging/LiveRegions.h>
 #include <messaging/MappedView.h>
 
+#include <cstddef>
 #include <cstring>
 #include <new>
 
@@ -41,6 +43,7 @@ constexpr FILE_HEADER kNewHeader{.FileSize = POST_OFFICE_REGION_SIZE,
                                  .RecordFlag = 0};
 
 bool TableFits(std::uint32_t offset, std::size_t tableSize, std::size_t regionSize) {
+    // Behind the header, and aligned: fields are read and written atomically.
     return offset >= sizeof(FILE_HEADER) && offset % alignof(std::uint32_t) == 0 && offset <= regionSize &&
            tableSize <= regionSize - offset;
 }
@@ -48,8 +51,7 @@ bool TableFits(std::uint32_t offset, std::size_t tableSize, std::size_t regionSi
 /// Whether the tables that a header describes lie inside the region.
 /// GUARD-11: the region is made by whoever came first, and its offsets are used as they are found.
 bool TablesFit(const FILE_HEADER& header, std::size_t regionSize) {
-    return regionSize >= sizeof(FILE_HEADER) &&
-           TableFits(header.MailboxOffset, POST_OFFICE_MAILBOXES * sizeof(MAILBOX), regionSize) &&
+    return TableFits(header.MailboxOffset, POST_OFFICE_MAILBOXES * sizeof(MAILBOX), regionSize) &&
            TableFits(header.ResourceOffset, POST_OFFICE_RESOURCES * sizeof(RESOURCE), regionSize) &&
            TableFits(header.SmallBlkOffset, SMALL_BLOCK_COUNT * sizeof(SBLOCK), regionSize);
 }
@@ -96,7 +98,7 @@ bool CPost::CreateRegion() {
     const bool created = GetLastError() != ERROR_ALREADY_EXISTS;
     m_pBase = static_cast<unsigned char*>(MapViewOfFile(m_hMapping, FILE_MAP_WRITE, 0, 0, POST_OFFICE_REGION_SIZE));
     if (m_pBase == nullptr) return false;
-    // Only a process without the lock can meet a region here that another one is using by now.
+    // GUARD-18: only a process without the lock meets a region here, which another one may be using by now.
     if (!created) return true;
     std::memset(m_pBase, 0, POST_OFFICE_REGION_SIZE);
     std::memcpy(m_pBase, &kNewHeader, sizeof kNewHeader);
@@ -104,15 +106,18 @@ bool CPost::CreateRegion() {
 }
 
 void CPost::FindTables() {
-    const auto* const header = reinterpret_cast<const FILE_HEADER*>(m_pBase);
-    if (!TablesFit(*header, tessel::MappedBytes(m_pBase))) return Unmap();
+    const std::size_t size = tessel::MappedBytes(m_pBase);
+    FILE_HEADER header{}; // a copy: what was checked cannot change any more
+    if (size >= sizeof header) std::memcpy(&header, m_pBase, sizeof header);
+    if (!TablesFit(header, size) || !tessel::AddRegion(m_pBase, size)) return Unmap();
     m_pHeader = reinterpret_cast<FILE_HEADER*>(m_pBase);
-    m_pMailboxes = reinterpret_cast<MAILBOX*>(m_pBase + header->MailboxOffset);
-    m_pResources = reinterpret_cast<RESOURCE*>(m_pBase + header->ResourceOffset);
-    m_pSmallBlocks = reinterpret_cast<SBLOCK*>(m_pBase + header->SmallBlkOffset);
+    m_pMailboxes = reinterpret_cast<MAILBOX*>(m_pBase + header.MailboxOffset);
+    m_pResources = reinterpret_cast<RESOURCE*>(m_pBase + header.ResourceOffset);
+    m_pSmallBlocks = reinterpret_cast<SBLOCK*>(m_pBase + header.SmallBlkOffset);
 }
 
 void CPost::Unmap() {
+    tessel::RemoveRegion(m_pBase);
     if (UnmapViewOfFile(m_pBase)) (void)CloseHandle(m_hMapping); // mapped, hence open
     m_pBase = nullptr;
 }

@@ -40,7 +40,7 @@ void CPostOffice::UnlockThreadSafe() {
 
 int CPostOffice::IsManager(ORCAOBJID id, unsigned long processId) {
     for (const MAILBOX& mailbox : Mailboxes()) {
-        if (LoadShared(mailbox.ObjId) != id) continue;
+        if (LoadShared(mailbox.ObjId) != id) continue; // ODD-25: free records have the id 0, and match it
         if (processId == 0 || LoadShared(mailbox.ProcessId) == processId) return 1;
     }
     return 0;

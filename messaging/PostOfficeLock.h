@@ -17,7 +17,7 @@ public:
     PostOfficeLock(const PostOfficeLock&) = delete;
     PostOfficeLock& operator=(const PostOfficeLock&) = delete;
 
-    /// Whether the lock is held: it is not when its semaphore is missing or broken.
+    /// Whether the lock is held. GUARD-20: it is not when its semaphore is missing or broken.
     explicit operator bool() const { return m_held; }
 
 private:

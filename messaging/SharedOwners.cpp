@@ -1,6 +1,5 @@
+#include <foundation/SlimLock.h>
 #include <messaging/SharedOwners.h>
-
-#include <tessel/platform.h>
 
 #include <map>
 #include <new>
@@ -9,21 +8,13 @@ namespace tessel {
 
 namespace {
 
-SRWLOCK ownersLock = SRWLOCK_INIT; // unlike a std::mutex it cannot throw
+SRWLOCK ownersLock = SRWLOCK_INIT;
 std::map<const void*, unsigned long> owners;
-
-class LockGuard {
-public:
-    LockGuard() { AcquireSRWLockExclusive(&ownersLock); }
-    ~LockGuard() { ReleaseSRWLockExclusive(&ownersLock); }
-    LockGuard(const LockGuard&) = delete;
-    LockGuard& operator=(const LockGuard&) = delete;
-};
 
 } // namespace
 
 bool AddOwner(const void* resource) {
-    const LockGuard guard;
+    const SlimLock lock(ownersLock);
     try {
         owners.try_emplace(resource, 1UL).first->second += 1;
         return true;
@@ -33,12 +24,12 @@ bool AddOwner(const void* resource) {
 }
 
 bool IsShared(const void* resource) {
-    const LockGuard guard;
+    const SlimLock lock(ownersLock);
     return owners.contains(resource);
 }
 
 bool RemoveOwner(const void* resource) {
-    const LockGuard guard;
+    const SlimLock lock(ownersLock);
     const auto entry = owners.find(resource);
     if (entry == owners.end()) return true;
     entry->second -= 1;

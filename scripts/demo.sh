@@ -30,7 +30,7 @@ if [ -z "$file" ]; then
     seq 1 500000 >"$file"
 fi
 copy=$build/courier-copy
-rm -f "$copy"
+[ "$file" -ef "$copy" ] || rm -f "$copy"
 
 start_wine
 # The receiver pauses at first, so that the pool fills up and the sender has to cope.

@@ -1,17 +1,20 @@
 #include <foundation/ProcessObjects.h>
 #include <foundation/Report.h>
 #include <foundation/SharedField.h>
+#include <messaging/LiveRegions.h>
 #include <messaging/WindowHandle.h>
 #include <tessel/resource.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <span>
 
 struct CResourceLayout {
     static_assert(offsetof(CResource, m_ulThreadId) == sizeof(void*));
     static_assert(offsetof(CResource, m_ulProcessId) == sizeof(void*) + 4);
     static_assert(offsetof(CResource, m_pResources) == sizeof(void*) + 8);
+    static_assert(sizeof(CResource) == 2 * sizeof(void*) + 8);
 };
 
 namespace {
@@ -80,7 +83,7 @@ CResource::CResource()
 
 /// GUARD-14: the address was good when the object was made, and the post office may have gone since.
 bool CResource::IsMapped() {
-    return m_pResources != nullptr && m_pResources == CPostOffice().GetResourceAddr();
+    return tessel::IsInRegion(m_pResources);
 }
 
 int CResource::AddResource(RESOURCE_TYPE type, RESOURCE_ID id, HWND hWnd, unsigned long owner) {
@@ -92,7 +95,7 @@ int CResource::AddResource(RESOURCE_TYPE type, RESOURCE_ID id, HWND hWnd, unsign
         const auto free = std::find_if(records.begin(), records.end(),
                                        [this](RESOURCE& record) { return Claim(record, m_ulThreadId); });
         if (free != records.end()) {
-            free->ProcessId = m_ulProcessId;
+            StoreShared<std::uint32_t>(free->ProcessId, m_ulProcessId);
             Fill(*free, type, id, tessel::ToShared(hWnd), owner);
             highestSlot = std::max(highestSlot, static_cast<unsigned long>(free - records.begin()));
             result = 0;
@@ -123,14 +126,14 @@ RESOURCE* CResource::GetResourceAddress() {
 void CResource::FreeThreadResources() {
     if (!IsMapped()) return;
     for (RESOURCE& record : Records(m_pResources)) {
-        if (record.ThreadId == m_ulThreadId) Clear(record);
+        if (LoadShared(record.ThreadId) == m_ulThreadId) Clear(record);
     }
 }
 
 int CResource::ResetProcess(unsigned long pid) {
     if (!IsMapped()) return 0;
     for (RESOURCE& record : Records(m_pResources)) {
-        if (record.ProcessId == pid) Clear(record);
+        if (LoadShared(record.ProcessId) == pid) Clear(record);
     }
     return 0;
 }
@@ -138,7 +141,8 @@ int CResource::ResetProcess(unsigned long pid) {
 unsigned long CResource::GetManagerFromThread() {
     if (!IsMapped()) return kNoManager;
     for (const RESOURCE& record : Records(m_pResources)) {
-        if (record.Id == kManagerId && record.ThreadId == GetCurrentThreadId()) return record.Id;
+        if (LoadShared(record.Id) != kManagerId || LoadShared(record.ThreadId) != GetCurrentThreadId()) continue;
+        return kManagerId; // ODD-26: the id that was looked for, whatever the entry stands for
     }
     return kNoManager;
 }

@@ -1,6 +1,7 @@
 #include "Sender.h"
 
 #include "Parcel.h"
+#include "ReceiverProcess.h"
 
 #include <algorithm>
 #include <array>
@@ -15,88 +16,63 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr auto kProgressInterval = std::chrono::milliseconds(200);
-constexpr double kMegabyte = 1e6;
+constexpr auto kReceiptLimit = std::chrono::seconds(60);
+constexpr unsigned long kEndingMs = 1000;
 
-/// The receiver's process; ends it when the sender gives up.
-class ReceiverProcess {
-public:
-    ReceiverProcess(const std::wstring& program, const std::filesystem::path& copy, unsigned long stallMs) {
-        std::wstring line = L"\"" + program + L"\" --receive \"" + copy.wstring() + L"\" " +
-                            std::to_wstring(GetCurrentProcessId()) + L" " + std::to_wstring(stallMs);
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &m_process)) {
-            throw std::runtime_error("the receiver cannot be started");
-        }
-    }
-    ~ReceiverProcess() {
-        TerminateProcess(m_process.hProcess, 1);
-        CloseHandle(m_process.hThread);
-        CloseHandle(m_process.hProcess);
-    }
-    ReceiverProcess(const ReceiverProcess&) = delete;
-    ReceiverProcess& operator=(const ReceiverProcess&) = delete;
-
-    void ThrowIfEnded() const {
-        if (WaitForSingleObject(m_process.hProcess, 0) == WAIT_OBJECT_0) {
-            throw std::runtime_error("the receiver has ended before the file was complete");
-        }
-    }
-
-private:
-    PROCESS_INFORMATION m_process{};
-};
+std::string Utf8(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
 
 class Sender {
 public:
-    Sender()
-        : m_self(SenderId(GetCurrentProcessId())), m_receiver(ReceiverId(GetCurrentProcessId())), m_mailbox(m_self),
-          m_window(CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)) {
-        if (m_mailbox.RegisterMailbox(m_window) != 0) throw std::runtime_error("no mailbox is free");
+    explicit Sender(unsigned long tag)
+        : m_self(SenderId(tag)), m_receiver(ReceiverId(tag)), m_mailbox(m_self), m_window(MakeMailWindow()) {
+        if (m_window == nullptr || m_mailbox.RegisterMailbox(m_window) != 0) {
+            DestroyWindow(m_window);
+            throw std::runtime_error("no mailbox is free");
+        }
     }
+    /// The receiver's process has ended by now.
     ~Sender() {
-        (void)m_mailbox.UnregisterMailbox(); // registered by the constructor
         DestroyWindow(m_window);
+        (void)m_mailbox.UnregisterMailbox(); // registered by the constructor
         ReleaseBlocksTo(m_mailbox, m_self);
+        ReleaseBlocksTo(m_mailbox, m_receiver);
     }
     Sender(const Sender&) = delete;
     Sender& operator=(const Sender&) = delete;
 
     void SendAll(std::ifstream& file, std::uint64_t size, const ReceiverProcess& receiver) {
-        WaitForReceiver(receiver);
+        while (!CPostOffice::IsManager(m_receiver, receiver.Id())) receiver.ThrowIfEnded(1);
+        const auto start = Clock::now();
+        m_size = size;
         std::array<unsigned char, kParcelSize> parcel;
         while (const unsigned long length = Read(file, parcel)) {
             SendOne(static_cast<unsigned long>(m_sent.messages), parcel.data(), length, receiver);
             m_sent.bytes += length;
             m_sent.messages += 1;
-            ShowProgress(size);
+            ShowProgress();
         }
-        SendOne(kEndOfFile, reinterpret_cast<const unsigned char*>(&m_sent), sizeof m_sent, receiver);
+        SendOne(kEndOfFile, BytesOf(m_sent), sizeof m_sent, receiver);
         WaitForReceipt(receiver);
+        m_time = Clock::now() - start;
     }
 
-    void GiveUp() { ReleaseBlocksTo(m_mailbox, m_receiver); }
-
-    void PrintResult(Clock::duration time) const {
-        const double seconds = std::chrono::duration<double>(time).count();
-        const auto bytes = static_cast<double>(m_sent.bytes);
+    void PrintResult() const {
+        const double seconds = std::chrono::duration<double>(m_time).count();
         std::printf("courier: %llu bytes in %llu messages, %.2f s, %.1f MB/s\n", m_sent.bytes, m_sent.messages, seconds,
-                    bytes / kMegabyte / seconds);
+                    Megabytes(m_sent.bytes) / seconds);
         std::printf("courier: the pool was full %lu times, lowest free count %lu\n", m_poolFull, m_lowestFree);
     }
 
 private:
+    static double Megabytes(std::uint64_t bytes) { return static_cast<double>(bytes) / 1e6; }
+
     static unsigned long Read(std::ifstream& file, std::array<unsigned char, kParcelSize>& parcel) {
         file.read(reinterpret_cast<char*>(parcel.data()), std::streamsize{kParcelSize});
         if (file.bad()) throw std::runtime_error("the file cannot be read to its end");
         return static_cast<unsigned long>(file.gcount());
-    }
-
-    void WaitForReceiver(const ReceiverProcess& receiver) const {
-        while (!CPostOffice::IsManager(m_receiver, 0)) {
-            receiver.ThrowIfEnded();
-            Sleep(1);
-        }
     }
 
     void SendOne(unsigned long number, const unsigned char* data, unsigned long length,
@@ -104,31 +80,43 @@ private:
         int status = m_mailbox.Send(m_receiver, number, length, data, 0, nullptr);
         for (; status == ERROR_BUSY; status = m_mailbox.Send(m_receiver, number, length, data, 0, nullptr)) {
             m_poolFull += 1;
-            receiver.ThrowIfEnded();
+            ShowProgress();
+            receiver.ThrowIfEnded(0);
         }
-        if (status != 0) receiver.ThrowIfEnded();
-        if (status != 0) throw std::runtime_error("sending failed with error " + std::to_string(status));
         m_lowestFree = std::min(m_lowestFree, m_mailbox.GetFreeBlockCount());
+        if (status == 0) return;
+        receiver.ThrowIfEnded(kEndingMs); // its window goes first
+        throw std::runtime_error("sending failed with error " + std::to_string(status));
     }
 
     void WaitForReceipt(const ReceiverProcess& receiver) {
-        MSG message;
-        while (!PeekMessageW(&message, m_window, MAILBOX_NOTIFICATION, MAILBOX_NOTIFICATION, PM_REMOVE)) {
-            receiver.ThrowIfEnded();
-            Sleep(1);
+        const auto limit = Clock::now() + kReceiptLimit;
+        while (!TakeReceipt()) {
+            const bool ended = receiver.Ended(1);
+            if (TakeReceipt()) return; // sent just before the end
+            if (ended) receiver.ThrowIfEnded(0);
+            if (Clock::now() > limit) throw std::runtime_error("no receipt comes");
         }
-        SBLOCK* const block = TrustedBlock(m_mailbox, message.lParam, m_receiver, m_self);
-        if (block == nullptr || std::memcmp(block->Data, &m_sent, sizeof m_sent) != 0) {
-            throw std::runtime_error("the receipt is wrong");
-        }
-        (void)m_mailbox.ReleaseMemory(block); // in use until now
     }
 
-    void ShowProgress(std::uint64_t size) {
+    /// Looks at all notifications; forged ones are passed over.
+    bool TakeReceipt() {
+        MSG message;
+        while (PeekMessageW(&message, m_window, MAILBOX_NOTIFICATION, MAILBOX_NOTIFICATION, PM_REMOVE)) {
+            const std::optional<Parcel> parcel = OpenParcel(m_mailbox, message.lParam, m_receiver, m_self);
+            if (!parcel || parcel->number != kEndOfFile || parcel->data.size() != sizeof m_sent) continue;
+            const bool right = std::memcmp(parcel->data.data(), &m_sent, sizeof m_sent) == 0;
+            (void)m_mailbox.ReleaseMemory(parcel->block); // in use until now
+            if (right) return true;
+        }
+        return false;
+    }
+
+    void ShowProgress() {
         if (Clock::now() < m_nextProgress) return;
         m_nextProgress = Clock::now() + kProgressInterval;
-        std::printf("courier: %.1f of %.1f MB sent, %lu blocks free\n", static_cast<double>(m_sent.bytes) / kMegabyte,
-                    static_cast<double>(size) / kMegabyte, m_mailbox.GetFreeBlockCount());
+        std::printf("courier: %.1f of %.1f MB sent, %lu blocks free\n", Megabytes(m_sent.bytes), Megabytes(m_size),
+                    m_mailbox.GetFreeBlockCount());
     }
 
     ORCAOBJID m_self;
@@ -136,6 +124,8 @@ private:
     CMailBox m_mailbox;
     HWND m_window;
     Receipt m_sent{};
+    std::uint64_t m_size = 0;
+    Clock::duration m_time{};
     Clock::time_point m_nextProgress = Clock::now();
     unsigned long m_poolFull = 0;
     unsigned long m_lowestFree = SMALL_BLOCK_COUNT;
@@ -155,22 +145,27 @@ bool Identical(const std::filesystem::path& first, const std::filesystem::path& 
     return a.eof() && b.eof();
 }
 
+/// A tag that no other run has, nor had lately.
+unsigned long MakeTag() {
+    return GetCurrentProcessId() * 4099 + GetTickCount();
+}
+
 void Carry(const std::filesystem::path& file, const std::filesystem::path& copy, const std::wstring& program,
            unsigned long stallMs) {
     std::ifstream input(file, std::ios::binary | std::ios::ate);
-    if (!input) throw std::runtime_error("cannot read " + file.string());
+    if (!input) throw std::runtime_error("cannot read " + Utf8(file));
+    if (std::error_code none; std::filesystem::equivalent(file, copy, none)) {
+        throw std::runtime_error("the copy would overwrite the file");
+    }
     const auto size = static_cast<std::uint64_t>(input.tellg());
     input.seekg(0);
-    Sender sender;
-    const ReceiverProcess receiver(program, copy, stallMs);
-    const auto start = Clock::now();
-    try {
-        sender.SendAll(input, size, receiver);
-    } catch (const std::exception&) {
-        sender.GiveUp();
-        throw;
-    }
-    sender.PrintResult(Clock::now() - start);
+    if (CPostOffice().GetHeaderAddr() == nullptr) throw std::runtime_error("there is no post office");
+    const unsigned long tag = MakeTag();
+    Sender sender(tag);
+    const ReceiverProcess receiver(program, copy, tag, stallMs);
+    sender.SendAll(input, size, receiver);
+    receiver.WaitForGoodEnd();
+    sender.PrintResult();
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 #include <shellapi.h>
 
 #include <cstdio>
+#include <cwchar>
+#include <string>
 #include <vector>
 
 namespace {
@@ -29,6 +31,11 @@ std::wstring OwnProgram() {
     return path;
 }
 
+bool IsNumber(const std::wstring& text) {
+    return !text.empty() && text.size() < 10 && text.find_first_not_of(L"0123456789") == std::wstring::npos;
+}
+
+/// @param text  decimal digits
 unsigned long Number(const std::wstring& text) {
     return std::wcstoul(text.c_str(), nullptr, 10);
 }
@@ -44,7 +51,7 @@ bool Parse(const std::vector<std::wstring>& arguments, Options& options) {
         const bool hasValue = i + 1 < arguments.size();
         if (arguments[i] == L"--receiver" && hasValue) {
             options.receiver = arguments[++i];
-        } else if (arguments[i] == L"--stall" && hasValue) {
+        } else if (arguments[i] == L"--stall" && hasValue && IsNumber(arguments[i + 1])) {
             options.stallMs = Number(arguments[++i]);
         } else if (arguments[i].starts_with(L"--")) {
             return false;
@@ -60,8 +67,8 @@ bool Parse(const std::vector<std::wstring>& arguments, Options& options) {
 int main() {
     std::setvbuf(stdout, nullptr, _IONBF, 0); // lines of both processes appear as they are written
     const std::vector<std::wstring> arguments = Arguments();
-    if (arguments.size() == 4 && arguments[0] == L"--receive") {
-        return Receive(arguments[1], Number(arguments[2]), Number(arguments[3]));
+    if (arguments.size() == 5 && arguments[0] == L"--receive") {
+        return Receive(arguments[1], Number(arguments[2]), Number(arguments[3]), Number(arguments[4]));
     }
     Options options;
     if (Parse(arguments, options)) return Send(options.files[0], options.files[1], options.receiver, options.stallMs);

@@ -25,14 +25,16 @@ static_assert(sizeof(MONITOR_LEVEL) == 8);
 ///     }
 /// @endcode
 /// A block belongs to the receiver from the moment that its notification is posted; the sender does not touch it
-/// again. Messages of one sender to one receiver arrive in the order in which they were sent.
+/// again. Messages that were sent one after the other to one receiver arrive in that order.
 ///
 /// Limits: 99 registrations and 499 messages under way on the machine, SMALL_BLOCK_SIZE - 1 bytes in a message.
 ///
 /// Order: CPostOffice::CreateGlobalPostOffice() first; destroy every mailbox before DestroyGlobalPostOffice().
-/// One that is used after that behaves as if the post office had never been there.
+/// One that is used after that touches nothing and gives its failure values; should another post office be mapped
+/// at the same address by then, it works on that one, with its old slot.
 /// Copies share the registration by its slot, and each of them would end it: pass by pointer or reference.
-/// Threads: any thread may send and release; the calls that register and unregister one object must not overlap.
+/// Threads: any thread may send and release; the calls that register, unregister, copy and assign one object must
+/// not overlap with others. A call waits for the lock as long as it takes.
 /// Every change is made under the post office's lock, so a caller that holds it must call only
 /// AllocateSmallBlock() and the operations that are said to take no lock.
 class TESSEL_API CMailBox {
@@ -53,16 +55,16 @@ public:
 
     /// Registers the mailbox in the first free slot. A second call takes a second slot and forgets the first.
     /// @param hWnd  window that gets the notifications; stays the caller's and must outlive the registration
-    /// @return 0: registered; 1: no slot is free
+    /// @return 0: registered; 1: no slot is free, or no post office
     int RegisterMailbox(HWND hWnd);
 
     /// Takes the registration back.
-    /// @return 0: done; 1: it was not registered
+    /// @return 0: done; 1: it was not registered, or no post office
     int UnregisterMailbox();
 
     /// Finds a receiver: one of this process first, else the one in the highest slot. Takes no lock.
     /// @param id    the receiver
-    /// @param slot  receives its slot; 0 when there is none
+    /// @param slot  receives its slot, also that of a record without a window; 0 when there is none
     /// @return its window; null when there is none
     HWND GetMailBox(ORCAOBJID id, unsigned short& slot);
 
@@ -75,11 +77,11 @@ public:
     /// @param firstLength   bytes of the first part
     /// @param firstData     first part; may be null when @p firstLength is 0
     /// @param secondLength  bytes of the second part
-    /// @param secondData    second part; when it is null, its bytes are counted and arrive as 0
+    /// @param secondData    second part; when it is null, its bytes are counted and their content is undefined
     /// @return STATUS_OK: posted. ERROR_SERVICE_NOT_FOUND (1243): no such receiver. ERROR_NOT_ENOUGH_MEMORY (8):
     ///         longer than 5,119 bytes. ERROR_BUSY (170): the pool stayed full. ERROR_INVALID_PARAMETER (87): a
-    ///         null first part with a length. Else the Win32 error of posting, such as
-    ///         ERROR_INVALID_WINDOW_HANDLE (1400). After any failure nothing is allocated.
+    ///         null first part with a length. ERROR_INVALID_HANDLE (6): the lock is broken. Else the Win32 error of
+    ///         posting, such as ERROR_INVALID_WINDOW_HANDLE (1400). After any failure nothing is allocated.
     int Send(ORCAOBJID to, unsigned long msgId, unsigned long firstLength, const unsigned char* firstData,
              unsigned long secondLength, const unsigned char* secondData);
 
@@ -95,7 +97,7 @@ public:
 
     /// Gives a block back to the pool.
     /// @param block  a block that was received
-    /// @return 0: free; 1: null, no block of the pool, or free already (reported)
+    /// @return 0: free; 1: null, no block of this object's pool, or free already (each reported)
     int ReleaseMemory(SBLOCK* block);
 
     /// The block of that number. Takes no lock.
@@ -113,7 +115,8 @@ public:
     MAILBOX* GetMailboxAddr();
 
     /// Clears the machine of every registration but one: its resources, the blocks addressed to it, and
-    /// its record. For a process that supervises the others. MailboxesInUse is not counted down.
+    /// its record. For a process that supervises the others, when they have ended: a message that one of them is
+    /// just sending or reading would be lost. MailboxesInUse is not counted down.
     /// @param keep  whose registrations stay
     /// @return 0
     int CleanUp(ORCAOBJID keep);
@@ -145,7 +148,7 @@ public:
     /// @return the flag; 0 without a post office
     int GetRecordFlag();
 
-    /// Sets the machine-wide flag. Takes no lock.
+    /// Sets the machine-wide flag, where there is a post office. Takes no lock.
     /// @param flag  new value
     /// @return 0
     int SetRecordFlag(int flag);
@@ -155,9 +158,11 @@ private:
     struct Message;
 
     bool IsMapped();
+    unsigned short MailboxCount();
     int Deliver(const Message& message);
     int AllocateForSend(const Message& message, SBLOCK*& block);
     void WatchFreeBlocks();
+    bool FreeUnlessFree(SBLOCK& block);
     void FreeBlock(SBLOCK& block);
     void FreeBlocksOf(unsigned long receiver);
     bool IsBlockOfPool(const SBLOCK* block);

@@ -125,17 +125,20 @@ class CPost;
 /// It has no state of its own: every object speaks for the one post office that CreateGlobalPostOffice()
 /// opened. CMailBox sends and receives, CResource keeps the resource table; both need it first.
 ///
-/// Create it once, before the first CMailBox, and destroy it after the last one. Without it, or when the
-/// region could not be mapped, addresses are null, the lock cannot be taken and nobody is found.
+/// Create it once, before the first CMailBox, and destroy it after the last one. Without it, or when the region
+/// could not be mapped, addresses are null and nobody is found. Without it the lock cannot be taken either; after
+/// the message box about the region it stays taken, so that waiting for it has no end.
 /// Threads: any thread may call any operation, except that nobody may be using the post office while it
 /// is created or destroyed. The lock is not re-entrant: who holds it and takes it again waits for itself.
 class TESSEL_API CPostOffice {
 public:
     /// Opens the machine's post office, or creates it when this process is the first.
     ///
-    /// Waits at most 5 s for the lock, reports when it does not get it, and goes on. When the region can
-    /// be neither opened nor created, a message box says so and the lock stays taken. A region whose tables do
-    /// not lie inside it is left alone. A second call loses the first post office without closing it.
+    /// Waits at most 5 s for the lock, reports when it does not get it, goes on, and frees the lock in the end: one
+    /// whose holder died is usable again, and one whose holder is slow protects it no longer. When the region can be
+    /// neither opened nor created, a message box says so, the call returns when it is closed, and the lock stays
+    /// taken. A region whose tables do not lie inside it is left alone: nothing is mapped then, which the first
+    /// CMailBox tells. A second call loses the first post office without closing it; objects made with it go on.
     static void CreateGlobalPostOffice();
 
     /// Closes the post office; the region disappears with the last process that has it open.
@@ -150,13 +153,13 @@ public:
     void UnlockThreadSafe();
 
     /// Whether a receiver is registered. Takes no lock.
-    /// @param id         the receiver
+    /// @param id         the receiver; 0 is found in any free record
     /// @param processId  Win32 id of the process that must have registered it; 0 for any
     /// @return 1: it is; 0: it is not
     static int IsManager(ORCAOBJID id, unsigned long processId);
 
     /// Copies a receiver's record, the first in the table. Takes no lock, so the record may be changing.
-    /// @param id   the receiver
+    /// @param id   the receiver; 0 is found in the first free record
     /// @param out  receives the record; all zero when there is none
     /// @return 0: found; 1: not found
     static int GetManagerInfo(ORCAOBJID id, MAILBOX* out);

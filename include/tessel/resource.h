@@ -4,8 +4,9 @@
 
 /// Registers windows under a key, machine-wide, so that any process can find them.
 ///
-/// The table has POST_OFFICE_RESOURCES records in the post office's region. Entries carry the thread and the
-/// process of the object that added them, and are removed when those end. A search takes the first match.
+/// The table has POST_OFFICE_RESOURCES records in the post office's region. Entries carry the thread and the process
+/// of the object that added them, and stay until they are deleted: FreeThreadResources() before a thread ends,
+/// ResetProcess() when a process has ended. A search takes the first match; free records are all zero.
 ///
 /// Order: CPostOffice::CreateGlobalPostOffice() first. Without a mapped post office every operation does nothing
 /// and returns its failure value.
@@ -24,6 +25,7 @@ public:
     /// @return this object
     CResource& operator=(const CResource&) = default;
 
+    /// Leaves the table as it is.
     virtual ~CResource() = default;
 
     /// Adds an entry in the first free slot; the same key may be there already.
@@ -52,10 +54,11 @@ public:
     /// @return POST_OFFICE_RESOURCES records in the region's memory; null without a post office
     RESOURCE* GetResourceAddress();
 
-    /// Deletes every entry of the thread that made this object.
+    /// Deletes every entry of the thread that made this object, whichever thread calls. Takes no lock: an entry
+    /// that is being added at the same moment may be deleted half-way.
     void FreeThreadResources();
 
-    /// Deletes every entry of a process.
+    /// Deletes every entry of a process. Takes no lock: for one that has ended.
     /// @param pid  Win32 id of the process
     /// @return 0
     int ResetProcess(unsigned long pid);

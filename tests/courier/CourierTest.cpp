@@ -1,4 +1,5 @@
 #include "support/ChildProcess.h"
+#include "support/OpenPostOffice.h"
 
 #include <gtest/gtest.h>
 #include <tessel/mailbox.h>
@@ -15,80 +16,97 @@ protected:
     Courier() { fs::create_directories(folder); }
     ~Courier() override { fs::remove_all(folder); }
 
-    std::wstring Command(const std::wstring& options = L"") {
+    std::wstring Command(const fs::path& to, const std::wstring& options = L"") {
         wchar_t program[MAX_PATH];
         GetModuleFileNameW(nullptr, program, MAX_PATH);
         const fs::path courier = fs::path(program).parent_path() / COURIER;
-        return L"\"" + courier.wstring() + L"\" \"" + file.wstring() + L"\" \"" + copy.wstring() + L"\" " + options;
+        return L"\"" + courier.wstring() + L"\" \"" + file.wstring() + L"\" \"" + to.wstring() + L"\" " + options;
     }
-    void MakeFile(std::size_t size) { std::ofstream(file, std::ios::binary) << std::string(size, 'x'); }
+    void MakeFile(std::size_t size) {
+        std::string content;
+        for (unsigned number = 0; content.size() < size; ++number) content += std::to_string(number) + ' ';
+        std::ofstream(file, std::ios::binary) << content.substr(0, size);
+    }
+    /// Waits for the registration of a side of the run, told by the first letter of its id: S or R.
+    static const MAILBOX& RecordOf(char side) {
+        for (;; Sleep(1)) {
+            const MAILBOX* const table = CPostOffice().GetPostOfficeAddr();
+            for (int slot = 1; slot < POST_OFFICE_MAILBOXES; ++slot) {
+                if (table[slot].ObjId >> 24 == static_cast<unsigned>(side == 'S' ? 0x43 : 0x52)) return table[slot];
+            }
+        }
+    }
+    void ExpectCleanPool() {
+        EXPECT_EQ(observer.GetFreeBlockCount(), 500u);
+        CPostOffice post;
+        EXPECT_EQ(post.LockThreadSafe(0), 0);
+        post.UnlockThreadSafe();
+    }
 
+    OpenPostOffice office; // keeps the region when the processes end
+    CMailBox observer{ORCAOBJID{1}};
     fs::path folder = fs::temp_directory_path() / L"tessel courier";
     fs::path file = folder / L"file";
     fs::path copy = folder / L"copy";
 };
 
-/// The process that receives from a courier; 0 until it has registered.
-DWORD ReceiverOf(DWORD courier) {
-    MAILBOX record{};
-    (void)CPostOffice::GetManagerInfo(ORCAOBJID{0x52000000 | courier}, &record);
-    return record.ProcessId;
-}
-
-void KillReceiverOf(DWORD courier) {
-    while (ReceiverOf(courier) == 0) Sleep(1);
-    const HANDLE receiver = OpenProcess(PROCESS_TERMINATE, FALSE, ReceiverOf(courier));
-    TerminateProcess(receiver, 1);
-    CloseHandle(receiver);
-}
-
 } // namespace
 
-TEST_F(Courier, CarriesFilesOfAnySize) {
+TEST_F(Courier, CarriesFilesOfAnySizeAndLeavesNothingBehind) {
     for (const std::size_t size : {0, 1, 5119, 5120, 3000000}) {
         MakeFile(size);
-        ChildProcess courier(Command());
+        ChildProcess courier(Command(copy, L"--stall 300"));
         EXPECT_NE(courier.WaitUntil("courier: " + std::to_string(size) + " bytes"), "(ended)");
+        const std::string full = courier.WaitUntil("courier: the pool was full ");
+        EXPECT_EQ(full.substr(0, 2) != "0 ", size == 3000000) << full;
         EXPECT_EQ(courier.WaitUntil("courier: identical"), "");
         EXPECT_EQ(courier.ExitCode(), 0u);
         EXPECT_EQ(fs::file_size(copy), size);
+        MONITOR_LEVEL left;
+        EXPECT_EQ(observer.BuildDirectoryList(&left, 1), 0);
+        ExpectCleanPool();
     }
 }
 
-TEST_F(Courier, SaysInOneLineThatAFileCannotBeRead) {
-    ChildProcess missing(Command());
+TEST_F(Courier, SaysInOneLineWhatItCannotDo) {
+    ChildProcess missing(Command(copy));
     EXPECT_NE(missing.WaitUntil("courier: cannot read "), "(ended)");
     EXPECT_EQ(missing.ExitCode(), 1u);
+    MakeFile(10);
+    ChildProcess itself(Command(file));
+    EXPECT_EQ(itself.WaitUntil("courier: the copy would overwrite the file"), "");
+    EXPECT_EQ(itself.ExitCode(), 1u);
+    EXPECT_EQ(fs::file_size(file), 10u);
+    ChildProcess nowhere(Command(folder / L"no such folder" / L"copy"));
+    EXPECT_EQ(nowhere.WaitUntil("courier: receiver: cannot write the copy"), "");
+    EXPECT_EQ(nowhere.ExitCode(), 1u);
 }
 
-TEST_F(Courier, StopsWhenItsReceiverDiesAndLeavesThePoolAsItWas) {
-    CPostOffice::CreateGlobalPostOffice(); // keeps the region when the processes end
-    CMailBox observer(ORCAOBJID{1});
+TEST_F(Courier, StopsWhenItsReceiverDiesAndTheNextRunWorks) {
     MakeFile(5000000);
-    ChildProcess courier(Command(L"--stall 60000"));
+    ChildProcess courier(Command(copy, L"--stall 60000"));
     while (observer.GetFreeBlockCount() > 1) Sleep(1);
-    KillReceiverOf(courier.Id());
+    const HANDLE receiver = OpenProcess(PROCESS_TERMINATE, FALSE, RecordOf('R').ProcessId);
+    TerminateProcess(receiver, 1);
+    CloseHandle(receiver);
     EXPECT_NE(courier.WaitUntil("courier: the receiver has ended"), "(ended)");
     EXPECT_EQ(courier.ExitCode(), 1u);
-    EXPECT_EQ(observer.GetFreeBlockCount(), 500u);
-
-    ChildProcess next(Command());
+    ExpectCleanPool();
+    ChildProcess next(Command(copy));
     EXPECT_EQ(next.WaitUntil("courier: identical"), "");
-    CPostOffice::DestroyGlobalPostOffice();
 }
 
-TEST_F(Courier, IgnoresForgedNotifications) {
-    CPostOffice::CreateGlobalPostOffice();
+TEST_F(Courier, ForgedNotificationsChangeNothing) {
     MakeFile(3000000);
-    ChildProcess courier(Command(L"--stall 300"));
-    while (ReceiverOf(courier.Id()) == 0) Sleep(1);
-    MAILBOX record{};
-    (void)CPostOffice::GetManagerInfo(ORCAOBJID{0x52000000 | courier.Id()}, &record);
-    const HWND window = static_cast<HWND>(ULongToHandle(record.hWnd));
-    for (const LPARAM number : {LPARAM{0}, LPARAM{500}, LPARAM{0xFFFF}, LPARAM{-1}, LPARAM{0x7FFFFFFF}}) {
-        EXPECT_TRUE(PostMessageW(window, MAILBOX_NOTIFICATION, 0, number));
+    ChildProcess courier(Command(copy, L"--stall 2000"));
+    while (observer.GetFreeBlockCount() > 1) Sleep(1); // the receiver still waits, with the pool full
+    const std::uint32_t windows[] = {RecordOf('S').hWnd, RecordOf('R').hWnd};
+    for (const LPARAM number : {0L, 1L, 300L, 499L, 500L, 0xFFFFL, 0x10002L, -1L}) {
+        for (const std::uint32_t window : windows) {
+            EXPECT_TRUE(PostMessageW(static_cast<HWND>(ULongToHandle(window)), MAILBOX_NOTIFICATION, 0, number));
+        }
     }
     EXPECT_EQ(courier.WaitUntil("courier: identical"), "");
     EXPECT_EQ(courier.ExitCode(), 0u);
-    CPostOffice::DestroyGlobalPostOffice();
+    ExpectCleanPool();
 }

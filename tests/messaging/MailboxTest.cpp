@@ -1,11 +1,13 @@
 #include "support/ImportPatch.h"
 #include "support/MessageWindow.h"
+#include "support/OpenPostOffice.h"
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
 #include <tessel/mailbox.h>
 
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -23,32 +25,23 @@ void WINAPI CountSleep(DWORD) {
 
 class Mailbox : public testing::Test {
 protected:
-    Mailbox() {
-        CPostOffice::CreateGlobalPostOffice();
-        sender.emplace(kSender);
-        receiver.emplace(kReceiver);
-        EXPECT_EQ(receiver->RegisterMailbox(window.Get()), 0);
-    }
-    ~Mailbox() override {
-        receiver.reset();
-        sender.reset();
-        CPostOffice::DestroyGlobalPostOffice();
-    }
-    int Send(unsigned long length) { return sender->Send(kReceiver, 1, length, kData, 0, nullptr); }
-    SBLOCK* Take() { return receiver->GetMessageBlock(static_cast<unsigned>(window.Take(MAILBOX_NOTIFICATION))); }
+    Mailbox() { EXPECT_EQ(receiver.RegisterMailbox(window.Get()), 0); }
+    int Send(unsigned long length) { return sender.Send(kReceiver, 1, length, kData, 0, nullptr); }
+    SBLOCK* Take() { return receiver.GetMessageBlock(static_cast<unsigned>(window.Take(MAILBOX_NOTIFICATION))); }
     FILE_HEADER& Header() { return *CPostOffice().GetHeaderAddr(); }
     /// Nothing is allocated and nobody holds the lock.
     void ExpectUntouched() {
-        EXPECT_EQ(sender->GetFreeBlockCount(), 500u);
+        EXPECT_EQ(sender.GetFreeBlockCount(), 500u);
         EXPECT_EQ(window.Take(MAILBOX_NOTIFICATION), 0);
-        CPostOffice office;
-        EXPECT_EQ(office.LockThreadSafe(0), 0);
-        office.UnlockThreadSafe();
+        CPostOffice post;
+        EXPECT_EQ(post.LockThreadSafe(0), 0);
+        post.UnlockThreadSafe();
     }
 
+    OpenPostOffice office;
     MessageWindow window;
-    std::optional<CMailBox> sender;
-    std::optional<CMailBox> receiver;
+    CMailBox sender{kSender};
+    CMailBox receiver{kReceiver};
     Reports reports;
 };
 
@@ -56,29 +49,35 @@ protected:
 
 TEST_F(Mailbox, DeliversBothPartsAsOneMessage) {
     const unsigned char more[] = "more";
-    ASSERT_EQ(sender->Send(kReceiver, 0xABCD1234, 4, kData, 5, more), 0);
-    EXPECT_EQ(sender->GetFreeBlockCount(), 499u);
+    ASSERT_EQ(sender.Send(kReceiver, 0xABCD1234, 4, kData, 5, more), 0);
+    EXPECT_EQ(sender.GetFreeBlockCount(), 499u);
     SBLOCK* const block = Take();
-    ASSERT_EQ(block, receiver->GetDirectMessage(2)) << "the cursor starts at 1 and moves first";
+    ASSERT_EQ(block, receiver.GetDirectMessage(2)) << "the cursor starts at 1 and moves first";
     EXPECT_EQ(block->MsgId, 0xABCD1234u);
     EXPECT_EQ(block->Length, 10u);
     EXPECT_EQ(block->Sender, static_cast<unsigned>(kSender));
     EXPECT_EQ(block->Receiver, static_cast<unsigned>(kReceiver));
     EXPECT_EQ(block->RefCount, 1u);
     EXPECT_STREQ(reinterpret_cast<char*>(block->Data), "datamore");
-    EXPECT_EQ(receiver->ReleaseMemory(block), 0);
+    EXPECT_EQ(receiver.ReleaseMemory(block), 0);
     EXPECT_EQ(block->RefCount, 0u);
     ExpectUntouched();
 }
 
-TEST_F(Mailbox, TakesMessagesUpTo5119Bytes) {
+TEST_F(Mailbox, Odd24TakesMessagesUpTo5119BytesAndCountsOneMore) {
+    SBLOCK* const first = receiver.GetMessageBlock(2);
+    std::memset(first->Data, '#', SMALL_BLOCK_SIZE);
     EXPECT_EQ(Send(5119), 0);
-    SBLOCK* const block = Take();
-    EXPECT_EQ(block->Length, 5120u);
-    EXPECT_EQ(std::memcmp(block->Data, kData, 5119), 0);
-    receiver->ReleaseMemory(block);
-    EXPECT_EQ(Send(0), 0);
-    receiver->ReleaseMemory(Take());
+    ASSERT_EQ(Take(), first);
+    EXPECT_EQ(first->Length, 5120u);
+    EXPECT_EQ(std::memcmp(first->Data, kData, 5119), 0);
+    EXPECT_EQ(first->Data[5119], '#');
+    EXPECT_EQ(receiver.GetMessageBlock(3)->BlkNum, 0);
+    receiver.ReleaseMemory(first);
+    EXPECT_EQ(sender.Send(kReceiver, 1, 0, nullptr, 7, nullptr), 0);
+    SBLOCK* const second = Take();
+    EXPECT_EQ(second->Length, 8u);
+    receiver.ReleaseMemory(second);
     EXPECT_TRUE(reports.Take().empty());
     EXPECT_EQ(Send(5120), ERROR_NOT_ENOUGH_MEMORY);
     EXPECT_EQ(reports.Take(),
@@ -97,7 +96,7 @@ class BadSends : public Mailbox, public testing::WithParamInterface<BadSend> {};
 
 TEST_P(BadSends, AreRefusedAndLeaveThePoolAsItWas) {
     const BadSend& bad = GetParam();
-    EXPECT_EQ(sender->Send(kReceiver, 1, bad.firstLength, bad.firstData, bad.secondLength, kData), bad.status);
+    EXPECT_EQ(sender.Send(kReceiver, 1, bad.firstLength, bad.firstData, bad.secondLength, kData), bad.status);
     ExpectUntouched();
 }
 
@@ -109,40 +108,38 @@ INSTANTIATE_TEST_SUITE_P(Lengths, BadSends,
                                          BadSend{5119, kData, 0xFFFFFFFF, ERROR_NOT_ENOUGH_MEMORY},
                                          BadSend{4, nullptr, 0, ERROR_INVALID_PARAMETER}));
 
-TEST_F(Mailbox, ANullSecondPartIsCountedAndArrivesAsZeros) {
-    ASSERT_EQ(Send(100), 0);
-    SBLOCK* block = Take();
-    std::memset(block->Data, 'x', SMALL_BLOCK_SIZE);
-    receiver->ReleaseMemory(block);
-    for (int i = 0; i < 499; ++i) {
-        ASSERT_EQ(sender->Send(kReceiver, 1, 1, kData, 3, nullptr), 0);
-        block = Take();
-        receiver->ReleaseMemory(block);
-    }
-    EXPECT_EQ(block->Length, 5u);
-    EXPECT_STREQ(reinterpret_cast<char*>(block->Data), "d");
-}
-
 TEST_F(Mailbox, AWindowThatIsGoneGivesItsErrorAndTheBlockBack) {
-    EXPECT_EQ(sender->Send(kNobody, 1, 0, nullptr, 0, nullptr), ERROR_SERVICE_NOT_FOUND);
+    EXPECT_EQ(sender.Send(kNobody, 1, 0, nullptr, 0, nullptr), ERROR_SERVICE_NOT_FOUND);
     window.Destroy();
     EXPECT_EQ(Send(4), ERROR_INVALID_WINDOW_HANDLE);
     ExpectUntouched();
 }
 
-TEST_F(Mailbox, ReportsALowPoolOnceUntilItHasBeenHighAgain) {
-    for (int i = 0; i < 499; ++i) ASSERT_EQ(Send(1), 0);
-    EXPECT_EQ(reports.Take(), Texts{"CMailbox:76 !\"Message resources low\""});
-    EXPECT_EQ(sender->MsgResourcesLow(), 1);
-    for (int free = 1; free < 250; ++free) receiver->ReleaseMemory(Take());
-    ASSERT_EQ(Send(1), 0);
-    EXPECT_EQ(sender->MsgResourcesHigh(), 0);
-    for (int free = 249; free < 252; ++free) receiver->ReleaseMemory(Take());
-    EXPECT_EQ(sender->GetFreeBlockCount(), 252u);
-    EXPECT_EQ(sender->MsgResourcesHigh(), 1);
-    ASSERT_EQ(Send(1), 0);
-    for (int free = 251; free > 49; --free) ASSERT_EQ(Send(1), 0);
-    EXPECT_EQ(reports.Take(), Texts{"CMailbox:76 !\"Message resources low\""});
+TEST_F(Mailbox, ReportsAPoolBelow50OnceUntilItHasBeenAbove250) {
+    const auto sendDownTo = [this](unsigned long free) {
+        while (sender.GetFreeBlockCount() > free) ASSERT_EQ(Send(1), 0);
+    };
+    const auto releaseUpTo = [this](unsigned long free) {
+        while (sender.GetFreeBlockCount() < free) receiver.ReleaseMemory(Take());
+    };
+    const Texts low{"CMailbox:76 !\"Message resources low\""};
+    sendDownTo(50);
+    EXPECT_TRUE(reports.Take().empty());
+    EXPECT_EQ(sender.MsgResourcesLow(), 0);
+    sendDownTo(49);
+    EXPECT_EQ(reports.Take(), low);
+    EXPECT_EQ(sender.MsgResourcesLow(), 1);
+    releaseUpTo(251);
+    EXPECT_EQ(sender.MsgResourcesHigh(), 1);
+    sendDownTo(250); // looked at when a message is sent: 250 is not above 250
+    EXPECT_EQ(sender.MsgResourcesHigh(), 0);
+    sendDownTo(1);
+    EXPECT_TRUE(reports.Take().empty());
+    releaseUpTo(252);
+    sendDownTo(50);
+    EXPECT_TRUE(reports.Take().empty());
+    sendDownTo(49);
+    EXPECT_EQ(reports.Take(), low);
 }
 
 TEST_F(Mailbox, Odd15And20AFullPoolIsBusyAlsoWhileOnlyTheLastBlockIsFree) {
@@ -152,13 +149,13 @@ TEST_F(Mailbox, Odd15And20AFullPoolIsBusyAlsoWhileOnlyTheLastBlockIsFree) {
         ASSERT_EQ(Send(1), 0);
         other = std::exchange(last, Take());
     }
-    EXPECT_EQ(sender->GetFreeBlockCount(), 1u);
+    EXPECT_EQ(sender.GetFreeBlockCount(), 1u);
     const ImportPatch sleep(L"Tessel.dll", "Sleep", CountSleep);
     EXPECT_EQ(Send(1), ERROR_BUSY);
     EXPECT_EQ(sleeps, 100);
-    receiver->ReleaseMemory(last);
+    receiver.ReleaseMemory(last);
     EXPECT_EQ(Send(1), ERROR_BUSY);
-    receiver->ReleaseMemory(other);
+    receiver.ReleaseMemory(other);
     EXPECT_EQ(Send(1), 0);
     EXPECT_EQ(Take(), other);
 }
@@ -167,31 +164,33 @@ TEST_F(Mailbox, OnlyAnAllocatedBlockOfThePoolIsReleased) {
     ASSERT_EQ(Send(1), 0);
     SBLOCK* const block = Take();
     const auto inside = reinterpret_cast<SBLOCK*>(reinterpret_cast<unsigned char*>(block) + 1);
-    for (SBLOCK* const bad : {static_cast<SBLOCK*>(nullptr), inside, receiver->GetDirectMessage(500),
-                              receiver->GetDirectMessage(0xFFFF), reinterpret_cast<SBLOCK*>(&Header())}) {
-        EXPECT_EQ(receiver->ReleaseMemory(bad), 1);
+    for (SBLOCK* const bad : {static_cast<SBLOCK*>(nullptr), inside, receiver.GetDirectMessage(500),
+                              receiver.GetDirectMessage(0xFFFF), reinterpret_cast<SBLOCK*>(&Header())}) {
+        EXPECT_EQ(receiver.ReleaseMemory(bad), 1);
         EXPECT_EQ(reports.Take(), Texts{"CMailbox:206 pBlock"});
     }
-    EXPECT_EQ(receiver->ReleaseMemory(block + 1), 1);
+    EXPECT_EQ(receiver.ReleaseMemory(block + 1), 1);
     EXPECT_EQ(reports.Take(), Texts{"CMailbox:207 pBlock->BlkNum"});
     block->RefCount = 2;
-    EXPECT_EQ(receiver->ReleaseMemory(block), 0);
+    EXPECT_EQ(receiver.ReleaseMemory(block), 0);
     EXPECT_EQ(reports.Take(), Texts{"CMailbox:199 pBlock->RefCount == 0"});
+    EXPECT_EQ(CPostOffice().LockThreadSafe(0), 0) << "free after every refusal";
     SBLOCK* again = nullptr;
-    for (int i = 0; i < 499; ++i) EXPECT_EQ(sender->AllocateSmallBlock(1, 1, again), 0);
+    for (int i = 0; i < 499; ++i) EXPECT_EQ(sender.AllocateSmallBlock(1, 1, again), 0);
     EXPECT_EQ(again, block);
     EXPECT_EQ(reports.Take(), Texts{"CMailbox:182 pSmall[cnt].RefCount == 1"});
+    CPostOffice().UnlockThreadSafe();
 }
 
 TEST_F(Mailbox, Odd21ABlockNumberIsCheckedByOneLookUpOnly) {
-    EXPECT_EQ(receiver->GetMessageBlock(500), nullptr);
-    EXPECT_EQ(receiver->GetMessageBlock(499), receiver->GetDirectMessage(499));
-    const auto distance = reinterpret_cast<char*>(receiver->GetDirectMessage(0xFFFF)) -
-                          reinterpret_cast<char*>(receiver->GetMessageBlock(0));
+    EXPECT_EQ(receiver.GetMessageBlock(500), nullptr);
+    EXPECT_EQ(receiver.GetMessageBlock(499), receiver.GetDirectMessage(499));
+    const auto distance = reinterpret_cast<char*>(receiver.GetDirectMessage(0xFFFF)) -
+                          reinterpret_cast<char*>(receiver.GetMessageBlock(0));
     EXPECT_EQ(distance, 0xFFFF * 5148);
 }
 
-TEST_F(Mailbox, RegistersInTheFirstFreeSlotAndForgetsAnEarlierOne) {
+TEST_F(Mailbox, Odd23RegistersInTheFirstFreeSlotAndForgetsAnEarlierOne) {
     CMailBox second(kNobody);
     EXPECT_EQ(second.UnregisterMailbox(), 1);
     EXPECT_EQ(second.GetMailboxAddr(), CPostOffice().GetPostOfficeAddr());
@@ -212,27 +211,27 @@ TEST_F(Mailbox, ListsTheDirectoryWithItsLevels) {
     ASSERT_EQ(second.RegisterMailbox(window.Get()), 0);
     EXPECT_EQ(second.UpdateMonitorLevel(LEVEL{3}), 0);
     MONITOR_LEVEL list[3] = {};
-    EXPECT_EQ(sender->BuildDirectoryList(list, 3), 2);
+    EXPECT_EQ(sender.BuildDirectoryList(list, 3), 2);
     EXPECT_EQ(list[0].ObjId, static_cast<unsigned>(kReceiver));
     EXPECT_EQ(list[1].ObjId, static_cast<unsigned>(kNobody));
     EXPECT_EQ(list[1].Level, 3u);
-    EXPECT_EQ(sender->BuildDirectoryList(list, 1), 1);
-    EXPECT_EQ(sender->BuildDirectoryList(list, -1), 0);
-    EXPECT_EQ(sender->BuildDirectoryList(nullptr, 3), 0);
-    EXPECT_EQ(sender->SetRecordFlag(-5), 0);
+    EXPECT_EQ(sender.BuildDirectoryList(list, 1), 1);
+    EXPECT_EQ(sender.BuildDirectoryList(list, -1), 0);
+    EXPECT_EQ(sender.BuildDirectoryList(nullptr, 3), 0);
+    EXPECT_EQ(sender.SetRecordFlag(-5), 0);
     EXPECT_EQ(second.GetRecordFlag(), -5);
 }
 
 TEST_F(Mailbox, Odd19TheSweepFreesBlocksButDoesNotCountRegistrationsDown) {
     CMailBox kept(kNobody);
     ASSERT_EQ(kept.RegisterMailbox(window.Get()), 0);
-    ASSERT_EQ(sender->Send(kNobody, 1, 0, nullptr, 0, nullptr), 0);
+    ASSERT_EQ(sender.Send(kNobody, 1, 0, nullptr, 0, nullptr), 0);
     for (int i = 0; i < 20; ++i) ASSERT_EQ(Send(1), 0);
     EXPECT_EQ(kept.CleanUp(kNobody), 0);
-    EXPECT_EQ(sender->GetFreeBlockCount(), 499u);
+    EXPECT_EQ(sender.GetFreeBlockCount(), 499u);
     EXPECT_EQ(CPostOffice::IsManager(kReceiver, 0), 0);
     EXPECT_EQ(CPostOffice::IsManager(kNobody, 0), 1);
     EXPECT_EQ(Header().MailboxesInUse, 2u);
-    EXPECT_EQ(receiver->UnregisterMailbox(), 0);
+    EXPECT_EQ(receiver.UnregisterMailbox(), 0);
     EXPECT_EQ(Header().MailboxesInUse, 1u);
 }

@@ -1,3 +1,4 @@
+#include "support/OpenPostOffice.h"
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
@@ -15,10 +16,15 @@ HWND Window(unsigned long number) {
     return static_cast<HWND>(ULongToHandle(number));
 }
 
+/// Whether there was just that one report; its line is the source's own.
+bool IsReport(Reports& reports, const std::string& expression) {
+    const Texts texts = reports.Take();
+    return texts.size() == 1 && texts[0].starts_with("CRes:") && texts[0].ends_with(" " + expression);
+}
+
 class Resources : public testing::Test {
 protected:
-    Resources() { CPostOffice::CreateGlobalPostOffice(); }
-    ~Resources() override { CPostOffice::DestroyGlobalPostOffice(); }
+    OpenPostOffice office;
 };
 
 } // namespace
@@ -38,7 +44,7 @@ TEST_F(Resources, TheLowestEntryOfAKeyIsFoundAndDeletedFirst) {
     EXPECT_EQ(second.Owner, 5u);
 }
 
-TEST_F(Resources, EntriesGoWithTheirThreadOrProcess) {
+TEST_F(Resources, Odd26EntriesAreDeletedByThreadAndByProcess) {
     CResource resources;
     resources.AddResource(kFrame, kManager, Window(0x10), 1);
     EXPECT_EQ(resources.GetManagerFromThread(), 1u);
@@ -61,14 +67,14 @@ TEST_F(Resources, AFullTableIsReported) {
     }
     Reports reports;
     EXPECT_EQ(resources.AddResource(kFrame, kOther, Window(9), 9), 1);
-    EXPECT_EQ(reports.Take().at(0).substr(0, 5), "CRes:");
+    EXPECT_TRUE(IsReport(reports, "!result"));
     EXPECT_EQ(resources.GetResource(kFrame, kOther, POST_OFFICE_RESOURCES), Window(POST_OFFICE_RESOURCES));
 }
 
 TEST(ResourcesWithoutAPostOffice, DoNothing) {
     Reports reports;
     CResource resources;
-    EXPECT_EQ(reports.Take().size(), 1u);
+    EXPECT_TRUE(IsReport(reports, "pRes"));
     EXPECT_EQ(resources.AddResource(kFrame, kOther, Window(1), 1), 1);
     EXPECT_EQ(resources.DeleteResource(kFrame, kOther, 1), 1);
     EXPECT_EQ(resources.GetResource(kFrame, kOther, 1), nullptr);

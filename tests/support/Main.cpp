@@ -9,7 +9,7 @@ namespace {
 
 /// Ends a program that is stuck, so that nothing is left running.
 void Watch() {
-    constexpr DWORD kLimitMs = 150000;
+    constexpr DWORD kLimitMs = 90000;
     Sleep(kLimitMs);
     std::fprintf(stderr, "still running after %lu s: ended by the watchdog\n", kLimitMs / 1000);
     TerminateProcess(GetCurrentProcess(), 97);

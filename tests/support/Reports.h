@@ -3,6 +3,7 @@
 #include <fenestra/assertlog.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 /// Collects the library's reports, as "source:line expression", for as long as the object lives.

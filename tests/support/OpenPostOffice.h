@@ -1,0 +1,11 @@
+#pragma once
+
+#include <tessel/postoffice.h>
+
+/// The process's post office for as long as the object lives; the first member of a fixture.
+struct OpenPostOffice {
+    OpenPostOffice() { CPostOffice::CreateGlobalPostOffice(); }
+    ~OpenPostOffice() { CPostOffice::DestroyGlobalPostOffice(); }
+    OpenPostOffice(const OpenPostOffice&) = delete;
+    OpenPostOffice& operator=(const OpenPostOffice&) = delete;
+};
