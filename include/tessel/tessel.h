@@ -11,3 +11,4 @@
 #include <tessel/status.h>
 #include <tessel/strings.h>
 #include <tessel/synchronisation.h>
+#include <tessel/system.h>

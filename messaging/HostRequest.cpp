@@ -1,0 +1,31 @@
+#include <messaging/HostRequest.h>
+#include <tessel/system.h>
+
+namespace {
+
+using tessel::HostRequest;
+
+HWND FrameOf(unsigned long processId) {
+    return CResource().GetResource(tessel::kFrameType, tessel::kFrameId, processId);
+}
+
+LRESULT Ask(const HostRequest& request) {
+    return SendMessageW(FrameOf(GetMyProcess()), WM_COMMAND, request.command, reinterpret_cast<LPARAM>(&request));
+}
+
+} // namespace
+
+HWND LoadResourceDialog(int dialogId, HWND parent, HINSTANCE module) {
+    const HostRequest request{tessel::kCreateDialogRequest, 0, static_cast<unsigned long>(dialogId), parent,
+                              reinterpret_cast<UINT_PTR>(module)};
+    return reinterpret_cast<HWND>(Ask(request));
+}
+
+int RequestNotify(HWND hWnd, unsigned long mask) {
+    return static_cast<int>(Ask({tessel::kNotifyRequest, 0, 0, hWnd, mask}));
+}
+
+void ShutDown(unsigned long processId) {
+    const HWND frame = FrameOf(processId == 0 ? GetMyProcess() : processId);
+    (void)SendMessageW(frame, WM_DESTROY, 0, 0); // has no result
+}
