@@ -1,0 +1,16 @@
+#pragma once
+
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+
+#ifdef FACET_BUILD
+/// Marks what Facet.dll offers: exported while it is built, imported by everyone else.
+#define FACET_API __declspec(dllexport)
+#else
+#define FACET_API __declspec(dllimport)
+#endif

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <facet/export.h>
+
+/// Position of a colour in COrcaPalette, 0 to 255. Only some positions have names; the others are reached by
+/// arithmetic on the first one of their range.
+enum COLOR_IDX : unsigned int {
+    CI_BLACK = 0,        ///< 0, 0, 0; the first of the 16 standard colours
+    CI_MAROON = 1,       ///< 128, 0, 0
+    CI_GREEN = 2,        ///< 0, 128, 0
+    CI_OLIVE = 3,        ///< 128, 128, 0
+    CI_NAVY = 4,         ///< 0, 0, 128
+    CI_PURPLE = 5,       ///< 128, 0, 128
+    CI_TEAL = 6,         ///< 0, 128, 128
+    CI_SILVER = 7,       ///< 192, 192, 192
+    CI_GREY = 8,         ///< 128, 128, 128
+    CI_RED = 9,          ///< 255, 0, 0
+    CI_LIME = 10,        ///< 0, 255, 0
+    CI_YELLOW = 11,      ///< 255, 255, 0
+    CI_BLUE = 12,        ///< 0, 0, 255
+    CI_FUCHSIA = 13,     ///< 255, 0, 255
+    CI_AQUA = 14,        ///< 0, 255, 255
+    CI_WHITE = 15,       ///< 255, 255, 255; the last of the 16 standard colours
+    CI_INTERFACE = 16,   ///< the first of 16 muted colours for the user interface, dark to light
+    CI_TRANSPARENT = 30, ///< among them: stands for no painting; its colour is that of CI_SILVER
+    CI_GREY_RAMP = 32,   ///< the first of 64 even steps of grey from black to white: step i is 255 * i / 63
+    CI_CUBE = 96,        ///< the first of 144 colours: 96 + 24 * red + 4 * green + blue, with red and green from
+                         ///< 0 to 5 in steps of 51 and blue from 0 to 3 in steps of 85
+    CI_OVERLAY = 240,    ///< the first of 16 saturated hues around the colour circle, for marks on images
+    CI_COUNT = 256       ///< number of colours
+};
+
+/// The workstation's palette of 256 colours: a fixed table, and a system palette made of it.
+///
+/// The palette's handle is the first thing in the object; there is no virtual operation in front of it.
+/// Every object owns a handle of its own, copies too, and deletes it; it must then not be selected anywhere.
+/// Threads: any thread may read; a handle is best used by one thread at a time.
+class FACET_API COrcaPalette {
+public:
+    /// Creates the system palette; the handle is null when that fails.
+    COrcaPalette();
+
+    /// Creates another system palette of the same colours.
+    /// @param other  the palette to be like
+    COrcaPalette(const COrcaPalette& other);
+
+    /// Keeps its own system palette, for all have the same colours.
+    /// @param other  the palette to be like
+    /// @return this object
+    COrcaPalette& operator=(const COrcaPalette& other);
+
+    /// Deletes the system palette.
+    ~COrcaPalette();
+
+    /// A colour by its position.
+    /// @param index  0 to 255
+    /// @return the RGB value; black (0) for any other position
+    COLORREF GetColor(COLOR_IDX index) const;
+
+    /// The system palette, still this object's.
+    /// @return the handle; null when it could not be created
+    HPALETTE GetPalette() const { return m_hPalette; }
+
+private:
+    friend struct COrcaPaletteLayout;
+
+    HPALETTE m_hPalette;
+};
