@@ -4,6 +4,7 @@
 /// The operating-system abstraction library of a medical imaging workstation. This header brings all of it;
 /// each family also has a header of its own, and that header is its manual.
 
+#include <tessel/brush.h>
 #include <tessel/mailbox.h>
 #include <tessel/memory.h>
 #include <tessel/postoffice.h>

@@ -1,0 +1,160 @@
+#include "BoxResources.h"
+#include "support/ImportPatch.h"
+#include "support/Reports.h"
+
+#include <gtest/gtest.h>
+#include <tessel/brush.h>
+#include <tessel/status.h>
+
+namespace {
+
+const HINSTANCE kModule = GetModuleHandleW(nullptr);
+unsigned unlocks = 0;
+std::wstring debuggerText;
+
+DWORD WINAPI NeverInTime(HANDLE, DWORD, BOOL) {
+    return WAIT_TIMEOUT;
+}
+BOOL WINAPI CountRelease(HANDLE, LONG, LONG*) {
+    ++unlocks;
+    return TRUE;
+}
+void WINAPI KeepText(const wchar_t* text) {
+    debuggerText += text;
+}
+HBRUSH WINAPI NoBrush(COLORREF) {
+    return nullptr;
+}
+HDC WINAPI NoContext(LPCWSTR, LPCWSTR, LPCWSTR, const DEVMODEW*) {
+    return nullptr;
+}
+
+/// Paints 4 x 2 pixels and spells their colours, one letter each and row by row.
+std::string Paint(HBRUSH brush) {
+    const HDC screen = GetDC(nullptr);
+    const HDC memory = CreateCompatibleDC(screen);
+    const HBITMAP bitmap = CreateCompatibleBitmap(screen, 4, 2);
+    const HGDIOBJ former = SelectObject(memory, bitmap);
+    const RECT all{0, 0, 4, 2};
+    FillRect(memory, &all, brush);
+    std::string text;
+    for (int i = 0; i < 8; ++i) {
+        const COLORREF colour = GetPixel(memory, i % 4, i / 4);
+        text += "kRGYB?AW"[(colour & 1) | (colour >> 7 & 2) | (colour >> 14 & 4)];
+    }
+    SelectObject(memory, former);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+    ReleaseDC(nullptr, screen);
+    return text;
+}
+
+/// Starts with an empty table.
+class Brush : public testing::Test {
+protected:
+    ~Brush() override { table.RemoveAll(); }
+    CBrush table;
+};
+
+} // namespace
+
+TEST_F(Brush, SharesOneEntryForOneColour) {
+    CBrush& one = table;
+    CBrush other;
+    const int red = one.Add(RGB(255, 0, 0));
+    EXPECT_EQ(red, 0);
+    EXPECT_EQ(other.Add(RGB(255, 0, 0)), red);
+    EXPECT_EQ(other.Add(CI_RED), red);
+    EXPECT_EQ(Paint(one.GetBrush(red)), "RRRRRRRR");
+    const int lime = other.Add(CI_LIME);
+    EXPECT_EQ(one.GetBrushIndex(CI_LIME), lime);
+    EXPECT_EQ(one.GetRefId(lime), CI_LIME);
+    EXPECT_EQ(one.GetColor(lime), RGB(0, 255, 0));
+    EXPECT_EQ(one.IsColor(lime), 1);
+    one.RemoveAll();
+    EXPECT_EQ(one.GetBrushIndex(CI_LIME), -1);
+    EXPECT_EQ(other.Add(CI_LIME), 0);
+}
+
+TEST_F(Brush, KeepsAddedBrushesAndPatternsApartFromColours) {
+    const HBRUSH brush = CreateSolidBrush(RGB(0, 0, 0));
+    EXPECT_EQ(table.Add(brush, CI_TRANSPARENT), 0);
+    EXPECT_EQ(table.GetBrush(0), brush);
+    EXPECT_EQ(table.GetRefId(0), CI_TRANSPARENT);
+    EXPECT_EQ(table.IsColor(0), 0);
+    EXPECT_EQ(table.Add(RGB(0, 0, 0)), 1);
+    const unsigned char bits[64] = {};
+    EXPECT_EQ(table.Add(8, 8, bits), 2);
+    EXPECT_EQ(table.Add(8, 8, bits), 3);
+    EXPECT_EQ(table.GetBrushIndex(1234), 2);
+    EXPECT_NE(table.GetBrush(2), nullptr);
+}
+
+TEST_F(Brush, KeepsItsEntriesWhileItGrows) {
+    for (int i = 0; i < 100; ++i) ASSERT_EQ(table.Add(static_cast<unsigned long>(i)), i);
+    for (int i = 0; i < 100; ++i) ASSERT_EQ(table.GetColor(i), static_cast<unsigned long>(i));
+}
+
+TEST_F(Brush, Odd50IndexOutsideTheTableCountsAsColour) {
+    table.Add(nullptr, 7);
+    for (const int index : {-1, 1}) {
+        EXPECT_EQ(table.GetBrush(index), nullptr);
+        EXPECT_EQ(table.GetColor(index), 0u);
+        EXPECT_EQ(table.GetRefId(index), COLOR_IDX{0});
+        EXPECT_EQ(table.IsColor(index), 1);
+    }
+}
+
+TEST_F(Brush, Odd51IsAppendedWithoutTheLockAfterItsTimeout) {
+    {
+        const ImportPatch wait(L"Tessel.dll", "WaitForSingleObjectEx", &NeverInTime);
+        const ImportPatch release(L"Tessel.dll", "ReleaseSemaphore", &CountRelease);
+        const ImportPatch debugger(L"Tessel.dll", "OutputDebugStringW", &KeepText);
+        EXPECT_EQ(table.Add(RGB(1, 2, 3)), 0);
+    }
+    EXPECT_EQ(debuggerText, L"Brush Table Lock Timeout");
+    EXPECT_EQ(unlocks, 0u);
+    EXPECT_EQ(table.GetColor(0), RGB(1, 2, 3));
+}
+
+TEST_F(Brush, ReportsABrushThatTheSystemDoesNotGive) {
+    Reports reports;
+    const ImportPatch patch(L"Tessel.dll", "CreateSolidBrush", &NoBrush);
+    EXPECT_EQ(table.Add(RGB(9, 9, 9)), 0);
+    const Texts texts = reports.Take();
+    ASSERT_EQ(texts.size(), 1u);
+    EXPECT_TRUE(texts[0].starts_with("Brush:") && texts[0].ends_with(" data.hBrush"));
+}
+
+TEST_F(Brush, BitmapIsShiftedAndCopiedForOtherOffsets) {
+    EXPECT_EQ(table.GetBitmapBrushIndex(kModule, IDB_BASE, 0, 0), -1);
+    EXPECT_EQ(table.AddBitmap(kModule, 999, 0, 0), -1);
+    const int shifted = table.AddBitmap(kModule, IDB_BASE, 1, 1);
+    EXPECT_EQ(Paint(table.GetBrush(shifted)), "kkkkWRGB");
+    EXPECT_EQ(table.GetBitmapBrushIndex(kModule, IDB_BASE, 5, -1), shifted);
+    const int copy = table.GetBitmapBrushIndex(kModule, IDB_BASE, 0, 0);
+    EXPECT_EQ(copy, shifted + 1);
+    EXPECT_EQ(Paint(table.GetBrush(copy)), "RGBWkkkk");
+    EXPECT_EQ(table.GetBitmapBrushIndex(kModule, IDB_BASE, 0, 0), copy);
+    EXPECT_EQ(table.GetBitmapBrushIndex(TesselGetModuleInstance(), IDB_BASE, 0, 0), -1);
+}
+
+TEST_F(Brush, BitmapIconIsLaidOnItsBitmapAndShiftedWithIt) {
+    const HDC dest = CreateCompatibleDC(nullptr);
+    const int plain = table.AddBitmapIcon(kModule, IDB_BASE, 0, 0, IDB_ICON, 1, 1, dest, nullptr);
+    EXPECT_EQ(Paint(table.GetBrush(plain)), "RGBWkYAk");
+    EXPECT_EQ(table.GetBitmapIconBrushIndex(kModule, IDB_BASE, 4, 0, IDB_ICON, 1, 1, nullptr, nullptr), plain);
+    const int cut = table.GetBitmapIconBrushIndex(kModule, IDB_BASE, 1, 0, IDB_ICON, 3, 0, nullptr, nullptr);
+    EXPECT_EQ(Paint(table.GetBrush(cut)), "YRGBkkkk");
+    EXPECT_EQ(table.GetBitmapBrushIndex(kModule, IDB_BASE, 0, 0), -1);
+    DeleteDC(dest);
+}
+
+TEST_F(Brush, BitmapIconNeedsBothContexts) {
+    Reports reports;
+    const ImportPatch patch(L"Tessel.dll", "CreateDCW", &NoContext);
+    EXPECT_EQ(table.AddBitmapIcon(kModule, IDB_BASE, 0, 0, IDB_ICON, 0, 0, nullptr, nullptr), -1);
+    const Texts texts = reports.Take();
+    ASSERT_EQ(texts.size(), 1u);
+    EXPECT_TRUE(texts[0].starts_with("Brush:") && texts[0].ends_with(" hdcDest && hdcSource"));
+}

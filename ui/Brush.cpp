@@ -1,0 +1,108 @@
+#include <foundation/ProcessObjects.h>
+#include <foundation/Report.h>
+#include <tessel/brush.h>
+#include <ui/BrushTable.h>
+
+#include <algorithm>
+
+namespace {
+
+using tessel::BrushEntry;
+using tessel::brushTable;
+
+constexpr std::uint32_t kPatternKey = 1234;
+constexpr unsigned long kLockTimeoutMs = 1000;
+
+template <class Condition> int IndexOf(Condition condition) {
+    const BrushEntry* const found = std::find_if(brushTable.begin(), brushTable.end(), condition);
+    return found == brushTable.end() ? -1 : static_cast<int>(found - brushTable.begin());
+}
+
+/// Appends a brush that was made for the table.
+int AppendOwn(const BrushEntry& entry) {
+    const int index = tessel::AppendBrush(entry);
+    if (index < 0) (void)DeleteObject(entry.hBrush); // a null brush is refused, which is as good
+    return index;
+}
+
+} // namespace
+
+int tessel::AppendBrush(const BrushEntry& entry) {
+    const bool locked = brushTableLock.Lock(kLockTimeoutMs) == 0;
+    // ODD-51: after the time-out the entry is appended all the same, without the lock.
+    if (!locked) OutputDebugStringW(L"Brush Table Lock Timeout");
+    const int index = brushTable.Append(entry) ? static_cast<int>(brushTable.Size()) - 1 : -1;
+    if (locked) (void)brushTableLock.Unlock(); // held until now
+    return index;
+}
+
+int CBrush::Add(unsigned long color) {
+    return AddColor(color, color);
+}
+
+int CBrush::Add(COLOR_IDX index) {
+    const COrcaPalette palette;
+    return AddColor(palette.GetColor(index), index);
+}
+
+int CBrush::AddColor(unsigned long color, unsigned long key) {
+    const int existing = Find(color);
+    if (existing >= 0) return existing;
+    BrushEntry data{};
+    data.Key = key;
+    data.hBrush = CreateSolidBrush(color);
+    data.Color = color;
+    tessel::ReportUnless(data.hBrush != nullptr, "data.hBrush", "Brush", __LINE__);
+    return AppendOwn(data);
+}
+
+int CBrush::Add(HBRUSH brush, unsigned int id) {
+    BrushEntry data{};
+    data.Key = id;
+    data.hBrush = brush;
+    data.NotColor = 1;
+    return tessel::AppendBrush(data);
+}
+
+int CBrush::Add(int width, int height, const void* bits) {
+    const HBITMAP bitmap = CreateBitmap(width, height, 1, 8, bits);
+    BrushEntry data{};
+    data.Key = kPatternKey;
+    data.hBrush = CreatePatternBrush(bitmap);
+    data.NotColor = 1;
+    (void)DeleteObject(bitmap); // the brush has a copy
+    return AppendOwn(data);
+}
+
+int CBrush::Find(unsigned long color) const {
+    return IndexOf([color](const BrushEntry& entry) { return entry.NotColor == 0 && entry.Color == color; });
+}
+
+int CBrush::GetBrushIndex(unsigned long key) const {
+    return IndexOf([key](const BrushEntry& entry) { return entry.Key == key; });
+}
+
+HBRUSH CBrush::GetBrush(int index) const {
+    const BrushEntry* const entry = brushTable.At(index);
+    return entry == nullptr ? nullptr : entry->hBrush;
+}
+
+unsigned long CBrush::GetColor(int index) const {
+    const BrushEntry* const entry = brushTable.At(index);
+    return entry == nullptr ? 0 : entry->Color;
+}
+
+int CBrush::IsColor(int index) const {
+    const BrushEntry* const entry = brushTable.At(index);
+    return entry == nullptr || entry->NotColor == 0; // ODD-50: what is not in the table counts as a colour
+}
+
+COLOR_IDX CBrush::GetRefId(int index) const {
+    const BrushEntry* const entry = brushTable.At(index);
+    return entry == nullptr ? COLOR_IDX{0} : COLOR_IDX{entry->Key}; // GUARD-50: nothing is read outside the table
+}
+
+void CBrush::RemoveAll() {
+    for (const BrushEntry& entry : brushTable) (void)DeleteObject(entry.hBrush); // one in use stays with its user
+    brushTable.Clear();
+}

@@ -1,0 +1,221 @@
+#include <foundation/ProcessObjects.h>
+#include <foundation/Report.h>
+#include <tessel/brush.h>
+#include <ui/BrushTable.h>
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <type_traits>
+
+namespace {
+
+using tessel::BrushEntry;
+using tessel::brushTable;
+
+struct ObjectDeleter {
+    void operator()(HGDIOBJ object) const { (void)DeleteObject(object); } // nothing is left to do about a failure
+};
+using Bitmap = std::unique_ptr<std::remove_pointer_t<HBITMAP>, ObjectDeleter>;
+using Brush = std::unique_ptr<std::remove_pointer_t<HBRUSH>, ObjectDeleter>;
+
+struct ContextDeleter {
+    void operator()(HDC context) const { (void)DeleteDC(context); } // nothing is left to do about a failure
+};
+using Context = std::unique_ptr<std::remove_pointer_t<HDC>, ContextDeleter>;
+
+Context DisplayContext() {
+    return Context(CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr));
+}
+
+/// A memory device context of the display; null when there is none, for then no other device steps in.
+Context MemoryContext() {
+    const Context display = DisplayContext();
+    return Context(display == nullptr ? nullptr : CreateCompatibleDC(display.get()));
+}
+
+/// Selects an object for a scope.
+class Selected {
+public:
+    Selected(HDC context, HGDIOBJ object) : m_context(context), m_former(SelectObject(context, object)) {}
+    ~Selected() { (void)SelectObject(m_context, m_former); } // it was selected before, so it can be again
+    Selected(const Selected&) = delete;
+    Selected& operator=(const Selected&) = delete;
+
+private:
+    HDC m_context;
+    HGDIOBJ m_former;
+};
+
+Bitmap LoadPicture(HINSTANCE instance, unsigned int id) {
+    return Bitmap(
+        static_cast<HBITMAP>(LoadImageW(instance, MAKEINTRESOURCEW(id), IMAGE_BITMAP, 0, 0, LR_DEFAULTCOLOR)));
+}
+
+/// Width and height; zero for no bitmap.
+SIZE SizeOf(const Bitmap& bitmap) {
+    BITMAP description{};
+    (void)GetObjectW(bitmap.get(), sizeof description, &description); // a failure leaves the zeros
+    return {description.bmWidth, description.bmHeight};
+}
+
+Bitmap EmptyPicture(SIZE size) {
+    const Context display = DisplayContext();
+    return Bitmap(CreateCompatibleBitmap(display.get(), size.cx, size.cy));
+}
+
+/// Lays one bitmap on another, in the caller's contexts.
+Bitmap Compose(const Bitmap& base, const Bitmap& icon, POINT place, HDC hdcDest, HDC hdcSource) {
+    const SIZE size = SizeOf(base);
+    const SIZE iconSize = SizeOf(icon);
+    Bitmap canvas = EmptyPicture(size);
+    const Selected target(hdcDest, canvas.get());
+    bool done = false;
+    {
+        const Selected source(hdcSource, base.get());
+        done = BitBlt(hdcDest, 0, 0, size.cx, size.cy, hdcSource, 0, 0, SRCCOPY) != 0;
+    }
+    const Selected source(hdcSource, icon.get());
+    const POINT corners[] = {place, {place.x + iconSize.cx, place.y}, {place.x, place.y + iconSize.cy}};
+    done = done && PlgBlt(hdcDest, corners, hdcSource, 0, 0, iconSize.cx, iconSize.cy, nullptr, 0, 0) != 0;
+    return done ? std::move(canvas) : nullptr;
+}
+
+/// The same pattern with its origin moved, as a new brush in the display's colours.
+Brush Shift(HBRUSH pattern, SIZE size, POINT offset) {
+    const Context context = MemoryContext();
+    const Bitmap canvas = EmptyPicture(size);
+    if (pattern == nullptr || context == nullptr || canvas == nullptr) return nullptr;
+    {
+        const Selected target(context.get(), canvas.get());
+        (void)SetBrushOrgEx(context.get(), offset.x, offset.y, nullptr); // the context is valid
+        const Selected paint(context.get(), pattern);
+        if (!PatBlt(context.get(), 0, 0, size.cx, size.cy, PATCOPY)) return nullptr;
+    }
+    return Brush(CreatePatternBrush(canvas.get()));
+}
+
+std::uint32_t Pack(LONG low, LONG high) {
+    return static_cast<std::uint32_t>(MAKELONG(low, high));
+}
+
+SIZE UnpackSize(const BrushEntry& entry) {
+    return {LOWORD(entry.Size), HIWORD(entry.Size)};
+}
+
+LONG Wrap(int offset, LONG size) {
+    if (size == 0) return 0;
+    const LONG rest = offset % size;
+    return rest < 0 ? rest + size : rest;
+}
+
+/// An offset inside the pattern that gives the same picture.
+POINT Wrap(int x, int y, SIZE size) {
+    return {Wrap(x, size.cx), Wrap(y, size.cy)};
+}
+
+/// A place that fits the entry's halves; what lies farther off is cut away in any case.
+POINT Near(int x, int y) {
+    using Half = std::numeric_limits<short>;
+    return {std::clamp<LONG>(x, Half::min(), Half::max()), std::clamp<LONG>(y, Half::min(), Half::max())};
+}
+
+BrushEntry Describe(HINSTANCE instance, unsigned int id, unsigned int iconId, SIZE size) {
+    BrushEntry entry{};
+    entry.Key = id;
+    entry.NotColor = 1;
+    entry.hInstance = instance;
+    entry.Resources = MAKELONG(id, iconId);
+    entry.Size = Pack(size.cx, size.cy);
+    return entry;
+}
+
+/// Gives a described entry its brush, at the entry's offset, and appends it.
+int Append(BrushEntry entry, Brush brush) {
+    if (brush == nullptr) return -1;
+    entry.hBrush = brush.get();
+    const int index = tessel::AppendBrush(entry);
+    if (index >= 0) (void)brush.release(); // now the table's
+    return index;
+}
+
+struct Match {
+    int exact = -1; ///< index of the entry with the same bitmaps and offsets
+    int any = -1;   ///< index of the first entry with the same bitmaps
+};
+
+Match FindPicture(HINSTANCE instance, std::uint32_t resources, int x, int y, std::uint32_t iconOffset) {
+    Match match;
+    for (const BrushEntry& entry : brushTable) {
+        if (entry.Size == 0 || entry.hInstance != instance || entry.Resources != resources) continue;
+        const int index = static_cast<int>(&entry - brushTable.begin());
+        if (match.any < 0) match.any = index;
+        const POINT offset = Wrap(x, y, UnpackSize(entry));
+        if (entry.Offset != Pack(offset.x, offset.y) || entry.IconOffset != iconOffset) continue;
+        match.exact = index;
+        break;
+    }
+    return match;
+}
+
+} // namespace
+
+int CBrush::AddBitmap(HINSTANCE instance, unsigned int id, int x, int y) {
+    const Bitmap bitmap = LoadPicture(instance, id);
+    const SIZE size = SizeOf(bitmap);
+    const POINT offset = Wrap(x, y, size);
+    BrushEntry entry = Describe(instance, id, 0, size);
+    entry.Offset = Pack(offset.x, offset.y);
+    const Brush plain(bitmap == nullptr ? nullptr : CreatePatternBrush(bitmap.get()));
+    return Append(entry, Shift(plain.get(), size, offset));
+}
+
+int CBrush::AddBitmapIcon(HINSTANCE instance, unsigned int id, int x, int y, unsigned int iconId, int iconX, int iconY,
+                          HDC hdcDest, HDC hdcSource) {
+    const Context ownDest = hdcDest == nullptr ? MemoryContext() : nullptr;
+    const Context ownSource = hdcSource == nullptr ? MemoryContext() : nullptr;
+    if (hdcDest == nullptr) hdcDest = ownDest.get();
+    if (hdcSource == nullptr) hdcSource = ownSource.get();
+    tessel::ReportUnless(hdcDest && hdcSource, "hdcDest && hdcSource", "Brush", __LINE__);
+    const Bitmap base = LoadPicture(instance, id);
+    const Bitmap icon = LoadPicture(instance, iconId);
+    if (!hdcDest || !hdcSource || !base || !icon) return -1;
+
+    const SIZE size = SizeOf(base);
+    const POINT offset = Wrap(x, y, size);
+    const POINT place = Near(iconX, iconY);
+    BrushEntry entry = Describe(instance, id, iconId, size);
+    entry.Offset = Pack(offset.x, offset.y);
+    entry.IconOffset = Pack(place.x, place.y);
+    const Bitmap composed = Compose(base, icon, place, hdcDest, hdcSource);
+    const Brush plain(composed == nullptr ? nullptr : CreatePatternBrush(composed.get()));
+    return Append(entry, Shift(plain.get(), size, offset));
+}
+
+int CBrush::GetBitmapBrushIndex(HINSTANCE instance, unsigned int id, int x, int y) {
+    const Match match = FindPicture(instance, MAKELONG(id, 0), x, y, 0);
+    return match.exact >= 0 || match.any < 0 ? match.exact : AddBitmapCopies(match.any, x, y);
+}
+
+int CBrush::GetBitmapIconBrushIndex(HINSTANCE instance, unsigned int id, int x, int y, unsigned int iconId, int iconX,
+                                    int iconY, HDC hdcDest, HDC hdcSource) {
+    const POINT place = Near(iconX, iconY);
+    const Match match = FindPicture(instance, MAKELONG(id, iconId), x, y, Pack(place.x, place.y));
+    return match.exact >= 0 || match.any < 0 ? match.exact
+                                             : AddBitmapIconCopies(match.any, x, y, iconX, iconY, hdcDest, hdcSource);
+}
+
+int CBrush::AddBitmapCopies(int index, int x, int y) {
+    BrushEntry entry = *brushTable.At(index);
+    const SIZE size = UnpackSize(entry);
+    const POINT offset = Wrap(x, y, size);
+    const POINT distance{offset.x - LOWORD(entry.Offset), offset.y - HIWORD(entry.Offset)};
+    entry.Offset = Pack(offset.x, offset.y);
+    return Append(entry, Shift(entry.hBrush, size, distance));
+}
+
+int CBrush::AddBitmapIconCopies(int index, int x, int y, int iconX, int iconY, HDC hdcDest, HDC hdcSource) {
+    const BrushEntry entry = *brushTable.At(index); // by value: the table moves when it grows
+    return AddBitmapIcon(entry.hInstance, LOWORD(entry.Resources), x, y, HIWORD(entry.Resources), iconX, iconY, hdcDest,
+                         hdcSource);
+}

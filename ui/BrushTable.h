@@ -1,0 +1,40 @@
+#pragma once
+
+#include <tessel/platform.h>
+#include <ui/GrowingArray.h>
+
+#include <cstdint>
+
+namespace tessel {
+
+/// One brush of the table. The last five fields are 0 unless it was made of bitmaps.
+struct BrushEntry {
+    std::uint32_t Key;        ///< what it was added under: RGB value, palette index, the caller's id, resource id
+    std::uint32_t Reserved;   ///< 0
+    HBRUSH hBrush;            ///< the table's
+    std::uint32_t Color;      ///< RGB value of a colour brush, else 0
+    std::uint32_t NotColor;   ///< 0 for a colour brush, else 1
+    HINSTANCE hInstance;      ///< module of the bitmaps
+    std::uint32_t Resources;  ///< low half: the bitmap's resource id; high half: the second one's, or 0
+    std::uint32_t Size;       ///< pixels of the pattern: width in the low half, height in the high half
+    std::uint32_t Offset;     ///< origin of the pattern, wrapped into its size: x low, y high
+    std::uint32_t IconOffset; ///< place of the second bitmap on the first, signed: x low, y high
+};
+static_assert(sizeof(void*) != 4 || sizeof(BrushEntry) == 40);
+
+/// The brushes of the process.
+class BrushTable : public GrowingArray<BrushEntry> {
+public:
+    /// An entry by its position.
+    /// @return the entry, until the table grows or is emptied; null outside the table
+    const BrushEntry* At(int index) const {
+        return index >= 0 && static_cast<std::size_t>(index) < Size() ? begin() + index : nullptr;
+    }
+};
+
+/// Appends under the table's lock or, when that is not to be had in time, without it.
+/// @param entry  its brush becomes the table's; it stays the caller's when nothing is appended
+/// @return the index; -1: no memory
+int AppendBrush(const BrushEntry& entry);
+
+} // namespace tessel
