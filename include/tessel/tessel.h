@@ -5,6 +5,7 @@
 /// each family also has a header of its own, and that header is its manual.
 
 #include <tessel/brush.h>
+#include <tessel/dialog.h>
 #include <tessel/mailbox.h>
 #include <tessel/memory.h>
 #include <tessel/postoffice.h>
