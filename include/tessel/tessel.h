@@ -6,6 +6,7 @@
 
 #include <tessel/brush.h>
 #include <tessel/dialog.h>
+#include <tessel/host.h>
 #include <tessel/mailbox.h>
 #include <tessel/memory.h>
 #include <tessel/postoffice.h>
