@@ -1,5 +1,6 @@
 #include <foundation/ProcessObjects.h>
 #include <ui/BrushTable.h>
+#include <tessel/notify.h>
 
 namespace tessel {
 
@@ -8,6 +9,15 @@ namespace tessel {
 CMutex errorModeMutex;
 CThreadLock brushTableLock;
 BrushTable brushTable;
+
+} // namespace tessel
+
+// At unload the map goes without the records of list boxes that are still registered.
+CMap<HWND, hWndStore*, FormatSysMsg::WindowHash> FormatSysMsg::ListBoxMoveMap(17);
+CSemaphore FormatSysMsg::ListBoxLock(nullptr, 1, 1);
+
+namespace tessel {
+
 CSemaphore resourceTableLock(nullptr, 1, 1);
 
 } // namespace tessel

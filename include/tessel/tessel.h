@@ -9,6 +9,7 @@
 #include <tessel/host.h>
 #include <tessel/mailbox.h>
 #include <tessel/memory.h>
+#include <tessel/notify.h>
 #include <tessel/postoffice.h>
 #include <tessel/resource.h>
 #include <tessel/status.h>
