@@ -1,189 +1,213 @@
 #include "support/ImportPatch.h"
-#include "ui/NotifyWindow.h"
 
+#include <commctrl.h>
 #include <gtest/gtest.h>
+#include <tessel/notify.h>
 
 #include <algorithm>
 #include <functional>
+#include <tuple>
 
 namespace {
 
+/// A record's fields in their order; those left out are 0.
+using Fields = std::tuple<unsigned, int, HWND, HWND, int, LPARAM, LPARAM, LPARAM, int, int>;
+
+Fields FieldsOf(const NOTIFY& n) {
+    return {n.Kind, n.Function, n.hWnd, n.hCtrl, n.CtrlId, n.Data1, n.Data2, n.Data3, n.Data4, n.Data5};
+}
+
+/// A visible window that translates what its controls tell it and keeps the records.
+struct NotifyWindow {
+    struct Event {
+        bool command;
+        LPARAM lParam;
+        unsigned int code;
+        NOTIFY record;
+    };
+
+    NotifyWindow() {
+        SetWindowSubclass(window, &Listen, 0, reinterpret_cast<DWORD_PTR>(this));
+        ShowWindow(window, SW_SHOWNOACTIVATE);
+    }
+    ~NotifyWindow() { DestroyWindow(window); }
+
+    HWND Add(const wchar_t* className, DWORD style = 0, int x = 0, INT_PTR id = 77) const {
+        return CreateWindowExW(0, className, L"", WS_CHILD | WS_VISIBLE | style, x, 0, 150, 100, window,
+                               reinterpret_cast<HMENU>(id), nullptr, nullptr);
+    }
+
+    // Nothing for a window manager: where there is none, the system waits for it in vain.
+    const HWND window = CreateWindowExW(WS_EX_TOOLWINDOW, L"Static", L"", WS_POPUP, 40, 40, 400, 300, nullptr, nullptr,
+                                        nullptr, nullptr);
+    FormatSysMsg formatter;
+    std::vector<Event> events;
+
+private:
+    static LRESULT CALLBACK Listen(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR self) {
+        if (message == WM_COMMAND || message == WM_NOTIFY || message == WM_HSCROLL || message == WM_VSCROLL) {
+            auto* const host = reinterpret_cast<NotifyWindow*>(self);
+            const NOTIFY& record = *host->formatter.NaturalizeMsg(hWnd, message, wParam, lParam);
+            const bool command = message == WM_COMMAND;
+            const unsigned int code = command ? HIWORD(wParam) : static_cast<unsigned int>(record.Data1);
+            host->events.push_back({command, message == WM_NOTIFY ? lParam : 0, code, record});
+        }
+        return DefSubclassProc(hWnd, message, wParam, lParam);
+    }
+};
+
 using Drive = std::function<void(HWND)>;
 
-struct Row {
-    unsigned int code;
-    MSG_FUNCTION function;
-    Drive drive = nullptr; // without one the test sends the notification itself
-};
+using Row = std::pair<unsigned int, MSG_FUNCTION>;
 
 struct Control {
     const wchar_t* className;
     DWORD style;
+    std::vector<Drive> drives;
     std::vector<Row> rows;
 };
 
-template <class Data = int> Drive Sent(UINT message, WPARAM wParam = 0, Data lParam = {}) {
+template <class Data = int> Drive Send(UINT message, WPARAM wParam = 0, Data lParam = {}) {
     return [=](HWND hCtrl) { SendMessageW(hCtrl, message, wParam, (LPARAM)lParam); };
 }
 
+/// Sends on the control's behalf what it would send too rarely.
+Drive Own(unsigned int code) {
+    return [=](HWND hCtrl) {
+        NMHDR header{hCtrl, 77, code};
+        if (code >= 0x80000000)
+            Send(WM_NOTIFY, 77, &header)(GetParent(hCtrl));
+        else
+            Send(WM_COMMAND, MAKEWPARAM(77, code), hCtrl)(GetParent(hCtrl));
+    };
+}
+
+Drive Scroll(WPARAM request) {
+    return [=](HWND hCtrl) { Send(WM_VSCROLL, request, hCtrl)(GetParent(hCtrl)); };
+}
+
 Drive Key(WPARAM key) {
-    return Sent(WM_KEYDOWN, key);
+    return Send(WM_KEYDOWN, key);
 }
 
-Drive Then(const Drive& first, const Drive& second) {
-    return [=](HWND hCtrl) { first(hCtrl), second(hCtrl); };
+Drive Tree(UINT message, WPARAM wParam = 0) {
+    return [=](HWND hCtrl) { Send(message, wParam, TreeView_GetRoot(hCtrl))(hCtrl); };
 }
 
-Drive Tree(UINT message, WPARAM wParam) {
-    return [=](HWND hCtrl) { SendMessageW(hCtrl, message, wParam, (LPARAM)TreeView_GetRoot(hCtrl)); };
+void AddNode(HWND hTree) {
+    TVINSERTSTRUCTW node{TreeView_GetRoot(hTree), nullptr, {}};
+    Send(TVM_INSERTITEMW, 0, &node)(hTree);
 }
 
-void ClickSecondTab(HWND hCtrl) {
-    RECT tab{};
-    TabCtrl_GetItemRect(hCtrl, 1, &tab);
-    for (const UINT message : {WM_LBUTTONDOWN, WM_LBUTTONUP}) {
-        SendMessageW(hCtrl, message, 0, MAKELPARAM(tab.left + 3, tab.top + 3));
-    }
-}
-
-void ChangeListItem(HWND hCtrl) {
-    ListView_SetItemState(hCtrl, 0, LVIS_SELECTED, LVIS_SELECTED);
-}
-
-void ReadListItem(HWND hCtrl) {
-    wchar_t text[8];
-    ListView_GetItemText(hCtrl, 0, 0, text, 8);
-}
-
-void ClickColumn(HWND hCtrl) {
-    for (const UINT message : {WM_LBUTTONDOWN, WM_LBUTTONUP}) {
-        SendMessageW(ListView_GetHeader(hCtrl), message, 0, MAKELPARAM(40, 5));
-    }
-}
-
-void Fill(HWND hCtrl) {
-    wchar_t text[] = L"one";
-    TCITEMW tab{TCIF_TEXT, 0, 0, text, 0, 0, 0};
-    TVINSERTSTRUCTW node{TVI_ROOT, TVI_LAST, {}};
-    node.item.mask = TVIF_TEXT;
-    node.item.pszText = text;
-    LVCOLUMNW column{};
-    column.mask = LVCF_WIDTH;
-    column.cx = 80;
+void AddItem(HWND hList) {
     LVITEMW item{};
     item.mask = LVIF_TEXT;
     item.pszText = LPSTR_TEXTCALLBACKW;
-    wchar_t name[32];
-    GetClassNameW(hCtrl, name, 32);
-    const std::wstring className = name;
-    for (int i = 0; i < 3; ++i) {
-        if (className == L"ListBox") Sent(LB_ADDSTRING, 0, text)(hCtrl);
-        if (className == L"ComboBox") Sent(CB_ADDSTRING, 0, text)(hCtrl);
-        if (className == L"SysTabControl32") Sent(TCM_INSERTITEMW, 0, &tab)(hCtrl);
-        if (className == L"SysTreeView32") {
-            node.hParent = (HTREEITEM)SendMessageW(hCtrl, TVM_INSERTITEMW, 0, (LPARAM)&node);
-        }
-        if (className == L"SysListView32" && i == 0) Sent(LVM_INSERTCOLUMNW, 0, &column)(hCtrl);
-        if (className == L"SysListView32") Sent(LVM_INSERTITEMW, 0, &item)(hCtrl);
-    }
-    if (className == L"msctls_trackbar32") Sent(TBM_SETPOS, 1, 50)(hCtrl);
+    Send(LVM_INSERTITEMW, 0, &item)(hList);
 }
 
+TCITEMW emptyTab{};
+LVCOLUMNW emptyColumn{};
+const Drive kAddTab = Send(TCM_INSERTITEMW, 0, &emptyTab);
+const Drive kPress = Send(WM_LBUTTONDOWN, 0, MAKELPARAM(5, 5));
+const Drive kRelease = Send(WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
+const Drive kDoubleClick = Send(WM_LBUTTONDBLCLK, 0, MAKELPARAM(25, 8));
 const Drive kFocus = [](HWND hCtrl) { SetFocus(hCtrl); };
-const Drive kUnfocus = Then(kFocus, [](HWND hCtrl) { SetFocus(GetParent(hCtrl)); });
+const Drive kUnfocus = [](HWND hCtrl) { SetFocus(GetParent(hCtrl)); };
 const Drive kDraw = [](HWND hCtrl) { RedrawWindow(hCtrl, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW); };
-const Drive kOpen = Sent(CB_SHOWDROPDOWN, 1);
-const Drive kDoubleClick = Sent(WM_LBUTTONDBLCLK, 0, MAKELPARAM(25, 8));
-const Drive kEditTreeLabel = Then(kFocus, Tree(TVM_EDITLABELW, 0));
-const Drive kEditListLabel = Then(kFocus, Sent(LVM_EDITLABELW));
+const Drive kOpen = Send(CB_SHOWDROPDOWN, 1);
 
 const Control kControls[] = {
-    {L"Button", BS_NOTIFY | BS_RADIOBUTTON,
-     {{BN_CLICKED, FN_CLICK, Sent(BM_CLICK)}, {BN_DOUBLECLICKED, FN_DBLCLK, kDoubleClick},
-      {BN_SETFOCUS, FN_SETFOCUS, kFocus}, {BN_KILLFOCUS, FN_KILLFOCUS, kUnfocus},
-      {16, FN_SETFOCUS}, {17, FN_CLICK}, {BN_PAINT, FN_NONE}}},
-    {L"Edit", 0,
-     {{EN_UPDATE, FN_UPDATE, Sent(WM_CHAR, 'a')}, {EN_CHANGE, FN_CHANGE, Sent(EM_REPLACESEL, 0, L"a")},
-      {EN_MAXTEXT, FN_MAXTEXT, Then(Sent(EM_LIMITTEXT, 1), Sent(EM_REPLACESEL, 0, L"ab"))},
-      {EN_SETFOCUS, FN_SETFOCUS, kFocus}, {EN_KILLFOCUS, FN_KILLFOCUS, kUnfocus}, {EN_HSCROLL, FN_NONE}}},
-    {L"ListBox", LBS_NOTIFY,
-     {{LBN_SELCHANGE, FN_CHANGE, Key(VK_DOWN)}, {LBN_DBLCLK, FN_DBLCLK, kDoubleClick},
-      {LBN_SETFOCUS, FN_SETFOCUS, kFocus}, {LBN_KILLFOCUS, FN_KILLFOCUS, kUnfocus},
-      {LBN_SELCANCEL, FN_SELCANCEL}, {0xFFFE, FN_NONE}}},
-    {L"ComboBox", CBS_DROPDOWN,
-     {{CBN_SELCHANGE, FN_CHANGE, Key(VK_DOWN)}, {CBN_EDITUPDATE, FN_UPDATE, Sent(WM_CHAR, 'a')},
-      {CBN_EDITCHANGE, FN_EDIT, Sent(WM_CHAR, 'a')}, {CBN_DROPDOWN, FN_DROPDOWN, kOpen},
-      {CBN_CLOSEUP, FN_CLOSEUP, Then(kOpen, Sent(CB_SHOWDROPDOWN, 0))},
-      {CBN_SELENDOK, FN_SELENDOK, Then(kOpen, Key(VK_RETURN))},
-      {CBN_SELENDCANCEL, FN_SELCANCEL, Then(kOpen, Key(VK_ESCAPE))}, {CBN_SETFOCUS, FN_SETFOCUS, kFocus},
-      {CBN_KILLFOCUS, FN_KILLFOCUS, kUnfocus}, {CBN_DBLCLK, FN_CLICK}}},
-    {L"SysTabControl32", 0,
-     {{TCN_SELCHANGING, FN_UPDATE, ClickSecondTab}, {TCN_SELCHANGE, FN_CHANGE, ClickSecondTab},
-      {NM_CLICK, FN_CLICK, ClickSecondTab}, {NM_DBLCLK, FN_NONE}, {NM_CUSTOMDRAW, FN_NONE}}},
-    {L"msctls_trackbar32", 0,
-     {{TB_LINEUP, FN_CHANGE, Key(VK_LEFT)}, {TB_LINEDOWN, FN_CHANGE, Key(VK_RIGHT)},
-      {TB_PAGEUP, FN_CHANGE, Key(VK_PRIOR)}, {TB_PAGEDOWN, FN_CHANGE, Key(VK_NEXT)},
-      {TB_TOP, FN_CHANGE, Key(VK_HOME)}, {TB_BOTTOM, FN_CHANGE, Key(VK_END)},
-      {TB_ENDTRACK, FN_NONE, Sent(WM_KEYUP, VK_LEFT)}, {NM_CUSTOMDRAW, FN_CUSTOMDRAW, kDraw},
-      {TB_THUMBPOSITION, FN_UPDATE}, {TB_THUMBTRACK, FN_TRACK}}},
-    {L"SysTreeView32", TVS_EDITLABELS | TVS_HASBUTTONS,
-     {{TVN_SELCHANGINGW, FN_CHANGE, Tree(TVM_SELECTITEM, TVGN_CARET)},
-      {TVN_SELCHANGEDW, FN_UPDATE, Tree(TVM_SELECTITEM, TVGN_CARET)},
-      {TVN_ITEMEXPANDINGW, FN_EXPAND, Tree(TVM_EXPAND, TVE_EXPAND)},
-      {TVN_ITEMEXPANDEDW, FN_EXPAND, Tree(TVM_EXPAND, TVE_EXPAND)},
-      {TVN_DELETEITEMW, FN_DELETEITEM, Tree(TVM_DELETEITEM, 0)}, {TVN_KEYDOWN, FN_CLICK, Key(VK_DOWN)},
-      {TVN_BEGINLABELEDITW, FN_EDIT, kEditTreeLabel},
-      {TVN_ENDLABELEDITW, FN_UPDATE, Then(kEditTreeLabel, Sent(TVM_ENDEDITLABELNOW))},
-      {NM_SETFOCUS, FN_SETFOCUS, kFocus}, {NM_KILLFOCUS, FN_KILLFOCUS, kUnfocus},
-      {NM_CUSTOMDRAW, FN_CUSTOMDRAW, kDraw}, {NM_DBLCLK, FN_DBLCLK, kDoubleClick}, {NM_CLICK, FN_CLICK},
-      {NM_RCLICK, FN_NONE}}},
-    {L"SysListView32", LVS_REPORT | LVS_EDITLABELS,
-     {{LVN_ITEMCHANGING, FN_CHANGE, ChangeListItem}, {LVN_ITEMCHANGED, FN_UPDATE, ChangeListItem},
-      {LVN_DELETEITEM, FN_DELETEITEM, Sent(LVM_DELETEITEM)}, {LVN_KEYDOWN, FN_CLICK, Key(VK_DOWN)},
-      {LVN_BEGINLABELEDITW, FN_EDIT, kEditListLabel},
-      {LVN_ENDLABELEDITW, FN_UPDATE, Then(kEditListLabel, Sent(LVM_CANCELEDITLABEL))},
-      {LVN_GETDISPINFOW, FN_GETDISPINFO, ReadListItem}, {LVN_COLUMNCLICK, FN_COLUMNCLICK, ClickColumn},
-      {NM_SETFOCUS, FN_SETFOCUS, kFocus}, {NM_KILLFOCUS, FN_KILLFOCUS, kUnfocus},
-      {NM_DBLCLK, FN_DBLCLK, kDoubleClick}, {NM_CLICK, FN_CLICK}, {NM_CUSTOMDRAW, FN_CUSTOMDRAW, kDraw}}},
-    {L"SysHeader32", 0, {{HDN_ENDTRACKW, FN_TRACK}, {HDN_ITEMCLICKW, FN_NONE}, {NM_CUSTOMDRAW, FN_NONE, kDraw}}},
-    {L"ScrollBar", SBS_HORZ, {{SB_LINERIGHT, FN_NONE, Key(VK_RIGHT)}}},
-    {L"Static", SS_NOTIFY, {{STN_CLICKED, FN_NONE, Sent(WM_LBUTTONDOWN)}, {STN_DBLCLK, FN_NONE, kDoubleClick}}},
-    {L"msctls_progress32", 0, {{NM_CLICK, FN_NONE}}},
-    {L"RichEdit20W", 0, {{EN_CHANGE, FN_NONE}}},
+    Control(L"Button", BS_NOTIFY | BS_RADIOBUTTON,
+            {Send(BM_CLICK), kDoubleClick, kFocus, kUnfocus, Own(16), Own(17), Own(BN_PAINT)},
+            {Row(BN_CLICKED, FN_CLICK), Row(BN_DBLCLK, FN_DBLCLK), Row(BN_SETFOCUS, FN_SETFOCUS),
+             Row(BN_KILLFOCUS, FN_KILLFOCUS), Row(16, FN_SETFOCUS), Row(17, FN_CLICK), Row(BN_PAINT, FN_NONE)}),
+    Control(
+        L"Edit", 0,
+        {Send(EM_LIMITTEXT, 1), kFocus, Send(WM_CHAR, 'a'), Send(EM_REPLACESEL, 0, L"b"), kUnfocus, Own(EN_HSCROLL)},
+        {Row(EN_UPDATE, FN_UPDATE), Row(EN_CHANGE, FN_CHANGE), Row(EN_MAXTEXT, FN_MAXTEXT),
+         Row(EN_SETFOCUS, FN_SETFOCUS), Row(EN_KILLFOCUS, FN_KILLFOCUS), Row(EN_HSCROLL, FN_NONE)}),
+    Control(
+        L"ListBox", LBS_NOTIFY,
+        {Send(LB_ADDSTRING, 0, L"a"), kFocus, Key(VK_DOWN), kDoubleClick, kUnfocus, Own(LBN_SELCANCEL), Own(0xFFFE)},
+        {Row(LBN_SELCHANGE, FN_CHANGE), Row(LBN_DBLCLK, FN_DBLCLK), Row(LBN_SETFOCUS, FN_SETFOCUS),
+         Row(LBN_KILLFOCUS, FN_KILLFOCUS), Row(LBN_SELCANCEL, FN_SELCANCEL), Row(0xFFFE, FN_NONE)}),
+    Control(L"ComboBox", CBS_DROPDOWN,
+            {Send(CB_ADDSTRING, 0, L"a"), kFocus, Send(WM_CHAR, 'a'), Key(VK_DOWN), kOpen, Key(VK_RETURN), kOpen,
+             Key(VK_ESCAPE), kUnfocus, Own(CBN_DBLCLK)},
+            {Row(CBN_SELCHANGE, FN_CHANGE), Row(CBN_EDITUPDATE, FN_UPDATE), Row(CBN_EDITCHANGE, FN_EDIT),
+             Row(CBN_DROPDOWN, FN_DROPDOWN), Row(CBN_CLOSEUP, FN_CLOSEUP), Row(CBN_SELENDOK, FN_SELENDOK),
+             Row(CBN_SELENDCANCEL, FN_SELCANCEL), Row(CBN_SETFOCUS, FN_SETFOCUS), Row(CBN_KILLFOCUS, FN_KILLFOCUS),
+             Row(CBN_DBLCLK, FN_CLICK)}),
+    Control(L"SysTabControl32", 0,
+            {kAddTab, kAddTab, Send(TCM_SETCURSEL, 1), kPress, kRelease, Own(NM_SETFOCUS), Own(NM_DBLCLK),
+             Own(NM_CUSTOMDRAW)},
+            {Row(TCN_SELCHANGING, FN_UPDATE), Row(TCN_SELCHANGE, FN_CHANGE), Row(NM_CLICK, FN_CLICK),
+             Row(NM_SETFOCUS, FN_SETFOCUS), Row(NM_DBLCLK, FN_NONE), Row(NM_CUSTOMDRAW, FN_NONE)}),
+    Control(L"msctls_trackbar32", 0,
+            {Send(TBM_SETPOS, 1, 50), Key(VK_LEFT), Key(VK_RIGHT), Key(VK_PRIOR), Key(VK_NEXT), Key(VK_HOME),
+             Key(VK_END), Send(WM_KEYUP, VK_END), kDraw, Scroll(TB_THUMBPOSITION), Scroll(TB_THUMBTRACK)},
+            {Row(TB_LINEUP, FN_CHANGE), Row(TB_LINEDOWN, FN_CHANGE), Row(TB_PAGEUP, FN_CHANGE),
+             Row(TB_PAGEDOWN, FN_CHANGE), Row(TB_TOP, FN_CHANGE), Row(TB_BOTTOM, FN_CHANGE), Row(TB_ENDTRACK, FN_NONE),
+             Row(NM_CUSTOMDRAW, FN_CUSTOMDRAW), Row(TB_THUMBPOSITION, FN_UPDATE), Row(TB_THUMBTRACK, FN_TRACK)}),
+    Control(L"SysTreeView32", TVS_EDITLABELS,
+            {AddNode, AddNode, kFocus, Tree(TVM_SELECTITEM, TVGN_CARET), kDraw, Tree(TVM_EXPAND, TVE_EXPAND),
+             Key(VK_DOWN), kDoubleClick, Tree(TVM_EDITLABELW), Send(TVM_ENDEDITLABELNOW, 1), kFocus, kUnfocus,
+             Tree(TVM_DELETEITEM), Own(NM_CLICK), Own(NM_RCLICK)},
+            {Row(TVN_SELCHANGINGW, FN_CHANGE), Row(TVN_SELCHANGEDW, FN_UPDATE), Row(TVN_ITEMEXPANDINGW, FN_EXPAND),
+             Row(TVN_ITEMEXPANDEDW, FN_EXPAND), Row(TVN_KEYDOWN, FN_CLICK), Row(TVN_BEGINLABELEDITW, FN_EDIT),
+             Row(TVN_ENDLABELEDITW, FN_UPDATE), Row(TVN_DELETEITEMW, FN_DELETEITEM), Row(NM_SETFOCUS, FN_SETFOCUS),
+             Row(NM_KILLFOCUS, FN_KILLFOCUS), Row(NM_CUSTOMDRAW, FN_CUSTOMDRAW), Row(NM_DBLCLK, FN_DBLCLK),
+             Row(NM_CLICK, FN_CLICK), Row(NM_RCLICK, FN_NONE)}),
+    Control(L"SysListView32", LVS_REPORT | LVS_EDITLABELS,
+            {Send(LVM_INSERTCOLUMNW, 0, &emptyColumn), Send(LVM_SETCOLUMNWIDTH, 0, 80), AddItem, AddItem, kFocus, kDraw,
+             Key(VK_DOWN), Send(WM_LBUTTONDBLCLK, 0, MAKELPARAM(25, 30)), Send(LVM_EDITLABELW),
+             Send(LVM_CANCELEDITLABEL), kFocus, kUnfocus, Send(LVM_DELETEITEM), Own(NM_CLICK), Own(LVN_COLUMNCLICK)},
+            {Row(LVN_ITEMCHANGING, FN_CHANGE), Row(LVN_ITEMCHANGED, FN_UPDATE), Row(LVN_KEYDOWN, FN_CLICK),
+             Row(LVN_BEGINLABELEDITW, FN_EDIT), Row(LVN_ENDLABELEDITW, FN_UPDATE),
+             Row(LVN_GETDISPINFOW, FN_GETDISPINFO), Row(LVN_DELETEITEM, FN_DELETEITEM), Row(NM_SETFOCUS, FN_SETFOCUS),
+             Row(NM_KILLFOCUS, FN_KILLFOCUS), Row(NM_CUSTOMDRAW, FN_CUSTOMDRAW), Row(NM_DBLCLK, FN_DBLCLK),
+             Row(NM_CLICK, FN_CLICK), Row(LVN_COLUMNCLICK, FN_COLUMNCLICK)}),
+    Control(L"SysHeader32", 0, {kDraw, Own(HDN_ENDTRACKW), Own(HDN_ITEMCLICKW)},
+            {Row(NM_CUSTOMDRAW, FN_NONE), Row(HDN_ENDTRACKW, FN_TRACK), Row(HDN_ITEMCLICKW, FN_NONE)}),
+    Control(L"ScrollBar", SBS_HORZ, {Key(VK_RIGHT)}, {Row(SB_LINERIGHT, FN_NONE)}),
+    Control(L"Static", SS_NOTIFY, {kPress, kRelease}, {Row(STN_CLICKED, FN_NONE)}),
+    Control(L"msctls_progress32", 0, {Own(NM_CLICK)}, {Row(NM_CLICK, FN_NONE)}),
+    Control(L"RichEdit20W", 0, {Own(EN_CHANGE)}, {Row(EN_CHANGE, FN_NONE)}),
 };
 
-struct NotifyControls : testing::TestWithParam<Control> {
-    NotifyWindow window;
-};
+struct NotifyControls : testing::TestWithParam<Control> {};
 
-void SendDirectly(HWND parent, HWND hCtrl, const Row& row, bool scrolls) {
-    NMHDR header{hCtrl, 77, row.code};
-    if (row.code >= 0x80000000) Sent(WM_NOTIFY, 77, &header)(parent);
-    else Sent(scrolls ? WM_HSCROLL : WM_COMMAND, scrolls ? row.code : MAKEWPARAM(77, row.code), hCtrl)(parent);
+DWORD WINAPI TimeOut(HANDLE, DWORD timeoutMs, BOOL) {
+    EXPECT_EQ(timeoutMs, 100u);
+    return WAIT_TIMEOUT;
 }
+
+struct Notify : testing::Test {
+    NOTIFY* Translate(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+        return host.formatter.NaturalizeMsg(host.window, message, wParam, lParam);
+    }
+    Notify() { FormatSysMsg::SetCommonDlgActive(0); }
+    void Point(HWND hCtrl) { Translate(WM_SETCURSOR, reinterpret_cast<WPARAM>(hCtrl), HTCLIENT); }
+    NotifyWindow host;
+    const HWND window = host.window;
+};
 
 } // namespace
 
 TEST_P(NotifyControls, Odd31NotificationsBecomeTheFunctionOfTheirControl) {
     LoadLibraryW(L"riched20.dll");
-    for (const Row& row : GetParam().rows) {
-        SCOPED_TRACE(row.code);
-        const HWND hCtrl = window.Add(GetParam().className, GetParam().style);
-        Fill(hCtrl);
-        window.events.clear();
-        if (row.drive) row.drive(hCtrl);
-        else SendDirectly(window.Get(), hCtrl, row, GetParam().className == std::wstring(L"msctls_trackbar32"));
-        const auto event = std::find_if(window.events.begin(), window.events.end(), [&](const auto& candidate) {
-            return candidate.code == row.code && candidate.record.hCtrl == hCtrl;
+    const NotifyWindow host;
+    const HWND hCtrl = host.Add(GetParam().className, GetParam().style);
+    for (const Drive& drive : GetParam().drives) drive(hCtrl);
+    for (const auto& row : GetParam().rows) {
+        const auto event = std::find_if(host.events.begin(), host.events.end(), [&](const auto& each) {
+            return each.code == row.first && each.record.hCtrl == hCtrl;
         });
-        ASSERT_NE(event, window.events.end()) << "the control did not send it";
-        EXPECT_EQ(event->record.Function, row.function);
-        EXPECT_EQ(event->record.Kind, event->message == WM_COMMAND ? NK_COMMAND : NK_CONTROL);
-        EXPECT_EQ(event->record.hWnd, window.Get());
-        EXPECT_EQ(event->record.CtrlId, 77);
-        EXPECT_EQ(event->record.Data1, event->message == WM_COMMAND ? 0 : static_cast<int>(row.code));
-        EXPECT_EQ(event->record.Data2, event->message == WM_NOTIFY ? event->lParam : 0);
-        DestroyWindow(hCtrl);
+        ASSERT_NE(event, host.events.end()) << row.first << " was not sent";
+        const int code = event->command ? 0 : static_cast<int>(row.first);
+        EXPECT_EQ(FieldsOf(event->record), Fields(event->command ? NK_COMMAND : NK_CONTROL, row.second, host.window,
+                                                  hCtrl, 77, code, event->lParam, 0, 0, 0));
     }
 }
 
@@ -191,3 +215,101 @@ INSTANTIATE_TEST_SUITE_P(Each, NotifyControls, testing::ValuesIn(kControls), [](
     const std::wstring name = control.param.className;
     return std::string(name.begin() + static_cast<int>(name.rfind(L'_') + 1), name.end());
 });
+
+TEST_F(Notify, MessagesFillWhatTheirKindUsesAndNothingElse) {
+    DRAWITEMSTRUCT item{ODT_BUTTON, 9, 0, ODA_FOCUS, 0, window, nullptr, {1, 2, 3, 4}, 0};
+    const std::tuple<UINT, WPARAM, LPARAM, Fields> rows[] = {
+        {WM_ACTIVATE, MAKEWPARAM(2, 3), 7, {8, 0, window, nullptr, 0, 0x30001, 1, 7, 0, 0}},
+        {WM_ACTIVATE, MAKEWPARAM(0, 1), 7, {8, 0, window, nullptr, 0, 0x10000, 0, 7, 0, 0}},
+        {WM_CLOSE, 0, 0, {9, 0, window, nullptr, 8, 0, 0, 0, 0, 0}},
+        {WM_SPOOLERSTATUS, 3, 2, {10, 0, nullptr, nullptr, 0, 0x20003, 0, 0, 0, 0}},
+        {WM_DRAWITEM, 5, reinterpret_cast<LPARAM>(&item), {3, 14, window, window, 9, 4, 1, 2, 3, 4}},
+        {WM_KEYDOWN, 'A', 0, {5, 27, nullptr, nullptr, 0, 1, 'A', 0, 0, 0}},
+        {WM_COMMAND, MAKEWPARAM(300, 1), 0, {5, 26, nullptr, nullptr, 0, 0, 300, 0, 0, 0}},
+        {WM_COMMAND, 300, 0, {1, 0, window, nullptr, 0, 0, 0, 0, 0, 0}},
+        {WM_TIMER, 42, 0, {6, 0, nullptr, nullptr, 42, 0, 0, 0, 0, 0}},
+        {WM_HSCROLL, MAKEWPARAM(5, 99), 0, {4, 0, window, nullptr, 0, 5, 0, 0, 0, 0}},
+        {0x800B, 0, 17, {7, 30, nullptr, nullptr, 0, 17, 0, 0, 0, 0}},
+    };
+    for (const auto& [message, wParam, lParam, fields] : rows) {
+        EXPECT_EQ(FieldsOf(*Translate(message, wParam, lParam)), fields) << message;
+    }
+    for (const UINT message : {WM_LBUTTONUP, WM_RBUTTONUP, WM_MBUTTONUP, WM_SIZE, WM_DRAWITEM, WM_NOTIFY}) {
+        EXPECT_EQ(Translate(message), nullptr) << message;
+    }
+}
+
+TEST_F(Notify, Odd34APaintMessageIsTranslatedOnceAndIsThenValid) {
+    const HWND child = host.Add(L"Static");
+    const RECT part{3, 4, 50, 60};
+    ValidateRect(child, nullptr);
+    InvalidateRect(child, &part, FALSE);
+    const NOTIFY* const record = host.formatter.NaturalizeMsg(child, WM_PAINT, 0, 0);
+    EXPECT_EQ(FieldsOf(*record), Fields(3, 14, window, child, 77, 0, 3, 4, 50, 60));
+    EXPECT_FALSE(GetUpdateRect(child, nullptr, FALSE));
+}
+
+TEST_F(Notify, Odd32And35ThePointerIsReportedToLeaveAndToEnterBeforeItActs) {
+    const HWND a = host.Add(L"Edit");
+    const HWND b = host.Add(L"Edit", 0, 200, 78);
+    const std::tuple<LPARAM, int, HWND, int> steps[] = {{9, 3, a, 77},          {9, 19, a, 77},   {209, 4, a, 77},
+                                                        {209, 3, b, 78},        {209, 19, b, 78}, {0xFFFF, 4, b, 78},
+                                                        {0xFFFF, 3, nullptr, 0}};
+    for (const auto& [x, function, hCtrl, id] : steps) {
+        const int keys = function == FN_KILLFOCUS ? 0 : MK_LBUTTON;
+        EXPECT_EQ(FieldsOf(*Translate(WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, 5))),
+                  Fields(2, function, window, hCtrl, id, keys, x | 0x50000, 0, 0, 0));
+    }
+}
+
+TEST_F(Notify, FocusFollowsThePointerAndPlacesTheCaret) {
+    const HWND text = host.Add(L"Static");
+    const HWND line = host.Add(L"Edit");
+    const HWND lines = host.Add(L"Edit", ES_MULTILINE);
+    const HWND button = host.Add(L"Button");
+    for (const HWND edit : {line, lines}) SetWindowTextW(edit, L"abc");
+    SetFocus(line);
+    const std::pair<HWND, HWND> steps[] = {{text, line}, {lines, lines}, {line, line}, {button, button}, {text, text}};
+    for (const auto& [pointed, focus] : steps) {
+        Point(pointed);
+        EXPECT_EQ(GetFocus(), focus);
+    }
+    EXPECT_EQ(SendMessageW(lines, EM_GETSEL, 0, 0), MAKELPARAM(3, 3));
+    EXPECT_EQ(SendMessageW(line, EM_GETSEL, 0, 0), MAKELPARAM(0, 3));
+    SetFocus(line);
+    FormatSysMsg::SetCommonDlgActive(1);
+    Point(button);
+    EXPECT_EQ(GetFocus(), line);
+}
+
+TEST_F(Notify, Odd30And33ThePointerSnapsToTheItemsOfARegisteredListBox) {
+    HWND lists[] = {host.Add(L"ListBox"), host.Add(L"ListBox", 0, 200)};
+    for (const HWND list : lists) {
+        for (int i = 0; i < 3; ++i) Send(LB_ADDSTRING, 0, L"a")(list);
+        host.formatter.RegisterListBoxMove(list);
+        EXPECT_EQ(host.formatter.GetCursor(list), -1);
+    }
+    RECT item;
+    Send(LB_GETITEMRECT, 1, &item)(lists[0]);
+    POINT corner{9, item.top + 1};
+    ClientToScreen(lists[0], &corner);
+    SetCursorPos(corner.x, corner.y);
+    Point(lists[0]);
+    POINT pointer;
+    GetCursorPos(&pointer);
+    EXPECT_EQ(pointer.x, corner.x);
+    EXPECT_EQ(pointer.y, corner.y - 1 + (item.bottom - item.top) / 2);
+    EXPECT_EQ(SendMessageW(lists[0], LB_GETCURSEL, 0, 0), 1);
+    EXPECT_EQ(host.formatter.GetCursor(lists[0]), 1);
+    SetCursorPos(corner.x + 200, corner.y);
+    Point(lists[1]);
+    EXPECT_EQ(host.formatter.GetCursor(lists[1]), -1) << "the same index again";
+    {
+        const ImportPatch busy(L"Tessel.dll", "WaitForSingleObjectEx", &TimeOut);
+        host.formatter.ReleaseListBoxMove(lists[0]);
+        host.formatter.RegisterListBoxMove(lists[0]);
+        EXPECT_EQ(host.formatter.GetCursor(lists[0]), 1);
+    }
+    host.formatter.RegisterListBoxMove(lists[0]);
+    EXPECT_EQ(host.formatter.GetCursor(lists[0]), -1);
+}
