@@ -10,6 +10,7 @@
 #include <tessel/mailbox.h>
 #include <tessel/memory.h>
 #include <tessel/notify.h>
+#include <tessel/messagebox.h>
 #include <tessel/postoffice.h>
 #include <tessel/resource.h>
 #include <tessel/status.h>

@@ -1,0 +1,73 @@
+#include <fenestra/dialog.h>
+
+namespace {
+
+CDialog* ObjectOf(HWND window) {
+    return reinterpret_cast<CDialog*>(GetWindowLongPtrW(window, DWLP_USER));
+}
+
+} // namespace
+
+CDialog::~CDialog() {
+    if (m_hWnd == nullptr || ObjectOf(m_hWnd) != this) return;
+    (void)SetWindowLongPtrW(m_hWnd, DWLP_USER, 0); // no more messages to the object
+    if (m_iModal != 0) {
+        (void)EndDialog(m_hWnd, -1); // its loop destroys the window
+    } else {
+        (void)DestroyWindow(m_hWnd); // fails on another thread, which keeps a window without an object
+    }
+}
+
+INT_PTR CDialog::RunModal(HINSTANCE module, unsigned int templateId, HWND owner) {
+    m_iModal = 1;
+    return DialogBoxParamW(module, MAKEINTRESOURCEW(templateId), owner, &DialogProcedure,
+                           reinterpret_cast<LPARAM>(this));
+}
+
+HWND CDialog::RunModeless(HINSTANCE module, unsigned int templateId, HWND owner) {
+    m_iModal = 0;
+    return CreateDialogParamW(module, MAKEINTRESOURCEW(templateId), owner, &DialogProcedure,
+                              reinterpret_cast<LPARAM>(this));
+}
+
+bool CDialog::End(int result) {
+    if (m_hWnd == nullptr) return false;
+    return (m_iModal != 0 ? EndDialog(m_hWnd, result) : DestroyWindow(m_hWnd)) != 0;
+}
+
+bool CDialog::OnInitDialog(HWND /*focus*/) {
+    return true;
+}
+
+bool CDialog::OnCommand(unsigned int /*code*/, int /*id*/, HWND /*control*/) {
+    return false;
+}
+
+bool CDialog::OnNotify(int /*id*/, NMHDR* /*header*/, unsigned long& /*result*/) {
+    return false;
+}
+
+INT_PTR CALLBACK CDialog::DialogProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_INITDIALOG) {
+        (void)SetWindowLongPtrW(window, DWLP_USER, lParam); // 0, the value before, is no error
+        ObjectOf(window)->m_hWnd = window;
+    }
+    CDialog* const dialog = ObjectOf(window); // none before WM_INITDIALOG
+    return dialog == nullptr ? FALSE : dialog->Handle(message, wParam, lParam);
+}
+
+INT_PTR CDialog::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_INITDIALOG: return OnInitDialog(reinterpret_cast<HWND>(wParam));
+    case WM_COMMAND: return OnCommand(HIWORD(wParam), LOWORD(wParam), reinterpret_cast<HWND>(lParam));
+    case WM_NOTIFY: {
+        const HWND window = m_hWnd;
+        unsigned long result = 0;
+        if (!OnNotify(static_cast<int>(wParam), reinterpret_cast<NMHDR*>(lParam), result)) return FALSE;
+        (void)SetWindowLongPtrW(window, DWLP_MSGRESULT, static_cast<LONG_PTR>(result)); // the window may be gone
+        return TRUE;
+    }
+    case WM_NCDESTROY: m_hWnd = nullptr; return FALSE;
+    default: return FALSE;
+    }
+}

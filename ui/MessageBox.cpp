@@ -1,0 +1,233 @@
+#include <foundation/Report.h>
+#include <tessel/messagebox.h>
+
+#include <cstddef>
+#include <cwchar>
+#include <iterator>
+#include <new>
+#include <utility>
+
+// The seven fields follow the dialog in this order, 4 bytes each on 32 bits.
+struct CMessageBoxLayout {
+    static_assert(offsetof(CMessageBox, m_hOwner) == sizeof(CDialog));
+    static_assert(offsetof(CMessageBox, m_pText) == sizeof(CDialog) + sizeof(void*));
+    static_assert(offsetof(CMessageBox, m_pCaption) == sizeof(CDialog) + 2 * sizeof(void*));
+    static_assert(offsetof(CMessageBox, m_uiType) == sizeof(CDialog) + 3 * sizeof(void*));
+    static_assert(offsetof(CMessageBox, m_Resources) == sizeof(CDialog) + 4 * sizeof(void*));
+    static_assert(offsetof(CMessageBox::RESOURCES, TextId) == 4 && offsetof(CMessageBox::RESOURCES, ButtonIds) == 8);
+    static_assert(sizeof(void*) != 4 || sizeof(CMessageBox) == sizeof(CDialog) + 28);
+};
+
+namespace {
+
+constexpr int kPositions = 3;
+/// Buttons of each type, 0 to 5, by position.
+constexpr int kButtonSets[][kPositions] = {
+    {IDOK}, {IDOK, IDCANCEL}, {IDABORT, IDRETRY, IDIGNORE}, {IDYES, IDNO, IDCANCEL}, {IDYES, IDNO}, {IDRETRY, IDCANCEL},
+};
+constexpr const wchar_t* kFallbackTexts[kPositions] = {L"Yes", L"No", L"Cancel"};
+
+/// The hook of this thread's box until its window has been moved.
+thread_local HHOOK centringHook = nullptr;
+
+void RemoveHook() {
+    const HHOOK hook = std::exchange(centringHook, nullptr);
+    if (hook != nullptr) (void)UnhookWindowsHookEx(hook); // it ends with the thread in any case
+}
+
+/// A text of the program's string table, or another where that does not load.
+template <int Size> class ProgramText {
+public:
+    ProgramText(unsigned int id, const wchar_t* fallback) {
+        m_loaded = LoadStringW(GetModuleHandleW(nullptr), id, m_buffer, Size) != 0;
+        m_fallback = fallback;
+    }
+    const wchar_t* Get() const { return m_loaded ? m_buffer : m_fallback; }
+
+private:
+    wchar_t m_buffer[Size];
+    const wchar_t* m_fallback;
+    bool m_loaded;
+};
+
+struct MessageText : ProgramText<1024> {
+    explicit MessageText(unsigned int id) : ProgramText(id, L"Message text not found.") {}
+};
+struct CaptionText : ProgramText<256> {
+    explicit CaptionText(unsigned int id) : ProgramText(id, L"Caption text not found.") {}
+};
+
+std::size_t LengthOf(const wchar_t* text) {
+    return text == nullptr ? 0 : std::wcslen(text);
+}
+
+/// Both texts in one, for the caller to delete.
+/// @return null when both are null or there is no memory
+wchar_t* Join(const wchar_t* first, const wchar_t* second) {
+    if (first == nullptr && second == nullptr) return nullptr;
+    const std::size_t firstLength = LengthOf(first);
+    const std::size_t secondLength = LengthOf(second);
+    wchar_t* const joined = new (std::nothrow) wchar_t[firstLength + secondLength + 1];
+    if (joined == nullptr) return nullptr;
+    if (first != nullptr) std::wmemcpy(joined, first, firstLength);
+    if (second != nullptr) std::wmemcpy(joined + firstLength, second, secondLength);
+    joined[firstLength + secondLength] = L'\0';
+    return joined;
+}
+
+} // namespace
+
+CMessageBox::CMessageBox() : m_hOwner(nullptr), m_pText(nullptr), m_pCaption(nullptr), m_uiType(MB_OK), m_Resources{} {}
+
+CMessageBox::CMessageBox(HWND owner, const wchar_t* text, const wchar_t* caption, unsigned int type,
+                         unsigned long error)
+    : CMessageBox() {
+    Initialize(owner, text, caption, type, error);
+}
+
+CMessageBox::CMessageBox(HWND owner, unsigned int textId, unsigned int captionId, unsigned int type,
+                         unsigned long error)
+    : CMessageBox() {
+    Initialize(owner, MessageText(textId).Get(), CaptionText(captionId).Get(), type, error);
+}
+
+// GUARD-51: each copy has texts of its own; shared ones would be freed twice.
+CMessageBox::CMessageBox(const CMessageBox& other)
+    : CDialog(other), m_hOwner(other.m_hOwner), m_pText(Join(other.m_pText, nullptr)),
+      m_pCaption(Join(other.m_pCaption, nullptr)), m_uiType(other.m_uiType), m_Resources(other.m_Resources) {}
+
+CMessageBox& CMessageBox::operator=(const CMessageBox& other) {
+    if (this == &other) return *this;
+    CDialog::operator=(other);
+    m_hOwner = other.m_hOwner;
+    SetText(other.m_pText, MESSAGEBOX_NO_ERROR);
+    SetCaption(other.m_pCaption);
+    m_uiType = other.m_uiType;
+    m_Resources = other.m_Resources;
+    return *this;
+}
+
+CMessageBox::~CMessageBox() {
+    delete[] m_pText;
+    delete[] m_pCaption;
+}
+
+void CMessageBox::Initialize(HWND owner, const wchar_t* text, const wchar_t* caption, unsigned int type,
+                             unsigned long error) {
+    m_hOwner = owner;
+    SetText(text, error);
+    SetCaption(caption);
+    m_uiType = type;
+    m_Resources = RESOURCES{};
+}
+
+void CMessageBox::SetText(const wchar_t* text, unsigned long error) {
+    wchar_t* errorText = nullptr;
+    (void)ConvertErrorCode(error, errorText); // the text says as much as its length
+    delete[] std::exchange(m_pText, Join(text, errorText));
+    delete[] errorText;
+}
+
+void CMessageBox::SetCaption(const wchar_t* caption) {
+    delete[] std::exchange(m_pCaption, Join(caption, nullptr));
+}
+
+void CMessageBox::SetResources(const RESOURCES* resources) {
+    m_Resources = resources == nullptr ? RESOURCES{} : *resources;
+}
+
+unsigned long CMessageBox::ConvertErrorCode(unsigned long error, wchar_t*& text) {
+    text = nullptr;
+    if (error == MESSAGEBOX_NO_ERROR) return 0;
+    // GUARD-52: inserts stay as they are; there are no arguments that could be read for them.
+    constexpr DWORD kFlags =
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
+    wchar_t* systemText = nullptr;
+    const DWORD length = FormatMessageW(kFlags, nullptr, error, MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT),
+                                        reinterpret_cast<wchar_t*>(&systemText), 0, nullptr);
+    if (length == 0) return 0;
+    wchar_t code[16];
+    (void)std::swprintf(code, std::size(code), L"%08lX: ", error); // 10 characters
+    text = Join(code, systemText);
+    (void)LocalFree(systemText); // nothing is left to do about a failure
+    return static_cast<unsigned long>(LengthOf(text));
+}
+
+int CMessageBox::Run(const wchar_t* text, const wchar_t* caption, unsigned int type, unsigned long error) {
+    if (text != nullptr) SetText(text, error);
+    if (caption != nullptr) SetCaption(caption);
+    if (type != MESSAGEBOX_SAME_TYPE) m_uiType = type;
+    return Run();
+}
+
+int CMessageBox::Run(unsigned int textId, unsigned int captionId, unsigned int type, unsigned long error) {
+    return Run(MessageText(textId).Get(), CaptionText(captionId).Get(), type, error);
+}
+
+int CMessageBox::Run() {
+    if (m_Resources.TemplateId == 0) return RunSystemBox();
+    return static_cast<int>(RunModal(GetModuleHandleW(nullptr), m_Resources.TemplateId, m_hOwner));
+}
+
+int CMessageBox::RunSystemBox() {
+    centringHook = SetWindowsHookExW(WH_CBT, &SetInCenter, nullptr, GetCurrentThreadId());
+    const int button = MessageBoxW(m_hOwner, m_pText, m_pCaption, m_uiType);
+    const DWORD error = GetLastError();
+    RemoveHook();
+    SetLastError(error); // of a box that could not be shown
+    return button;
+}
+
+void CMessageBox::ComputeCenterCoords(const RECT& window, int& x, int& y) {
+    x = (GetSystemMetrics(SM_CXSCREEN) - static_cast<int>(window.right - window.left)) / 2;
+    y = (GetSystemMetrics(SM_CYSCREEN) - static_cast<int>(window.bottom - window.top)) / 2;
+}
+
+void CMessageBox::MoveToCenter(HWND window) {
+    RECT rectangle{};
+    int x = 0;
+    int y = 0;
+    if (!GetWindowRect(window, &rectangle)) return;
+    ComputeCenterCoords(rectangle, x, y);
+    (void)SetWindowPos(window, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE); // else it stays
+}
+
+LRESULT CALLBACK CMessageBox::SetInCenter(int code, WPARAM wParam, LPARAM lParam) {
+    if (code != HCBT_ACTIVATE) return 0; // ODD-54: the thread's other hooks do not hear of it
+    MoveToCenter(reinterpret_cast<HWND>(wParam));
+    const LRESULT result = CallNextHookEx(centringHook, code, wParam, lParam);
+    RemoveHook();
+    return result;
+}
+
+bool CMessageBox::OnInitDialog(HWND /*focus*/) {
+    PositionInCenter();
+    (void)SetWindowTextW(m_hWnd, m_pCaption);                                     // else the template's caption
+    (void)SetDlgItemTextW(m_hWnd, static_cast<int>(m_Resources.TextId), m_pText); // else the template's text
+    InitButtons();
+    return true;
+}
+
+void CMessageBox::PositionInCenter() {
+    MoveToCenter(m_hWnd);
+}
+
+void CMessageBox::InitButtons() {
+    // ODD-53: flags count here, so that a type with an icon is unsupported.
+    const bool supported = m_uiType < std::size(kButtonSets);
+    tessel::ReportUnless(supported, "Unsupported MessageBox type!", "MessageBox", 289);
+    if (!supported) return;
+    for (int position = 0; position < kPositions; ++position) {
+        const int button = kButtonSets[m_uiType][position];
+        if (button == 0) break;
+        // GUARD-53: without an array no resource id is read. The number 0 has no text.
+        const unsigned int id = m_Resources.ButtonIds == nullptr ? 0 : m_Resources.ButtonIds[position];
+        // ODD-52: the fallback goes by position: an OK button without its text reads "Yes".
+        const ProgramText<128> text(id, kFallbackTexts[position]);
+        (void)SetDlgItemTextW(m_hWnd, button, text.Get()); // a template may lack the button
+    }
+}
+
+bool CMessageBox::OnCommand(unsigned int /*code*/, int id, HWND /*control*/) {
+    return id >= IDOK && id <= IDNO && End(id);
+}
