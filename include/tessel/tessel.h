@@ -11,9 +11,11 @@
 #include <tessel/memory.h>
 #include <tessel/notify.h>
 #include <tessel/messagebox.h>
+#include <tessel/notify.h>
 #include <tessel/postoffice.h>
 #include <tessel/resource.h>
 #include <tessel/status.h>
 #include <tessel/strings.h>
 #include <tessel/synchronisation.h>
 #include <tessel/system.h>
+#include <tessel/views.h>

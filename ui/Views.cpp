@@ -1,0 +1,29 @@
+#include <tessel/views.h>
+
+static_assert(sizeof(CListViewOrca) == sizeof(CListView));
+static_assert(sizeof(CTreeViewOrca) == sizeof(CTreeView));
+
+namespace {
+
+/// Passes the notification of a record on to the handler of a view's base class.
+template <class Base> unsigned long Forward(Base& view, const NOTIFY* notify) {
+    unsigned long result = 0;
+    if (notify == nullptr || notify->Kind != NK_CONTROL) return result; // GUARD-54: no record, nothing to read
+    // ODD-55: a scroll request is of this kind too, and its header is null.
+    (void)view.Base::OnNotify(reinterpret_cast<NMHDR*>(notify->Data2), result); // the result says as much
+    return result;
+}
+
+} // namespace
+
+CListViewOrca::CListViewOrca() : CListView(-1, nullptr, 0, 0) {}
+
+unsigned long CListViewOrca::OnNotify(const NOTIFY* notify) {
+    return Forward<CListView>(*this, notify);
+}
+
+CTreeViewOrca::CTreeViewOrca() : CTreeView(nullptr, 0, 0) {}
+
+unsigned long CTreeViewOrca::OnNotify(const NOTIFY* notify) {
+    return Forward<CTreeView>(*this, notify);
+}
