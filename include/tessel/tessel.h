@@ -9,7 +9,6 @@
 #include <tessel/host.h>
 #include <tessel/mailbox.h>
 #include <tessel/memory.h>
-#include <tessel/notify.h>
 #include <tessel/messagebox.h>
 #include <tessel/notify.h>
 #include <tessel/postoffice.h>
