@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <iterator>
 
 static_assert(sizeof(void*) != 4 || sizeof(NOTIFY) == 40);
@@ -133,10 +134,12 @@ private:
     }
 
     void Notify() {
-        const auto* const header = reinterpret_cast<const NMHDR*>(lParam);
-        if (header == nullptr) return; // GUARD-30: nothing says what happened
-        const int code = static_cast<int>(header->code);
-        Fill(NK_CONTROL, formatter.GetFunctionID(header->hwndFrom, code), header->hwndFrom);
+        if (lParam == 0) return; // GUARD-30: nothing says what happened
+        NMHDR header;
+        // A copy, since the packed records of key presses may lie anywhere.
+        std::memcpy(&header, reinterpret_cast<const void*>(lParam), sizeof header);
+        const int code = static_cast<int>(header.code);
+        Fill(NK_CONTROL, formatter.GetFunctionID(header.hwndFrom, code), header.hwndFrom);
         notify.CtrlId = static_cast<int>(wParam);
         notify.Data1 = code;
         notify.Data2 = lParam;

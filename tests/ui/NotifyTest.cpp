@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <map>
 #include <tuple>
 
 namespace {
@@ -19,13 +20,6 @@ Fields FieldsOf(const NOTIFY& n) {
 
 /// A visible window that translates what its controls tell it and keeps the records.
 struct NotifyWindow {
-    struct Event {
-        bool command;
-        LPARAM lParam;
-        unsigned int code;
-        NOTIFY record;
-    };
-
     NotifyWindow() {
         SetWindowSubclass(window, &Listen, 0, reinterpret_cast<DWORD_PTR>(this));
         ShowWindow(window, SW_SHOWNOACTIVATE);
@@ -41,23 +35,23 @@ struct NotifyWindow {
     const HWND window = CreateWindowExW(WS_EX_TOOLWINDOW, L"Static", L"", WS_POPUP, 40, 40, 400, 300, nullptr, nullptr,
                                         nullptr, nullptr);
     FormatSysMsg formatter;
-    std::vector<Event> events;
+    std::map<std::pair<HWND, unsigned int>, NOTIFY> records; // by control and code
 
 private:
     static LRESULT CALLBACK Listen(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR self) {
         if (message == WM_COMMAND || message == WM_NOTIFY || message == WM_HSCROLL || message == WM_VSCROLL) {
             auto* const host = reinterpret_cast<NotifyWindow*>(self);
             const NOTIFY& record = *host->formatter.NaturalizeMsg(hWnd, message, wParam, lParam);
-            const bool command = message == WM_COMMAND;
-            const unsigned int code = command ? HIWORD(wParam) : static_cast<unsigned int>(record.Data1);
-            host->events.push_back({command, message == WM_NOTIFY ? lParam : 0, code, record});
+            EXPECT_EQ(record.Kind, message == WM_COMMAND ? NK_COMMAND : NK_CONTROL);
+            EXPECT_EQ(record.Data2, message == WM_NOTIFY ? lParam : 0);
+            const unsigned int code = message == WM_COMMAND ? HIWORD(wParam) : static_cast<unsigned int>(record.Data1);
+            host->records[{record.hCtrl, code}] = record;
         }
         return DefSubclassProc(hWnd, message, wParam, lParam);
     }
 };
 
 using Drive = std::function<void(HWND)>;
-
 using Row = std::pair<unsigned int, MSG_FUNCTION>;
 
 struct Control {
@@ -67,23 +61,19 @@ struct Control {
     std::vector<Row> rows;
 };
 
+void PrintTo(const Control& control, std::ostream* out) {
+    *out << std::string(control.className, control.className + std::wcslen(control.className));
+}
+
 template <class Data = int> Drive Send(UINT message, WPARAM wParam = 0, Data lParam = {}) {
     return [=](HWND hCtrl) { SendMessageW(hCtrl, message, wParam, (LPARAM)lParam); };
 }
 
-/// Sends on the control's behalf what it would send too rarely.
-Drive Own(unsigned int code) {
-    return [=](HWND hCtrl) {
-        NMHDR header{hCtrl, 77, code};
-        if (code >= 0x80000000)
-            Send(WM_NOTIFY, 77, &header)(GetParent(hCtrl));
-        else
-            Send(WM_COMMAND, MAKEWPARAM(77, code), hCtrl)(GetParent(hCtrl));
-    };
-}
-
-Drive Scroll(WPARAM request) {
-    return [=](HWND hCtrl) { Send(WM_VSCROLL, request, hCtrl)(GetParent(hCtrl)); };
+/// Sends on the control's behalf what it sends too rarely.
+void SendFor(HWND hCtrl, unsigned int code) {
+    NMHDR header{hCtrl, 77, code};
+    if (code < 0x80000000) Send(code < 8 ? WM_VSCROLL : WM_COMMAND, code | code << 16, hCtrl)(GetParent(hCtrl));
+    if (code >= 0x80000000) Send(WM_NOTIFY, 77, &header)(GetParent(hCtrl));
 }
 
 Drive Key(WPARAM key) {
@@ -99,16 +89,11 @@ void AddNode(HWND hTree) {
     Send(TVM_INSERTITEMW, 0, &node)(hTree);
 }
 
-void AddItem(HWND hList) {
-    LVITEMW item{};
-    item.mask = LVIF_TEXT;
-    item.pszText = LPSTR_TEXTCALLBACKW;
-    Send(LVM_INSERTITEMW, 0, &item)(hList);
-}
-
 TCITEMW emptyTab{};
 LVCOLUMNW emptyColumn{};
+LVITEMW emptyItem{};
 const Drive kAddTab = Send(TCM_INSERTITEMW, 0, &emptyTab);
+const Drive kAddItem = Send(LVM_INSERTITEMW, 0, &emptyItem);
 const Drive kPress = Send(WM_LBUTTONDOWN, 0, MAKELPARAM(5, 5));
 const Drive kRelease = Send(WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
 const Drive kDoubleClick = Send(WM_LBUTTONDBLCLK, 0, MAKELPARAM(25, 8));
@@ -118,65 +103,58 @@ const Drive kDraw = [](HWND hCtrl) { RedrawWindow(hCtrl, nullptr, nullptr, RDW_I
 const Drive kOpen = Send(CB_SHOWDROPDOWN, 1);
 
 const Control kControls[] = {
-    Control(L"Button", BS_NOTIFY | BS_RADIOBUTTON,
-            {Send(BM_CLICK), kDoubleClick, kFocus, kUnfocus, Own(16), Own(17), Own(BN_PAINT)},
+    Control(L"Button", BS_NOTIFY | BS_RADIOBUTTON, {Send(BM_CLICK), kDoubleClick, kFocus, kUnfocus},
             {Row(BN_CLICKED, FN_CLICK), Row(BN_DBLCLK, FN_DBLCLK), Row(BN_SETFOCUS, FN_SETFOCUS),
-             Row(BN_KILLFOCUS, FN_KILLFOCUS), Row(16, FN_SETFOCUS), Row(17, FN_CLICK), Row(BN_PAINT, FN_NONE)}),
-    Control(
-        L"Edit", 0,
-        {Send(EM_LIMITTEXT, 1), kFocus, Send(WM_CHAR, 'a'), Send(EM_REPLACESEL, 0, L"b"), kUnfocus, Own(EN_HSCROLL)},
-        {Row(EN_UPDATE, FN_UPDATE), Row(EN_CHANGE, FN_CHANGE), Row(EN_MAXTEXT, FN_MAXTEXT),
-         Row(EN_SETFOCUS, FN_SETFOCUS), Row(EN_KILLFOCUS, FN_KILLFOCUS), Row(EN_HSCROLL, FN_NONE)}),
-    Control(
-        L"ListBox", LBS_NOTIFY,
-        {Send(LB_ADDSTRING, 0, L"a"), kFocus, Key(VK_DOWN), kDoubleClick, kUnfocus, Own(LBN_SELCANCEL), Own(0xFFFE)},
-        {Row(LBN_SELCHANGE, FN_CHANGE), Row(LBN_DBLCLK, FN_DBLCLK), Row(LBN_SETFOCUS, FN_SETFOCUS),
-         Row(LBN_KILLFOCUS, FN_KILLFOCUS), Row(LBN_SELCANCEL, FN_SELCANCEL), Row(0xFFFE, FN_NONE)}),
+             Row(BN_KILLFOCUS, FN_KILLFOCUS), Row(16, FN_SETFOCUS), Row(17, FN_CLICK)}),
+    Control(L"Edit", 0, {Send(EM_LIMITTEXT, 1), kFocus, Send(WM_CHAR, 'a'), Send(EM_REPLACESEL, 0, L"b"), kUnfocus},
+            {Row(EN_UPDATE, FN_UPDATE), Row(EN_CHANGE, FN_CHANGE), Row(EN_MAXTEXT, FN_MAXTEXT),
+             Row(EN_SETFOCUS, FN_SETFOCUS), Row(EN_KILLFOCUS, FN_KILLFOCUS)}),
+    Control(L"ListBox", LBS_NOTIFY, {Send(LB_ADDSTRING, 0, L"a"), kFocus, Key(VK_DOWN), kDoubleClick, kUnfocus},
+            {Row(LBN_SELCHANGE, FN_CHANGE), Row(LBN_DBLCLK, FN_DBLCLK), Row(LBN_SETFOCUS, FN_SETFOCUS),
+             Row(LBN_KILLFOCUS, FN_KILLFOCUS), Row(LBN_SELCANCEL, FN_SELCANCEL)}),
     Control(L"ComboBox", CBS_DROPDOWN,
             {Send(CB_ADDSTRING, 0, L"a"), kFocus, Send(WM_CHAR, 'a'), Key(VK_DOWN), kOpen, Key(VK_RETURN), kOpen,
-             Key(VK_ESCAPE), kUnfocus, Own(CBN_DBLCLK)},
+             Key(VK_ESCAPE), kUnfocus},
             {Row(CBN_SELCHANGE, FN_CHANGE), Row(CBN_EDITUPDATE, FN_UPDATE), Row(CBN_EDITCHANGE, FN_EDIT),
              Row(CBN_DROPDOWN, FN_DROPDOWN), Row(CBN_CLOSEUP, FN_CLOSEUP), Row(CBN_SELENDOK, FN_SELENDOK),
              Row(CBN_SELENDCANCEL, FN_SELCANCEL), Row(CBN_SETFOCUS, FN_SETFOCUS), Row(CBN_KILLFOCUS, FN_KILLFOCUS),
              Row(CBN_DBLCLK, FN_CLICK)}),
-    Control(L"SysTabControl32", 0,
-            {kAddTab, kAddTab, Send(TCM_SETCURSEL, 1), kPress, kRelease, Own(NM_SETFOCUS), Own(NM_DBLCLK),
-             Own(NM_CUSTOMDRAW)},
+    Control(L"SysTabControl32", 0, {kAddTab, kAddTab, Send(TCM_SETCURSEL, 1), kPress, kRelease},
             {Row(TCN_SELCHANGING, FN_UPDATE), Row(TCN_SELCHANGE, FN_CHANGE), Row(NM_CLICK, FN_CLICK),
              Row(NM_SETFOCUS, FN_SETFOCUS), Row(NM_DBLCLK, FN_NONE), Row(NM_CUSTOMDRAW, FN_NONE)}),
     Control(L"msctls_trackbar32", 0,
             {Send(TBM_SETPOS, 1, 50), Key(VK_LEFT), Key(VK_RIGHT), Key(VK_PRIOR), Key(VK_NEXT), Key(VK_HOME),
-             Key(VK_END), Send(WM_KEYUP, VK_END), kDraw, Scroll(TB_THUMBPOSITION), Scroll(TB_THUMBTRACK)},
+             Key(VK_END), Send(WM_KEYUP, VK_END), kDraw},
             {Row(TB_LINEUP, FN_CHANGE), Row(TB_LINEDOWN, FN_CHANGE), Row(TB_PAGEUP, FN_CHANGE),
              Row(TB_PAGEDOWN, FN_CHANGE), Row(TB_TOP, FN_CHANGE), Row(TB_BOTTOM, FN_CHANGE), Row(TB_ENDTRACK, FN_NONE),
              Row(NM_CUSTOMDRAW, FN_CUSTOMDRAW), Row(TB_THUMBPOSITION, FN_UPDATE), Row(TB_THUMBTRACK, FN_TRACK)}),
     Control(L"SysTreeView32", TVS_EDITLABELS,
             {AddNode, AddNode, kFocus, Tree(TVM_SELECTITEM, TVGN_CARET), kDraw, Tree(TVM_EXPAND, TVE_EXPAND),
              Key(VK_DOWN), kDoubleClick, Tree(TVM_EDITLABELW), Send(TVM_ENDEDITLABELNOW, 1), kFocus, kUnfocus,
-             Tree(TVM_DELETEITEM), Own(NM_CLICK), Own(NM_RCLICK)},
+             Tree(TVM_DELETEITEM)},
             {Row(TVN_SELCHANGINGW, FN_CHANGE), Row(TVN_SELCHANGEDW, FN_UPDATE), Row(TVN_ITEMEXPANDINGW, FN_EXPAND),
              Row(TVN_ITEMEXPANDEDW, FN_EXPAND), Row(TVN_KEYDOWN, FN_CLICK), Row(TVN_BEGINLABELEDITW, FN_EDIT),
              Row(TVN_ENDLABELEDITW, FN_UPDATE), Row(TVN_DELETEITEMW, FN_DELETEITEM), Row(NM_SETFOCUS, FN_SETFOCUS),
              Row(NM_KILLFOCUS, FN_KILLFOCUS), Row(NM_CUSTOMDRAW, FN_CUSTOMDRAW), Row(NM_DBLCLK, FN_DBLCLK),
              Row(NM_CLICK, FN_CLICK), Row(NM_RCLICK, FN_NONE)}),
     Control(L"SysListView32", LVS_REPORT | LVS_EDITLABELS,
-            {Send(LVM_INSERTCOLUMNW, 0, &emptyColumn), Send(LVM_SETCOLUMNWIDTH, 0, 80), AddItem, AddItem, kFocus, kDraw,
-             Key(VK_DOWN), Send(WM_LBUTTONDBLCLK, 0, MAKELPARAM(25, 30)), Send(LVM_EDITLABELW),
-             Send(LVM_CANCELEDITLABEL), kFocus, kUnfocus, Send(LVM_DELETEITEM), Own(NM_CLICK), Own(LVN_COLUMNCLICK)},
+            {Send(LVM_INSERTCOLUMNW, 0, &emptyColumn), Send(LVM_SETCOLUMNWIDTH, 0, 80), kAddItem, kAddItem, kFocus,
+             kDraw, Key(VK_DOWN), Send(WM_LBUTTONDBLCLK, 0, MAKELPARAM(25, 30)), Send(LVM_EDITLABELW),
+             Send(LVM_CANCELEDITLABEL), kFocus, kUnfocus, Send(LVM_DELETEITEM)},
             {Row(LVN_ITEMCHANGING, FN_CHANGE), Row(LVN_ITEMCHANGED, FN_UPDATE), Row(LVN_KEYDOWN, FN_CLICK),
              Row(LVN_BEGINLABELEDITW, FN_EDIT), Row(LVN_ENDLABELEDITW, FN_UPDATE),
              Row(LVN_GETDISPINFOW, FN_GETDISPINFO), Row(LVN_DELETEITEM, FN_DELETEITEM), Row(NM_SETFOCUS, FN_SETFOCUS),
              Row(NM_KILLFOCUS, FN_KILLFOCUS), Row(NM_CUSTOMDRAW, FN_CUSTOMDRAW), Row(NM_DBLCLK, FN_DBLCLK),
              Row(NM_CLICK, FN_CLICK), Row(LVN_COLUMNCLICK, FN_COLUMNCLICK)}),
-    Control(L"SysHeader32", 0, {kDraw, Own(HDN_ENDTRACKW), Own(HDN_ITEMCLICKW)},
+    Control(L"SysHeader32", 0, {kDraw},
             {Row(NM_CUSTOMDRAW, FN_NONE), Row(HDN_ENDTRACKW, FN_TRACK), Row(HDN_ITEMCLICKW, FN_NONE)}),
     Control(L"ScrollBar", SBS_HORZ, {Key(VK_RIGHT)}, {Row(SB_LINERIGHT, FN_NONE)}),
     Control(L"Static", SS_NOTIFY, {kPress, kRelease}, {Row(STN_CLICKED, FN_NONE)}),
-    Control(L"msctls_progress32", 0, {Own(NM_CLICK)}, {Row(NM_CLICK, FN_NONE)}),
-    Control(L"RichEdit20W", 0, {Own(EN_CHANGE)}, {Row(EN_CHANGE, FN_NONE)}),
+    Control(L"msctls_progress32", 0, {}, {Row(NM_CLICK, FN_NONE)}),
+    Control(L"RichEdit20W", 0, {}, {Row(EN_CHANGE, FN_NONE)}),
 };
 
-struct NotifyControls : testing::TestWithParam<Control> {};
+using NotifyControls = testing::TestWithParam<Control>;
 
 DWORD WINAPI TimeOut(HANDLE, DWORD timeoutMs, BOOL) {
     EXPECT_EQ(timeoutMs, 100u);
@@ -187,8 +165,7 @@ struct Notify : testing::Test {
     NOTIFY* Translate(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
         return host.formatter.NaturalizeMsg(host.window, message, wParam, lParam);
     }
-    Notify() { FormatSysMsg::SetCommonDlgActive(0); }
-    void Point(HWND hCtrl) { Translate(WM_SETCURSOR, reinterpret_cast<WPARAM>(hCtrl), HTCLIENT); }
+    NOTIFY* Point(HWND hCtrl) { return Translate(WM_SETCURSOR, reinterpret_cast<WPARAM>(hCtrl), HTCLIENT); }
     NotifyWindow host;
     const HWND window = host.window;
 };
@@ -197,23 +174,21 @@ struct Notify : testing::Test {
 
 TEST_P(NotifyControls, Odd31NotificationsBecomeTheFunctionOfTheirControl) {
     LoadLibraryW(L"riched20.dll");
-    const NotifyWindow host;
+    NotifyWindow host;
     const HWND hCtrl = host.Add(GetParam().className, GetParam().style);
     for (const Drive& drive : GetParam().drives) drive(hCtrl);
-    for (const auto& row : GetParam().rows) {
-        const auto event = std::find_if(host.events.begin(), host.events.end(), [&](const auto& each) {
-            return each.code == row.first && each.record.hCtrl == hCtrl;
-        });
-        ASSERT_NE(event, host.events.end()) << row.first << " was not sent";
-        const int code = event->command ? 0 : static_cast<int>(row.first);
-        EXPECT_EQ(FieldsOf(event->record), Fields(event->command ? NK_COMMAND : NK_CONTROL, row.second, host.window,
-                                                  hCtrl, 77, code, event->lParam, 0, 0, 0));
+    for (const auto& [code, function] : GetParam().rows) {
+        if (!host.records.contains({hCtrl, code})) SendFor(hCtrl, code);
+        const NOTIFY& record = host.records.at({hCtrl, code});
+        EXPECT_EQ(record.Function, function) << code;
+        EXPECT_EQ(record.hWnd, host.window);
+        EXPECT_EQ(record.CtrlId, 77);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, NotifyControls, testing::ValuesIn(kControls), [](const auto& control) {
-    const std::wstring name = control.param.className;
-    return std::string(name.begin() + static_cast<int>(name.rfind(L'_') + 1), name.end());
+    const std::string name = testing::PrintToString(control.param);
+    return name.substr(name.rfind('_') + 1);
 });
 
 TEST_F(Notify, MessagesFillWhatTheirKindUsesAndNothingElse) {
@@ -252,6 +227,7 @@ TEST_F(Notify, Odd34APaintMessageIsTranslatedOnceAndIsThenValid) {
 TEST_F(Notify, Odd32And35ThePointerIsReportedToLeaveAndToEnterBeforeItActs) {
     const HWND a = host.Add(L"Edit");
     const HWND b = host.Add(L"Edit", 0, 200, 78);
+    host.Add(L"Edit", 0, -150, 79);
     const std::tuple<LPARAM, int, HWND, int> steps[] = {{9, 3, a, 77},          {9, 19, a, 77},   {209, 4, a, 77},
                                                         {209, 3, b, 78},        {209, 19, b, 78}, {0xFFFF, 4, b, 78},
                                                         {0xFFFF, 3, nullptr, 0}};
@@ -267,7 +243,7 @@ TEST_F(Notify, FocusFollowsThePointerAndPlacesTheCaret) {
     const HWND line = host.Add(L"Edit");
     const HWND lines = host.Add(L"Edit", ES_MULTILINE);
     const HWND button = host.Add(L"Button");
-    for (const HWND edit : {line, lines}) SetWindowTextW(edit, L"abc");
+    for (const HWND edit : {line, lines}) Send(WM_SETTEXT, 0, L"abc")(edit);
     SetFocus(line);
     const std::pair<HWND, HWND> steps[] = {{text, line}, {lines, lines}, {line, line}, {button, button}, {text, text}};
     for (const auto& [pointed, focus] : steps) {
@@ -276,10 +252,10 @@ TEST_F(Notify, FocusFollowsThePointerAndPlacesTheCaret) {
     }
     EXPECT_EQ(SendMessageW(lines, EM_GETSEL, 0, 0), MAKELPARAM(3, 3));
     EXPECT_EQ(SendMessageW(line, EM_GETSEL, 0, 0), MAKELPARAM(0, 3));
-    SetFocus(line);
     FormatSysMsg::SetCommonDlgActive(1);
-    Point(button);
-    EXPECT_EQ(GetFocus(), line);
+    EXPECT_EQ(FieldsOf(*Point(line)), Fields(2, 25, window, line, 77, 1, 0, 0, 0, 0));
+    EXPECT_EQ(GetFocus(), text);
+    FormatSysMsg::SetCommonDlgActive(0);
 }
 
 TEST_F(Notify, Odd30And33ThePointerSnapsToTheItemsOfARegisteredListBox) {
@@ -299,8 +275,7 @@ TEST_F(Notify, Odd30And33ThePointerSnapsToTheItemsOfARegisteredListBox) {
     GetCursorPos(&pointer);
     EXPECT_EQ(pointer.x, corner.x);
     EXPECT_EQ(pointer.y, corner.y - 1 + (item.bottom - item.top) / 2);
-    EXPECT_EQ(SendMessageW(lists[0], LB_GETCURSEL, 0, 0), 1);
-    EXPECT_EQ(host.formatter.GetCursor(lists[0]), 1);
+    EXPECT_EQ(SendMessageW(lists[0], LB_GETCURSEL, 0, 0), host.formatter.GetCursor(lists[0]));
     SetCursorPos(corner.x + 200, corner.y);
     Point(lists[1]);
     EXPECT_EQ(host.formatter.GetCursor(lists[1]), -1) << "the same index again";
