@@ -8,5 +8,5 @@
 #define IDC_MESSAGE 1000
 #define IDC_LIST 1001
 #define IDS_MESSAGE 301
-#define IDS_FIRST 302
+#define IDS_SECOND 302
 #define IDS_MISSING 399
