@@ -59,6 +59,8 @@ struct ButtonSet {
     unsigned int type;
     int pressed;
     const wchar_t* texts;
+
+    friend void PrintTo(const ButtonSet& set, std::ostream* out) { *out << "type " << set.type; }
 };
 
 class MessageBoxButtons : public testing::TestWithParam<ButtonSet> {};
