@@ -1,6 +1,6 @@
 #pragma once
 
-// Numbers of the dialog of dialog.rc, its controls, texts and pictures.
+// Numbers of the dialog of dialog.rc, its controls.
 #define DLG_ALL 100
 #define CTL_STATIC 101
 #define CTL_EDIT 102
@@ -14,10 +14,4 @@
 #define CTL_SCROLL 110
 #define CTL_TAB 111
 #define CTL_LISTVIEW 112
-#define CTL_DROPLIST 113
 #define CTL_MISSING 199
-#define TXT_HELLO 1
-#define TXT_MISSING 2
-#define BMP_FIRST 1
-#define BMP_SECOND 2
-#define BMP_MISSING 3
