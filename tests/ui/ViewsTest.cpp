@@ -42,7 +42,7 @@ TYPED_TEST(Views, Odd55PassControlRecordsOnToTheBaseAlsoThoseWithoutAHeader) {
     EXPECT_EQ(this->view.OnNotify(&notify), 0u);
 }
 
-TEST(Dialog, RunsModelessAndAnswersTheNotificationsOfItsList) {
+TEST(CompanionDialog, RunsModelessAndAnswersTheNotificationsOfItsList) {
     const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_LISTVIEW_CLASSES};
     InitCommonControlsEx(&controls);
     ListDialog dialog;
