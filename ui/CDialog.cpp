@@ -140,11 +140,11 @@ bool DIALOG_INTERFACE::Select(int id, FIELD_TYPE type) {
     return Select(id) && CtrlType == type;
 }
 
-LRESULT DIALOG_INTERFACE::Send(UINT message, WPARAM wParam, LPARAM lParam) const {
-    return SendMessageW(hCtrl, message, wParam, lParam);
+LRESULT DIALOG_INTERFACE::Send(UINT message, LPARAM wParam, LPARAM lParam) const {
+    return SendMessageW(hCtrl, message, static_cast<WPARAM>(wParam), lParam);
 }
 
-LRESULT DIALOG_INTERFACE::SendData(UINT message, WPARAM wParam, const void* data) const {
+LRESULT DIALOG_INTERFACE::SendData(UINT message, LPARAM wParam, const void* data) const {
     return Send(message, wParam, reinterpret_cast<LPARAM>(data));
 }
 

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr WPARAM kFromTheStart = static_cast<WPARAM>(-1);
+constexpr LPARAM kFromTheStart = -1;
 
 } // namespace
 
@@ -16,7 +16,7 @@ int DIALOG_INTERFACE::SetButtonImage(int id, HBITMAP bitmap) {
 }
 
 int DIALOG_INTERFACE::SetFont(int id, HFONT font) {
-    if (Select(id)) Send(WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+    if (Select(id)) Send(WM_SETFONT, reinterpret_cast<LPARAM>(font), TRUE);
     return 0;
 }
 

@@ -77,7 +77,7 @@ struct DIALOG_INTERFACE::Commands::Getting {
 
     static int ListView(DIALOG_INTERFACE& dialog, wchar_t* text) {
         if (dialog.Index <= kNone) {
-            dialog.Index = static_cast<int>(dialog.Send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED));
+            dialog.Index = static_cast<int>(dialog.Send(LVM_GETNEXTITEM, kNone, LVNI_SELECTED));
         }
         LVITEMW item{};
         item.mask = text == nullptr ? LVIF_PARAM : LVIF_PARAM | LVIF_TEXT;

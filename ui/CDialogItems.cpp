@@ -47,7 +47,7 @@ int DIALOG_INTERFACE::Commands::ReadGauge(const DIALOG_INTERFACE& dialog) {
         return static_cast<int>(dialog.Send(dialog.CtrlType == FT_SLIDER ? TBM_GETPOS : SBM_GETPOS));
     }
     const LRESULT position = dialog.Send(PBM_DELTAPOS, 0);
-    dialog.Send(PBM_SETPOS, static_cast<WPARAM>(position));
+    dialog.Send(PBM_SETPOS, position);
     return static_cast<int>(position);
 }
 

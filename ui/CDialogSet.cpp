@@ -2,8 +2,8 @@
 
 namespace {
 
-constexpr WPARAM kFromTheStart = static_cast<WPARAM>(-1);
-constexpr WPARAM kNothing = static_cast<WPARAM>(-1);
+constexpr LPARAM kFromTheStart = -1;
+constexpr LPARAM kNothing = -1;
 constexpr int kLastOwnText = -2;
 
 } // namespace
@@ -44,7 +44,7 @@ struct DIALOG_INTERFACE::Commands::Setting {
         if (dialog.Index >= 0) return Item(dialog);
         if (dialog.Index >= kLastOwnText || text == nullptr) return Text(dialog, text);
         const LRESULT found = dialog.SendData(CB_FINDSTRINGEXACT, kFromTheStart, text);
-        if (found != CB_ERR) dialog.Send(CB_SETCURSEL, static_cast<WPARAM>(found));
+        if (found != CB_ERR) dialog.Send(CB_SETCURSEL, found);
         return 0;
     }
 

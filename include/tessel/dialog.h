@@ -459,8 +459,8 @@ private:
     int Run(COMMAND command, int id, const wchar_t* text = nullptr);
     bool Select(int id);
     bool Select(int id, FIELD_TYPE type);
-    LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
-    LRESULT SendData(UINT message, WPARAM wParam, const void* data) const;
+    LRESULT Send(UINT message, LPARAM wParam = 0, LPARAM lParam = 0) const;
+    LRESULT SendData(UINT message, LPARAM wParam, const void* data) const;
     void Fetch(int id, wchar_t* buffer, int bufferLen);
     int SetListViewFocus(int index, int withSelection);
     int ClearListViewFocus(int index, int withSelection);

@@ -6,8 +6,6 @@
 #include <gtest/gtest.h>
 #include <tessel/dialog.h>
 
-#include <algorithm>
-#include <cwchar>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -131,8 +129,6 @@ TEST_F(Dialog, Odd46AListBoxWithoutASelectionGivesItsTextAndItsCount) {
     EXPECT_EQ(dialog.GetLBItemSize(CTL_LIST, 1, wider, height), 1);
     EXPECT_GT(wider, width);
     EXPECT_GT(height, 0);
-    EXPECT_EQ(dialog.GetLBItemSize(CTL_LIST, 2, width, height), 0);
-    EXPECT_EQ(width + height, 0);
 }
 
 TEST_F(Dialog, AComboBoxHasATextOfItsOwn) {
@@ -182,8 +178,6 @@ TEST_F(Dialog, ATabControlHoldsTextAndDataAndSelectsWhatIsSet) {
     EXPECT_EQ(Get(CTL_TAB, -1), Got(L"c", 3, 8));
     dialog.Delete(CTL_TAB, 0);
     EXPECT_EQ(Get(CTL_TAB, 2, 0), Got(L"untouched", 2, 8));
-    dialog.Reset(CTL_TAB, nullptr);
-    EXPECT_EQ(Ask(CTL_TAB, TCM_GETITEMCOUNT), 0);
 }
 
 TEST_F(Dialog, Odd49AListViewHasColumnsAndKeepsItsDataWhenTextIsSet) {
