@@ -1,6 +1,6 @@
 #include <foundation/ProcessObjects.h>
-#include <ui/BrushTable.h>
 #include <tessel/notify.h>
+#include <ui/BrushTable.h>
 
 namespace tessel {
 
