@@ -99,6 +99,8 @@ struct TrimCase {
     const char* wideRight;
     const char* narrowBoth;
     const char* wideBoth;
+
+    friend void PrintTo(const TrimCase& c, std::ostream* out) { *out << testing::PrintToString(c.text); }
 };
 
 class Odd03And04TrimTest : public testing::TestWithParam<TrimCase> {};

@@ -44,6 +44,10 @@ void CALLBACK QuitOnTick(HWND, UINT, UINT_PTR, DWORD) {
 struct Date {
     unsigned short day, month, year, hour, minute, second;
     bool exists;
+
+    friend void PrintTo(const Date& d, std::ostream* out) {
+        *out << d.year << '-' << d.month << '-' << d.day << ' ' << d.hour << ':' << d.minute << ':' << d.second;
+    }
 };
 
 class Odd60ClockTest : public testing::TestWithParam<Date> {};

@@ -90,6 +90,10 @@ struct BadSend {
     const unsigned char* firstData;
     unsigned long secondLength;
     int status;
+
+    friend void PrintTo(const BadSend& bad, std::ostream* out) {
+        *out << bad.firstLength << " + " << bad.secondLength << (bad.firstData == nullptr ? " of nothing" : "");
+    }
 };
 
 class BadSends : public Mailbox, public testing::WithParamInterface<BadSend> {};

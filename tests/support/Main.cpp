@@ -6,9 +6,9 @@
 
 namespace {
 
-/// Ends a program that is stuck, so that nothing is left running. A bare thread: one of the runtime's may still be
-/// starting when a short test ends.
-DWORD WINAPI Watch(void*) {
+/// Ends a program that is stuck, so that nothing is left running.
+DWORD WINAPI Watch(void* started) {
+    SetEvent(static_cast<HANDLE>(started));
     constexpr DWORD kLimitMs = 90000;
     Sleep(kLimitMs);
     std::fprintf(stderr, "still running after %lu s: ended by the watchdog\n", kLimitMs / 1000);
@@ -16,10 +16,18 @@ DWORD WINAPI Watch(void*) {
     return 97;
 }
 
+/// Returns once the watchdog runs: Wine crashes one process in a hundred that ends while a thread of it is starting.
+void StartWatchdog() {
+    const HANDLE started = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    CloseHandle(CreateThread(nullptr, 0, Watch, started, 0, nullptr));
+    WaitForSingleObject(started, INFINITE);
+    CloseHandle(started);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    CloseHandle(CreateThread(nullptr, 0, Watch, nullptr, 0, nullptr));
+    StartWatchdog();
     int exitCode = 0;
     if (RunRole(argc, argv, exitCode)) return exitCode;
     testing::InitGoogleTest(&argc, argv);
