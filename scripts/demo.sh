@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# ./dev demo [FILE]: carries FILE from one process to another and compares the copy.
+# ./dev demo [FILE]: carries FILE from one process to another and compares the copy, then runs the example workstation
+# without a window.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -21,9 +22,11 @@ take_turn
 need_build_packages
 need_run_packages
 bits=$(runnable_bits)
-for width in $bits; do compile "win$width" courier; done
+for width in $bits; do compile "win$width" courier workstation; done
 sender=$build/win${bits%% *}/bin/courier.exe
 receiver=$build/win${bits##* }/bin/courier.exe
+workstation=$build/win${bits%% *}/bin/workstation.exe
+console=$build/win${bits##* }/bin/console.exe
 
 if [ -z "$file" ]; then
     file=$build/sample.txt
@@ -36,3 +39,7 @@ start_wine
 # The receiver pauses at first, so that the pool fills up and the sender has to cope.
 timeout 600 wine "$sender" "$(windows_path "$file")" "$(windows_path "$copy")" \
     --receiver "$(windows_path "$receiver")" --stall 500
+
+# The console is of the other bitness, and orders by mailbox.
+timeout 60 wine "$workstation" --hidden --run 3 --folder "$(windows_path "$build/images")" \
+    --console "$(windows_path "$console")"

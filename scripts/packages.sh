@@ -6,6 +6,7 @@ run_packages=(wine wine64 xvfb)
 wine32_package=wine32:i386
 lint_packages=(git clang-format clang-tidy doxygen shellcheck)
 bench_packages=(bsdextrautils jq)
+screenshot_packages=(imagemagick fonts-liberation)
 
 # Present when this machine could not be given a 32-bit Wine; ./dev setup tries again.
 no_wine32_mark=$build/.no-wine32

@@ -46,22 +46,34 @@ create_prefix() {
     touch "$prefix_mark"
 }
 
-need_prefix() {
-    [ -e "$prefix_mark" ] && return
+# In a shell of its own: the caller's display stays as it is.
+need_prefix() (
+    [ ! -e "$prefix_mark" ] || exit 0
     start_display
+    trap stop_display EXIT
     create_prefix
-    stop_display
-}
+)
 
 # A server that outlives the single program makes each start quick; the warm-up program
 # writes to a file because the server keeps the pipes of whoever starts it.
-start_wine() {
-    need_prefix
-    start_display
+start_server() {
     trap stop_wine EXIT
     trap 'exit 130' INT TERM
     timeout 60 wineserver -p 9>&- >/dev/null 2>&1
     timeout 120 wine cmd /c exit >"$build/warm-up.log" 2>&1 9>&- || fail "Wine does not start (log: build/warm-up.log)"
+}
+
+# Windows appear on a display of their own, which nobody sees.
+start_wine() {
+    need_prefix
+    start_display
+    start_server
+}
+
+# Windows appear on the user's display.
+start_wine_in_sight() {
+    need_prefix
+    start_server
 }
 
 stop_wine() {

@@ -2,6 +2,8 @@
 
 #include "Parcel.h"
 
+#include <common/Mail.h>
+
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -60,12 +62,12 @@ private:
 
     /// A notification of a message that is not due is forged: its own is still to come.
     void OnNotification(LPARAM number) {
-        const std::optional<Parcel> parcel = OpenParcel(m_mailbox, number, m_sender, m_self);
-        if (!parcel) return;
-        if (parcel->number == m_received.messages) {
+        const std::optional<Mail> parcel = OpenMail(m_mailbox, number, m_self);
+        if (!parcel || parcel->from != m_sender) return;
+        if (parcel->id == m_received.messages) {
             Write(parcel->data);
             (void)m_mailbox.ReleaseMemory(parcel->block); // in use until now
-        } else if (parcel->number == kEndOfFile && parcel->data.size() == sizeof m_received &&
+        } else if (parcel->id == kEndOfFile && parcel->data.size() == sizeof m_received &&
                    std::memcmp(parcel->data.data(), &m_received, sizeof m_received) == 0) {
             (void)m_mailbox.ReleaseMemory(parcel->block); // in use until now
             Finish();

@@ -3,6 +3,8 @@
 #include "Parcel.h"
 #include "ReceiverProcess.h"
 
+#include <common/Mail.h>
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -103,8 +105,10 @@ private:
     bool TakeReceipt() {
         MSG message;
         while (PeekMessageW(&message, m_window, MAILBOX_NOTIFICATION, MAILBOX_NOTIFICATION, PM_REMOVE)) {
-            const std::optional<Parcel> parcel = OpenParcel(m_mailbox, message.lParam, m_receiver, m_self);
-            if (!parcel || parcel->number != kEndOfFile || parcel->data.size() != sizeof m_sent) continue;
+            const std::optional<Mail> parcel = OpenMail(m_mailbox, message.lParam, m_self);
+            if (!parcel || parcel->from != m_receiver || parcel->id != kEndOfFile ||
+                parcel->data.size() != sizeof m_sent)
+                continue;
             const bool right = std::memcmp(parcel->data.data(), &m_sent, sizeof m_sent) == 0;
             (void)m_mailbox.ReleaseMemory(parcel->block); // in use until now
             if (right) return true;

@@ -1,14 +1,9 @@
 #include "Receiver.h"
 #include "Sender.h"
 
-#include <tessel/platform.h>
-
-#include <shellapi.h>
+#include <common/Arguments.h>
 
 #include <cstdio>
-#include <cwchar>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -16,29 +11,6 @@ constexpr char kUsage[] = "usage: courier FILE COPY [--receiver PROGRAM] [--stal
                           "Carries FILE to a second process through the mailboxes; it writes COPY.\n"
                           "  --receiver PROGRAM  the courier.exe that receives (default: this one)\n"
                           "  --stall MS          pause before it takes the first message (default: 0)\n";
-
-std::vector<std::wstring> Arguments() {
-    int count = 0;
-    wchar_t** const texts = CommandLineToArgvW(GetCommandLineW(), &count);
-    std::vector<std::wstring> arguments(texts + 1, texts + count);
-    LocalFree(texts);
-    return arguments;
-}
-
-std::wstring OwnProgram() {
-    wchar_t path[MAX_PATH];
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return path;
-}
-
-bool IsNumber(const std::wstring& text) {
-    return !text.empty() && text.size() < 10 && text.find_first_not_of(L"0123456789") == std::wstring::npos;
-}
-
-/// @param text  decimal digits
-unsigned long Number(const std::wstring& text) {
-    return std::wcstoul(text.c_str(), nullptr, 10);
-}
 
 struct Options {
     std::vector<std::wstring> files;

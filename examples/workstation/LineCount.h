@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Protocol.h"
+#include "TestImage.h"
+
+#include <cstring>
+#include <optional>
+
+/// A line as it arrives.
+struct Line {
+    LineHead head;
+    std::span<const std::uint8_t> pixels;
+};
+
+/// Reads a WORK_LINE; nothing when the message is something else.
+inline std::optional<Line> ReadLine(unsigned long id, std::span<const unsigned char> data) {
+    Line line{};
+    if (id != WORK_LINE || data.size() != sizeof line.head + kImageWidth) return std::nullopt;
+    std::memcpy(&line.head, data.data(), sizeof line.head);
+    line.pixels = data.subspan(sizeof line.head);
+    if (line.head.image == 0 || line.head.line >= kImageHeight) return std::nullopt;
+    return line;
+}
+
+/// Counts lines that arrive, and those that should have arrived in between.
+class LineCount {
+public:
+    /// A line has arrived.
+    void Count(const LineHead& head) {
+        const std::uint32_t number = (head.image - 1) * kImageHeight + head.line;
+        lost += number - m_next;
+        m_next = number + 1;
+        ++received;
+    }
+
+    std::uint32_t received = 0;
+    std::uint32_t lost = 0;
+
+private:
+    std::uint32_t m_next = 0;
+};

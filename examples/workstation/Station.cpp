@@ -1,0 +1,71 @@
+#include "Station.h"
+
+namespace {
+
+constexpr UINT_PTR kTickTimer = 1;
+
+/// Hidden, but a top-level window: the heartbeat reaches no others.
+HWND MakeHiddenWindow() {
+    return CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+}
+
+} // namespace
+
+Station::Station(ORCAOBJID id)
+    : m_id(id), m_mailbox(id), m_heartbeat(RegisterThisWindowMessage(kHeartbeatName)), m_window(MakeHiddenWindow()),
+      m_open(m_window != nullptr && m_mailbox.RegisterMailbox(m_window) == 0) {
+    SetWindowLongPtrW(m_window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    SetWindowLongPtrW(m_window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&WindowProc));
+}
+
+Station::~Station() {
+    Leave();
+    DestroyWindow(m_window);
+    ReleaseBlocksTo(m_mailbox, m_id);
+}
+
+void Station::Run() {
+    MSG message;
+    while (m_open && GetAMessage(&message, nullptr, 0, 0) > 0) DispatchAMessage(&message);
+}
+
+void Station::TickEvery(unsigned int ms) {
+    SetATimer(m_window, kTickTimer, ms, nullptr);
+}
+
+void Station::Leave() {
+    if (m_open) (void)m_mailbox.UnregisterMailbox(); // it was registered
+    m_open = false;
+}
+
+int Station::Send(ORCAOBJID to, WORK_MESSAGE message, std::span<const unsigned char> first,
+                  std::span<const unsigned char> second) {
+    return m_mailbox.Send(to, message, static_cast<unsigned long>(first.size()), first.data(),
+                          static_cast<unsigned long>(second.size()), second.data());
+}
+
+bool Station::IsThere(ORCAOBJID id) {
+    unsigned short slot = 0;
+    return IsThisAWindow(m_mailbox.GetMailBox(id, slot)) != 0;
+}
+
+LRESULT CALLBACK Station::WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    auto& station = *reinterpret_cast<Station*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    if (message == MAILBOX_NOTIFICATION) {
+        station.OnNotification(lParam);
+    } else if (message == WM_TIMER) {
+        station.OnTick();
+    } else if (message == station.m_heartbeat) {
+        ++station.m_heartbeats;
+    } else {
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+    return 0;
+}
+
+void Station::OnNotification(LPARAM number) {
+    const std::optional<Mail> mail = OpenMail(m_mailbox, number, m_id);
+    if (!mail) return;
+    OnMail(*mail);
+    (void)m_mailbox.ReleaseMemory(mail->block); // in use until now
+}

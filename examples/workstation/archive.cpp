@@ -1,0 +1,52 @@
+#include "Bitmap.h"
+#include "LineCount.h"
+#include "Manager.h"
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+constexpr unsigned int kTickMs = 50;
+
+/// The manager that puts images together from their lines and saves each one that is complete.
+class Archive : public Manager {
+public:
+    Archive() : Manager(kArchiveId, kTickMs) {}
+
+private:
+    void OnOrder(const Mail& mail) override {
+        if (mail.id == WORK_FOLDER) {
+            m_folder = std::wstring(reinterpret_cast<const wchar_t*>(mail.data.data()), mail.data.size() / 2);
+        } else if (const auto line = ReadLine(mail.id, mail.data)) {
+            OnLine(*line);
+        }
+    }
+
+    void OnLine(const Line& line) {
+        m_lines.Count(line.head);
+        m_status.received = m_lines.received;
+        m_status.lost = m_lines.lost;
+        if (line.head.line == 0) m_linesOfImage = 0;
+        std::copy(line.pixels.begin(), line.pixels.end(), m_image.data() + line.head.line * kImageWidth);
+        if (++m_linesOfImage == kImageHeight && line.head.line == kImageHeight - 1) Save(line.head.image);
+    }
+
+    /// Whoever hears of it looks for the file, and so notices when it could not be written.
+    void Save(std::uint32_t image) {
+        (void)SaveImage(ImagePath(m_folder, image), m_image);
+        while (Send(kWorkstationId, WORK_SAVED, BytesOf(image)) == ERROR_BUSY) Sleeper(1);
+    }
+
+    std::filesystem::path m_folder;
+    LineCount m_lines;
+    Image m_image = Image(kImageWidth * kImageHeight);
+    std::uint32_t m_linesOfImage = 0;
+};
+
+} // namespace
+
+/// Runs until the workstation ends it.
+extern "C" __declspec(dllexport) void ManagerMain(HINSTANCE /*module*/) {
+    Archive().Run();
+}

@@ -1,0 +1,68 @@
+#include "support/ChildProcess.h"
+#include "support/OpenPostOffice.h"
+
+#include <gtest/gtest.h>
+#include <tessel/mailbox.h>
+
+#include <filesystem>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::wstring Program(const wchar_t* name) {
+    wchar_t own[MAX_PATH];
+    GetModuleFileNameW(nullptr, own, MAX_PATH);
+    return L"\"" + fs::path(own).replace_filename(name).wstring() + L"\" ";
+}
+
+class WorkstationRun : public testing::Test {
+protected:
+    ~WorkstationRun() override { fs::remove_all(folder); }
+
+    std::wstring Command(const std::wstring& options) {
+        return Program(L"workstation.exe") + L"--hidden --folder \"" + folder.wstring() + L"\" " + options;
+    }
+    void ExpectNothingLeft() {
+        MONITOR_LEVEL left;
+        EXPECT_EQ(observer.BuildDirectoryList(&left, 1), 0);
+        EXPECT_EQ(observer.GetFreeBlockCount(), 500u);
+    }
+
+    OpenPostOffice office; // keeps the region when the processes end
+    CMailBox observer{ORCAOBJID{1}};
+    fs::path folder = fs::temp_directory_path() / L"tessel workstation";
+};
+
+} // namespace
+
+TEST_F(WorkstationRun, SavesWhatWasAcquiredAndLeavesNothingBehind) {
+    ChildProcess workstation(Command(L"--run 2"));
+    EXPECT_EQ(workstation.WaitUntil("workstation: 2048 lines sent"),
+              ", 1024 received by the archive, 1024 by the screen, 0 lost");
+    EXPECT_EQ(workstation.WaitUntil("workstation: 2 images saved"), ", 0 of them different from what was generated");
+    EXPECT_EQ(workstation.ExitCode(), 0u);
+    EXPECT_EQ(fs::file_size(folder / L"image-2.bmp"), 1078u + 512 * 512);
+    ExpectNothingLeft();
+}
+
+TEST_F(WorkstationRun, ObeysAConsoleAndRunsOnceOnAMachine) {
+    ChildProcess workstation(Command(L""));
+    unsigned short slot = 0;
+    while (observer.GetMailBox(ORCAOBJID{3002}, slot) == nullptr) Sleep(1); // the last to be loaded
+    EXPECT_EQ(ChildProcess(Command(L"")).ExitCode(), 1u);
+    for (const wchar_t* order : {L"start 1", L"start", L"stop", L"exit"}) {
+        EXPECT_EQ(ChildProcess(Program(L"console.exe") + order).ExitCode(), 0u);
+    }
+    EXPECT_EQ(workstation.ExitCode(), 0u);
+    ExpectNothingLeft();
+}
+
+TEST_F(WorkstationRun, EndsWithALineWhenTheConsoleIsMissingOrFails) {
+    for (const std::wstring& console : {std::wstring(L"no-such.exe"), Program(L"hello.exe")}) {
+        ChildProcess workstation(Command(L"--run 1 --console " + console));
+        EXPECT_EQ(workstation.ExitCode(), 1u);
+        ExpectNothingLeft();
+    }
+    EXPECT_EQ(ChildProcess(Program(L"console.exe") + L"exit").ExitCode(), 1u) << "there is no workstation";
+}
