@@ -79,6 +79,7 @@ OSClass& OSClass::operator=(const OSClass& other) {
     return *this;
 }
 
+// ODD-38: the registration and the brushes are those of all copies.
 OSClass::~OSClass() {
     if (m_pRegistry != nullptr) {
         (void)m_pRegistry->DeleteResource(tessel::kFrameType, tessel::kFrameId, m_ulProcessId); // may be gone already

@@ -98,11 +98,13 @@ int OSClass::ProcessOsAPIs(HWND hWnd, UINT message, WPARAM wParam, LPARAM& lPara
     if (wParam != tessel::kCreateDialogRequest && wParam != tessel::kNotifyRequest) {
         return WmCommand(hWnd, message, wParam, lParam);
     }
+    if (m_pHost == nullptr) return 0; // GUARD-22
     const auto* const request = reinterpret_cast<const HostRequest*>(lParam);
     if (!tessel::IsReadable(request, sizeof *request)) { // GUARD-24: anyone can post the number
         lParam = 0;
     } else if (wParam == tessel::kCreateDialogRequest) {
-        lParam = m_pHost->MakeDialog(request);
+        lParam = reinterpret_cast<LPARAM>(m_pHost->MakeRequestedDialog(
+            static_cast<int>(request->dialogId), request->hWnd, reinterpret_cast<HINSTANCE>(request->last)));
     } else {
         (void)m_pHost->RequestWndNotify(request->hWnd, static_cast<unsigned long>(request->last)); // tells when full
         lParam = 1;
@@ -110,13 +112,12 @@ int OSClass::ProcessOsAPIs(HWND hWnd, UINT message, WPARAM wParam, LPARAM& lPara
     return 1;
 }
 
-LRESULT OSClass::MakeDialog(const void* request) {
-    const auto& wanted = *static_cast<const HostRequest*>(request);
-    const HINSTANCE module = wanted.last == 0 ? m_hInstance : reinterpret_cast<HINSTANCE>(wanted.last);
-    const HWND parent = wanted.hWnd == nullptr ? m_hFrame : wanted.hWnd;
-    const HWND dialog = CreateDialogWindow(module, parent, static_cast<int>(wanted.dialogId));
-    (void)CResource().AddResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, dialog, wanted.dialogId); // reports a full table
-    return reinterpret_cast<LRESULT>(dialog);
+HWND OSClass::MakeRequestedDialog(int dialogId, HWND parent, HINSTANCE module) {
+    const HWND dialog =
+        CreateDialogWindow(module == nullptr ? m_hInstance : module, parent == nullptr ? m_hFrame : parent, dialogId);
+    // ODD-37: entered even when it could not be made, and not removed when it goes. A full table reports itself.
+    (void)CResource().AddResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, dialog, static_cast<unsigned long>(dialogId));
+    return dialog;
 }
 
 HWND OSClass::CreateDialogWindow(HINSTANCE module, HWND parent, int dialogId) {

@@ -26,6 +26,7 @@ int RequestNotify(HWND hWnd, unsigned long mask) {
 }
 
 void ShutDown(unsigned long processId) {
+    // ODD-36: the window is told so but not destroyed, and its procedure leaves the message to the system.
     const HWND frame = FrameOf(processId == 0 ? GetMyProcess() : processId);
     (void)SendMessageW(frame, WM_DESTROY, 0, 0); // has no result
 }

@@ -4,18 +4,25 @@
 
 #include <cstdint>
 
-namespace tessel {
+namespace {
 
-bool IsReadable(const void* address, std::size_t size) {
+bool CanBeRead(const MEMORY_BASIC_INFORMATION& region) {
     constexpr DWORD kReadable = PAGE_READONLY | PAGE_READWRITE | PAGE_WRITECOPY | PAGE_EXECUTE_READ |
                                 PAGE_EXECUTE_READWRITE | PAGE_EXECUTE_WRITECOPY;
-    MEMORY_BASIC_INFORMATION region{};
-    if (address == nullptr || VirtualQuery(address, &region, sizeof region) == 0) return false;
-    if (region.State != MEM_COMMIT || (region.Protect & kReadable) == 0 || (region.Protect & PAGE_GUARD) != 0) {
-        return false;
-    }
-    const auto start = reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(region.BaseAddress);
-    return size <= region.RegionSize - start;
+    return region.State == MEM_COMMIT && (region.Protect & kReadable) != 0 && (region.Protect & PAGE_GUARD) == 0;
 }
 
-} // namespace tessel
+} // namespace
+
+bool tessel::IsReadable(const void* address, std::size_t size) {
+    const auto start = reinterpret_cast<std::uintptr_t>(address);
+    const auto end = start + size;
+    if (start == 0 || end < start) return false;
+    MEMORY_BASIC_INFORMATION region{};
+    for (auto at = start; at < end; at = reinterpret_cast<std::uintptr_t>(region.BaseAddress) + region.RegionSize) {
+        // A record may lie across pages that are protected differently, such as written and unwritten ones.
+        const bool known = VirtualQuery(reinterpret_cast<const void*>(at), &region, sizeof region) != 0;
+        if (!known || !CanBeRead(region)) return false;
+    }
+    return true;
+}

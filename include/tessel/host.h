@@ -36,13 +36,14 @@ public:
     /// @return this object
     OSClass& operator=(const OSClass& other);
 
-    /// Removes the frame window's registration and those of its thread, and empties the brush table.
+    /// Removes the frame window's registration and those of its thread, and empties the brush table: for all copies.
+    /// The window itself stays until its thread ends, and does nothing more.
     virtual ~OSClass();
 
     /// Called once by OS_Pump(), before the loop.
     virtual void OnStart() = 0;
 
-    /// Called when the frame window is to close.
+    /// Called when the frame window is to close. It is then destroyed, and the loop ends.
     virtual void OnClose() = 0;
 
     /// Called for each message of the frame window and the dialogs that is of interest, the notification of a
@@ -146,12 +147,13 @@ public:
     static INT_PTR CALLBACK DlgProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam);
 
     /// Answers the requests of other threads, and hands everything else to WmCommand(). A request without a
-    /// readable record is answered with 0.
+    /// readable record is answered with 0. A dialog is entered in the resource table (type 2, id 0, owner its
+    /// number), also one that could not be made, and stays there when it goes: CResource::DeleteResource().
     /// @param hWnd     window that got the message
     /// @param message  message number
     /// @param wParam   the request, or the message's first parameter
     /// @param lParam   the record's address; receives the answer: the dialog, or 1 for a notification request
-    /// @return 1: a request was answered; 0: not
+    /// @return 1: a request was answered; 0: not, or there is no host
     static int ProcessOsAPIs(HWND hWnd, UINT message, WPARAM wParam, LPARAM& lParam);
 
     /// Paints what has an owner's colour, then calls OnMessage().
@@ -213,7 +215,7 @@ private:
     static INT_PTR OnPaletteMessage(HWND hDlg, UINT message, WPARAM wParam);
     static INT_PTR OnDialogCursor(HWND hDlg, WPARAM wParam, LPARAM lParam);
     static void PaintText(const DRAWITEMSTRUCT& item, COLORREF color);
-    LRESULT MakeDialog(const void* request);
+    HWND MakeRequestedDialog(int dialogId, HWND parent, HINSTANCE module);
     void KeepCommandLine(const char* commandLine);
 
     static OSClass* m_pHost;

@@ -35,9 +35,9 @@ public:
         if (message == MAILBOX_NOTIFICATION && atMail) atMail(lParam);
     }
     void OnPumpExit(int code, const wchar_t* text) override { events.push_back(std::to_wstring(code) + L" " + text); }
-    bool Sees(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+    bool Sees(UINT message) {
         seen.clear();
-        SendMessageW(GetFrameWindow(), message, wParam, lParam);
+        SendMessageW(GetFrameWindow(), message, 0, 0);
         return seen == std::vector<UINT>{message};
     }
 
@@ -52,6 +52,24 @@ std::vector<std::wstring> boxes;
 int WINAPI NoteBox(HWND, LPCWSTR text, LPCWSTR title, UINT) {
     boxes.push_back(std::wstring(title) + L": " + text);
     return IDOK;
+}
+
+std::uintptr_t NoThread(void (*)(void*), unsigned, void*) {
+    return static_cast<std::uintptr_t>(-1);
+}
+
+HWND released = nullptr;
+
+int WINAPI NoteRelease(HWND window, HDC context) {
+    released = window;
+    return ReleaseDC(window, context);
+}
+
+POINT textAt;
+
+BOOL WINAPI NoteText(HDC, int x, int y, LPCWSTR, int) {
+    textAt = {x, y};
+    return TRUE;
 }
 
 class Host : public testing::Test {
@@ -103,24 +121,44 @@ TEST_F(Host, RunsFromStartToExitAndReturnsTheCode) {
     EXPECT_EQ(program.events, (std::vector<std::wstring>{L"start", L"close", L"0 OS_Pump exiting"}));
 }
 
-TEST_F(Host, RegistersItsFrameWindowForItsLife) {
-    CResource resources;
-    const auto frame = [&] { return resources.GetResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, GetCurrentProcessId()); };
-    EXPECT_EQ(frame(), program.GetFrameWindow());
-    EXPECT_FALSE(IsWindowVisible(frame()));
+TEST_F(Host, Odd36And38RegistersItsFrameWindowUntilTheFirstCopyGoes) {
+    const HWND frame = CResource().GetResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, GetCurrentProcessId());
+    EXPECT_EQ(frame, program.GetFrameWindow());
+    EXPECT_FALSE(IsWindowVisible(frame));
+    ShutDown(0);
+    MSG message;
+    EXPECT_FALSE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE)) << "that is up to the program";
+    EXPECT_EQ(RequestNotify(frame, 1), 1);
     { const Program copy(program); }
-    EXPECT_EQ(frame(), nullptr);
+    EXPECT_EQ(RequestNotify(frame, 1), 0);
+    EXPECT_EQ(LoadResourceDialog(kDialog, nullptr, nullptr), nullptr);
     EXPECT_EQ(Program(std::string(1000, 'x').c_str(), L"Tessel other host").GetCommandLineText(),
               std::wstring(259, L'x'));
 }
 
+TEST_F(Host, ReportsAFrameWindowThatCannotBeMade) {
+    Reports reports;
+    EXPECT_EQ(program.CreateWindowFrame(GetModuleHandleW(nullptr), nullptr), nullptr);
+    EXPECT_EQ(reports.Take(), Texts{"COSClass:239 hParent"});
+}
+
+TEST(HostProcedures, DoNothingWithoutAHost) {
+    const OpenPostOffice office;
+    const HWND frame = Program().GetFrameWindow();
+    const UINT_PTR request[5] = {};
+    auto address = reinterpret_cast<LPARAM>(request);
+    EXPECT_EQ(OSClass::ProcessOsAPIs(frame, WM_COMMAND, 0xFFAB, address), 0);
+    EXPECT_EQ(OSClass::DlgProc(frame, WM_COMMAND, 0xFFAD, address), FALSE);
+    for (const UINT message : {WM_COMMAND, WM_PAINT, WM_CTLCOLORDLG, WM_CLOSE}) SendMessageW(frame, message, 0, 0);
+    EXPECT_FALSE(IsWindow(frame)) << "the system closes it";
+}
+
 TEST_F(Host, HandsOnWhatIsOfInterestAndNothingElse) {
-    for (const UINT message : {WM_PAINT, WM_TIMER, WM_MENUSELECT, WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONDBLCLK,
-                               WM_RBUTTONDOWN, WM_RBUTTONDBLCLK, WM_MBUTTONDOWN, WM_MBUTTONDBLCLK, WM_COMMAND}) {
+    for (const UINT message :
+         {WM_PAINT, WM_TIMER, WM_MENUSELECT, WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, WM_RBUTTONDOWN,
+          WM_RBUTTONDBLCLK, WM_MBUTTONDOWN, WM_MBUTTONDBLCLK, WM_NOTIFY, WM_COMMAND}) {
         EXPECT_TRUE(program.Sees(message)) << message;
     }
-    NMHDR header{};
-    EXPECT_TRUE(program.Sees(WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&header)));
     for (const UINT message : {WM_LBUTTONUP, WM_RBUTTONUP, WM_MBUTTONUP, WM_SIZE, WM_DRAWITEM, WM_USER}) {
         EXPECT_FALSE(program.Sees(message)) << message;
     }
@@ -141,7 +179,7 @@ TEST_F(Host, GetsTheMessagesOfItsMailbox) {
     EXPECT_EQ(received, 42u);
 }
 
-TEST_F(Host, AnswersRequestsOfOtherThreads) {
+TEST_F(Host, Odd37AnswersRequestsOfOtherThreadsAndListsWhatIsGone) {
     HWND dialog = nullptr;
     HWND missing = program.GetFrameWindow();
     int noted = 0;
@@ -158,10 +196,23 @@ TEST_F(Host, AnswersRequestsOfOtherThreads) {
     program.OS_Pump();
     other.join();
     EXPECT_EQ(GetWindowThreadProcessId(dialog, nullptr), GetCurrentThreadId());
-    EXPECT_EQ(CResource().GetResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, kDialog), dialog);
+    EXPECT_EQ(GetParent(dialog), program.GetFrameWindow());
     EXPECT_EQ(missing, nullptr);
     EXPECT_EQ(noted, 1);
+    DestroyWindow(dialog);
     EXPECT_EQ(program.IsWindowNotify(dialog, 1), 1);
+    CResource resources;
+    EXPECT_EQ(resources.GetResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, kDialog), dialog);
+    EXPECT_EQ(resources.DeleteResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, 999), 0) << "entered without a window";
+}
+
+TEST_F(Host, GivesADialogThatTheResourceTableHasNoRoomFor) {
+    CResource resources;
+    Reports reports;
+    while (resources.AddResource(RESOURCE_TYPE{9}, RESOURCE_ID{9}, nullptr, 9) == 0) continue;
+    EXPECT_EQ(reports.Take().size(), 1u);
+    EXPECT_TRUE(IsWindow(LoadResourceDialog(kDialog, nullptr, nullptr)));
+    EXPECT_EQ(reports.Take().size(), 1u);
 }
 
 TEST_F(Host, RequestsWithoutAReadableRecordAreAnsweredWith0) {
@@ -171,6 +222,15 @@ TEST_F(Host, RequestsWithoutAReadableRecordAreAnsweredWith0) {
         OSClass::PaintWithOwnerBrush(address);
     }
     EXPECT_TRUE(program.seen.empty());
+
+    auto* const pages = static_cast<char*>(VirtualAlloc(nullptr, 0x2000, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
+    const auto across = reinterpret_cast<LPARAM>(pages + 0x1000 - 8);
+    DWORD before = 0;
+    VirtualProtect(pages + 0x1000, 1, PAGE_READONLY, &before);
+    EXPECT_EQ(SendMessageW(program.GetFrameWindow(), WM_COMMAND, 0xFFAD, across), 1);
+    VirtualProtect(pages + 0x1000, 1, PAGE_NOACCESS, &before);
+    EXPECT_EQ(SendMessageW(program.GetFrameWindow(), WM_COMMAND, 0xFFAD, across), 0);
+    VirtualFree(pages, 0, MEM_RELEASE);
 }
 
 TEST_F(Host, ItsNotificationTableHolds1999Windows) {
@@ -178,8 +238,10 @@ TEST_F(Host, ItsNotificationTableHolds1999Windows) {
     for (unsigned long number = 1; number < 2000; ++number) ASSERT_EQ(program.RequestWndNotify(window(number), 2), 0);
     const ImportPatch box(L"Tessel.dll", "MessageBoxW", NoteBox);
     EXPECT_EQ(program.RequestWndNotify(window(2000), 2), 1);
-    EXPECT_EQ(boxes, std::vector<std::wstring>{L"Varda Message: Unable to ADD Window Message Notification\n"
-                                               L"(Enlarge Array)"});
+    EXPECT_EQ(RequestNotify(window(2000), 2), 1) << "handled all the same";
+    EXPECT_EQ(boxes, std::vector<std::wstring>(2, L"Varda Message: Unable to ADD Window Message Notification\n"
+                                                  L"(Enlarge Array)"));
+    EXPECT_EQ(program.IsWindowNotify(window(2000), 2), 0);
     EXPECT_EQ(program.RequestWndNotify(window(1999), 6), 0);
     EXPECT_EQ(program.IsWindowNotify(window(1999), 4), 4);
     EXPECT_EQ(program.RequestWndNotify(window(7), 0), 0);
@@ -199,11 +261,16 @@ TEST_F(Host, ManagersLiveAsLongAsTheirMainAndSeveralAtOnce) {
         EXPECT_EQ(started.WaitOnSemaphore(INFINITE), 0);
     }
     EXPECT_EQ(GetModuleHandleW(L"manager_runs.dll"), modules[0]);
-    stop.SetEvent();
+    EXPECT_NE(program.CreateThread([](void*) { CEvent(L"Tessel test manager stop").SetEvent(); }), 0u);
     while (GetModuleHandleW(L"manager_runs.dll") != nullptr) Sleep(1);
 
     EXPECT_NE(program.CreateThreadedManager(L"manager_empty.dll", modules), 0xFFFFFFFFu);
     while (GetModuleHandleW(L"manager_empty.dll") != nullptr) Sleep(1);
+
+    const ImportPatch threads(L"Tessel.dll", "_beginthread", NoThread);
+    EXPECT_EQ(program.CreateThreadedManager(L"manager_empty.dll", modules), 0xFFFFFFFFu);
+    EXPECT_EQ(GetModuleHandleW(L"manager_empty.dll"), nullptr);
+    EXPECT_EQ(program.CreateThread(nullptr), 0u);
 
     const ImportPatch box(L"Tessel.dll", "MessageBoxW", NoteBox);
     EXPECT_EQ(program.CreateThreadedManager(L"no such.dll", modules), 0xFFFFFFFFu);
@@ -263,10 +330,13 @@ TEST_F(Host, Odd61DialogsGoThroughItAndBecomeActiveUnderThePointer) {
     EXPECT_EQ(program.seen.back(), static_cast<UINT>(WM_CLOSE));
 }
 
-TEST_F(Host, Odd63And64PaintsControlsInTheColoursOfTheirTag) {
+TEST_F(Host, Odd64PaintsControlsInTheColoursOfTheirTag) {
     const HWND dialog = program.CreateDialogWindow(GetModuleHandleW(nullptr), nullptr, kDialog);
     const HWND control = GetDlgItem(dialog, kText);
-    const HDC context = GetDC(control);
+    const HDC screen = GetDC(nullptr);
+    const HDC context = CreateCompatibleDC(screen);
+    const HBITMAP bitmap = CreateCompatibleBitmap(screen, 100, 40);
+    const HGDIOBJ before = SelectObject(context, bitmap);
     const auto ask = [&] {
         return OSClass::DlgProc(dialog, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(context),
                                 reinterpret_cast<LPARAM>(control));
@@ -279,19 +349,40 @@ TEST_F(Host, Odd63And64PaintsControlsInTheColoursOfTheirTag) {
     EXPECT_EQ(GetBkColor(context), RGB(10, 200, 30));
     EXPECT_EQ(GetTextColor(context), program.GetPalette().GetColor(COLOR_IDX{1}));
 
-    const HBITMAP bitmap = CreateCompatibleBitmap(context, 100, 40);
-    const HDC memory = CreateCompatibleDC(context);
-    SelectObject(memory, bitmap);
+    const ImportPatch text(L"Tessel.dll", "TextOutW", NoteText);
     DRAWITEMSTRUCT item{};
+    item.CtlType = ODT_BUTTON;
     item.hwndItem = control;
-    item.hDC = memory;
-    item.rcItem = {0, 0, 100, 40};
-    OSClass::PaintWithOwnerBrush(reinterpret_cast<LPARAM>(&item));
-    EXPECT_EQ(GetPixel(memory, 1, 1), RGB(10, 200, 30));
-    DeleteDC(memory);
+    item.hDC = context;
+    item.rcItem = {20, 10, 100, 40};
+    const auto paint = [&](UINT state) {
+        item.itemState = state;
+        OSClass::PaintWithOwnerBrush(reinterpret_cast<LPARAM>(&item));
+        return GetPixel(context, 20, 10);
+    };
+    EXPECT_EQ(paint(ODS_SELECTED), RGB(10, 200, 30));
+    SIZE size;
+    GetTextExtentPoint32W(context, L"text", 4, &size);
+    EXPECT_EQ(textAt.x, (100 - size.cx) / 2);
+    EXPECT_EQ(textAt.y, (40 - size.cy) / 2);
+    const COLORREF colors[] = {RGB(1, 0, 0), RGB(2, 0, 0), RGB(3, 0, 0)};
+    for (const COLORREF color : colors) brushes.Add(CreateSolidBrush(color), 5);
+    DIALOG_INTERFACE(dialog).SetColor(kText, 1, brushes.GetBrushIndex(5));
+    EXPECT_EQ(paint(0), colors[0]);
+    EXPECT_EQ(paint(ODS_SELECTED | ODS_FOCUS), colors[1]);
+    EXPECT_EQ(paint(ODS_FOCUS), colors[2]);
+    DIALOG_INTERFACE(dialog).SetColor(kText, 1, brushes.Add(CreateSolidBrush(0), 30));
+    EXPECT_EQ(paint(0), colors[2]) << "transparent";
+    SelectObject(context, before);
     DeleteObject(bitmap);
-    ReleaseDC(control, context);
+    DeleteDC(context);
+    ReleaseDC(nullptr, screen);
+}
 
+TEST_F(Host, Odd63ADialogRealisesThePaletteOnceAnotherProgramChangedIt) {
+    const HWND dialog = program.CreateDialogWindow(GetModuleHandleW(nullptr), nullptr, kDialog);
+    const ImportPatch release(L"Tessel.dll", "ReleaseDC", NoteRelease);
+    released = dialog;
     OSClass::PaletteFlag = 0;
     EXPECT_EQ(OSClass::DlgProc(dialog, WM_QUERYNEWPALETTE, 0, 0), FALSE);
     SendMessageW(dialog, WM_PALETTECHANGED, reinterpret_cast<WPARAM>(dialog), 0);
@@ -300,4 +391,5 @@ TEST_F(Host, Odd63And64PaintsControlsInTheColoursOfTheirTag) {
     EXPECT_EQ(OSClass::PaletteFlag, 1);
     EXPECT_EQ(OSClass::DlgProc(dialog, WM_QUERYNEWPALETTE, 0, 0), TRUE);
     EXPECT_EQ(OSClass::PaletteFlag, 0);
+    EXPECT_EQ(released, nullptr);
 }
