@@ -288,3 +288,10 @@ TEST_F(Notify, Odd30And33ThePointerSnapsToTheItemsOfARegisteredListBox) {
     host.formatter.RegisterListBoxMove(lists[0]);
     EXPECT_EQ(host.formatter.GetCursor(lists[0]), -1);
 }
+
+TEST(NotifyDefaults, InitialTgcIsThePrograms) {
+    EXPECT_EQ(FormatSysMsg::GetInitialTgc(0), -1);
+    FormatSysMsg::InitialTgc[5] = 4;
+    EXPECT_EQ(FormatSysMsg::GetInitialTgc(5), 4);
+    EXPECT_EQ(FormatSysMsg::GetInitialTgc(6), -1);
+}
