@@ -51,19 +51,6 @@ int Stall(const std::vector<std::string>& arguments) {
     return 0;
 }
 
-/// Sends every message back until one with the id 0 comes. Arguments: id.
-int Echo(const std::vector<std::string>& arguments) {
-    Station station(IdOf(arguments[0]));
-    Say("registered");
-    for (bool going = true; going;) {
-        SBLOCK* const block = station.Wait();
-        going = block->MsgId != 0;
-        station.mailbox.Send(ORCAOBJID{block->Sender}, block->MsgId, block->Length - 1, block->Data, 0, nullptr);
-        station.mailbox.ReleaseMemory(block);
-    }
-    return 0;
-}
-
 /// Checks content and order of all that comes, until each sender has sent its last. Arguments: id, senders.
 int CheckAll(const std::vector<std::string>& arguments) {
     Station station(IdOf(arguments[0]));
@@ -115,7 +102,7 @@ int SendMany(const std::vector<std::string>& arguments) {
     return 0;
 }
 
-const Role roles[] = {{"stall", Stall}, {"echo", Echo}, {"check-all", CheckAll}, {"send-many", SendMany}};
+const Role roles[] = {{"stall", Stall}, {"check-all", CheckAll}, {"send-many", SendMany}};
 
 /// A child of the other bitness where that build is there, else of this one.
 ChildProcess PeerChild(const std::string& role, const std::vector<std::string>& arguments) {
@@ -164,26 +151,7 @@ TEST(CrossProcess, AReceiverKilledWithMessagesPendingLeavesNothingBehindAfterThe
     EXPECT_EQ(frame(), nullptr);
 }
 
-TEST(CrossProcess, A32BitAnd64BitProcessSendEachOtherMessages) {
-    if (PeerProgram().empty()) GTEST_SKIP() << "the build of the other bitness is not there";
-    Station station(kTest);
-    ChildProcess echo(PeerProgram(), "echo", {"32"});
-    ASSERT_EQ(echo.WaitUntil("registered"), "");
-    for (unsigned long number = 100; number > 0; --number) {
-        const auto bytes = Content(31, number);
-        const auto length = static_cast<unsigned long>(bytes.size());
-        ASSERT_EQ(station.mailbox.Send(kShared, number, length, bytes.data(), 0, nullptr), 0);
-        SBLOCK* const block = station.Wait();
-        EXPECT_EQ(block->MsgId, number);
-        EXPECT_EQ(block->Sender, static_cast<unsigned>(kShared));
-        EXPECT_EQ(std::vector<unsigned char>(block->Data, block->Data + block->Length - 1), bytes);
-        station.mailbox.ReleaseMemory(block);
-    }
-    ASSERT_EQ(station.mailbox.Send(kShared, 0, 0, nullptr, 0, nullptr), 0);
-    EXPECT_EQ(echo.ExitCode(), 0u);
-}
-
-TEST(CrossProcess, FourSendersAndTwoReceiversInSixProcessesLoseNothing) {
+TEST(CrossProcess, FourSendersAndTwoReceiversOfBothBitnessesLoseNothing) {
     Station station(kTest);
     const unsigned long freeBefore = station.mailbox.GetFreeBlockCount();
     ChildProcess receivers[] = {ChildProcess("check-all", {"40", "4"}), PeerChild("check-all", {"41", "4"})};

@@ -34,16 +34,10 @@ protected:
     std::filesystem::path path;
 };
 
-class Mapping {
-public:
+/// A mapping of that name for as long as the object lives.
+struct Mapping : std::unique_ptr<void, decltype(&CloseHandle)> {
     Mapping(const wchar_t* name, DWORD size)
-        : m_handle(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, size, name)) {}
-    ~Mapping() { CloseHandle(m_handle); }
-    Mapping(const Mapping&) = delete;
-    Mapping& operator=(const Mapping&) = delete;
-
-private:
-    HANDLE m_handle;
+        : unique_ptr(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, size, name), &CloseHandle) {}
 };
 
 DWORD WINAPI SizeOver4Gb(HANDLE, DWORD* high) {
@@ -55,13 +49,7 @@ BOOL WINAPI WriteHalf(HANDLE file, const void* data, DWORD size, DWORD* written,
     return WriteFile(file, data, size / 2, written, nullptr);
 }
 
-/// What a file was to be opened with.
-struct Opened {
-    DWORD access;
-    DWORD share;
-    DWORD disposition;
-    bool operator==(const Opened&) const = default;
-};
+using Opened = std::vector<DWORD>; // access, share, disposition
 std::vector<Opened> opened;
 
 HANDLE WINAPI RefuseWriting(LPCWSTR name, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,
@@ -152,26 +140,23 @@ TEST(HeapMemory, Odd22CopiesShareUntilOneGrowsAndAnAssignmentFreesNothing) {
     EXPECT_EQ(Read(second, 4, 0), (Bytes{'T', 'e', 'x', 't'}));
 }
 
-TEST(MappedMemory, NeedsAMappingThatExists) {
+TEST(MappedMemory, NeedsAMappingThatExistsAndAView) {
     EXPECT_EQ(Attach(100).GetStatus(), ERROR_INVALID_PARAMETER);
     const Mapping mapping(kMapping, 0x10000);
     CMemory memory = Attach(0x10000);
     EXPECT_EQ(memory.GetStatus(), 0);
-    EXPECT_STREQ(memory.GetFileName(), kMapping);
-    EXPECT_EQ(memory.GetFileLength(), 0x10000u);
     CMemory other = Attach(0x10000);
     EXPECT_EQ(memory.WriteMemory(kText.data(), 4, 500), 0);
     EXPECT_EQ(Read(other, 4, 500), kText);
-}
 
-TEST(MappedMemory, WithoutAViewKeepsNameAndSizeAndTouchesNothing) {
-    const Mapping mapping(kMapping, 0x10000);
     const ImportPatch view(L"Tessel.dll", "MapViewOfFile", NoView);
-    CMemory memory = Attach(0x10000);
-    EXPECT_EQ(memory.GetStatus(), ERROR_NOT_ENOUGH_MEMORY);
-    EXPECT_EQ(memory.GetFileLength(), 0x10000u);
-    EXPECT_STREQ(memory.GetFileName(), kMapping);
-    EXPECT_EQ(memory.WriteMemory(kText.data(), 4, 0), ERROR_NOT_ENOUGH_MEMORY);
+    CMemory unmapped = Attach(0x10000);
+    EXPECT_EQ(unmapped.GetStatus(), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(unmapped.WriteMemory(kText.data(), 4, 0), ERROR_NOT_ENOUGH_MEMORY);
+    for (CMemory* each : {&memory, &unmapped}) {
+        EXPECT_EQ(each->GetFileLength(), 0x10000u);
+        EXPECT_STREQ(each->GetFileName(), kMapping);
+    }
 }
 
 TEST(MappedMemory, Odd10AReadMayNotEndAtTheVeryEnd) {
@@ -220,7 +205,6 @@ TEST_F(FileMemory, ReadsAndWritesAndKnowsWhetherTheFileIsNew) {
 TEST_F(FileMemory, AsksForWhatItsArgumentsSayAndAgainForReadingOnly) {
     const ImportPatch create(L"Tessel.dll", "CreateFileW", RefuseWriting);
     Reports reports;
-    opened.clear();
     std::ofstream(path) << "x";
     EXPECT_EQ(Open(CMemory::OPENTYPE_CREATE_ALWAYS, 1).GetStatus(), 0);
     CMemory file = Open(9);
@@ -228,12 +212,12 @@ TEST_F(FileMemory, AsksForWhatItsArgumentsSayAndAgainForReadingOnly) {
     EXPECT_EQ(file.IsVirginFile(), 0);
     Open(CMemory::OPENTYPE_TRUNCATE_EXISTING);
     const DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const Opened expected[] = {{GENERIC_READ, FILE_SHARE_READ, CREATE_ALWAYS},
-                               {GENERIC_READ | GENERIC_WRITE, shareAll, OPEN_ALWAYS},
-                               {GENERIC_READ, FILE_SHARE_READ, OPEN_ALWAYS},
-                               {GENERIC_READ | GENERIC_WRITE, shareAll, TRUNCATE_EXISTING},
-                               {GENERIC_READ, FILE_SHARE_READ, TRUNCATE_EXISTING}};
-    EXPECT_TRUE(std::equal(opened.begin(), opened.end(), std::begin(expected), std::end(expected)));
+    const std::vector<Opened> expected{{GENERIC_READ, FILE_SHARE_READ, CREATE_ALWAYS},
+                                       {GENERIC_READ | GENERIC_WRITE, shareAll, OPEN_ALWAYS},
+                                       {GENERIC_READ, FILE_SHARE_READ, OPEN_ALWAYS},
+                                       {GENERIC_READ | GENERIC_WRITE, shareAll, TRUNCATE_EXISTING},
+                                       {GENERIC_READ, FILE_SHARE_READ, TRUNCATE_EXISTING}};
+    EXPECT_EQ(opened, expected);
     EXPECT_EQ(reports.Take(), Texts(2, "CMemory:215 !_T(\"Invalid Open Type\")"));
 }
 
