@@ -47,7 +47,8 @@ TEST(CompanionDialog, RunsModelessAndAnswersTheNotificationsOfItsList) {
     InitCommonControlsEx(&controls);
     ListDialog dialog;
     const HWND window = dialog.RunModeless(GetModuleHandleW(nullptr), IDD_BOX, nullptr);
-    ASSERT_EQ(dialog.GetHandle(), window);
+    dialog = ListDialog();
+    ASSERT_EQ(dialog.GetHandle(), window) << "kept";
     NMHDR header{GetDlgItem(window, IDC_LIST), IDC_LIST, 77};
     SendMessageW(window, WM_NOTIFY, IDC_LIST, reinterpret_cast<LPARAM>(&header));
     EXPECT_EQ(GetWindowLongPtrW(window, DWLP_MSGRESULT), 77);

@@ -8,8 +8,15 @@ CDialog* ObjectOf(HWND window) {
 
 } // namespace
 
+CDialog& CDialog::operator=(const CDialog& other) {
+    if (HasDialog()) return *this; // else it would get the messages of a window that it no longer knows
+    CWnd::operator=(other);
+    m_iModal = other.m_iModal;
+    return *this;
+}
+
 CDialog::~CDialog() {
-    if (m_hWnd == nullptr || ObjectOf(m_hWnd) != this) return;
+    if (!HasDialog()) return;
     (void)SetWindowLongPtrW(m_hWnd, DWLP_USER, 0); // no more messages to the object
     if (m_iModal != 0) {
         (void)EndDialog(m_hWnd, -1); // its loop destroys the window
@@ -33,6 +40,10 @@ HWND CDialog::RunModeless(HINSTANCE module, unsigned int templateId, HWND owner)
 bool CDialog::End(int result) {
     if (m_hWnd == nullptr) return false;
     return (m_iModal != 0 ? EndDialog(m_hWnd, result) : DestroyWindow(m_hWnd)) != 0;
+}
+
+bool CDialog::HasDialog() const {
+    return m_hWnd != nullptr && ObjectOf(m_hWnd) == this;
 }
 
 bool CDialog::OnInitDialog(HWND /*focus*/) {

@@ -15,9 +15,10 @@ public:
     /// Stands for the same window.
     CDialog(const CDialog&) = default;
 
-    /// Stands for the same window.
+    /// Stands for the same window, unless a dialog of its own is still there: then it keeps that.
+    /// @param other  the dialog to stand for
     /// @return this object
-    CDialog& operator=(const CDialog&) = default;
+    CDialog& operator=(const CDialog& other);
 
     /// Destroys the dialog if it is still there.
     ~CDialog() override;
@@ -65,6 +66,7 @@ protected:
 private:
     static INT_PTR CALLBACK DialogProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     INT_PTR Handle(UINT message, WPARAM wParam, LPARAM lParam);
+    bool HasDialog() const;
 
     int m_iModal = 0;
 };
