@@ -38,10 +38,9 @@ void RemoveHook() {
 /// A text of the program's string table, or another where that does not load.
 template <int Size> class ProgramText {
 public:
-    ProgramText(unsigned int id, const wchar_t* fallback) {
-        m_loaded = LoadStringW(GetModuleHandleW(nullptr), id, m_buffer, Size) != 0;
-        m_fallback = fallback;
-    }
+    ProgramText(const unsigned int* id, const wchar_t* fallback)
+        : m_fallback(fallback),
+          m_loaded(id != nullptr && LoadStringW(GetModuleHandleW(nullptr), *id, m_buffer, Size) != 0) {}
     const wchar_t* Get() const { return m_loaded ? m_buffer : m_fallback; }
 
 private:
@@ -51,10 +50,10 @@ private:
 };
 
 struct MessageText : ProgramText<1024> {
-    explicit MessageText(unsigned int id) : ProgramText(id, L"Message text not found.") {}
+    explicit MessageText(unsigned int id) : ProgramText(&id, L"Message text not found.") {}
 };
 struct CaptionText : ProgramText<256> {
-    explicit CaptionText(unsigned int id) : ProgramText(id, L"Caption text not found.") {}
+    explicit CaptionText(unsigned int id) : ProgramText(&id, L"Caption text not found.") {}
 };
 
 std::size_t LengthOf(const wchar_t* text) {
@@ -170,10 +169,13 @@ int CMessageBox::Run() {
 }
 
 int CMessageBox::RunSystemBox() {
-    centringHook = SetWindowsHookExW(WH_CBT, &SetInCenter, nullptr, GetCurrentThreadId());
+    // While this box is being made, the owner may show another one, which has a hook of its own.
+    const HHOOK outerHook =
+        std::exchange(centringHook, SetWindowsHookExW(WH_CBT, &SetInCenter, nullptr, GetCurrentThreadId()));
     const int button = MessageBoxW(m_hOwner, m_pText, m_pCaption, m_uiType);
     const DWORD error = GetLastError();
     RemoveHook();
+    centringHook = outerHook;
     SetLastError(error); // of a box that could not be shown
     return button;
 }
@@ -220,8 +222,8 @@ void CMessageBox::InitButtons() {
     for (int position = 0; position < kPositions; ++position) {
         const int button = kButtonSets[m_uiType][position];
         if (button == 0) break;
-        // GUARD-53: without an array no resource id is read. The number 0 has no text.
-        const unsigned int id = m_Resources.ButtonIds == nullptr ? 0 : m_Resources.ButtonIds[position];
+        // GUARD-53: without an array no resource id is read.
+        const unsigned int* const id = m_Resources.ButtonIds == nullptr ? nullptr : m_Resources.ButtonIds + position;
         // ODD-52: the fallback goes by position: an OK button without its text reads "Yes".
         const ProgramText<128> text(id, kFallbackTexts[position]);
         (void)SetDlgItemTextW(m_hWnd, button, text.Get()); // a template may lack the button
@@ -229,5 +231,7 @@ void CMessageBox::InitButtons() {
 }
 
 bool CMessageBox::OnCommand(unsigned int /*code*/, int id, HWND /*control*/) {
-    return id >= IDOK && id <= IDNO && End(id);
+    if (id < IDOK || id > IDNO) return false;
+    (void)End(id); // it is the button's in any case
+    return true;
 }

@@ -53,27 +53,38 @@ private:
 };
 
 constexpr unsigned int kButtonTexts[] = {IDS_MISSING, IDS_SECOND, IDS_MISSING};
-constexpr CMessageBox::RESOURCES kOwnDialog = {IDD_BOX, IDC_MESSAGE, kButtonTexts};
 
 struct ButtonSet {
     unsigned int type;
     int pressed;
+    const unsigned int* ids;
     const wchar_t* texts;
 
-    friend void PrintTo(const ButtonSet& set, std::ostream* out) { *out << "type " << set.type; }
+    friend void PrintTo(const ButtonSet& set, std::ostream* out) {
+        *out << "type " << set.type << (set.ids == nullptr ? " without ids" : "");
+    }
 };
 
 class MessageBoxButtons : public testing::TestWithParam<ButtonSet> {};
 
-int WINAPI PassTypeBack(HWND, LPCWSTR, LPCWSTR, UINT type) {
+/// What the system's box was last asked to show, joined by bars.
+std::wstring shown;
+
+int WINAPI KeepTexts(HWND, const wchar_t* text, const wchar_t* caption, UINT type) {
+    shown = std::wstring(text) + L'|' + (caption == nullptr ? L"" : caption);
     return static_cast<int>(type);
+}
+
+int WINAPI ShowAnotherOnce(HWND, const wchar_t*, const wchar_t*, UINT type) {
+    return type == MB_OK ? MB_OK : CMessageBox().Run(L"", L"", MB_OK, MESSAGEBOX_NO_ERROR);
 }
 
 } // namespace
 
 TEST_P(MessageBoxButtons, Odd52OfTheOwnDialogAreTheSetOfTheTypeAndEndItUnlikeOthers) {
     CMessageBox box(nullptr, L"Text", L"Caption", GetParam().type, MESSAGEBOX_NO_ERROR);
-    box.SetResources(&kOwnDialog);
+    const CMessageBox::RESOURCES own{IDD_BOX, IDC_MESSAGE, GetParam().ids};
+    box.SetResources(&own);
     const Press press({8, GetParam().pressed});
     EXPECT_EQ(box.Run(), GetParam().pressed);
     EXPECT_EQ(press.buttonTexts, GetParam().texts);
@@ -81,55 +92,68 @@ TEST_P(MessageBoxButtons, Odd52OfTheOwnDialogAreTheSetOfTheTypeAndEndItUnlikeOth
     EXPECT_TRUE(press.centred);
 }
 
-TEST_P(MessageBoxButtons, Odd54OfTheSystemBoxEndItAndOtherHooksHearOnlyOfItsActivation) {
-    const Press press({GetParam().pressed});
-    EXPECT_EQ(CMessageBox().Run(L"Text", L"Caption", GetParam().type, MESSAGEBOX_NO_ERROR), GetParam().pressed);
-    EXPECT_EQ(press.message, L"Text");
+INSTANTIATE_TEST_SUITE_P(Types, MessageBoxButtons,
+                         testing::Values(ButtonSet{MB_OK, IDOK, kButtonTexts, L"1:Yes "},
+                                         ButtonSet{MB_OKCANCEL, IDCANCEL, kButtonTexts, L"1:Yes 2:Second "},
+                                         ButtonSet{MB_ABORTRETRYIGNORE, IDIGNORE, kButtonTexts,
+                                                   L"3:Yes 4:Second 5:Cancel "},
+                                         ButtonSet{MB_YESNOCANCEL, IDNO, kButtonTexts, L"2:Cancel 6:Yes 7:Second "},
+                                         ButtonSet{MB_YESNO, IDYES, kButtonTexts, L"6:Yes 7:Second "},
+                                         ButtonSet{MB_RETRYCANCEL, IDRETRY, kButtonTexts, L"2:Second 4:Yes "},
+                                         ButtonSet{MB_YESNOCANCEL, IDABORT, nullptr, L"2:Cancel 6:Yes 7:No "}));
+
+TEST(MessageBoxes, Odd54OtherHooksHearOnlyOfTheActivationOfTheCentredSystemBox) {
+    const Press press({IDNO});
+    EXPECT_EQ(CMessageBox().Run(L"Text", L"Caption", MB_YESNO, MESSAGEBOX_NO_ERROR), IDNO);
+    EXPECT_EQ(press.message + L'|' + press.caption, L"Text|Caption");
     EXPECT_TRUE(press.centred);
     EXPECT_EQ(press.firstCode, HCBT_ACTIVATE);
 }
 
-INSTANTIATE_TEST_SUITE_P(Types, MessageBoxButtons,
-                         testing::Values(ButtonSet{MB_OK, IDOK, L"1:Yes "},
-                                         ButtonSet{MB_OKCANCEL, IDCANCEL, L"1:Yes 2:Second "},
-                                         ButtonSet{MB_ABORTRETRYIGNORE, IDIGNORE, L"3:Yes 4:Second 5:Cancel "},
-                                         ButtonSet{MB_YESNOCANCEL, IDNO, L"2:Cancel 6:Yes 7:Second "},
-                                         ButtonSet{MB_YESNO, IDYES, L"6:Yes 7:Second "},
-                                         ButtonSet{MB_RETRYCANCEL, IDRETRY, L"2:Second 4:Yes "}));
+TEST(MessageBoxes, LeavesNoHookBehindWhenOneBoxBringsUpAnother) {
+    const ImportPatch patch(L"Tessel.dll", "MessageBoxW", &ShowAnotherOnce);
+    EXPECT_EQ(CMessageBox().Run(L"", L"", MB_YESNO, MESSAGEBOX_NO_ERROR), MB_OK);
+    const HWND window = CreateWindowW(L"Static", L"", WS_POPUP, 1, 2, 30, 40, nullptr, nullptr, nullptr, nullptr);
+    SetActiveWindow(window);
+    RECT area{};
+    GetWindowRect(window, &area);
+    EXPECT_EQ(GetActiveWindow(), window);
+    EXPECT_EQ(area.left, 1) << "centred by a hook that was left";
+    DestroyWindow(window);
+}
 
 TEST(MessageBoxes, AppendsTheTextOfAnErrorThatTheSystemKnows) {
+    const ImportPatch patch(L"Tessel.dll", "MessageBoxW", &KeepTexts);
     CMessageBox box(nullptr, L"Text ", nullptr, MB_OK, ERROR_ACCESS_DENIED);
     const CMessageBox copy(box);
-    for (CMessageBox shown : {box, copy}) {
-        const Press press({IDOK});
-        shown.Run();
-        EXPECT_TRUE(press.message.starts_with(L"Text 00000005: "));
+    for (CMessageBox each : {box, copy}) {
+        each.Run();
+        EXPECT_TRUE(shown.starts_with(L"Text 00000005: "));
     }
     for (const unsigned long error : {0xDEADBEEFUL, MESSAGEBOX_NO_ERROR}) {
-        const Press press({IDOK});
         box.Run(L"Text", nullptr, MESSAGEBOX_SAME_TYPE, error);
-        EXPECT_EQ(press.message, L"Text");
+        EXPECT_EQ(shown, L"Text|");
     }
 }
 
 TEST(MessageBoxes, ReadsTextsByNumberFromTheProgram) {
+    const ImportPatch patch(L"Tessel.dll", "MessageBoxW", &KeepTexts);
     CMessageBox box(nullptr, IDS_MESSAGE, IDS_MISSING, MB_OK, MESSAGEBOX_NO_ERROR);
-    const Press first({IDOK});
     box.Run();
-    EXPECT_EQ(first.message + L'|' + first.caption, L"Message by number|Caption text not found.");
-    const Press second({IDOK});
+    EXPECT_EQ(shown, L"Message by number|Caption text not found.");
     box.Run(IDS_MISSING, IDS_SECOND, MESSAGEBOX_SAME_TYPE, MESSAGEBOX_NO_ERROR);
-    EXPECT_EQ(second.message + L'|' + second.caption, L"Message text not found.|Second");
+    EXPECT_EQ(shown, L"Message text not found.|Second");
 }
 
 TEST(MessageBoxes, Odd53TypeWithAnIconIsForTheSystemBoxOnly) {
     Reports reports;
     CMessageBox box(nullptr, L"Text", L"Caption", MB_ICONWARNING, MESSAGEBOX_NO_ERROR);
     {
-        const ImportPatch patch(L"Tessel.dll", "MessageBoxW", &PassTypeBack);
+        const ImportPatch patch(L"Tessel.dll", "MessageBoxW", &KeepTexts);
         EXPECT_EQ(box.Run(), MB_ICONWARNING);
     }
-    box.SetResources(&kOwnDialog);
+    const CMessageBox::RESOURCES own{IDD_BOX, IDC_MESSAGE, kButtonTexts};
+    box.SetResources(&own);
     const Press press({IDYES});
     EXPECT_EQ(box.Run(), IDYES);
     EXPECT_EQ(press.buttonTexts, L"");
