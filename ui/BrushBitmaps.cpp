@@ -39,6 +39,7 @@ class Selected {
 public:
     Selected(HDC context, HGDIOBJ object) : m_context(context), m_former(SelectObject(context, object)) {}
     ~Selected() { (void)SelectObject(m_context, m_former); } // it was selected before, so it can be again
+    bool IsDone() const { return m_former != nullptr; }
     Selected(const Selected&) = delete;
     Selected& operator=(const Selected&) = delete;
 
@@ -64,21 +65,27 @@ Bitmap EmptyPicture(SIZE size) {
     return Bitmap(CreateCompatibleBitmap(display.get(), size.cx, size.cy));
 }
 
-/// Lays one bitmap on another, in the caller's contexts.
-Bitmap Compose(const Bitmap& base, const Bitmap& icon, POINT place, HDC hdcDest, HDC hdcSource) {
+bool Copy(const Bitmap& base, HDC hdcDest, HDC hdcSource) {
     const SIZE size = SizeOf(base);
-    const SIZE iconSize = SizeOf(icon);
-    Bitmap canvas = EmptyPicture(size);
-    const Selected target(hdcDest, canvas.get());
-    bool done = false;
-    {
-        const Selected source(hdcSource, base.get());
-        done = BitBlt(hdcDest, 0, 0, size.cx, size.cy, hdcSource, 0, 0, SRCCOPY) != 0;
-    }
+    const Selected source(hdcSource, base.get());
+    return source.IsDone() && BitBlt(hdcDest, 0, 0, size.cx, size.cy, hdcSource, 0, 0, SRCCOPY);
+}
+
+bool LayOn(const Bitmap& icon, POINT place, HDC hdcDest, HDC hdcSource) {
+    const SIZE size = SizeOf(icon);
+    const POINT corners[] = {place, {place.x + size.cx, place.y}, {place.x, place.y + size.cy}};
     const Selected source(hdcSource, icon.get());
-    const POINT corners[] = {place, {place.x + iconSize.cx, place.y}, {place.x, place.y + iconSize.cy}};
-    done = done && PlgBlt(hdcDest, corners, hdcSource, 0, 0, iconSize.cx, iconSize.cy, nullptr, 0, 0) != 0;
-    return done ? std::move(canvas) : nullptr;
+    return source.IsDone() && PlgBlt(hdcDest, corners, hdcSource, 0, 0, size.cx, size.cy, nullptr, 0, 0);
+}
+
+/// Lays one bitmap on another, in the caller's contexts.
+/// @return null when that fails, also for contexts that take no bitmap and for one that is lent as both
+Bitmap Compose(const Bitmap& base, const Bitmap& icon, POINT place, HDC hdcDest, HDC hdcSource) {
+    if (hdcDest == hdcSource) return nullptr;
+    Bitmap canvas = EmptyPicture(SizeOf(base));
+    const Selected target(hdcDest, canvas.get());
+    if (!target.IsDone() || !Copy(base, hdcDest, hdcSource) || !LayOn(icon, place, hdcDest, hdcSource)) return nullptr;
+    return canvas;
 }
 
 /// The same pattern with its origin moved, as a new brush in the display's colours.

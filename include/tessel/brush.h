@@ -67,8 +67,9 @@ public:
     /// Adds a brush made of two bitmaps, always as a new entry, with the first one's resource id as its key.
     ///
     /// The first bitmap is copied, the second one is laid on it and cut at its borders, and the whole is shifted
-    /// to the origin of the pattern. The work is done in memory device contexts of the display; those that a
-    /// caller lends have the objects that were selected in them again on return.
+    /// to the origin of the pattern. The work is done in two memory device contexts of the display. Those that a
+    /// caller lends are to have the origins, mapping and colours of a new one; on return they have the objects that
+    /// were selected in them again.
     /// @param instance   module with the bitmaps; stays loaded for as long as copies are asked for
     /// @param id         resource id of the first bitmap
     /// @param x          origin of the pattern, pixels to the right
@@ -77,8 +78,9 @@ public:
     /// @param iconX      its left edge on the first bitmap, pixels
     /// @param iconY      its top edge on the first bitmap, pixels
     /// @param hdcDest    memory device context to compose in, the caller's; null: one is made on "DISPLAY"
-    /// @param hdcSource  memory device context to copy from, the caller's; null: one is made on "DISPLAY"
-    /// @return the index; -1: a bitmap cannot be loaded, a context cannot be made (reported), or no memory
+    /// @param hdcSource  another one to copy from, the caller's; null: one is made on "DISPLAY"
+    /// @return the index; -1: a bitmap cannot be loaded, a context cannot be made (reported), those lent are no
+    ///         memory device contexts or one and the same, or no memory
     int AddBitmapIcon(HINSTANCE instance, unsigned int id, int x, int y, unsigned int iconId, int iconX, int iconY,
                       HDC hdcDest, HDC hdcSource);
 

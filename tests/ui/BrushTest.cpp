@@ -77,9 +77,10 @@ TEST_F(Brush, KeepsAddedBrushesAndPatternsApartFromColours) {
     EXPECT_EQ(table.GetRefId(0), CI_TRANSPARENT);
     EXPECT_EQ(table.IsColor(0), 0);
     EXPECT_EQ(table.Add(RGB(0, 0, 0)), 1);
-    const unsigned char bits[64] = {};
-    EXPECT_EQ(table.Add(8, 8, bits), 2);
-    EXPECT_EQ(table.Add(8, 8, bits), 3);
+    const unsigned char bits[] = {0, 255, 0, 0, 255, 255, 0, 255};
+    EXPECT_EQ(table.Add(4, 2, bits), 2);
+    EXPECT_EQ(Paint(table.GetBrush(2)), "kWkkWWkW");
+    EXPECT_EQ(table.Add(4, 2, bits), 3);
     EXPECT_EQ(table.GetBrushIndex(1234), 2);
 }
 
@@ -124,13 +125,42 @@ TEST_F(Brush, BitmapIsShiftedAndCopiedForOtherOffsets) {
 }
 
 TEST_F(Brush, BitmapIconIsLaidOnItsBitmapAndShiftedWithIt) {
-    const HDC dest = CreateCompatibleDC(nullptr);
-    const int plain = table.AddBitmapIcon(kModule, IDB_BASE, 0, 0, IDB_ICON, 1, 1, dest, nullptr);
+    const int plain = table.AddBitmapIcon(kModule, IDB_BASE, 0, 0, IDB_ICON, 1, 1, nullptr, nullptr);
     EXPECT_EQ(Paint(table.GetBrush(plain)), "RGBWkYAk");
     EXPECT_EQ(table.GetBitmapIconBrushIndex(kModule, IDB_BASE, 4, 0, IDB_ICON, 1, 1, nullptr, nullptr), plain);
     const int cut = table.GetBitmapIconBrushIndex(kModule, IDB_BASE, 1, 0, IDB_ICON, 3, 0, nullptr, nullptr);
     EXPECT_EQ(Paint(table.GetBrush(cut)), "YRGBkkkk");
-    DeleteDC(dest);
+}
+
+TEST_F(Brush, BitmapIconIsComposedInLentMemoryContextsOnly) {
+    const HDC lent = CreateCompatibleDC(nullptr);
+    const HDC screen = GetDC(nullptr);
+    const HGDIOBJ former = GetCurrentObject(lent, OBJ_BITMAP);
+    const std::tuple<HDC, HDC, int> rows[] = {
+        {lent, nullptr, 0}, {nullptr, lent, 1}, {lent, lent, -1}, {screen, lent, -1}, {lent, screen, -1},
+    };
+    for (const auto& [dest, source, index] : rows) {
+        EXPECT_EQ(table.AddBitmapIcon(kModule, IDB_BASE, 0, 0, IDB_ICON, 1, 1, dest, source), index);
+        if (index >= 0) {
+            EXPECT_EQ(Paint(table.GetBrush(index)), "RGBWkYAk");
+        }
+        EXPECT_EQ(GetCurrentObject(lent, OBJ_BITMAP), former);
+    }
+    ReleaseDC(nullptr, screen);
+    DeleteDC(lent);
+}
+
+TEST(Palette, CopiesHaveTheColoursAndAHandleOfTheirOwn) {
+    COrcaPalette first;
+    {
+        COrcaPalette copy(first);
+        EXPECT_NE(copy.GetPalette(), first.GetPalette());
+        first = copy;
+    }
+    PALETTEENTRY entry{};
+    EXPECT_EQ(GetPaletteEntries(first.GetPalette(), CI_TEAL, 1, &entry), 1u);
+    EXPECT_EQ(RGB(entry.peRed, entry.peGreen, entry.peBlue), first.GetColor(CI_TEAL));
+    EXPECT_EQ(first.GetColor(CI_COUNT), 0u);
 }
 
 TEST_F(Brush, ReportsWhatTheSystemDoesNotGive) {
