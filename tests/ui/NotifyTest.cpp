@@ -156,6 +156,11 @@ const Control kControls[] = {
 
 using NotifyControls = testing::TestWithParam<Control>;
 
+LRESULT CALLBACK ReleaseAsItAnswers(HWND list, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR self) {
+    if (message == LB_ITEMFROMPOINT) reinterpret_cast<FormatSysMsg*>(self)->ReleaseListBoxMove(list);
+    return DefSubclassProc(list, message, wParam, lParam);
+}
+
 DWORD WINAPI TimeOut(HANDLE, DWORD timeoutMs, BOOL) {
     EXPECT_EQ(timeoutMs, 100u);
     return WAIT_TIMEOUT;
@@ -256,6 +261,17 @@ TEST_F(Notify, FocusFollowsThePointerAndPlacesTheCaret) {
     EXPECT_EQ(FieldsOf(*Point(line)), Fields(2, 25, window, line, 77, 1, 0, 0, 0, 0));
     EXPECT_EQ(GetFocus(), text);
     FormatSysMsg::SetCommonDlgActive(0);
+}
+
+TEST_F(Notify, ListBoxThatIsReleasedWhileItAnswersIsNotSnappedTo) {
+    const HWND list = host.Add(L"ListBox");
+    Send(LB_ADDSTRING, 0, L"a")(list);
+    host.formatter.RegisterListBoxMove(list);
+    SetWindowSubclass(list, &ReleaseAsItAnswers, 0, reinterpret_cast<DWORD_PTR>(&host.formatter));
+    SetCursorPos(45, 45);
+    Point(list);
+    EXPECT_EQ(host.formatter.GetCursor(list), -1);
+    EXPECT_EQ(SendMessageW(list, LB_GETCURSEL, 0, 0), LB_ERR);
 }
 
 TEST_F(Notify, Odd30And33ThePointerSnapsToTheItemsOfARegisteredListBox) {
