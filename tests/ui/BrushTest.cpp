@@ -6,6 +6,8 @@
 #include <tessel/brush.h>
 #include <tessel/status.h>
 
+#include <tuple>
+
 namespace {
 
 const HINSTANCE kModule = GetModuleHandleW(nullptr);

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <tessel/messagebox.h>
 
+#include <tuple>
+
 namespace {
 
 std::wstring TextOf(HWND window) {
@@ -54,19 +56,6 @@ private:
 
 constexpr unsigned int kButtonTexts[] = {IDS_MISSING, IDS_SECOND, IDS_MISSING};
 
-struct ButtonSet {
-    unsigned int type;
-    int pressed;
-    const unsigned int* ids;
-    const wchar_t* texts;
-
-    friend void PrintTo(const ButtonSet& set, std::ostream* out) {
-        *out << "type " << set.type << (set.ids == nullptr ? " without ids" : "");
-    }
-};
-
-class MessageBoxButtons : public testing::TestWithParam<ButtonSet> {};
-
 /// What the system's box was last asked to show, joined by bars.
 std::wstring shown;
 
@@ -81,26 +70,30 @@ int WINAPI ShowAnotherOnce(HWND, const wchar_t*, const wchar_t*, UINT type) {
 
 } // namespace
 
-TEST_P(MessageBoxButtons, Odd52OfTheOwnDialogAreTheSetOfTheTypeAndEndItUnlikeOthers) {
-    CMessageBox box(nullptr, L"Text", L"Caption", GetParam().type, MESSAGEBOX_NO_ERROR);
-    const CMessageBox::RESOURCES own{IDD_BOX, IDC_MESSAGE, GetParam().ids};
-    box.SetResources(&own);
-    const Press press({8, GetParam().pressed});
-    EXPECT_EQ(box.Run(), GetParam().pressed);
-    EXPECT_EQ(press.buttonTexts, GetParam().texts);
-    EXPECT_EQ(press.message + L'|' + press.caption, L"Text|Caption");
-    EXPECT_TRUE(press.centred);
+TEST(MessageBoxes, Odd52And53OwnDialogHasTheButtonsOfThePlainTypesAndEndsWithOneOfThem) {
+    const std::tuple<unsigned int, int, const unsigned int*, const wchar_t*> rows[] = {
+        {MB_OK, IDOK, kButtonTexts, L"1:Yes "},
+        {MB_OKCANCEL, IDCANCEL, kButtonTexts, L"1:Yes 2:Second "},
+        {MB_ABORTRETRYIGNORE, IDIGNORE, kButtonTexts, L"3:Yes 4:Second 5:Cancel "},
+        {MB_YESNOCANCEL, IDNO, kButtonTexts, L"2:Cancel 6:Yes 7:Second "},
+        {MB_YESNO, IDYES, kButtonTexts, L"6:Yes 7:Second "},
+        {MB_RETRYCANCEL, IDRETRY, kButtonTexts, L"2:Second 4:Yes "},
+        {MB_YESNOCANCEL, IDABORT, nullptr, L"2:Cancel 6:Yes 7:No "},
+        {MB_ICONWARNING, IDYES, kButtonTexts, L""},
+    };
+    Reports reports;
+    for (const auto& [type, pressed, ids, texts] : rows) {
+        CMessageBox box(nullptr, L"Text", L"Caption", type, MESSAGEBOX_NO_ERROR);
+        const CMessageBox::RESOURCES own{IDD_BOX, IDC_MESSAGE, ids};
+        box.SetResources(&own);
+        const Press press({8, pressed});
+        EXPECT_EQ(box.Run(), pressed) << type;
+        EXPECT_EQ(press.buttonTexts, texts) << type;
+        EXPECT_EQ(press.message + L'|' + press.caption, L"Text|Caption");
+        EXPECT_TRUE(press.centred);
+    }
+    EXPECT_EQ(reports.Take(), Texts{"MessageBox:289 Unsupported MessageBox type!"});
 }
-
-INSTANTIATE_TEST_SUITE_P(Types, MessageBoxButtons,
-                         testing::Values(ButtonSet{MB_OK, IDOK, kButtonTexts, L"1:Yes "},
-                                         ButtonSet{MB_OKCANCEL, IDCANCEL, kButtonTexts, L"1:Yes 2:Second "},
-                                         ButtonSet{MB_ABORTRETRYIGNORE, IDIGNORE, kButtonTexts,
-                                                   L"3:Yes 4:Second 5:Cancel "},
-                                         ButtonSet{MB_YESNOCANCEL, IDNO, kButtonTexts, L"2:Cancel 6:Yes 7:Second "},
-                                         ButtonSet{MB_YESNO, IDYES, kButtonTexts, L"6:Yes 7:Second "},
-                                         ButtonSet{MB_RETRYCANCEL, IDRETRY, kButtonTexts, L"2:Second 4:Yes "},
-                                         ButtonSet{MB_YESNOCANCEL, IDABORT, nullptr, L"2:Cancel 6:Yes 7:No "}));
 
 TEST(MessageBoxes, Odd54OtherHooksHearOnlyOfTheActivationOfTheCentredSystemBox) {
     const Press press({IDNO});
@@ -124,10 +117,10 @@ TEST(MessageBoxes, LeavesNoHookBehindWhenOneBoxBringsUpAnother) {
 
 TEST(MessageBoxes, AppendsTheTextOfAnErrorThatTheSystemKnows) {
     const ImportPatch patch(L"Tessel.dll", "MessageBoxW", &KeepTexts);
-    CMessageBox box(nullptr, L"Text ", nullptr, MB_OK, ERROR_ACCESS_DENIED);
+    CMessageBox box(nullptr, L"Text ", nullptr, MB_ICONWARNING, ERROR_ACCESS_DENIED);
     const CMessageBox copy(box);
     for (CMessageBox each : {box, copy}) {
-        each.Run();
+        EXPECT_EQ(each.Run(), MB_ICONWARNING);
         EXPECT_TRUE(shown.starts_with(L"Text 00000005: "));
     }
     for (const unsigned long error : {0xDEADBEEFUL, MESSAGEBOX_NO_ERROR}) {
@@ -143,19 +136,4 @@ TEST(MessageBoxes, ReadsTextsByNumberFromTheProgram) {
     EXPECT_EQ(shown, L"Message by number|Caption text not found.");
     box.Run(IDS_MISSING, IDS_SECOND, MESSAGEBOX_SAME_TYPE, MESSAGEBOX_NO_ERROR);
     EXPECT_EQ(shown, L"Message text not found.|Second");
-}
-
-TEST(MessageBoxes, Odd53TypeWithAnIconIsForTheSystemBoxOnly) {
-    Reports reports;
-    CMessageBox box(nullptr, L"Text", L"Caption", MB_ICONWARNING, MESSAGEBOX_NO_ERROR);
-    {
-        const ImportPatch patch(L"Tessel.dll", "MessageBoxW", &KeepTexts);
-        EXPECT_EQ(box.Run(), MB_ICONWARNING);
-    }
-    const CMessageBox::RESOURCES own{IDD_BOX, IDC_MESSAGE, kButtonTexts};
-    box.SetResources(&own);
-    const Press press({IDYES});
-    EXPECT_EQ(box.Run(), IDYES);
-    EXPECT_EQ(press.buttonTexts, L"");
-    EXPECT_EQ(reports.Take(), Texts{"MessageBox:289 Unsupported MessageBox type!"});
 }
