@@ -1,13 +1,19 @@
 # Medians as a table; the line of a "/Tessel" benchmark carries its ratio to the "/Bare" one of the same kind.
-def time_us: .real_time / 1000 * 100 | round / 100;
+# Times of less than 10 microseconds are told in nanoseconds, unless they belong to a pair.
+def rounded(places): pow(10; places) as $unit | . * $unit | round / $unit;
+def paired: .run_name | test("/(Tessel|Bare)");
+def time:
+  if paired or .real_time >= 10000 then "\(.real_time / 1000 | rounded(2)) us"
+  elif .real_time >= 100 then "\(.real_time | round) ns"
+  else "\(.real_time | rounded(1)) ns" end;
 
 [.benchmarks[] | select(.aggregate_name == "median")] | sort_by(.family_index, .per_family_instance_index) as $medians
 | ($medians | map({(.run_name): .real_time}) | add) as $times
-| ["benchmark", "microseconds", "ratio to bare"],
+| ["benchmark", "time", "ratio to bare"],
   ($medians[]
    | ($times[.run_name | sub("/Tessel"; "/Bare")]) as $bare
    | [ (.run_name | sub("/real_time"; "")),
-       (time_us | tostring),
+       time,
        if (.run_name | contains("/Tessel")) and ($bare != null)
-       then (.real_time / $bare * 1000 | round / 1000 | tostring) else "-" end ])
+       then (.real_time / $bare | rounded(3) | tostring) else "-" end ])
 | @tsv

@@ -41,8 +41,17 @@ void KnownColor(benchmark::State& state) {
     if (table.Brushes().Add(color) != table.Last()) state.SkipWithError("the colour was added again");
 }
 
+void KnownPaletteColor(benchmark::State& state) {
+    CBrush brushes;
+    const int index = brushes.Add(CI_RED);
+    for (auto _ : state) benchmark::DoNotOptimize(brushes.Add(CI_RED));
+    if (brushes.Add(CI_RED) != index) state.SkipWithError("the colour was added again");
+    brushes.RemoveAll();
+}
+
 BENCHMARK(ByIndex)->Name("Brush by index, entries")->Arg(10)->Arg(1000)->UseRealTime();
 BENCHMARK(ByKey)->Name("Brush by key, entries")->Arg(10)->Arg(1000)->UseRealTime();
 BENCHMARK(KnownColor)->Name("Brush of a known colour, entries")->Arg(10)->Arg(1000)->UseRealTime();
+BENCHMARK(KnownPaletteColor)->Name("Brush of a known palette colour")->UseRealTime();
 
 } // namespace

@@ -60,12 +60,10 @@ void SetListBox(Controls& controls, int index) {
     SendMessageW(listBox, LB_SETCURSEL, static_cast<WPARAM>(index), 0);
 }
 
-/// The text's length first: the list box copies the whole text, however long.
 void GetListBox(Controls& controls, int index) {
     const HWND listBox = controls.Bare(kListBox);
     const auto item = static_cast<WPARAM>(index);
     controls.data = SendMessageW(listBox, LB_GETITEMDATA, item, 0);
-    if (SendMessageW(listBox, LB_GETTEXTLEN, item, 0) >= 100) return;
     SendMessageW(listBox, LB_GETTEXT, item, reinterpret_cast<LPARAM>(controls.text));
 }
 
