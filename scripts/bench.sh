@@ -38,6 +38,7 @@ timeout 3000 wine "$build/$preset/bin/tessel_bench.exe" --benchmark_filter="${1:
     --benchmark_repetitions=15 --benchmark_enable_random_interleaving=true --benchmark_min_time=0.1 \
     --benchmark_report_aggregates_only=true --benchmark_out="$(windows_path "$results")" --benchmark_out_format=json \
     >"$build/bench.log" 2>&1 || fail "the benchmarks failed (log: build/bench.log)"
+if grep -q '"error_occurred": true' "$results"; then fail "a benchmark found a fault (log: build/bench.log)"; fi
 
 printf 'Processor: %s; %s, %s-bit\n\n' "$(sed -n 's/^model name\t: //p;T;q' /proc/cpuinfo)" "$(wine --version)" "${preset#win}"
 jq -r -f "$root/scripts/bench-report.jq" "$results" | column -t -s $'\t' -R 2,3
