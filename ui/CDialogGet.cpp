@@ -47,6 +47,9 @@ struct DIALOG_INTERFACE::Commands::Getting {
 
     static bool Item(DIALOG_INTERFACE& dialog, wchar_t* text) {
         dialog.Data = dialog.Send(Messages(dialog).getData, dialog.Index);
+        const std::size_t room = TextRoom(dialog, dialog.Index);
+        if (room == 0) return false;
+        if (room <= static_cast<std::size_t>(dialog.BufferLen)) return ReadText(dialog, dialog.Index, text, room);
         const auto item = ItemText(dialog, dialog.Index);
         CopyCut(text, dialog.BufferLen, item.get());
         return item != nullptr;

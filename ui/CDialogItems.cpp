@@ -61,12 +61,21 @@ void DIALOG_INTERFACE::Commands::MoveGauge(const DIALOG_INTERFACE& dialog, int p
 
 // GUARD-42: the control copies a whole text whatever room there is, so it gets a buffer of that length; an item
 // without a text is copied as a number.
-std::unique_ptr<wchar_t[]> DIALOG_INTERFACE::Commands::ItemText(const DIALOG_INTERFACE& dialog, int index) {
+std::size_t DIALOG_INTERFACE::Commands::TextRoom(const DIALOG_INTERFACE& dialog, int index) {
     const LRESULT length = dialog.Send(Messages(dialog).getTextLength, index);
-    if (length < 0) return nullptr;
-    const std::size_t room = std::max(static_cast<std::size_t>(length), sizeof(ULONG_PTR)) + 1;
-    std::unique_ptr<wchar_t[]> text(new (std::nothrow) wchar_t[room]());
-    if (text != nullptr && dialog.SendData(Messages(dialog).getText, index, text.get()) < 0) text.reset();
+    return length < 0 ? 0 : std::max(static_cast<std::size_t>(length), sizeof(ULONG_PTR)) + 1;
+}
+
+bool DIALOG_INTERFACE::Commands::ReadText(const DIALOG_INTERFACE& dialog, int index, wchar_t* text, std::size_t room) {
+    std::fill_n(text, room, L'\0'); // a number brings no terminator
+    return dialog.SendData(Messages(dialog).getText, index, text) >= 0;
+}
+
+std::unique_ptr<wchar_t[]> DIALOG_INTERFACE::Commands::ItemText(const DIALOG_INTERFACE& dialog, int index) {
+    const std::size_t room = TextRoom(dialog, index);
+    if (room == 0) return nullptr;
+    std::unique_ptr<wchar_t[]> text(new (std::nothrow) wchar_t[room]);
+    if (text != nullptr && !ReadText(dialog, index, text.get(), room)) text.reset();
     return text;
 }
 

@@ -49,6 +49,10 @@ struct DIALOG_INTERFACE::Commands {
     static int ReadGauge(const DIALOG_INTERFACE& dialog);
     static void MoveGauge(const DIALOG_INTERFACE& dialog, int position);
 
+    /// Characters that the text of a list-box or combo-box item needs, terminator included. @return 0: no such item
+    static std::size_t TextRoom(const DIALOG_INTERFACE& dialog, int index);
+    /// Reads the text into a buffer with that much room. @return false: no such item
+    static bool ReadText(const DIALOG_INTERFACE& dialog, int index, wchar_t* text, std::size_t room);
     /// The whole text of a list-box or combo-box item, however long. @return null: no such item, or no memory
     static std::unique_ptr<wchar_t[]> ItemText(const DIALOG_INTERFACE& dialog, int index);
 
