@@ -1,3 +1,4 @@
+#include <foundation/Permit.h>
 #include <tessel/synchronisation.h>
 
 #include <algorithm>
@@ -18,25 +19,12 @@ namespace {
 
 constexpr unsigned long kNotSignalled = 0xFFFFFFFF;
 
-class Locked {
-public:
-    explicit Locked(CThreadLock& lock) : m_lock(lock), m_held(lock.Lock(INFINITE) == 0) {}
-    ~Locked() {
-        if (m_held) (void)m_lock.Unlock(); // held until now
-    }
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
-
-private:
-    CThreadLock& m_lock;
-    bool m_held; // not when a destroyed copy has closed the lock
-};
-
 /// The handles as they were when a wait began; what the system can wait for needs no allocation.
 class HandleCopy {
 public:
     HandleCopy(CThreadLock& lock, const unsigned long& count, HANDLE* const& handles) {
-        const Locked locked(lock);
+        // Not held when a destroyed copy has closed the lock; the handles are then taken all the same.
+        const tessel::Permit locked(lock, INFINITE);
         m_count = count;
         if (m_count > MAXIMUM_WAIT_OBJECTS) m_large.reset(new (std::nothrow) HANDLE[m_count]);
         if (Handles() != nullptr) std::copy_n(handles, m_count, Handles());
@@ -84,7 +72,7 @@ CWait::~CWait() {
 }
 
 void CWait::CopyHandles(const CWait& other) {
-    const Locked locked(other.m_Lock);
+    const tessel::Permit locked(other.m_Lock, INFINITE);
     HANDLE* const copy = CopyOf(other.m_pHandles, other.m_ulCount, other.m_ulCount);
     delete[] m_pHandles;
     m_pHandles = copy;
@@ -108,7 +96,7 @@ void CWait::DeleteObject(const CSemaphore& object) {
 }
 
 void CWait::Add(HANDLE handle) {
-    const Locked locked(m_Lock);
+    const tessel::Permit locked(m_Lock, INFINITE);
     HANDLE* const longer = CopyOf(m_pHandles, m_ulCount, m_ulCount + 1);
     if (longer == nullptr) return;
     longer[m_ulCount] = handle;
@@ -118,7 +106,7 @@ void CWait::Add(HANDLE handle) {
 }
 
 void CWait::Delete(HANDLE handle) {
-    const Locked locked(m_Lock);
+    const tessel::Permit locked(m_Lock, INFINITE);
     HANDLE* const end = m_pHandles + m_ulCount;
     HANDLE* const found = std::find(m_pHandles, end, handle);
     if (found == end) return;

@@ -21,23 +21,9 @@ struct DialogInterfaceLayout {
 
 namespace {
 
-constexpr tessel::ControlClass kControlClasses[] = {
-    {L"Button", FT_BUTTON},
-    {L"Edit", FT_EDIT},
-    {L"ListBox", FT_LISTBOX},
-    {L"ComboBox", FT_COMBOBOX},
-    {L"Static", FT_STATIC},
-    {L"msctls_trackbar32", FT_SLIDER},
-    {L"msctls_progress32", FT_PROGRESSBAR},
-    {L"ScrollBar", FT_SCROLLBAR},
-    {L"SysTabControl32", FT_TAB},
-    {L"SysListView32", FT_LISTVIEW},
-    {L"RichEdit20W", FT_RICHEDIT},
-};
-
 /// GUARD-45: a list view that outlives the image list would draw from freed memory.
 BOOL CALLBACK TakeImagesAway(HWND hWnd, LPARAM images) {
-    if (tessel::ClassifyControl(hWnd, kControlClasses) == FT_LISTVIEW &&
+    if (tessel::ClassifyControl(hWnd) == FT_LISTVIEW &&
         SendMessageW(hWnd, LVM_GETIMAGELIST, LVSIL_SMALL, 0) == images) {
         SendMessageW(hWnd, LVM_SETIMAGELIST, LVSIL_SMALL, 0);
     }
@@ -120,8 +106,10 @@ HWND DIALOG_INTERFACE::GetHandle() {
     return hDialog;
 }
 
+/// Tree views and headers count as unknown: no command has a part of its own for them.
 FIELD_TYPE DIALOG_INTERFACE::ControlType(HWND hWnd) {
-    return tessel::ClassifyControl(hWnd, kControlClasses);
+    const FIELD_TYPE type = tessel::ClassifyControl(hWnd);
+    return type == FT_TREEVIEW || type == FT_HEADER ? FT_UNKNOWN : type;
 }
 
 /// Makes an item the selected control, or the dialog itself when it has no such item.

@@ -1,3 +1,4 @@
+#include <foundation/Permit.h>
 #include <tessel/cursor.h>
 #include <tessel/notify.h>
 
@@ -14,22 +15,6 @@ struct hWndStoreLayout {
 namespace {
 
 constexpr unsigned long kLockTimeoutMs = 100;
-
-/// Holds the list-box lock, unless it was not to be had in time.
-class Locked {
-public:
-    explicit Locked(CSemaphore& lock) : m_lock(lock), m_held(lock.WaitOnSemaphore(kLockTimeoutMs) == 0) {}
-    ~Locked() {
-        if (m_held) (void)m_lock.ReleaseSemaphoreA(); // held until now
-    }
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
-    explicit operator bool() const { return m_held; }
-
-private:
-    CSemaphore& m_lock;
-    bool m_held;
-};
 
 int Ask(HWND hListBox, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
     return static_cast<int>(SendMessageW(hListBox, message, wParam, lParam));
@@ -54,7 +39,7 @@ int FormatSysMsg::GetCursor(HWND hListBox) {
 }
 
 void FormatSysMsg::RegisterListBoxMove(HWND hListBox) {
-    const Locked locked(*m_pListBoxLock);
+    const tessel::Permit locked(*m_pListBoxLock, kLockTimeoutMs);
     if (!locked) return;
     try {
         auto store = std::make_unique<hWndStore>(hListBox);
@@ -67,7 +52,7 @@ void FormatSysMsg::RegisterListBoxMove(HWND hListBox) {
 }
 
 void FormatSysMsg::ReleaseListBoxMove(HWND hListBox) {
-    const Locked locked(*m_pListBoxLock);
+    const tessel::Permit locked(*m_pListBoxLock, kLockTimeoutMs);
     hWndStore* store = nullptr;
     if (!locked || !ListBoxMoveMap.Lookup(hListBox, store)) return;
     (void)ListBoxMoveMap.RemoveKey(hListBox); // just found

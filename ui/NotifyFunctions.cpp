@@ -4,6 +4,7 @@
 #include <commctrl.h>
 
 #include <algorithm>
+#include <iterator>
 #include <span>
 
 namespace {
@@ -11,22 +12,6 @@ namespace {
 struct CodeFunction {
     unsigned int code;
     MSG_FUNCTION function;
-};
-
-constexpr tessel::ControlClass kClasses[] = {
-    {L"Button", FT_BUTTON},
-    {L"Edit", FT_EDIT},
-    {L"ListBox", FT_LISTBOX},
-    {L"ComboBox", FT_COMBOBOX},
-    {L"Static", FT_STATIC},
-    {L"msctls_trackbar32", FT_SLIDER},
-    {L"msctls_progress32", FT_PROGRESSBAR},
-    {L"ScrollBar", FT_SCROLLBAR},
-    {L"SysTabControl32", FT_TAB},
-    {L"SysTreeView32", FT_TREEVIEW},
-    {L"SysListView32", FT_LISTVIEW},
-    {L"RichEdit20W", FT_RICHEDIT},
-    {L"SysHeader32", FT_HEADER},
 };
 
 // ODD-31: a tab that is changing updates and one that has changed changes, the reverse of the tree and list views.
@@ -107,7 +92,7 @@ MSG_FUNCTION Find(std::span<const CodeFunction> codes, int code) {
 } // namespace
 
 FIELD_TYPE FormatSysMsg::ControlType(HWND hWnd) {
-    return tessel::ClassifyControl(hWnd, kClasses);
+    return tessel::ClassifyControl(hWnd);
 }
 
 MSG_FUNCTION FormatSysMsg::GetFunctionID(HWND hCtrl, int code) {
