@@ -27,17 +27,6 @@ struct FormatSysMsgLayout {
 
 namespace {
 
-struct MouseMessage {
-    UINT message;
-    MSG_FUNCTION function;
-};
-
-constexpr MouseMessage kMouseMessages[] = {
-    {WM_MOUSEMOVE, FN_MOUSEMOVE},         {WM_LBUTTONDOWN, FN_LBUTTONDOWN},     {WM_RBUTTONDOWN, FN_RBUTTONDOWN},
-    {WM_MBUTTONDOWN, FN_MBUTTONDOWN},     {WM_LBUTTONDBLCLK, FN_LBUTTONDBLCLK}, {WM_RBUTTONDBLCLK, FN_RBUTTONDBLCLK},
-    {WM_MBUTTONDBLCLK, FN_MBUTTONDBLCLK},
-};
-
 constexpr int kAcceleratorCode = 1;
 /// A character position that no text reaches.
 constexpr DWORD kBehindText = 0xFFFF0000;
@@ -56,7 +45,8 @@ struct FormatSysMsg::Translation {
     UINT message;
     WPARAM wParam;
     LPARAM lParam;
-    NOTIFY notify;
+    NOTIFY notify{};
+    MSG_FUNCTION mouse = FN_NONE; ///< what a mouse message does, unless the pointer enters or leaves a child
 
     void Translate();
 
@@ -179,18 +169,12 @@ private:
             Fill(NK_MOUSE, FN_KILLFOCUS, LastHoverChild);
             LastHoverChild = nullptr;
         } else {
-            Fill(NK_MOUSE, LastHoverChild == nullptr ? FN_SETFOCUS : MouseFunction(), child);
+            Fill(NK_MOUSE, LastHoverChild == nullptr ? FN_SETFOCUS : mouse, child);
             notify.Data1 = static_cast<LPARAM>(wParam);
             LastHoverChild = child;
         }
         notify.Data2Lo = x;
         notify.Data2Hi = y;
-    }
-
-    MSG_FUNCTION MouseFunction() const {
-        return std::find_if(std::begin(kMouseMessages), std::end(kMouseMessages),
-                            [this](const MouseMessage& mouse) { return mouse.message == message; })
-            ->function;
     }
 
     void Application() {
@@ -204,6 +188,7 @@ void FormatSysMsg::Translation::Translate() {
     static constexpr struct {
         UINT message;
         void (Translation::*translate)();
+        MSG_FUNCTION mouse = FN_NONE;
     } kMessages[] = {
         {WM_ACTIVATE, &Translation::Activate},
         {WM_PAINT, &Translation::Paint},
@@ -217,25 +202,27 @@ void FormatSysMsg::Translation::Translate() {
         {WM_TIMER, &Translation::Timer},
         {WM_HSCROLL, &Translation::Scroll},
         {WM_VSCROLL, &Translation::Scroll},
-        {WM_MOUSEMOVE, &Translation::Mouse},
-        {WM_LBUTTONDOWN, &Translation::Mouse},
-        {WM_LBUTTONDBLCLK, &Translation::Mouse},
-        {WM_RBUTTONDOWN, &Translation::Mouse},
-        {WM_RBUTTONDBLCLK, &Translation::Mouse},
-        {WM_MBUTTONDOWN, &Translation::Mouse},
-        {WM_MBUTTONDBLCLK, &Translation::Mouse},
+        {WM_MOUSEMOVE, &Translation::Mouse, FN_MOUSEMOVE},
+        {WM_LBUTTONDOWN, &Translation::Mouse, FN_LBUTTONDOWN},
+        {WM_LBUTTONDBLCLK, &Translation::Mouse, FN_LBUTTONDBLCLK},
+        {WM_RBUTTONDOWN, &Translation::Mouse, FN_RBUTTONDOWN},
+        {WM_RBUTTONDBLCLK, &Translation::Mouse, FN_RBUTTONDBLCLK},
+        {WM_MBUTTONDOWN, &Translation::Mouse, FN_MBUTTONDOWN},
+        {WM_MBUTTONDBLCLK, &Translation::Mouse, FN_MBUTTONDBLCLK},
         {MAILBOX_NOTIFICATION, &Translation::Application},
     };
     const auto found = std::find_if(std::begin(kMessages), std::end(kMessages),
                                     [this](const auto& candidate) { return candidate.message == message; });
-    if (found != std::end(kMessages)) (this->*found->translate)();
+    if (found == std::end(kMessages)) return;
+    mouse = found->mouse;
+    (this->*found->translate)();
 }
 
 FormatSysMsg::FormatSysMsg() : m_Notify{}, m_pListBoxLock(&ListBoxLock) {}
 
 NOTIFY* FormatSysMsg::NaturalizeMsg(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
     m_Notify = {};
-    Translation translation{*this, hWnd, message, wParam, lParam, {}};
+    Translation translation{*this, hWnd, message, wParam, lParam};
     translation.Translate();
     m_Notify = translation.notify;
     return m_Notify.Kind == 0 ? nullptr : &m_Notify;
