@@ -9,16 +9,16 @@ namespace {
 constexpr int kImageWidth = 6;
 constexpr int kImageHeight = 14;
 
-/// Adds the bitmaps up to the first that is not there. @return whether all of them were added
+/// Adds the bitmaps up to the first that does not load. @return whether all of them were added
 bool AddImages(HIMAGELIST images, const unsigned int* bitmapIds, HINSTANCE instance) {
+    bool complete = true;
     for (; *bitmapIds != 0; ++bitmapIds) {
         const HBITMAP bitmap = LoadBitmapW(instance, MAKEINTRESOURCEW(*bitmapIds));
         if (bitmap == nullptr) return false;
-        const int added = ImageList_Add(images, bitmap, nullptr);
+        complete = ImageList_Add(images, bitmap, nullptr) >= 0 && complete;
         DeleteObject(bitmap);
-        if (added < 0) return false;
     }
-    return true;
+    return complete;
 }
 
 } // namespace

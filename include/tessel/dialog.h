@@ -344,14 +344,14 @@ public:
 
     /// Gives a list-view item the focus within its list view.
     /// @param id     control
-    /// @param index  item; -1 for all
+    /// @param index  item
     /// @param flag   not 0: select it too
     /// @return 0: done; 1: refused, or not a list view
     int SetLVFocus(int id, int index, int flag);
 
     /// Takes the focus from a list-view item.
     /// @param id     control
-    /// @param index  item; -1 for all
+    /// @param index  item
     /// @param flag   not 0: the selection too
     /// @return 0: done; 1: refused, or not a list view
     int ClearLVFocus(int id, int index, int flag);

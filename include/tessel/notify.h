@@ -64,15 +64,17 @@ enum MSG_FUNCTION : int {
 
 /// One event, in the same words for every control. What a field is not used for is 0.
 ///
-/// | Kind | Data1 | Data2 to Data5 |
-/// |---|---|---|
-/// | NK_COMMAND | - | - |
-/// | NK_MOUSE | hit-test code (FN_SETCURSOR), key-state flags; 0 when leaving | Data2Lo, Data2Hi: x, y in client pixels
-/// | | NK_PAINT | 0, or the item's action | left, top, right, bottom | | NK_CONTROL | notification code or scroll
-/// request | Data2: NMHDR*, valid during the message; 0 for a scroll | | NK_KEY | 1: key; 0: accelerator | Data2:
-/// virtual key, or command identifier | | NK_TIMER | - | - | | NK_APP | lParam | - | | NK_ACTIVATE | Lo 1: activated;
-/// Hi: minimised | Data2Lo 1: by a click; Data3: lParam, the other window | | NK_SPOOLER | Lo: wParam, Hi: jobs left |
-/// - |
+/// What the data fields hold, by kind:
+/// - NK_MOUSE: Data1 the hit-test code (FN_SETCURSOR) or the key-state flags, 0 when leaving; Data2Lo and Data2Hi
+///   x and y in client pixels
+/// - NK_PAINT: Data1 0, or the item's action; Data2 to Data5 left, top, right, bottom
+/// - NK_CONTROL: Data1 the notification code or scroll request; Data2 the NMHDR*, valid during the message, or 0 for
+///   a scroll request
+/// - NK_KEY: Data1 1 for a key, 0 for an accelerator; Data2 the virtual key or the command identifier
+/// - NK_APP: Data1 lParam
+/// - NK_ACTIVATE: Data1Lo 1 when activated; Data1Hi not 0 when minimised; Data2Lo 1 when by a click; Data3 lParam,
+///   the other window
+/// - NK_SPOOLER: Data1Lo wParam; Data1Hi the jobs left
 ///
 /// hWnd is empty for keys, accelerators, timers, the application message and the spooler.
 struct NOTIFY {
@@ -127,10 +129,8 @@ private:
 ///
 /// Call NaturalizeMsg() with every message that the procedure gets and switch on the record:
 /// @code
-/// if (const NOTIFY* event = formatter.NaturalizeMsg(hDlg, message, wParam, lParam); event && event->CtrlId ==
-/// IDC_LIST) {
-///     if (event->Function == FN_CHANGE) ShowSelection(event->hCtrl);
-/// }
+/// const NOTIFY* const event = formatter.NaturalizeMsg(hDlg, message, wParam, lParam);
+/// if (event != nullptr && event->CtrlId == IDC_LIST && event->Function == FN_CHANGE) ShowSelection(event->hCtrl);
 /// @endcode
 /// What a WM_SETCURSOR does beside its record: focus follows the pointer from control to control, the caret of an
 /// edit control that gets it so is placed, and over a list box given to RegisterListBoxMove() the pointer is moved
