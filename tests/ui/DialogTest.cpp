@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <tessel/dialog.h>
 
+#include <algorithm>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -63,10 +64,58 @@ BOOL WINAPI NoteMove(HWND, HWND behind, int x, int y, int width, int height, UIN
     return moves.size() % 2 != 0;
 }
 
+HWND WINAPI RefuseFocus(HWND) {
+    return nullptr;
+}
+
 COLORREF textColour;
 
 COLORREF WINAPI NoteTextColour(HDC, COLORREF colour) {
     return textColour = colour;
+}
+
+/// The highest entry of the system's table that a hundred objects get.
+template <class Handle> long HighestEntry(Handle (*create)(), BOOL(WINAPI* destroy)(Handle)) {
+    Handle handles[100];
+    long highest = 0;
+    for (Handle& handle : handles) {
+        handle = create();
+        highest = std::max(highest, static_cast<long>(LOWORD(reinterpret_cast<ULONG_PTR>(handle))));
+    }
+    for (const Handle handle : handles) destroy(handle);
+    return highest;
+}
+
+HGDIOBJ CreateBrush() {
+    return CreateSolidBrush(RGB(1, 2, 3));
+}
+
+HMENU CreateAMenu() {
+    return CreateMenu();
+}
+
+/// How many GDI and USER objects the process has. For a system that does not count them (0), the entries that new
+/// ones get: those of objects that were given back are used again first, so both grow with what is left behind.
+Pair GuiObjects() {
+    const DWORD gdi = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
+    const DWORD user = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS);
+    if (gdi + user != 0) return {gdi, user};
+    return {HighestEntry(CreateBrush, DeleteObject), HighestEntry(CreateAMenu, DestroyMenu)};
+}
+
+/// Makes a dialog with a list and a list view, which the library fills, measures, colours and gives pictures.
+void LiveThrough() {
+    const unsigned int pictures[] = {1, 0};
+    DIALOG_INTERFACE dialog(Module(), DLG_FEW, nullptr, Procedure, 0);
+    const DIALOG_INTERFACE copy(dialog);
+    int width = 0;
+    int height = 0;
+    dialog.Reset(CTL_LIST, L"a,b");
+    ASSERT_EQ(dialog.GetLBItemSize(CTL_LIST, 1, width, height), 1);
+    dialog.ColorStaticText(CTL_LIST, 1, 2, 3);
+    dialog.FillCtrlRect(CTL_LIST, RGB(1, 2, 3), nullptr);
+    ASSERT_EQ(dialog.InitIconList(pictures, Module(), CTL_LISTVIEW), 1);
+    ASSERT_EQ(dialog.LVAdd(CTL_LISTVIEW, 0, L"a", 0, 0), 0);
 }
 
 } // namespace
@@ -221,6 +270,12 @@ TEST_F(Dialog, Odd45AnIconListStartsWithWmDestroyAndIsFreedOnce) {
     const unsigned int incomplete[] = {1, 1, 9, 1, 0};
     EXPECT_EQ(other.InitIconList(incomplete, Module(), CTL_LISTVIEW), 1);
     EXPECT_EQ(other.InitIconList(incomplete, Module(), CTL_LISTVIEW), 1);
+    LVITEMW item{};
+    item.mask = LVIF_IMAGE;
+    item.iItem = other.LVAdd(CTL_LISTVIEW, 0, L"row", 0, 1);
+    Ask(CTL_LISTVIEW, LVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    EXPECT_EQ(item.iImage, 1);
+    EXPECT_EQ(other.SetLVFocus(CTL_LISTVIEW, -1, 1), 1) << "no item";
     const auto images = reinterpret_cast<HIMAGELIST>(Ask(CTL_LISTVIEW, LVM_GETIMAGELIST, LVSIL_SMALL));
     EXPECT_EQ(ImageList_GetImageCount(images), 2);
     {
@@ -286,6 +341,9 @@ TEST_F(Dialog, FocusesAControlAndSelectsAnItem) {
     dialog.Add(CTL_LISTVIEW, 0, L"row", 0);
     EXPECT_EQ(dialog.Display(CTL_LISTVIEW, DA_FOCUS, 0), 0);
     EXPECT_EQ(dialog.Display(CTL_EDIT, DA_FOCUS, 0), 0);
+    const ImportPatch refusing(L"Tessel.dll", "SetFocus", RefuseFocus);
+    EXPECT_EQ(dialog.Display(CTL_CHECK, DA_FOCUS, 0), 0) << "the dialog moves it";
+    EXPECT_EQ(GetFocus(), Item(CTL_CHECK));
 }
 
 TEST_F(Dialog, Odd43AnEditSelectsFromItsStartAndAComboBoxWhatIsSaid) {
@@ -319,6 +377,16 @@ TEST_F(Dialog, MeasuresControlsAndFallsBackToTheDialog) {
     EXPECT_EQ(Pair(x, y), Pair(item.left - whole.left, item.top - whole.top));
     EXPECT_EQ(dialog.GetPosition(CTL_MISSING, x, y), 1);
     EXPECT_EQ(Pair(x, y), Pair(whole.left, whole.top));
+    EXPECT_EQ(dialog.GetSize(CTL_EDIT, x, y), 1);
+    EXPECT_EQ(Pair(x, y), Pair(item.right - item.left, item.bottom - item.top));
+    EXPECT_EQ(dialog.GetClientSize(CTL_EDIT, x, y), 1);
+    RECT client{};
+    for (const auto& [id, window] : {std::pair(CTL_MISSING, dialog.GetHandle()), {CTL_EDIT, Item(CTL_EDIT)}}) {
+        GetClientRect(window, &expected);
+        EXPECT_EQ(dialog.GetClientCoordinates(id, client), 1);
+        EXPECT_TRUE(EqualRect(&client, &expected));
+    }
+    EXPECT_EQ(Pair(x, y), Pair(client.right, client.bottom));
     POINT pointer{};
     EXPECT_NE(dialog.MoveFocus(CTL_EDIT), 0);
     GetCursorPos(&pointer);
@@ -375,6 +443,17 @@ TEST_F(Dialog, Odd40TheFirstCopyToGoTakesTheDialogAlong) {
     EXPECT_FALSE(IsWindow(window));
     DIALOG_INTERFACE failed(Module(), 9999, nullptr, Procedure, 0);
     EXPECT_EQ(failed.GetHandle(), nullptr);
+}
+
+TEST(Dialogs, LeaveNoObjectsOfTheSystemBehind) {
+    constexpr int kDialogs = 1000;
+    for (int i = 0; i < 20; ++i) LiveThrough();
+    const Pair before = GuiObjects();
+    for (int i = 0; i < kDialogs; ++i) LiveThrough();
+    const Pair after = GuiObjects();
+    // Other programs move an entry a little; one object of each dialog would move it by 1,000.
+    EXPECT_NEAR(after.first, before.first, kDialogs / 2);
+    EXPECT_NEAR(after.second, before.second, kDialogs / 2);
 }
 
 TEST_F(Dialog, Odd42WithoutATargetDialogMostOperationsStillGive0) {

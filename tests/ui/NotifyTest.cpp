@@ -241,6 +241,12 @@ TEST_F(Notify, Odd32And35ThePointerIsReportedToLeaveAndToEnterBeforeItActs) {
         EXPECT_EQ(FieldsOf(*Translate(WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, 5))),
                   Fields(2, function, window, hCtrl, id, keys, x | 0x50000, 0, 0, 0));
     }
+    Translate(WM_MOUSEMOVE, 0, MAKELPARAM(9, 5));
+    int function = FN_MOUSEMOVE;
+    for (const UINT message : {WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_RBUTTONDOWN, WM_MBUTTONDOWN, WM_LBUTTONDBLCLK,
+                               WM_RBUTTONDBLCLK, WM_MBUTTONDBLCLK}) {
+        EXPECT_EQ(Translate(message, 0, MAKELPARAM(9, 5))->Function, function++);
+    }
 }
 
 TEST_F(Notify, FocusFollowsThePointerAndPlacesTheCaret) {
@@ -303,6 +309,18 @@ TEST_F(Notify, Odd30And33ThePointerSnapsToTheItemsOfARegisteredListBox) {
     }
     host.formatter.RegisterListBoxMove(lists[0]);
     EXPECT_EQ(host.formatter.GetCursor(lists[0]), -1);
+    Point(lists[0]); // the pointer is outside it
+    SetCursorPos(corner.x + 200, corner.y);
+    Point(lists[1]);
+    EXPECT_EQ(host.formatter.GetCursor(lists[1]), 1);
+    for (const int again : {0, 1}) {
+        host.formatter.ReleaseListBoxMove(lists[1]);
+        EXPECT_EQ(host.formatter.GetCursor(lists[1]), -1) << again;
+    }
+    SetCursorPos(corner.x + 200, corner.y);
+    Point(lists[1]);
+    GetCursorPos(&pointer);
+    EXPECT_EQ(pointer.y, corner.y) << "released, the list box leaves the pointer alone";
 }
 
 TEST(NotifyDefaults, InitialTgcIsThePrograms) {
