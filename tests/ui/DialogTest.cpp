@@ -105,8 +105,9 @@ Pair GuiObjects() {
 
 /// Makes a dialog with a list and a list view, which the library fills, measures, colours and gives pictures.
 void LiveThrough() {
+    static const HINSTANCE module = Module();
     const unsigned int pictures[] = {1, 0};
-    DIALOG_INTERFACE dialog(Module(), DLG_FEW, nullptr, Procedure, 0);
+    DIALOG_INTERFACE dialog(module, DLG_FEW, nullptr, Procedure, 0);
     const DIALOG_INTERFACE copy(dialog);
     int width = 0;
     int height = 0;
@@ -114,7 +115,7 @@ void LiveThrough() {
     ASSERT_EQ(dialog.GetLBItemSize(CTL_LIST, 1, width, height), 1);
     dialog.ColorStaticText(CTL_LIST, 1, 2, 3);
     dialog.FillCtrlRect(CTL_LIST, RGB(1, 2, 3), nullptr);
-    ASSERT_EQ(dialog.InitIconList(pictures, Module(), CTL_LISTVIEW), 1);
+    ASSERT_EQ(dialog.InitIconList(pictures, module, CTL_LISTVIEW), 1);
     ASSERT_EQ(dialog.LVAdd(CTL_LISTVIEW, 0, L"a", 0, 0), 0);
 }
 
