@@ -55,7 +55,7 @@ protected:
 TEST_F(Courier, CarriesFilesOfAnySizeAndLeavesNothingBehind) {
     for (const std::size_t size : {0, 1, 5119, 5120, 3000000}) {
         MakeFile(size);
-        ChildProcess courier(Command(copy, L"--stall 300"));
+        ChildProcess courier(Command(copy, size == 3000000 ? L"--stall 1500" : L""));
         EXPECT_NE(courier.WaitUntil("courier: " + std::to_string(size) + " bytes"), "(ended)");
         const std::string full = courier.WaitUntil("courier: the pool was full ");
         EXPECT_EQ(full.substr(0, 2) != "0 ", size == 3000000) << full;
