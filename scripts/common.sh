@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# What the commands of ./dev share: places, messages, packages, Wine.
+# What the commands of ./dev share: places, messages, and the functions of the files that it reads at its end.
 
 root=${root:-$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)}
 build=$root/build
@@ -22,3 +22,10 @@ take_turn() {
 }
 
 windows_path() { printf 'Z:%s' "${1//\//\\}"; }
+
+# shellcheck source=scripts/packages.sh
+source "$root/scripts/packages.sh"
+# shellcheck source=scripts/builds.sh
+source "$root/scripts/builds.sh"
+# shellcheck source=scripts/wine.sh
+source "$root/scripts/wine.sh"

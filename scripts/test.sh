@@ -3,12 +3,6 @@
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
-# shellcheck source=scripts/packages.sh
-source "$root/scripts/packages.sh"
-# shellcheck source=scripts/builds.sh
-source "$root/scripts/builds.sh"
-# shellcheck source=scripts/wine.sh
-source "$root/scripts/wine.sh"
 
 take_turn
 need_build_packages
