@@ -1,7 +1,49 @@
 #pragma once
 
 #include <cstddef>
+#include <list>
 #include <unordered_map>
+
+/// An ordered list over the standard one; it owns its elements but not what they point to.
+///
+/// Threads: none is excluded; whoever shares a list locks it. An iterator stays valid until its element goes.
+/// @tparam Element  what is stored; copied
+template <class Element> class CList {
+public:
+    /// Walks through the elements without changing them.
+    using const_iterator = typename std::list<Element>::const_iterator;
+
+    /// Puts an element in front of the others. Throws std::bad_alloc, and changes nothing then.
+    /// @param element  what to add
+    void AddHead(const Element& element) { m_elements.push_front(element); }
+
+    /// Puts an element behind the others. Throws std::bad_alloc, and changes nothing then.
+    /// @param element  what to add
+    void AddTail(const Element& element) { m_elements.push_back(element); }
+
+    /// Removes the elements that a condition holds for; the others keep their order.
+    /// @param condition  is given an element and tells whether it goes
+    /// @return elements removed
+    template <class Condition> std::size_t RemoveIf(Condition condition) { return m_elements.remove_if(condition); }
+
+    /// Removes all elements.
+    void RemoveAll() { m_elements.clear(); }
+
+    /// How many elements there are.
+    /// @return number of elements
+    std::size_t GetCount() const { return m_elements.size(); }
+
+    /// The first element, for walking through the list in order.
+    /// @return iterator; end() when the list is empty
+    const_iterator begin() const { return m_elements.begin(); }
+
+    /// Where a walk through the list ends.
+    /// @return iterator behind the last element
+    const_iterator end() const { return m_elements.end(); }
+
+private:
+    std::list<Element> m_elements;
+};
 
 /// A hash table from keys to values, over the standard one; it owns neither what a key nor what a value points to.
 ///

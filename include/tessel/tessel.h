@@ -12,6 +12,7 @@
 #include <tessel/messagebox.h>
 #include <tessel/notify.h>
 #include <tessel/postoffice.h>
+#include <tessel/registry.h>
 #include <tessel/resource.h>
 #include <tessel/status.h>
 #include <tessel/strings.h>
