@@ -63,15 +63,16 @@ long CReg::Finish(long result, unsigned long registryType, unsigned long length)
     const bool read = result == ERROR_SUCCESS;
     if (read) std::memset(m_pData + std::min(length, m_ulDataLen), 0, ZEROS_BEHIND_DATA);
     m_Type = read ? MapType(registryType) : TYPE_UNKNOWN;
-    m_ulStatus = read ? 0 : NOT_READ;
-    if (read && m_Type == TYPE_UNKNOWN) m_ulStatus = UNKNOWN_VALUE;
+    m_ulStatus = 0;
+    if (m_Type == TYPE_UNKNOWN) m_ulStatus = read ? UNKNOWN_VALUE : NOT_READ;
     return result;
 }
 
 /// What an operation finds before it looks at the data.
 unsigned long CReg::Check(bool rightType) const {
     if (!rightType) return WRONG_TYPE;
-    return m_pData == nullptr ? NO_BUFFER : 0; // a read that ran out of memory leaves the type as it was
+    if (m_pData == nullptr) return NO_BUFFER; // a read that finds no memory leaves the type as it was
+    return 0;
 }
 
 const wchar_t* CReg::FirstText() const {
@@ -83,7 +84,9 @@ unsigned long CReg::CopyText(wchar_t* dst, const wchar_t* src, unsigned long len
     const std::size_t length = std::wcslen(src);
     std::wmemcpy(dst, src, std::min<std::size_t>(length + 1, len));
     dst[len - 1] = L'\0';
-    return m_ulStatus = length < len ? 0 : TEXT_CUT;
+    m_ulStatus = 0;
+    if (length >= len) m_ulStatus = TEXT_CUT;
+    return m_ulStatus;
 }
 
 unsigned long CReg::GetName(wchar_t* buf, unsigned long len) {

@@ -25,12 +25,15 @@ public:
         TYPE_UNKNOWN = 4       ///< read: any other type; written: REG_NONE
     };
 
-    static constexpr unsigned long NO_BUFFER = 1;     ///< status: a buffer is missing for lack of memory
-    static constexpr unsigned long BAD_BUFFER = 2;    ///< status: the caller's buffer is null or has no room
-    static constexpr unsigned long TEXT_CUT = 3;      ///< status: the text was cut to the caller's buffer
-    static constexpr unsigned long WRONG_TYPE = 5;    ///< status: the value is of another type than asked for
-    static constexpr unsigned long UNKNOWN_VALUE = 6; ///< status: read, but its type is none of the four
-    static constexpr unsigned long NOT_READ = 7;      ///< status: reading the value failed
+    /// What GetStatus() and the operations on the buffers give besides 0.
+    enum STATUS : unsigned long {
+        NO_BUFFER = 1,     ///< a buffer is missing for lack of memory
+        BAD_BUFFER = 2,    ///< the caller's buffer is null or has no room
+        TEXT_CUT = 3,      ///< the text was cut to the caller's buffer
+        WRONG_TYPE = 5,    ///< the value is of another type than asked for
+        UNKNOWN_VALUE = 6, ///< the value was read, but its type is none of the four
+        NOT_READ = 7       ///< reading the value failed
+    };
 
     static constexpr unsigned long DEFAULT_NAME_LENGTH = 100; ///< characters of a name, unless given
     static constexpr unsigned long DEFAULT_DATA_LENGTH = 200; ///< bytes of data, unless given

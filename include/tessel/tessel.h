@@ -14,6 +14,7 @@
 #include <tessel/postoffice.h>
 #include <tessel/registry.h>
 #include <tessel/resource.h>
+#include <tessel/securityfilter.h>
 #include <tessel/status.h>
 #include <tessel/strings.h>
 #include <tessel/synchronisation.h>

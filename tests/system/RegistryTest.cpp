@@ -1,0 +1,309 @@
+#include <gtest/gtest.h>
+#include <tessel/registry.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+using WideTexts = std::vector<std::wstring>;
+constexpr unsigned long kTooMuch = 0xFFFFFFFF;
+
+Bytes BytesOf(const std::wstring& text) {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
+    return {bytes, bytes + text.size() * sizeof(wchar_t)};
+}
+
+class Registry : public testing::Test {
+protected:
+    Registry() : key(CReg::OpenKey(HKEY_CURRENT_USER, L"Software\\Tessel tests", true)) {}
+    ~Registry() override {
+        CReg::CloseKey(key);
+        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Tessel tests");
+    }
+
+    void Store(const wchar_t* name, DWORD type, Bytes data) {
+        const auto size = static_cast<DWORD>(data.size());
+        data.insert(data.end(), 2, 1); // the system would take zeros there for a terminator
+        ASSERT_EQ(RegSetValueExW(key, name, 0, type, data.data(), size), 0);
+    }
+
+    std::pair<DWORD, Bytes> Stored(const wchar_t* name) {
+        Bytes data(1000);
+        auto size = static_cast<DWORD>(data.size());
+        DWORD type = REG_NONE;
+        EXPECT_EQ(RegQueryValueExW(key, name, nullptr, &type, data.data(), &size), 0);
+        data.resize(size);
+        return {type, data};
+    }
+
+    std::wstring Text(int index = 0) {
+        wchar_t text[300];
+        EXPECT_EQ(reg.GetData(text, 300, index), 0UL);
+        return text;
+    }
+
+    WideTexts List() {
+        CList<const wchar_t*> list;
+        list.AddTail(L"of an earlier value");
+        EXPECT_EQ(reg.GetData(list), 0UL);
+        return {list.begin(), list.end()};
+    }
+
+    HKEY key;
+    CReg reg;
+};
+
+using Entry = std::pair<DWORD, Bytes>;
+
+TEST_F(Registry, ValuesOfEveryTypeAreWrittenAndReadBack) {
+    ASSERT_EQ(reg.SaveKey(key, L"text", L"two words"), 0);
+    EXPECT_EQ(reg.GetType(), CReg::TYPE_STRING);
+    EXPECT_EQ(Stored(L"text"), Entry(REG_SZ, BytesOf(std::wstring(L"two words") + L'\0')));
+    ASSERT_EQ(reg.SaveKey(key, L"number", 0x80000001UL), 0);
+    EXPECT_EQ(Stored(L"number"), Entry(REG_DWORD, {1, 0, 0, 0x80}));
+    unsigned char bytes[] = {1, 0, 2};
+    reg.SetType(CReg::TYPE_UNKNOWN);
+    ASSERT_EQ(reg.SaveKey(key, L"bytes", bytes, 3), 0);
+    EXPECT_EQ(Stored(L"bytes"), Entry(REG_BINARY, {1, 0, 2}));
+
+    unsigned long number = 0;
+    unsigned long size = 0;
+    ASSERT_EQ(reg.ReadKey(key, L"number", 0, &size), 0);
+    EXPECT_EQ(size, 4UL);
+    EXPECT_EQ(reg.GetData(number), 0UL);
+    EXPECT_EQ(number, 0x80000001UL);
+    wchar_t text[20];
+    EXPECT_EQ(reg.GetData(text, 20, 0), CReg::WRONG_TYPE);
+    EXPECT_EQ(reg.GetName(text, 20), 0UL);
+    EXPECT_STREQ(text, L"number");
+    ASSERT_EQ(reg.ReadKey(key, L"text", 0, nullptr), 0);
+    EXPECT_EQ(Text(7), L"two words");
+    EXPECT_EQ(reg.GetData(number), CReg::WRONG_TYPE);
+    ASSERT_EQ(reg.RemoveValue(key, L"text"), 0);
+    EXPECT_EQ(reg.ReadKey(key, L"text", 0, nullptr), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(reg.GetStatus(), CReg::NOT_READ);
+    EXPECT_EQ(reg.GetType(), CReg::TYPE_UNKNOWN);
+}
+
+TEST_F(Registry, MultiStringsAreWrittenFromTextsOrFromAList) {
+    const Entry expected(REG_MULTI_SZ, BytesOf(std::wstring(L"ab\0c\0", 6)));
+    reg.SetType(CReg::TYPE_MULTI_STRING);
+    ASSERT_EQ(reg.SaveKey(key, L"texts", L"ab\0c\0"), 0);
+    EXPECT_EQ(Stored(L"texts"), expected);
+    CList<const wchar_t*> list;
+    EXPECT_EQ(reg.SaveKey(key, L"none", list), 0UL);
+    EXPECT_EQ(Stored(L"none"), Entry(REG_MULTI_SZ, {0, 0}));
+    list.AddTail(L"c");
+    list.AddTail(nullptr);
+    list.AddHead(L"ab");
+    EXPECT_EQ(reg.SaveKey(key, L"list", list), 0UL);
+    EXPECT_EQ(Stored(L"list"), expected);
+
+    ASSERT_EQ(reg.ReadKey(key, L"list", 0, nullptr), 0);
+    EXPECT_EQ(List(), (WideTexts{L"ab", L"c"}));
+    EXPECT_EQ(Text(-1), L"ab");
+    EXPECT_EQ(Text(1), L"c");
+    EXPECT_EQ(Text(9), L"");
+}
+
+TEST_F(Registry, ValueOfAnotherTypeFillsTheBuffersAllTheSame) {
+    Store(L"path", REG_EXPAND_SZ, BytesOf(L"%x%"));
+    ASSERT_EQ(reg.ReadKey(key, L"path", 0, nullptr), 0);
+    EXPECT_EQ(reg.GetStatus(), CReg::UNKNOWN_VALUE);
+    EXPECT_EQ(reg.GetType(), CReg::TYPE_UNKNOWN);
+    unsigned long number = 0;
+    CList<const wchar_t*> list;
+    EXPECT_EQ(reg.GetData(number), CReg::WRONG_TYPE);
+    EXPECT_EQ(reg.GetData(list), CReg::WRONG_TYPE);
+    reg.SetType(CReg::TYPE_STRING);
+    EXPECT_EQ(Text(), L"%x%");
+}
+
+TEST_F(Registry, BuffersGrowToWhatIsAskedFor) {
+    const std::wstring name(250, L'n');
+    const std::wstring text(150, L't');
+    ASSERT_EQ(reg.SaveKey(key, name.c_str(), text.c_str()), 0);
+    EXPECT_EQ(reg.ReadKey(key, name.c_str(), 301, nullptr), ERROR_MORE_DATA);
+    EXPECT_EQ(reg.GetStatus(), CReg::NOT_READ);
+    EXPECT_EQ(reg.GetType(), CReg::TYPE_UNKNOWN);
+    EXPECT_EQ(reg.ReadKey(key, 0), ERROR_MORE_DATA);
+    unsigned long size = 0;
+    ASSERT_EQ(reg.ReadKey(key, name.c_str(), 0, &size), 0);
+    EXPECT_EQ(size, 302UL);
+    EXPECT_EQ(Text(), text);
+    wchar_t read[251];
+    EXPECT_EQ(reg.GetName(read, 251), 0UL);
+    EXPECT_EQ(read, name);
+    CReg roomy(0, 302);
+    EXPECT_EQ(roomy.ReadKey(key, name.c_str(), 302, nullptr), 0);
+}
+
+TEST_F(Registry, TextIsCutToTheCallersBuffer) {
+    ASSERT_EQ(reg.SaveKey(key, L"text", L"four"), 0);
+    ASSERT_EQ(reg.ReadKey(key, L"text", 0, nullptr), 0);
+    wchar_t text[] = L"########";
+    EXPECT_EQ(reg.GetData(text, 4, 0), CReg::TEXT_CUT);
+    EXPECT_EQ(std::wstring(text, 5), std::wstring(L"fou\0#", 5));
+    EXPECT_EQ(reg.GetData(text, 8, 0), 0UL);
+    EXPECT_EQ(std::wstring(text, 8), std::wstring(L"four\0##\0", 8)); // the last character is always set
+    EXPECT_EQ(reg.GetData(nullptr, 4, 0), CReg::BAD_BUFFER);
+    EXPECT_EQ(reg.GetName(text, 0), CReg::BAD_BUFFER);
+    EXPECT_EQ(reg.GetStatus(), CReg::BAD_BUFFER);
+}
+
+TEST_F(Registry, DataWithoutTerminatorsEndWithTheValue) {
+    struct {
+        DWORD type;
+        Bytes data;
+        WideTexts texts;
+    } const cases[] = {
+        {REG_SZ, BytesOf(L"abcd"), {L"abcd"}},
+        {REG_SZ, {'a', 0, 'b'}, {L"ab"}},
+        {REG_SZ, {}, {L""}},
+        {REG_MULTI_SZ, {}, {}},
+        {REG_MULTI_SZ, BytesOf(std::wstring(L"abc\0", 4)), {L"abc"}},
+        {REG_MULTI_SZ, BytesOf(std::wstring(L"ab\0c", 4)), {L"ab", L"c"}},
+        {REG_MULTI_SZ, {'a', 0, 0, 0, 'c'}, {L"a", L"c"}},
+    };
+    CReg small(1, 8);
+    Store(L"old", REG_SZ, BytesOf(L"####"));
+    for (const auto& odd : cases) {
+        Store(L"odd", odd.type, odd.data);
+        ASSERT_EQ(small.ReadKey(key, L"old", 0, nullptr), 0);
+        ASSERT_EQ(small.ReadKey(key, L"odd", 0, nullptr), 0);
+        reg = small;
+        EXPECT_EQ(odd.type == REG_SZ ? WideTexts{Text()} : List(), odd.texts);
+    }
+    Store(L"odd", REG_DWORD, {5, 1});
+    unsigned long number = 0;
+    ASSERT_EQ(small.ReadKey(key, L"odd", 0, nullptr), 0);
+    EXPECT_EQ(small.GetData(number), 0UL);
+    EXPECT_EQ(number, 0x105UL);
+}
+
+TEST_F(Registry, ValuesAreWalkedThrough) {
+    ASSERT_EQ(reg.SaveKey(key, L"a", 1UL), 0);
+    ASSERT_EQ(reg.SaveKey(key, L"b", L"too long for the buffer"), 0);
+    ASSERT_EQ(reg.SaveKey(key, L"c", L"text"), 0);
+    wchar_t name[8];
+    unsigned char data[16];
+    CReg::KEY_TYPE type{};
+    unsigned long size = sizeof data;
+    EXPECT_EQ(reg.FindFirstValue(key, name, 8, type, data, size), 0);
+    EXPECT_EQ(type, CReg::TYPE_DWORD);
+    EXPECT_EQ(size, 4UL);
+    CReg copy(reg);
+    EXPECT_EQ(reg.FindNextValue(name, 8, type, data, size), ERROR_MORE_DATA);
+    size = 0; // does not count
+    EXPECT_EQ(reg.FindNextValue(name, 8, type, data, size), 0);
+    EXPECT_STREQ(name, L"c");
+    EXPECT_EQ(type, CReg::TYPE_STRING);
+    EXPECT_EQ(Bytes(data, data + size), BytesOf(std::wstring(L"text\0", 5)));
+    EXPECT_EQ(reg.FindNextValue(name, 8, type, nullptr, size), ERROR_NO_MORE_ITEMS);
+    EXPECT_EQ(copy.FindNextValue(name, 8, type, data, size), ERROR_MORE_DATA);
+    EXPECT_EQ(copy.FindNextValue(name, 1, type, data, size), ERROR_MORE_DATA);
+
+    ASSERT_EQ(reg.ReadKey(key, 2), 0);
+    EXPECT_EQ(Text(), L"text");
+    EXPECT_EQ(reg.GetName(name, 8), 0UL);
+    EXPECT_STREQ(name, L"c");
+    EXPECT_EQ(reg.ReadKey(key, 3), ERROR_NO_MORE_ITEMS);
+    EXPECT_EQ(CReg(1, 0).ReadKey(key, 0), ERROR_MORE_DATA);
+}
+
+TEST_F(Registry, KeysAreOpenedWalkedThroughAndRemoved) {
+    EXPECT_EQ(CReg::OpenKey(key, L"first", false), nullptr);
+    CReg::CloseKey(CReg::OpenKey(key, L"first", true));
+    CReg::CloseKey(CReg::OpenKey(key, L"second", true));
+    wchar_t name[8];
+    EXPECT_EQ(reg.FindFirstKey(key, nullptr, 8), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(reg.FindFirstKey(key, name, 8), 0);
+    EXPECT_STREQ(name, L"first");
+    EXPECT_EQ(reg.FindNextKey(name), 0);
+    EXPECT_STREQ(name, L"second");
+    EXPECT_EQ(reg.FindNextKey(name), ERROR_NO_MORE_ITEMS);
+    EXPECT_EQ(reg.RemoveKey(key, L"first"), 0);
+    EXPECT_EQ(reg.FindFirstKey(key, name, 6), ERROR_MORE_DATA);
+    EXPECT_EQ(CReg::OpenKey(key, L"first", false), nullptr);
+}
+
+TEST_F(Registry, KeysOfTheWorkstationLieUnderVarda) {
+    const HKEY software = CReg::OpenKey(HKEY_LOCAL_MACHINE, L"Software", false);
+    EXPECT_EQ(CReg::OpenVardaKey(nullptr, false, L"Tessel tests"), nullptr);
+    EXPECT_EQ(CReg::OpenVardaKey(nullptr, true, nullptr), nullptr);
+    CReg::CloseKey(CReg::OpenVardaKey(L"sub", true, L"Tessel tests"));
+    CReg::CloseKey(CReg::OpenVardaAutoStartKey(L"Tessel tests"));
+    EXPECT_NE(CReg::OpenVardaKey(nullptr, false, L"Tessel tests"), nullptr);
+    for (const wchar_t* path :
+         {L"Varda\\Tessel tests\\sub", L"Varda\\Tessel tests", L"Varda\\AutoStart\\Tessel tests"}) {
+        EXPECT_EQ(reg.RemoveKey(software, path), 0) << path;
+    }
+    (void)reg.RemoveKey(software, L"Varda\\AutoStart"); // stays when it holds something of others
+    (void)reg.RemoveKey(software, L"Varda");
+    CReg::CloseKey(software);
+}
+
+TEST_F(Registry, BadArgumentsAreRefused) {
+    unsigned char bytes[] = {1};
+    EXPECT_EQ(reg.SaveKey(key, L"x", static_cast<const wchar_t*>(nullptr)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(reg.SaveKey(key, L"x", bytes, -1), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(reg.SaveKey(key, L"x", nullptr, 1), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(reg.SaveKey(nullptr, L"x", 1UL), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(reg.SaveKey(key, nullptr, 7UL), 0);
+    ASSERT_EQ(reg.ReadKey(key, nullptr, 0, nullptr), 0);
+    unsigned long number = 0;
+    EXPECT_EQ(reg.GetData(number), 0UL);
+    EXPECT_EQ(number, 7UL);
+}
+
+TEST_F(Registry, MissingBufferIsToldByTheStatusAloneOdd70) {
+    CReg missing(kTooMuch, kTooMuch);
+    EXPECT_EQ(missing.GetStatus(), CReg::NO_BUFFER);
+    EXPECT_EQ(missing.ReadKey(key, 0), 0);
+    EXPECT_EQ(missing.ReadKey(key, L"x", kTooMuch, nullptr), 0);
+    EXPECT_EQ(missing.GetStatus(), CReg::NO_BUFFER);
+    wchar_t text[4];
+    missing.SetType(CReg::TYPE_STRING);
+    EXPECT_EQ(missing.GetData(text, 4, 0), CReg::NO_BUFFER);
+    EXPECT_EQ(CReg(kTooMuch, 0).GetName(text, 4), CReg::NO_BUFFER);
+    EXPECT_EQ(missing.ReadKey(key, L"x", 0, nullptr), ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(Registry, BytesAreWrittenUnderTheTypeThatIsLeftOdd71) {
+    ASSERT_EQ(reg.SaveKey(key, L"text", L"text"), 0);
+    std::wstring text(L"ab");
+    for (const short length : std::vector<short>{4, 3, 1}) {
+        ASSERT_EQ(reg.SaveKey(key, L"x", reinterpret_cast<unsigned char*>(text.data()), length), 0);
+        Bytes written = BytesOf(text);
+        written.resize(static_cast<std::size_t>(length));
+        EXPECT_EQ(Stored(L"x"), Entry(REG_SZ, written));
+    }
+}
+
+TEST_F(Registry, BinaryDataTellTheRoomNotTheLengthOdd72) {
+    CReg small(0, 6);
+    Store(L"bytes", REG_BINARY, {1, 2, 3});
+    ASSERT_EQ(small.ReadKey(key, L"bytes", 0, nullptr), 0);
+    unsigned char bytes[10] = {9, 9, 9, 9, 9, 9, 9, 9, 9, 9};
+    unsigned long length = kTooMuch;
+    EXPECT_EQ(small.GetBinaryData(nullptr, length), CReg::BAD_BUFFER);
+    EXPECT_EQ(small.GetBinaryData(bytes, length), 0UL);
+    EXPECT_EQ(length, 6UL);
+    EXPECT_EQ(Bytes(bytes, bytes + 10), (Bytes{1, 2, 3, 0, 0, 0, 9, 9, 9, 9}));
+    length = 2;
+    EXPECT_EQ(small.GetBinaryData(bytes, length), 0UL);
+    EXPECT_EQ(length, 2UL);
+}
+
+TEST_F(Registry, StatusOfAWalkIsTheRegistrysResultOdd73) {
+    wchar_t name[8];
+    CReg::KEY_TYPE type{};
+    unsigned long size = 0;
+    EXPECT_EQ(reg.FindNextValue(name, 8, type, nullptr, size), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(reg.GetStatus(), static_cast<unsigned long>(ERROR_INVALID_HANDLE));
+}
+
+} // namespace
