@@ -4,12 +4,14 @@
 /// The operating-system abstraction library of a medical imaging workstation. This header brings all of it;
 /// each family also has a header of its own, and that header is its manual.
 
+#include <tessel/address.h>
 #include <tessel/brush.h>
 #include <tessel/dialog.h>
 #include <tessel/host.h>
 #include <tessel/mailbox.h>
 #include <tessel/memory.h>
 #include <tessel/messagebox.h>
+#include <tessel/networkid.h>
 #include <tessel/notify.h>
 #include <tessel/postoffice.h>
 #include <tessel/registry.h>

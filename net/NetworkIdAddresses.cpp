@@ -1,0 +1,157 @@
+#include <net/RegistryKey.h>
+#include <tessel/networkid.h>
+#include <tessel/status.h>
+
+#include <cwchar>
+#include <iterator>
+#include <utility>
+
+namespace {
+
+using tessel::RegistryKey;
+
+constexpr wchar_t kIpAddress[] = L"IpAddress";
+constexpr wchar_t kSubnetMask[] = L"SubnetMask";
+constexpr wchar_t kDefaultGateway[] = L"DefaultGateway";
+
+/// Runs a program without a window.
+/// @return its exit code; 259 when it could not be started, or had to be ended
+DWORD Run(wchar_t* commandLine) {
+    constexpr DWORD kWaitMs = 5000;
+    constexpr DWORD kEnded = 259;
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESHOWWINDOW;
+    startup.wShowWindow = SW_HIDE;
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(nullptr, commandLine, nullptr, nullptr, TRUE, NORMAL_PRIORITY_CLASS, nullptr, nullptr, &startup,
+                        &process)) {
+        return kEnded;
+    }
+    DWORD exitCode = kEnded;
+    if (WaitForSingleObject(process.hProcess, kWaitMs) == WAIT_TIMEOUT) {
+        (void)TerminateProcess(process.hProcess, kEnded); // one that ended meanwhile is as good
+    } else {
+        (void)GetExitCodeProcess(process.hProcess, &exitCode); // an open process has one
+    }
+    (void)CloseHandle(process.hThread); // both were opened just now
+    (void)CloseHandle(process.hProcess);
+    return exitCode;
+}
+
+/// Takes the next piece between dots off a text.
+/// @return its number; 0 when there is none
+unsigned long NextPiece(const wchar_t*& rest) {
+    rest += std::wcsspn(rest, L".");
+    const int number = _wtoi(rest);
+    rest += std::wcscspn(rest, L".");
+    return static_cast<unsigned long>(number);
+}
+
+} // namespace
+
+void CNetworkId::SetDhcpSetting(bool on) {
+    m_ulDhcp = on ? 1 : 0;
+    const RegistryKey adapter(m_Registry, HKEY_LOCAL_MACHINE, m_szAdapterKey);
+    if (adapter.Get() != nullptr) (void)m_Registry.SaveKey(adapter.Get(), L"EnableDhcp", m_ulDhcp); // nobody is told
+}
+
+void CNetworkId::GetIpAddr(const wchar_t* name, wchar_t* out) {
+    if (out == nullptr) return; // GUARD-09
+    wchar_t value[32] = L"";
+    if (m_ulDhcp != 0) (void)std::wcscpy(value, L"Dhcp");
+    (void)std::wcscat(value, name);
+    const RegistryKey adapter(m_Registry, HKEY_LOCAL_MACHINE, m_szAdapterKey);
+    if (!adapter.Read(value)) return;
+    if (m_Registry.GetData(out, ADDRESS_SIZE, 0) != STATUS_OK) (void)std::wcscpy(out, L"0.0.0.0");
+}
+
+unsigned long CNetworkId::GetIpAddr(const wchar_t* name) {
+    wchar_t text[ADDRESS_SIZE] = L"";
+    GetIpAddr(name, text);
+    unsigned long address = 0;
+    const wchar_t* rest = text;
+    // ODD-96: a piece over 255 carries into the one in front of it.
+    for (int round = 0; round < 4; ++round) address = (address << 8) + NextPiece(rest);
+    return address;
+}
+
+unsigned long CNetworkId::GetIpAddr(const wchar_t* name, int dhcp) {
+    const unsigned long setting = std::exchange(m_ulDhcp, static_cast<unsigned long>(dhcp));
+    const unsigned long address = GetIpAddr(name);
+    m_ulDhcp = setting;
+    return address;
+}
+
+void CNetworkId::SetIpAddr(const wchar_t* name, const wchar_t* text) {
+    if (text == nullptr) return; // GUARD-09
+    const RegistryKey adapter(m_Registry, HKEY_LOCAL_MACHINE, m_szAdapterKey);
+    if (!adapter.Read(name)) return; // ODD-97: a value that is not there yet is never made
+    m_Registry.SetType(CReg::TYPE_MULTI_STRING);
+    adapter.SaveText(name, text);
+}
+
+void CNetworkId::GetIpAddress(wchar_t* out) {
+    GetIpAddr(kIpAddress, out);
+}
+
+void CNetworkId::GetSubnetMask(wchar_t* out) {
+    GetIpAddr(kSubnetMask, out);
+}
+
+void CNetworkId::GetDefGateway(wchar_t* out) {
+    GetIpAddr(kDefaultGateway, out);
+}
+
+unsigned long CNetworkId::GetIpAddress() {
+    return GetIpAddr(kIpAddress);
+}
+
+unsigned long CNetworkId::GetSubnetMask() {
+    return GetIpAddr(kSubnetMask);
+}
+
+unsigned long CNetworkId::GetDefGateway() {
+    return GetIpAddr(kDefaultGateway);
+}
+
+unsigned long CNetworkId::GetIpAddress(int dhcp) {
+    return GetIpAddr(kIpAddress, dhcp);
+}
+
+unsigned long CNetworkId::GetSubnetMask(int dhcp) {
+    return GetIpAddr(kSubnetMask, dhcp);
+}
+
+unsigned long CNetworkId::GetDefGateway(int dhcp) {
+    return GetIpAddr(kDefaultGateway, dhcp);
+}
+
+void CNetworkId::SetIpAddress(const wchar_t* text) {
+    SetIpAddr(kIpAddress, text);
+}
+
+void CNetworkId::SetSubnetMask(const wchar_t* text) {
+    SetIpAddr(kSubnetMask, text);
+}
+
+void CNetworkId::SetDefGateway(const wchar_t* text) {
+    SetIpAddr(kDefaultGateway, text);
+}
+
+void CNetworkId::ReleaseDhcp() {
+    RunIpConfig(L"/release");
+}
+
+void CNetworkId::RenewDhcp() {
+    RunIpConfig(L"/renew");
+}
+
+void CNetworkId::RunIpConfig(const wchar_t* arguments) {
+    wchar_t line[512];
+    const DWORD length =
+        ExpandEnvironmentStringsW(L"%SystemRoot%\\System32\\IpConfig.exe ", line, static_cast<DWORD>(std::size(line)));
+    // GUARD-87: a line that does not fit is not run; it is not whole.
+    if (length == 0 || length + std::wcslen(arguments) > std::size(line)) return;
+    (void)Run(std::wcscat(line, arguments)); // nobody is told
+}
