@@ -6,6 +6,7 @@
 
 #include <tessel/address.h>
 #include <tessel/brush.h>
+#include <tessel/commmsg.h>
 #include <tessel/dialog.h>
 #include <tessel/host.h>
 #include <tessel/mailbox.h>
@@ -17,6 +18,7 @@
 #include <tessel/registry.h>
 #include <tessel/resource.h>
 #include <tessel/securityfilter.h>
+#include <tessel/socket.h>
 #include <tessel/status.h>
 #include <tessel/strings.h>
 #include <tessel/synchronisation.h>

@@ -1,0 +1,40 @@
+#include <net/DottedText.h>
+#include <net/Winsock.h>
+#include <tessel/commmsg.h>
+#include <tessel/socket.h>
+
+#include <algorithm>
+
+namespace {
+
+sockaddr_in To(unsigned long address) {
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_addr.s_addr = address;
+    return to;
+}
+
+} // namespace
+
+int CSocket::SendTo(const CCommMsg* message, sockaddr_in* to, unsigned int toLength, unsigned short port,
+                    unsigned int* sent) {
+    if (message == nullptr || to == nullptr) return WSAEFAULT;
+    to->sin_port = htons(port != 0 ? port : m_usPort);
+    const int length = static_cast<int>(std::min<unsigned int>(toLength, sizeof *to));
+    const int count = sendto(m_Socket, reinterpret_cast<const char*>(message->GetData()),
+                             tessel::SizeForWinsock(message->GetLength()), 0, reinterpret_cast<sockaddr*>(to), length);
+    if (count == SOCKET_ERROR) return WSAGetLastError();
+    if (sent != nullptr) *sent = static_cast<unsigned int>(count);
+    return 0;
+}
+
+int CSocket::Broadcast(const CCommMsg* message, unsigned short port, bool subnet) {
+    sockaddr_in to = To(subnet ? SubnetBroadcast() : INADDR_BROADCAST);
+    return SendTo(message, &to, sizeof to, port, nullptr);
+}
+
+int CSocket::Multicast(const CCommMsg* message, const wchar_t* group, unsigned short port) {
+    if (group == nullptr) return WSAEFAULT;
+    sockaddr_in to = To(tessel::ReadDotted<tessel::kSocketText>(group));
+    return SendTo(message, &to, sizeof to, port, nullptr);
+}
