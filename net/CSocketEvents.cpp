@@ -2,8 +2,6 @@
 #include <net/Winsock.h>
 #include <tessel/socket.h>
 
-#include <iterator>
-
 using tessel::ErrorOf;
 
 namespace {
@@ -13,6 +11,24 @@ fd_set SetOf(SOCKET socket) {
     set.fd_count = 1;
     set.fd_array[0] = socket;
     return set;
+}
+
+template <class Value> bool HasOption(SOCKET socket, int name, Value wanted) {
+    Value value{};
+    int size = sizeof value;
+    return getsockopt(socket, SOL_SOCKET, name, reinterpret_cast<char*>(&value), &size) == 0 && value == wanted;
+}
+
+/// Finds out what happened to a socket whose events go to a window: the system keeps those for no one to ask.
+/// @return FD_ACCEPT, FD_READ or FD_CLOSE; 0 for none
+long PollEvents(SOCKET socket) {
+    fd_set readable = SetOf(socket);
+    timeval none{0, 0};
+    u_long waiting = 0;
+    if (select(0, &readable, nullptr, nullptr, &none) <= 0) return 0;
+    if (HasOption<BOOL>(socket, SO_ACCEPTCONN, TRUE)) return FD_ACCEPT;
+    if (HasOption<int>(socket, SO_TYPE, SOCK_DGRAM)) return FD_READ;
+    return ioctlsocket(socket, static_cast<long>(FIONREAD), &waiting) == 0 && waiting > 0 ? FD_READ : FD_CLOSE;
 }
 
 } // namespace
@@ -30,8 +46,7 @@ int CSocket::ConfigureMode(unsigned int message, long events) {
         WSAAsyncSelect(m_Socket, nullptr, 0, 0);
         return ioctlsocket(m_Socket, static_cast<long>(FIONBIO), &blocking);
     case MODE_NONBLOCKING:
-        // ODD-76: a socket that blocks stays so.
-        WSAEventSelect(m_Socket, nullptr, 0);
+        WSAEventSelect(m_Socket, nullptr, 0); // makes it non-blocking, too
         WSAAsyncSelect(m_Socket, nullptr, 0, 0);
         return 0;
     case MODE_WINDOW: return WSAAsyncSelect(m_Socket, m_hWindow, message, events);
@@ -78,6 +93,7 @@ int CSocket::ProcessEvents() {
     WSANETWORKEVENTS events{};
     const int error = GetNetworkEvents(&events);
     if (error != 0) return error;
+    if (m_Mode == MODE_WINDOW) events.lNetworkEvents |= PollEvents(m_Socket);
     if ((events.lNetworkEvents & FD_ACCEPT) != 0) OnAccept();
     if ((events.lNetworkEvents & FD_CONNECT) != 0) OnConnect();
     if ((events.lNetworkEvents & FD_READ) != 0) OnRead();

@@ -79,6 +79,7 @@ bool ReceiveRecord(SOCKET socket, unsigned int size) {
 
 } // namespace
 
+// ODD-76: the socket to read from is an argument; the object's own plays no part.
 int CSocket::ReadMessage(SOCKET socket, MESSAGE** message, unsigned long& dataLength) {
     dataLength = 0;
     MESSAGE head{};
@@ -93,12 +94,12 @@ int CSocket::ReadMessage(SOCKET socket, MESSAGE** message, unsigned long& dataLe
 
 int CSocket::WriteMessage(unsigned short type, const char* data, unsigned long dataLength) {
     if (data == nullptr && dataLength != 0) return WSAEFAULT;
+    // GUARD-73: longer records would wrap, or not fit one send.
+    if (dataLength > kLongestRecord - sizeof(MESSAGE)) return WSAENOBUFS;
     if (WaitUntilWritable(nullptr) == SOCKET_ERROR) {
         m_bConnected = false;
         return WSAGetLastError();
     }
-    // GUARD-73: longer records would wrap, or not fit one send.
-    if (dataLength > kLongestRecord - sizeof(MESSAGE)) return WSAENOBUFS;
     const auto size = static_cast<unsigned int>(sizeof(MESSAGE) + dataLength);
     const std::unique_ptr<char[]> record(new (std::nothrow) char[size]);
     if (record == nullptr) return WSAENOBUFS;

@@ -49,7 +49,7 @@ public:
     /// How events are delivered.
     enum MODE : int {
         MODE_BLOCKING = 0,    ///< not at all; calls wait
-        MODE_NONBLOCKING = 1, ///< not at all; the socket stays blocking or non-blocking, as it is
+        MODE_NONBLOCKING = 1, ///< not at all; calls do not wait
         MODE_WINDOW = 2,      ///< a message is posted to the notify window; calls do not wait
         MODE_EVENT = 3        ///< an auto-reset event is signalled; calls do not wait
     };
@@ -277,7 +277,9 @@ public:
     /// @return 0 or a Winsock error
     int GetNetworkEvents(WSANETWORKEVENTS* events) const;
 
-    /// Calls the On... operation of each event that came, in the order accept, connect, read, write, close.
+    /// Calls the On... operation of each event that came, in the order accept, connect, read, write, close. In
+    /// MODE_WINDOW, where Windows keeps no events to be asked for, it looks at the socket instead: a connection that
+    /// waits, data that came, or a peer that closed once all its data is read.
     /// @return 0; else a Winsock error, and none was called
     virtual int ProcessEvents();
 

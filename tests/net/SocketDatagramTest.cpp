@@ -1,0 +1,114 @@
+#include "Loopback.h"
+
+#include <gtest/gtest.h>
+#include <tessel/commmsg.h>
+
+#include <cstring>
+#include <string>
+
+namespace {
+
+constexpr wchar_t kGroup[] = L"239.1.2.3";
+
+std::unique_ptr<CCommMsg> Message(const std::string& text) {
+    std::unique_ptr<CCommMsg> message(new (static_cast<unsigned int>(text.size())) CCommMsg);
+    std::memcpy(message->GetData(), text.data(), text.size());
+    return message;
+}
+
+std::string ReceiveText(CSocket& socket) {
+    char text[100];
+    unsigned int count = 0;
+    sockaddr_in from{};
+    unsigned int fromLength = sizeof from;
+    EXPECT_EQ(socket.ReceiveFrom(reinterpret_cast<unsigned char*>(text), sizeof text, &from, &fromLength, &count, 0),
+              0);
+    EXPECT_EQ(fromLength, sizeof from);
+    return {text, count};
+}
+
+std::string destination;
+
+int WSAAPI NoteDestination(SOCKET, const char*, int size, int, const sockaddr* to, int) {
+    const auto* const address = reinterpret_cast<const sockaddr_in*>(to);
+    destination = std::string(inet_ntoa(address->sin_addr)) + ":" + std::to_string(ntohs(address->sin_port));
+    return size;
+}
+
+std::vector<int> options;
+
+int WSAAPI NoteOption(SOCKET socket, int level, int name, const char* value, int size) {
+    options.push_back(name);
+    return setsockopt(socket, level, name, value, size);
+}
+
+int WSAAPI EverythingWorks(SOCKET, DWORD, void*, DWORD, void*, DWORD, DWORD* returned, WSAOVERLAPPED*,
+                           LPWSAOVERLAPPED_COMPLETION_ROUTINE) {
+    *returned = 0;
+    return 0;
+}
+
+} // namespace
+
+TEST(SocketDatagrams, ABroadcastReachesTheSubnetWithoutTheLengthWord) {
+    const Interfaces loopback;
+    CSocket socket;
+    ASSERT_EQ(socket.InitBroadcast(FreePort(SOCK_DGRAM), kOwn, kOwnMask), 0);
+    EXPECT_EQ(socket.Broadcast(Message("to all").get(), 0, true), 0);
+    EXPECT_EQ(ReceiveText(socket), "to all");
+}
+
+TEST(SocketDatagrams, Odd81AnEmptyDatagramLooksLikeAPeerThatClosed) {
+    const Interfaces loopback;
+    CSocket socket;
+    ASSERT_EQ(socket.InitBroadcast(FreePort(SOCK_DGRAM), kOwn, kOwnMask), 0);
+    EXPECT_EQ(socket.Broadcast(Message("").get(), 0, true), 0);
+    unsigned char room = 0;
+    EXPECT_EQ(socket.ReceiveFrom(&room, 1, nullptr, nullptr, nullptr, 0), WSAEDISCON);
+}
+
+TEST(SocketDatagrams, GoToTheAddressesOfTheChosenInterface) {
+    Interfaces machine({Interface("127.0.0.1", "255.0.0.0", IFF_LOOPBACK), Interface("10.1.2.3", "255.255.0.0")});
+    const ImportPatch patch(L"Tessel.dll", "sendto", &NoteDestination);
+    CSocket socket;
+    const unsigned short port = FreePort(SOCK_DGRAM);
+    const std::string own = ":" + std::to_string(port);
+    ASSERT_EQ(socket.InitBroadcast(port, kOwn, kOwnMask), 0);
+    const auto message = Message("x");
+    EXPECT_EQ(socket.Broadcast(message.get(), 0, true), 0);
+    EXPECT_EQ(destination, "10.1.255.255" + own);
+    EXPECT_EQ(socket.Broadcast(message.get(), 7, false), 0);
+    EXPECT_EQ(destination, "255.255.255.255:7");
+    Interfaces::list.clear();
+    EXPECT_EQ(socket.Broadcast(message.get(), 0, true), 0);
+    EXPECT_EQ(destination, "255.255.255.255" + own);
+    EXPECT_EQ(socket.Multicast(message.get(), L"239.255.255.255 and more than fits", 9), 0);
+    EXPECT_EQ(destination, "239.255.255.255:9");
+    sockaddr_in to{};
+    unsigned int sent = 0;
+    EXPECT_EQ(socket.SendTo(message.get(), &to, sizeof to, 8, &sent), 0);
+    EXPECT_EQ(ntohs(to.sin_port), 8);
+    EXPECT_EQ(sent, 1u);
+}
+
+TEST(SocketDatagrams, AGroupIsJoinedAndReached) {
+    const Interfaces loopback;
+    const ImportPatch patch(L"Tessel.dll", "setsockopt", &NoteOption);
+    CSocket socket;
+    ASSERT_EQ(socket.InitMulticast(FreePort(SOCK_DGRAM), kGroup, 1, kOwn, kOwnMask), 0);
+    EXPECT_EQ(options, (std::vector{IP_MULTICAST_TTL, IP_MULTICAST_IF, IP_ADD_MEMBERSHIP})); // the scope is refused
+    EXPECT_EQ(socket.Multicast(Message("to the group").get(), kGroup, 0), 0);
+    EXPECT_EQ(ReceiveText(socket), "to the group");
+}
+
+TEST(SocketDatagrams, AGroupThatCannotBeJoinedLeavesNoSocket) {
+    const ImportPatch ioctl(L"Tessel.dll", "WSAIoctl", &EverythingWorks);
+    const ImportPatch patch(L"Tessel.dll", "setsockopt", &NoteOption);
+    CSocket socket;
+    options.clear();
+    for (const wchar_t* const group : {L"no group", static_cast<const wchar_t*>(nullptr)}) {
+        EXPECT_NE(socket.InitMulticast(FreePort(SOCK_DGRAM), group, 1, kOwn, kOwnMask), 0);
+        EXPECT_TRUE(socket.IsSocket(INVALID_SOCKET));
+    }
+    EXPECT_EQ(options, (std::vector{IP_MULTICAST_IF, IP_ADD_MEMBERSHIP, IP_MULTICAST_IF, IP_ADD_MEMBERSHIP}));
+}

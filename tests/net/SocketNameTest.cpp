@@ -1,0 +1,115 @@
+#include "Loopback.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+namespace {
+
+std::string Chosen(const wchar_t* address, const wchar_t* mask) {
+    in_addr chosen;
+    chosen.s_addr = CSocket::GetLocalNetInterfaceAddress(address, mask);
+    return inet_ntoa(chosen);
+}
+
+std::vector<unsigned char> request;
+std::vector<unsigned int> identifiers;
+
+int WSAAPI NoteRequest(SOCKET, const char* data, int size, int, const sockaddr*, int) {
+    request.assign(data, data + size);
+    identifiers.push_back(request[4] + request[5] * 256U);
+    return size;
+}
+
+int WSAAPI AlwaysReady(int, fd_set*, fd_set*, fd_set*, const timeval*) {
+    return 1;
+}
+
+int replySize;
+
+int WSAAPI ShortReply(SOCKET, char*, int, int, sockaddr*, int*) {
+    return replySize;
+}
+
+hostent* WSAAPI UnknownHost(const char*) {
+    return nullptr;
+}
+
+/// Sum of the 16-bit words with the carries added, 0xFFFF for a packet whose checksum is right.
+unsigned int Sum(const std::vector<unsigned char>& bytes) {
+    unsigned int sum = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i) sum += static_cast<unsigned int>(bytes[i]) << i % 2 * 8;
+    while (sum > 0xFFFF) sum = (sum >> 16) + (sum & 0xFFFF);
+    return sum;
+}
+
+} // namespace
+
+TEST(SocketInterfaces, ChoosesByAddressThenBySubnetThenTheFirst) {
+    const auto loopback = Interface("127.0.0.1", "255.0.0.0", IFF_LOOPBACK);
+    const Interfaces machine({loopback, Interface("10.1.2.3", "255.255.0.0"), Interface("10.2.0.1", "255.255.255.0"),
+                              Interface("10.2.0.2", "255.255.255.0")});
+    EXPECT_EQ(CSocket::GetNumberOfNetInterfaces(), 3);
+    EXPECT_EQ(Chosen(L"0.0.0.0", L"255.255.255.0"), "10.1.2.3");
+    EXPECT_EQ(Chosen(nullptr, nullptr), "10.1.2.3");
+    EXPECT_EQ(Chosen(L"10.2.0.2", L"255.255.0.0"), "10.2.0.2");
+    EXPECT_EQ(Chosen(L"10.2.0.77", L"255.255.255.0"), "10.2.0.1");
+    EXPECT_EQ(Chosen(L"10.2.0.77", L"255.255.0.0"), "10.1.2.3");
+    EXPECT_EQ(Chosen(L"127.0.0.1", L"255.0.0.0"), "10.1.2.3");
+    Interfaces::list = {Interface("10.2.0.1", "255.0.0.0"), loopback};
+    EXPECT_EQ(Chosen(L"10.9.9.9", L"255.255.255.0"), "10.2.0.1");
+    Interfaces::list = {loopback};
+    EXPECT_EQ(Chosen(L"127.0.0.1", L"255.0.0.0"), "0.0.0.0");
+    Interfaces::list.assign(15, Interface("10.2.0.1", "255.0.0.0"));
+    EXPECT_EQ(Chosen(L"10.2.0.1", L"255.0.0.0"), "0.0.0.0");
+    EXPECT_EQ(CSocket::GetNumberOfNetInterfaces(), 15);
+    Interfaces::list.clear();
+    EXPECT_EQ(CSocket::GetNumberOfNetInterfaces(), 0);
+}
+
+TEST(SocketNames, KnowsThisMachine) {
+    char text[NI_MAXHOST] = "unchanged";
+    EXPECT_TRUE(CSocket::GetHostAddressByName("localhost", text));
+    EXPECT_STREQ(text, "127.0.0.1");
+    EXPECT_TRUE(CSocket::GetHostNameByAddress("127.0.0.1", text));
+    EXPECT_STREQ(text, "localhost");
+    wchar_t name[NI_MAXHOST] = {};
+    EXPECT_EQ(CSocket::GetLocalHostName(name, NI_MAXHOST), 0);
+    EXPECT_NE(name[0], L'\0');
+    EXPECT_EQ(CSocket::GetLocalHostName(name, 0xFFFFFFFF), 0);
+    name[1] = L'#';
+    EXPECT_EQ(CSocket::GetLocalHostName(name, 1), SOCKET_ERROR);
+    EXPECT_EQ(name[1], L'#');
+    EXPECT_EQ(CSocket::GetLocalHostName(nullptr, 5), SOCKET_ERROR);
+    const ImportPatch patch(L"Tessel.dll", "gethostbyname", &UnknownHost);
+    EXPECT_FALSE(CSocket::GetHostAddressByName("nobody", text));
+    EXPECT_EQ(CSocket::Ping("nobody", 1), 0);
+    EXPECT_FALSE(CSocket::GetHostAddressByName(nullptr, text));
+    EXPECT_FALSE(CSocket::GetHostNameByAddress(nullptr, text));
+    EXPECT_EQ(CSocket::Ping(nullptr, 1), 0);
+}
+
+TEST(SocketPing, Odd84EveryIcmpMessageCountsAsAReply) {
+    EXPECT_EQ(CSocket::Ping("127.0.0.1", 3), 3);
+    EXPECT_EQ(CSocket::Ping("localhost", 1), 1);
+    EXPECT_EQ(CSocket::Ping("127.0.0.1", -1), 0);
+}
+
+TEST(SocketPing, SendsARequestOf45BytesAndTakesAnyReply) {
+    const ImportPatch sending(L"Tessel.dll", "sendto", &NoteRequest);
+    const ImportPatch waiting(L"Tessel.dll", "select", &AlwaysReady);
+    const ImportPatch receiving(L"Tessel.dll", "recvfrom", &ShortReply);
+    for (const int size : {SOCKET_ERROR, 0, 32}) {
+        replySize = size;
+        EXPECT_EQ(CSocket::Ping("127.0.0.1", 1), 1);
+    }
+    ASSERT_EQ(request.size(), 45u);
+    EXPECT_EQ(Sum(request), 0xFFFFu);
+    EXPECT_EQ(request[0], 8);
+    EXPECT_EQ(std::memcmp(&request[4], &request[6], 2), 0); // the sequence number counts alike
+    EXPECT_EQ(identifiers[0] + 2, identifiers[2]);
+    EXPECT_EQ(request[8], 0);
+    EXPECT_EQ(request[13], 0x20);
+    EXPECT_EQ(request[44], 0x3F);
+}

@@ -1,0 +1,251 @@
+#include "Loopback.h"
+
+#include "support/MessageWindow.h"
+
+#include <gtest/gtest.h>
+#include <tessel/address.h>
+
+#include <string>
+
+namespace {
+
+/// Writes down what it is told of.
+class Recorder : public CSocket {
+public:
+    using CSocket::CSocket;
+    std::string events;
+    using CSocket::m_pExtra;
+
+protected:
+    void OnAccept() override { events += "accept "; }
+    void OnConnect() override { events += "connect "; }
+    void OnRead() override { events += "read "; }
+    void OnWrite() override { events += "write "; }
+    void OnClose() override { events += "close "; }
+};
+
+int WSAAPI AllEvents(SOCKET, WSAEVENT, WSANETWORKEVENTS* events) {
+    events->lNetworkEvents = FD_CLOSE | FD_WRITE | FD_READ | FD_CONNECT | FD_ACCEPT;
+    return 0;
+}
+
+SOCKET WSAAPI NoSocket(int, int, int) {
+    WSASetLastError(WSAEMFILE);
+    return INVALID_SOCKET;
+}
+
+unsigned char oneByte = 'x';
+
+int ReceiveByte(CSocket& socket) {
+    return socket.Recv(&oneByte, 1, nullptr, 0);
+}
+
+/// Tells a blocking from a non-blocking socket: the one gives WSAETIMEDOUT, the other WSAEWOULDBLOCK.
+int ReceiveNothing(const Connection& connection) {
+    const DWORD brief = 20;
+    setsockopt(connection.handle, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&brief), sizeof brief);
+    return ReceiveByte(*connection.own);
+}
+
+bool IsOpen(const CSocket& socket) {
+    timeval none{0, 0};
+    return const_cast<CSocket&>(socket).Select(&none) < WSABASEERR;
+}
+
+} // namespace
+
+TEST(Socket, ServesAClientAndClosesGracefully) {
+    const Interfaces loopback;
+    const unsigned short port = FreePort();
+    CSocket server;
+    CSocket client;
+    CSocket* accepted = nullptr;
+    ASSERT_EQ(server.InitAsync(port, kOwn, kOwnMask), 0);
+    EXPECT_TRUE(server.HasIpAddress(kOwn));
+    EXPECT_FALSE(server.AddrChanged());
+    Interfaces::list = {Interface("10.1.2.3", "255.0.0.0"), Interface("127.0.0.1", "255.0.0.0", IFF_LOOPBACK)};
+    EXPECT_TRUE(server.AddrChanged());
+    ASSERT_EQ(client.Connect(kLoopback, port), 0);
+    EXPECT_TRUE(client.IsConnected());
+    ASSERT_EQ(server.Accept(&accepted), 0);
+    const std::unique_ptr<CSocket> peer(accepted);
+    EXPECT_FALSE(peer->IsConnected());
+    EXPECT_EQ(peer->InitConnected(), 0);
+    unsigned int count = 0;
+    const unsigned char text[] = "text";
+    EXPECT_EQ(client.Send(text, 4, &count, 0), 0);
+    EXPECT_EQ(count, 4u);
+    unsigned char got[10] = {};
+    EXPECT_EQ(peer->Recv(got, 10, &count, 0), 0);
+    EXPECT_EQ(count, 4u);
+    EXPECT_STREQ(reinterpret_cast<char*>(got), "text");
+    EXPECT_EQ(peer->SetMode(CSocket::MODE_EVENT, 0, FD_READ), 0); // what does not block drains only what is there
+    EXPECT_EQ(peer->Disconnect(), 0);
+    EXPECT_TRUE(peer->IsSocket(INVALID_SOCKET));
+    EXPECT_EQ(client.Recv(got, 10, &count, 0), WSAEDISCON);
+    EXPECT_EQ(client.Disconnect(), 0);
+    EXPECT_FALSE(client.IsConnected());
+    EXPECT_EQ(client.Disconnect(), 0);
+}
+
+TEST(Socket, DropsWhatThePeerStillSendsBeforeItCloses) {
+    Connection connection(CSocket::MODE_BLOCKING);
+    connection.Send(std::string(5000, 'x').data(), 5000);
+    shutdown(connection.bare, SD_SEND);
+    EXPECT_EQ(connection.own->Disconnect(), 0);
+    char end = 0;
+    EXPECT_EQ(recv(connection.bare, &end, 1, 0), 0); // a close with unread data would reset the connection
+}
+
+TEST(Socket, BlocksInModeBlockingOnly) {
+    const Connection connection(CSocket::MODE_NONBLOCKING);
+    EXPECT_FALSE(connection.own->IsBlockingMode());
+    EXPECT_EQ(ReceiveNothing(connection), WSAEWOULDBLOCK);
+    for (const auto mode : {CSocket::MODE_EVENT, CSocket::MODE_NONBLOCKING}) {
+        EXPECT_EQ(connection.own->SetMode(CSocket::MODE_BLOCKING, 0, 0), 0);
+        EXPECT_TRUE(connection.own->IsBlockingMode());
+        EXPECT_EQ(ReceiveNothing(connection), WSAETIMEDOUT);
+        EXPECT_EQ(connection.own->SetMode(mode, 0, FD_READ), 0);
+        EXPECT_EQ(ReceiveNothing(connection), WSAEWOULDBLOCK);
+    }
+}
+
+TEST(Socket, PostsItsEventsToTheWindowAndProcessesThem) {
+    const Interfaces loopback;
+    const MessageWindow window;
+    const unsigned short port = FreePort();
+    Recorder server(window.Get());
+    ASSERT_EQ(server.InitAsync(port, kOwn, kOwnMask), 0);
+    EXPECT_EQ(server.ProcessEvents(), 0);
+    EXPECT_EQ(server.events, "");
+    CSocket client;
+    ASSERT_EQ(client.Connect(kLoopback, port), 0);
+    EXPECT_EQ(WSAGETSELECTEVENT(window.Wait(WM_SOCKET_ACCEPT)), FD_ACCEPT);
+    EXPECT_EQ(server.ProcessEvents(), 0);
+    EXPECT_EQ(server.events, "accept ");
+    CSocket* accepted = nullptr;
+    ASSERT_EQ(server.Accept(&accepted), 0);
+    delete accepted;
+    const Connection connection;
+    Recorder peer(connection.handle, CSocket::MODE_WINDOW, window.Get());
+    EXPECT_EQ(peer.InitConnected(), 0);
+    connection.Send("x", 1);
+    EXPECT_EQ(WSAGETSELECTEVENT(window.Wait(WM_SOCKET_DATA)), FD_READ);
+    EXPECT_EQ(peer.ProcessEvents(), 0);
+    EXPECT_EQ(ReceiveByte(peer), 0);
+    shutdown(connection.bare, SD_SEND);
+    EXPECT_EQ(WSAGETSELECTEVENT(window.Wait(WM_SOCKET_DATA)), FD_CLOSE);
+    EXPECT_EQ(peer.ProcessEvents(), 0);
+    EXPECT_EQ(peer.events, "read close ");
+}
+
+TEST(Socket, SignalsItsEventAndProcessesWhatCame) {
+    Connection connection;
+    Recorder recorder(connection.handle, CSocket::MODE_EVENT, nullptr);
+    EXPECT_EQ(recorder.GetEventHandle(), INVALID_HANDLE_VALUE);
+    ASSERT_EQ(recorder.InitConnected(), 0);
+    EXPECT_EQ(recorder.ProcessEvents(), 0);
+    EXPECT_EQ(recorder.events, "");
+    connection.Send("x", 1);
+    EXPECT_EQ(WaitForSingleObject(recorder.GetEventHandle(), 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(recorder.ProcessEvents(), 0);
+    EXPECT_EQ(ReceiveByte(recorder), 0);
+    connection.Close();
+    EXPECT_EQ(WaitForSingleObject(recorder.GetEventHandle(), 10000), WAIT_OBJECT_0);
+    EXPECT_EQ(recorder.ProcessEvents(), 0);
+    EXPECT_EQ(recorder.events, "read close ");
+    const ImportPatch patch(L"Tessel.dll", "WSAEnumNetworkEvents", &AllEvents);
+    recorder.events.clear();
+    EXPECT_EQ(recorder.ProcessEvents(), 0);
+    EXPECT_EQ(recorder.events, "accept connect read write close ");
+}
+
+TEST(Socket, Odd80AnEarlierEventStaysOpen) {
+    const Connection connection(CSocket::MODE_EVENT);
+    const HANDLE earlier = connection.own->GetEventHandle();
+    EXPECT_EQ(connection.own->SetMode(CSocket::MODE_EVENT, 0, FD_READ), 0);
+    EXPECT_NE(connection.own->GetEventHandle(), earlier);
+    EXPECT_NE(CloseHandle(earlier), FALSE);
+}
+
+TEST(Socket, Odd77WithoutASocketAServerReportsSuccess) {
+    const ImportPatch patch(L"Tessel.dll", "socket", &NoSocket);
+    CSocket socket;
+    EXPECT_EQ(socket.InitAsync(1, kOwn, kOwnMask), 0);
+    EXPECT_TRUE(socket.IsSocket(INVALID_SOCKET));
+    EXPECT_EQ(socket.InitBroadcast(1, kOwn, kOwnMask), WSAEMFILE);
+    EXPECT_EQ(socket.InitMulticast(1, L"239.1.2.3", 1, kOwn, kOwnMask), WSAEMFILE);
+    EXPECT_EQ(socket.Connect(kLoopback, 1), WSAEMFILE);
+}
+
+TEST(Socket, ClosesTheSocketWhenItsPortIsTaken) {
+    const Interfaces loopback;
+    const unsigned short port = FreePort();
+    CSocket first;
+    CSocket second;
+    ASSERT_EQ(first.InitAsync(port, kOwn, kOwnMask), 0);
+    EXPECT_EQ(second.InitAsync(port, kOwn, kOwnMask), WSAEADDRINUSE);
+    EXPECT_TRUE(second.IsSocket(INVALID_SOCKET));
+}
+
+TEST(Socket, Odd78And79TheSocketOfAFailedConnectStaysOpenAndCannotBeDisconnected) {
+    CSocket socket;
+    EXPECT_EQ(socket.Connect(kLoopback, FreePort()), WSAECONNREFUSED);
+    EXPECT_FALSE(socket.IsConnected());
+    EXPECT_TRUE(IsOpen(socket));
+    EXPECT_EQ(socket.Disconnect(), WSAENOTCONN);
+    EXPECT_TRUE(IsOpen(socket));
+}
+
+TEST(Socket, Odd85CopiesShareAndAnAssignmentClosesNothing) {
+    const Connection connection;
+    Recorder first(connection.handle, CSocket::MODE_EVENT, nullptr);
+    ASSERT_EQ(first.InitConnected(), 0);
+    first.m_pExtra = HeapAlloc(GetProcessHeap(), 0, 1000);
+    {
+        Recorder copy(first);
+        copy = first;
+        EXPECT_TRUE(copy.IsSocket(connection.handle));
+        EXPECT_EQ(copy.Send(&oneByte, 1, nullptr, 0), 0);
+    }
+    EXPECT_EQ(first.Send(&oneByte, 1, nullptr, 0), 0);
+    EXPECT_NE(ResetEvent(first.GetEventHandle()), FALSE);
+    CSocket copy(first);
+    EXPECT_EQ(copy.Disconnect(), 0);
+    EXPECT_TRUE(IsOpen(first));
+    CSocket target;
+    target.Connect(kLoopback, FreePort());
+    target = first;
+    EXPECT_TRUE(target.IsSocket(connection.handle));
+}
+
+TEST(Socket, SelectsAndKeepsItsSendTimeout) {
+    const Connection connection(CSocket::MODE_BLOCKING);
+    timeval wait{10, 0};
+    EXPECT_EQ(connection.own->Select(&wait), 2);
+    connection.Send("x", 1);
+    EXPECT_EQ(recv(connection.handle, reinterpret_cast<char*>(&oneByte), 1, MSG_PEEK), 1);
+    EXPECT_EQ(connection.own->Select(&wait), 3);
+    unsigned int milliseconds = 0;
+    EXPECT_EQ(connection.own->SetSendTimeout(1234), 0);
+    EXPECT_EQ(connection.own->GetSendTimeout(&milliseconds), 0);
+    EXPECT_EQ(milliseconds, 1234u);
+    CSocket none;
+    EXPECT_EQ(none.Select(&wait), WSAENOTSOCK);
+    EXPECT_EQ(none.SetSendTimeout(1), WSAENOTSOCK);
+}
+
+TEST(Socket, RefusesNullPointers) {
+    CSocket socket;
+    EXPECT_EQ(socket.Accept(nullptr), WSAEFAULT);
+    EXPECT_EQ(socket.Recv(nullptr, 1, nullptr, 0), WSAEFAULT);
+    EXPECT_EQ(socket.ReceiveFrom(nullptr, 1, nullptr, nullptr, nullptr, 0), WSAEFAULT);
+    EXPECT_EQ(socket.Send(nullptr, 1, nullptr, 0), WSAEFAULT);
+    EXPECT_EQ(socket.SendTo(nullptr, nullptr, 0, 0, nullptr), WSAEFAULT);
+    EXPECT_EQ(socket.Broadcast(nullptr, 0, true), WSAEFAULT);
+    EXPECT_EQ(socket.Multicast(nullptr, nullptr, 0), WSAEFAULT);
+    EXPECT_EQ(socket.GetSendTimeout(nullptr), WSAEFAULT);
+    EXPECT_EQ(socket.GetNetworkEvents(nullptr), WSAEFAULT);
+    EXPECT_EQ(socket.WriteFile(nullptr, nullptr), WSAEFAULT);
+    EXPECT_EQ(socket.WriteMessage(1, nullptr, 1), WSAEFAULT);
+}
