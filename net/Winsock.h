@@ -2,6 +2,7 @@
 
 #include <tessel/platform.h>
 #include <winsock2.h>
+#include <ws2tcpip.h>
 
 #include <algorithm>
 #include <limits>

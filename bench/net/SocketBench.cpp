@@ -1,4 +1,6 @@
-#include <tessel/socket.h> // before windows.h, which the others bring
+#include <tessel/socket.h>
+#include <winsock2.h> // before windows.h, which the others bring
+#include <ws2tcpip.h>
 
 #include "support/ChildProcess.h"
 

@@ -1,18 +1,23 @@
 #pragma once
 
 #include <tessel/platform.h>
-#include <winsock2.h>
-#include <ws2tcpip.h>
 
 class CCommMsg;
 class CIpAddress;
 
+// What winsock2.h declares. It must stand in front of windows.h, which a program may have included long before.
+typedef UINT_PTR SOCKET; // NOLINT(modernize-use-using)
+struct sockaddr_in;
+struct timeval;
+struct _WSANETWORKEVENTS; // NOLINT(bugprone-reserved-identifier)
+struct _INTERFACE_INFO;   // NOLINT(bugprone-reserved-identifier)
+
 /// Message that a listening socket in MODE_WINDOW posts when a connection waits (WM_USER + 50). wParam is the socket,
 /// lParam what WSAAsyncSelect documents.
-constexpr unsigned int WM_SOCKET_ACCEPT = WM_USER + 50;
+inline constexpr unsigned int WM_SOCKET_ACCEPT = WM_USER + 50;
 
 /// Message that a socket in MODE_WINDOW posts when data came or the peer closed (WM_USER + 51).
-constexpr unsigned int WM_SOCKET_DATA = WM_USER + 51;
+inline constexpr unsigned int WM_SOCKET_DATA = WM_USER + 51;
 
 #pragma pack(push, 1)
 /// Head of a typed record, as it is on the wire (little-endian, packed); the data follows it.
@@ -275,7 +280,7 @@ public:
     /// Takes the events that came since the last call, and resets the event of MODE_EVENT.
     /// @param events  receives the FD_ bits and an error code for each; unchanged after a failure
     /// @return 0 or a Winsock error
-    int GetNetworkEvents(WSANETWORKEVENTS* events) const;
+    int GetNetworkEvents(_WSANETWORKEVENTS* events) const;
 
     /// Calls the On... operation of each event that came, in the order accept, connect, read, write, close. In
     /// MODE_WINDOW, where Windows keeps no events to be asked for, it looks at the socket instead: a connection that
@@ -399,7 +404,7 @@ private:
     int WaitForMoreOfFile();
     int WaitUntilWritable(timeval* timeout) const;
 
-    static int GetInterfaceList(INTERFACE_INFO* list, unsigned int size);
+    static int GetInterfaceList(_INTERFACE_INFO* list, unsigned int size);
     static void SendEchoRequest(SOCKET socket, const sockaddr_in& to);
     static unsigned long RecvEchoReply(SOCKET socket);
     static int WaitForEchoReply(SOCKET socket);
