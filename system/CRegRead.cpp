@@ -59,6 +59,7 @@ long CReg::Query(HKEY key, unsigned long& registryType, unsigned long& length) {
     return RegQueryValueExW(key, m_pName, nullptr, &registryType, m_pData, &length);
 }
 
+// GUARD-61: what was read may lack its terminators or end in half a character, so zeros follow it.
 long CReg::Finish(long result, unsigned long registryType, unsigned long length) {
     const bool read = result == ERROR_SUCCESS;
     if (read) std::memset(m_pData + std::min(length, m_ulDataLen), 0, ZEROS_BEHIND_DATA);

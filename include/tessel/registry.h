@@ -221,7 +221,7 @@ public:
 private:
     friend struct CRegLayout;
 
-    /// GUARD-61: what is read may lack its terminators or end in half a character, so these zeros follow it.
+    /// Zeros that follow what was read: half a character and two terminators.
     static constexpr std::size_t ZEROS_BEHIND_DATA = 3 * sizeof(wchar_t);
 
     static unsigned long ConvertType(KEY_TYPE type);

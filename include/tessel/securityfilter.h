@@ -19,7 +19,7 @@ constexpr PROTOCOL operator|(PROTOCOL one, PROTOCOL other) {
 /// Switches the system's TCP/IP port filter on and off, and keeps for every network adapter the lists of the ports and
 /// raw IP protocols that it lets through.
 ///
-/// All settings live in the registry under HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services and take effect when
+/// All settings live under `HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services`, and take effect when
 /// the system next starts its network. The adapters are those that are bound to TCP/IP when the object is made. A list
 /// that an adapter does not have is not created, and no operation tells of an error of the registry: where one occurs,
 /// nothing changes. Writing needs the rights of an administrator.
@@ -29,7 +29,7 @@ public:
     /// The number that stands for every port.
     static constexpr unsigned long ALL_PORTS = 0xFFFFFFFF;
 
-    /// Finds the adapters: the entries of `Tcpip\Linkage`, "Bind", that begin with "\Device\".
+    /// Finds the adapters: the entries of `Tcpip\Linkage`, "Bind", that begin with `\Device\`.
     CSecurityFilterNT();
 
     /// Copies the adapters; without memory for that there are none.
