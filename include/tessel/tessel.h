@@ -6,6 +6,7 @@
 
 #include <tessel/address.h>
 #include <tessel/brush.h>
+#include <tessel/channels.h>
 #include <tessel/commmsg.h>
 #include <tessel/dialog.h>
 #include <tessel/host.h>

@@ -1,0 +1,261 @@
+#pragma once
+
+#include <tessel/platform.h>
+
+/// A mailslot: a channel of datagrams with a name. One object creates it on this machine and reads, others open it,
+/// from any machine of the network, and write.
+///
+/// In contrast to a named pipe it goes one way, has no connection, and can reach all machines of a domain at once; how
+/// long a message may then be, and whether it arrives, is the system's affair.
+///
+/// An overlapped read works on a record inside this object and on the caller's buffer: leave both where they are until
+/// GetStatus() says that it has ended, and start no second one before. Close(), the destructor and opening anew cancel
+/// it.
+/// Copies share the handle, which the last of them closes. A copy of an object with a read under way never learns of
+/// that read's end: ask the object that started it.
+/// Threads: one at a time.
+class TESSEL_API CMailslot {
+public:
+    /// A reading end without a mailslot.
+    CMailslot();
+
+    /// Shares handle and name; everything else is copied. Without memory to share them the copy has neither.
+    /// @param other  object to copy
+    CMailslot(const CMailslot& other);
+
+    /// Shares handle and name, and copies everything else. A mailslot that was held before stays open, out of reach:
+    /// Close() it first.
+    /// @param other  object to copy
+    /// @return this object
+    CMailslot& operator=(const CMailslot& other);
+
+    /// Closes the handle and frees the name, unless a copy still uses them.
+    virtual ~CMailslot();
+
+    /// Creates a mailslot on this machine and becomes its reading end. A handle that was held before is closed.
+    /// @param name            name, copied; the path "\\.\mailslot\NAME" is cut to 519 characters
+    /// @param maxMessageSize  bytes that a message may have; 0 for any
+    /// @param readTimeout     milliseconds that a read waits for a message; 0 not at all, MAILSLOT_WAIT_FOREVER for
+    /// ever
+    /// @param attributes      null for the defaults
+    /// @return true: created; false: GetStatus() tells the Win32 error (ERROR_ALREADY_EXISTS for a name in use)
+    bool Create(const wchar_t* name, unsigned long maxMessageSize, unsigned long readTimeout,
+                SECURITY_ATTRIBUTES* attributes);
+
+    /// Opens a mailslot for writing. A handle that was held before is closed.
+    /// @param name    name of the mailslot, copied; the path "\\SERVER\mailslot\NAME" is cut to 519 characters
+    /// @param server  machine or domain to write to; "." is this machine
+    /// @return true: open; false: GetStatus() tells the Win32 error (ERROR_FILE_NOT_FOUND without such a mailslot)
+    bool Open(const wchar_t* name, const wchar_t* server);
+
+    /// Reads one message.
+    /// @param buffer  receives the message
+    /// @param size    its size in bytes; a longer message stays in the mailslot (ERROR_INSUFFICIENT_BUFFER)
+    /// @param read    receives the bytes read, 0 while an overlapped read goes on; may be null
+    /// @param event   null: wait for a message as long as Create() said. A manual-reset event: the read is overlapped,
+    ///                the event is reset first and signalled at the end
+    /// @return true: read, or an overlapped read has started (GetStatus() is then ERROR_IO_PENDING);
+    ///         false: GetStatus() tells the Win32 error (ERROR_SEM_TIMEOUT when no message came)
+    bool Read(unsigned char* buffer, unsigned long size, unsigned long* read, void* event);
+
+    /// Writes one message and waits until the system has taken it.
+    /// @param buffer   the message
+    /// @param size     bytes
+    /// @param written  receives the bytes written; may be null
+    /// @return true: written; false: GetLastError() tells why, the object does not keep it
+    bool Write(unsigned char* buffer, unsigned long size, unsigned long* written) const;
+
+    /// Result of the last operation or, while a read is pending, how that goes; never waits. A read that failed is
+    /// asked about again by each further call, until another operation starts.
+    /// @param transferred  receives the bytes of a read that has ended; otherwise unchanged; may be null
+    /// @return 0: done; ERROR_IO_PENDING (997): under way; else a Win32 error
+    unsigned long GetStatus(unsigned long* transferred);
+
+    /// Asks about the reading end's mailslot; each pointer may be null.
+    /// @param maxMessageSize  receives the bytes that a message may have; 0: any number
+    /// @param nextSize        receives the bytes of the next message; MAILSLOT_NO_MESSAGE: there is none
+    /// @param count           receives the number of messages that wait
+    /// @param readTimeout     receives the milliseconds that a read waits
+    /// @return 0 or the Win32 error, which is kept too
+    unsigned long GetInfo(unsigned long* maxMessageSize, unsigned long* nextSize, unsigned long* count,
+                          unsigned long* readTimeout);
+
+    /// Changes how long a read waits.
+    /// @param readTimeout  milliseconds; 0 not at all, MAILSLOT_WAIT_FOREVER for ever
+    /// @return 0 or the Win32 error, which is kept too
+    unsigned long SetInfo(unsigned long readTimeout);
+
+    /// Ends a read that is pending and closes the handle, which stays open for copies.
+    /// @return true: closed; false: GetStatus() tells the Win32 error
+    bool Close();
+
+    /// The name.
+    /// @return text as given to Create() or Open(), owned by this object; null before
+    const wchar_t* GetName() const { return m_szName; }
+
+    /// Length of the name.
+    /// @return characters with the terminator; 0 without a name
+    unsigned long GetNameLen() const { return m_ulNameLen; }
+
+private:
+    friend struct CMailslotLayout;
+
+    bool KeepName(const wchar_t* name);
+    void ForgetName();
+    void EndRead();
+    void LetGo();
+    bool Keep(HANDLE handle);
+    unsigned long KeepError(bool succeeded);
+    void ShareWith(const CMailslot& other);
+
+    HANDLE m_hMailslot;
+    BOOL m_bReadingEnd;
+    unsigned long m_ulLastError;
+    OVERLAPPED m_Overlapped;
+    BOOL m_bPending;
+    wchar_t* m_szName;
+    unsigned long m_ulNameLen;
+};
+
+/// Status of a pipe without a connection: closed, or not awaiting a client yet.
+constexpr unsigned long PIPE_CLOSED = 0x15010000;
+/// Status of a server's pipe that awaits its client.
+constexpr unsigned long PIPE_LISTENING = 0x15010001;
+/// Status of a pipe whose last operation succeeded while client and server are connected.
+constexpr unsigned long PIPE_CONNECTED = 0x15010002;
+
+/// The client's end of a named pipe: a two-way connection with a server of this or another machine.
+///
+/// Bytes are read as a stream, whatever messages the server wrote. Reads and writes do not tell how many bytes they
+/// moved: both sides must know the size of what they exchange.
+///
+/// A pipe opened as overlapped never waits: a transfer either ends at once or goes on by itself, signals the caller's
+/// event at its end, and GetStatus() then tells how it went. It works on a record inside this object and on the
+/// caller's buffer: leave both where they are until then, and start nothing else before. Close(), the destructor and
+/// another Open() cancel it.
+/// Copies share the handle, which the last of them closes. A copy of an object with an operation under way never
+/// learns of its end: ask the object that started it.
+/// Threads: one at a time.
+class TESSEL_API CClientNamedPipe {
+public:
+    /// Directions of a pipe.
+    enum MODE : int {
+        MODE_READ = 0,      ///< this end reads
+        MODE_WRITE = 1,     ///< this end writes
+        MODE_READ_WRITE = 2 ///< both
+    };
+
+    /// Names a pipe without opening it.
+    /// @param name  name, copied and cut to 19 characters
+    explicit CClientNamedPipe(const wchar_t* name);
+
+    /// Shares the handle and copies everything else. Without memory to share it the copy has none.
+    /// @param other  object to copy
+    CClientNamedPipe(const CClientNamedPipe& other);
+
+    /// Shares the handle and copies everything else. A pipe that was held before stays open, out of reach: Close() it
+    /// first.
+    /// @param other  object to copy
+    /// @return this object
+    CClientNamedPipe& operator=(const CClientNamedPipe& other);
+
+    /// Closes the handle, unless a copy still uses it.
+    virtual ~CClientNamedPipe();
+
+    /// Opens the pipe of a server that awaits a client. A handle that was held before is closed.
+    /// @param server      machine of the server; "." is this one. The path "\\SERVER\PIPE\NAME" is cut to 259
+    /// characters
+    /// @param mode        direction; the server must allow it
+    /// @param overlapped  true: operations need an event and never wait
+    /// @return true: open, the status is PIPE_CONNECTED; false: the status is the Win32 error (ERROR_PIPE_BUSY when no
+    ///         server's end is free), or nothing changed for a null server or another mode
+    bool Open(const wchar_t* server, MODE mode, bool overlapped);
+
+    /// Reads.
+    /// @param buffer  receives the bytes
+    /// @param size    bytes at most
+    /// @param event   a manual-reset event, for an overlapped pipe; unused otherwise
+    /// @return true: read, the status is PIPE_CONNECTED; false: the status is the Win32 error, which for an overlapped
+    ///         read that goes on is ERROR_IO_PENDING, and for a message longer than the buffer ERROR_MORE_DATA
+    bool Read(void* buffer, unsigned int size, void* event);
+
+    /// Writes.
+    /// @param buffer  bytes to write
+    /// @param size    number of bytes
+    /// @param event   a manual-reset event, for an overlapped pipe; unused otherwise
+    /// @return true: written, the status is PIPE_CONNECTED; false: the status is the Win32 error, which for an
+    ///         overlapped write that goes on is ERROR_IO_PENDING
+    bool Write(const void* buffer, unsigned int size, void* event);
+
+    /// The status; while an overlapped operation is pending the system is asked how it goes. Never waits.
+    /// @return PIPE_CLOSED, PIPE_LISTENING, PIPE_CONNECTED or a Win32 error; ERROR_IO_PENDING (997): still under way
+    unsigned long GetStatus();
+
+    /// Ends an operation that is pending and closes the handle, which stays open for copies. The status is PIPE_CLOSED.
+    virtual void Close();
+
+private:
+    friend class CServerNamedPipe;
+    friend struct CNamedPipeLayout;
+
+    void EndOperation();
+    void LetGo();
+    OVERLAPPED* Prepare(void* event);
+    bool Started(bool succeeded);
+    void ShareWith(const CClientNamedPipe& other);
+
+    wchar_t m_szName[20];
+    wchar_t m_szPath[260];
+    unsigned long m_ulStatus;
+    HANDLE m_hPipe;
+    bool m_bOverlapped;
+    OVERLAPPED m_Overlapped;
+    OVERLAPPED* m_pOverlapped;
+    bool m_bPending;
+};
+
+/// The server's end of a named pipe; it serves one client at a time, and one name may have many such ends.
+///
+/// Open(), AwaitConnection(), transfers, CloseInstance(), and from AwaitConnection() on again for the next client.
+/// What is written in one call is one message, and one read gives one message at most.
+/// Otherwise like CClientNamedPipe.
+class TESSEL_API CServerNamedPipe : public CClientNamedPipe {
+public:
+    /// Names a pipe without creating it.
+    /// @param name  name, copied and cut to 19 characters
+    explicit CServerNamedPipe(const wchar_t* name);
+
+    /// Shares the handle and copies everything else. Without memory to share it the copy has none.
+    CServerNamedPipe(const CServerNamedPipe&) = default;
+
+    /// Shares the handle and copies everything else. A pipe that was held before stays open, out of reach: Close() it
+    /// first.
+    /// @return this object
+    CServerNamedPipe& operator=(const CServerNamedPipe&) = default;
+
+    /// Closes the handle, unless a copy still uses it; what the client has not read yet it can still read.
+    ~CServerNamedPipe() override;
+
+    /// Creates one end of the pipe on this machine, with buffers of 4,096 bytes each way. A handle that was held before
+    /// is closed.
+    /// @param mode        direction
+    /// @param overlapped  true: operations need an event and never wait
+    /// @return true: created, the status is as it was before; false: the status is the Win32 error, or nothing changed
+    ///         for another mode
+    bool Open(CClientNamedPipe::MODE mode, bool overlapped);
+
+    /// Waits for a client or, on an overlapped pipe, starts to. The status is then PIPE_CONNECTED, ERROR_IO_PENDING
+    /// (GetStatus() goes on to PIPE_CONNECTED) or the Win32 error; ERROR_PIPE_CONNECTED (535) means that the client
+    /// came before the call and is connected, and stays until the next operation.
+    /// @param event  a manual-reset event, for an overlapped pipe; unused otherwise
+    void AwaitConnection(void* event);
+
+    /// Takes leave of the client, then closes like CClientNamedPipe::Close(). The leave waits until the client has read
+    /// everything. It is left out when the status is one of those errors that share no bit with PIPE_CONNECTED, as
+    /// ERROR_BROKEN_PIPE (109).
+    void Close() override;
+
+    /// Waits until the client has read everything and disconnects it; the end can then await the next client. The
+    /// status is PIPE_CLOSED.
+    void CloseInstance();
+};

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+#include <initializer_list>
+
+namespace tessel {
+
+/// Joins the parts of a channel's name.
+/// @param path   receives the text, cut where the buffer ends
+/// @param parts  texts in their order
+template <std::size_t Size> void JoinPath(wchar_t (&path)[Size], std::initializer_list<const wchar_t*> parts) {
+    std::size_t used = 0;
+    for (const wchar_t* part : parts) {
+        while (*part != L'\0' && used < Size - 1) path[used++] = *part++;
+    }
+    path[used] = L'\0';
+}
+
+} // namespace tessel

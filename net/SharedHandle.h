@@ -1,0 +1,35 @@
+#pragma once
+
+#include <messaging/SharedOwners.h>
+#include <tessel/platform.h>
+
+namespace tessel {
+
+/// Whether a field holds a handle that can be closed: neither none nor the mark of a failed or closed one.
+inline bool IsHandle(HANDLE handle) {
+    return handle != nullptr && handle != INVALID_HANDLE_VALUE;
+}
+
+/// Makes a copy one more owner of a handle.
+/// @return the handle; INVALID_HANDLE_VALUE when there is no memory to note the owner
+inline HANDLE ShareHandle(HANDLE handle) {
+    return !IsHandle(handle) || AddOwner(handle) ? handle : INVALID_HANDLE_VALUE;
+}
+
+/// Gives a handle up; the last owner closes it.
+/// @return true: closed, or left to the other owners; false: the system refused (GetLastError())
+inline bool ReleaseHandle(HANDLE handle) {
+    if (IsHandle(handle) && !RemoveOwner(handle)) return true;
+    return CloseHandle(handle) != 0;
+}
+
+/// Cancels an overlapped operation and waits until the system does not write to its record any more.
+/// @param handle  the handle that it runs on
+/// @param record  its record; one of which nothing is under way is left alone
+inline void CancelOverlapped(HANDLE handle, OVERLAPPED& record) {
+    DWORD transferred = 0;
+    if (!CancelIoEx(handle, &record)) return; // it has ended, or was started from another object's record
+    (void)GetOverlappedResult(handle, &record, &transferred, TRUE); // ends with whatever the operation came to
+}
+
+} // namespace tessel
