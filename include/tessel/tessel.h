@@ -14,6 +14,7 @@
 #include <tessel/memory.h>
 #include <tessel/messagebox.h>
 #include <tessel/networkid.h>
+#include <tessel/networkshare.h>
 #include <tessel/notify.h>
 #include <tessel/postoffice.h>
 #include <tessel/registry.h>
