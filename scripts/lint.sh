@@ -80,6 +80,6 @@ check documentation check_documentation
 check oddities check_oddities
 check "shown programs" check_shown_programs
 check links check_links
-check scripts shellcheck -x dev .ci/run scripts/*.sh
+check scripts shellcheck -x dev .ci/run scripts/*.sh tests/*/*.sh
 [ "$findings" = 0 ] || fail "findings in $findings checks"
 say "nothing to mend"

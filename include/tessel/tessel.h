@@ -13,6 +13,7 @@
 #include <tessel/mailbox.h>
 #include <tessel/memory.h>
 #include <tessel/messagebox.h>
+#include <tessel/msgsocket.h>
 #include <tessel/networkid.h>
 #include <tessel/networkshare.h>
 #include <tessel/notify.h>

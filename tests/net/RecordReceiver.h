@@ -1,0 +1,31 @@
+#pragma once
+
+#include <tessel/commmsg.h>
+#include <tessel/msgsocket.h>
+
+#include <string>
+#include <vector>
+
+/// A record's data; the record is deleted.
+inline std::string TakeText(CCommMsg* record) {
+    const std::string text(reinterpret_cast<const char*>(record->GetData()), record->GetLength());
+    delete record;
+    return text;
+}
+
+/// Keeps what is delivered, and disconnects after as many records as it is told.
+class RecordReceiver : public CMsgSocket {
+public:
+    using CMsgSocket::CMsgSocket;
+
+    std::vector<std::string> records;
+    int closes = 0;
+    std::size_t disconnectAt = 0; ///< 0: never
+
+private:
+    void OnReadMsg(CCommMsg* record) override {
+        records.push_back(TakeText(record));
+        if (records.size() == disconnectAt) Disconnect();
+    }
+    void OnClose() override { ++closes; }
+};
