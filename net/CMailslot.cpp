@@ -124,7 +124,10 @@ bool CMailslot::Read(unsigned char* buffer, unsigned long size, unsigned long* r
     if (event != nullptr) {
         m_Overlapped = OVERLAPPED{};
         m_Overlapped.hEvent = event;
-        if (!ResetEvent(event)) return KeepError(false) == 0;
+        if (!ResetEvent(event)) {
+            (void)KeepError(false);
+            return false;
+        }
     }
     DWORD got = 0;
     const bool done = ReadFile(m_hMailslot, buffer, size, &got, event != nullptr ? &m_Overlapped : nullptr) != 0;

@@ -1,4 +1,4 @@
-#include "Loopback.h"
+#include "LoopbackListener.h"
 #include "RecordReceiver.h"
 #include "support/ChildProcess.h"
 #include "support/ImportPatch.h"
