@@ -27,7 +27,7 @@ void Release(wchar_t* name) {
 
 /// Whether a local name leads to that share already.
 bool LeadsTo(const wchar_t* localName, const wchar_t* remoteName) {
-    auto length = static_cast<DWORD>(std::wcslen(remoteName) + 1);
+    auto length = static_cast<DWORD>(std::wcslen(remoteName)) + 1;
     const std::unique_ptr<wchar_t[]> behind(new (std::nothrow) wchar_t[length]{});
     if (behind == nullptr || WNetGetConnectionW(localName, behind.get(), &length) != NO_ERROR) return false;
     return _wcsicmp(behind.get(), remoteName) == 0;

@@ -13,6 +13,10 @@ namespace {
 constexpr const wchar_t* kLibrary = L"Tessel.dll";
 constexpr auto kReadWrite = CClientNamedPipe::MODE_READ_WRITE;
 
+constexpr unsigned long Code(long error) {
+    return static_cast<unsigned long>(error);
+}
+
 struct Event {
     HANDLE handle = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     ~Event() { CloseHandle(handle); }
@@ -135,7 +139,7 @@ TEST_F(Mailslot, AnotherProcessWritesMessagesThatAreReadOneByOne) {
     EXPECT_TRUE(slot.Read(Bytes(buffer), 16, nullptr, nullptr));
     EXPECT_EQ(slot.SetInfo(1), 0u);
     EXPECT_FALSE(slot.Read(Bytes(buffer), 16, &count, nullptr));
-    EXPECT_EQ(slot.GetStatus(&count), static_cast<unsigned long>(ERROR_SEM_TIMEOUT)) << "kept";
+    EXPECT_EQ(slot.GetStatus(&count), Code(ERROR_SEM_TIMEOUT)) << "kept";
     EXPECT_EQ(count, 0u) << "nothing was pending";
 }
 
@@ -143,21 +147,21 @@ TEST_F(Mailslot, EachFailureIsKeptAndSuccessClearsIt) {
     EXPECT_EQ(slot.GetStatus(nullptr), 0u);
     EXPECT_EQ(slot.GetName(), nullptr);
     EXPECT_FALSE(slot.Close());
-    EXPECT_EQ(slot.GetStatus(nullptr), static_cast<unsigned long>(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(slot.GetStatus(nullptr), Code(ERROR_INVALID_HANDLE));
     EXPECT_FALSE(slot.Create(nullptr, 0, 0, nullptr));
     EXPECT_FALSE(slot.Open(L"name", nullptr));
-    EXPECT_EQ(slot.GetStatus(nullptr), static_cast<unsigned long>(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(slot.GetStatus(nullptr), Code(ERROR_INVALID_PARAMETER));
     EXPECT_FALSE(slot.Open(L"Tessel missing", L"."));
-    EXPECT_EQ(slot.GetStatus(nullptr), static_cast<unsigned long>(ERROR_FILE_NOT_FOUND));
-    EXPECT_EQ(slot.GetInfo(nullptr, nullptr, nullptr, nullptr), static_cast<unsigned long>(ERROR_INVALID_HANDLE));
-    EXPECT_EQ(slot.SetInfo(1), static_cast<unsigned long>(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(slot.GetStatus(nullptr), Code(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(slot.GetInfo(nullptr, nullptr, nullptr, nullptr), Code(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(slot.SetInfo(1), Code(ERROR_INVALID_HANDLE));
     EXPECT_FALSE(slot.Write(Bytes(buffer), 1, &count));
     EXPECT_FALSE(slot.Read(Bytes(buffer), 1, &count, nullptr));
     EXPECT_TRUE(slot.Create(L"Tessel test slot", 0, 0, nullptr));
     EXPECT_EQ(slot.GetStatus(nullptr), 0u);
     CMailslot second;
     EXPECT_FALSE(second.Create(L"Tessel test slot", 0, 0, nullptr));
-    EXPECT_EQ(second.GetStatus(nullptr), static_cast<unsigned long>(ERROR_ALREADY_EXISTS));
+    EXPECT_EQ(second.GetStatus(nullptr), Code(ERROR_ALREADY_EXISTS));
     EXPECT_TRUE(slot.Create(slot.GetName(), 0, 0, nullptr)) << "the one held before is closed";
     EXPECT_FALSE(slot.Read(Bytes(buffer), 1, nullptr, INVALID_HANDLE_VALUE)) << "an event that cannot be reset";
     EXPECT_TRUE(slot.Close());
@@ -226,7 +230,7 @@ TEST_F(NamedPipe, AServerTalksToOneProcessAfterTheOther) {
     EXPECT_STREQ(buffer, "ping");
     peer->Tell("a message");
     EXPECT_FALSE(server.Read(buffer, 4, nullptr));
-    EXPECT_EQ(server.GetStatus(), static_cast<unsigned long>(ERROR_MORE_DATA));
+    EXPECT_EQ(server.GetStatus(), Code(ERROR_MORE_DATA));
     EXPECT_TRUE(server.Read(buffer, 16, nullptr));
     EXPECT_EQ(server.GetStatus(), PIPE_CONNECTED);
     EXPECT_TRUE(server.Write("pong", 4, nullptr));
@@ -242,19 +246,19 @@ TEST_F(NamedPipe, AServerTalksToOneProcessAfterTheOther) {
     peer->WaitUntil("connected");
     peer->Kill();
     EXPECT_FALSE(server.Read(buffer, 16, nullptr));
-    EXPECT_EQ(server.GetStatus(), static_cast<unsigned long>(ERROR_BROKEN_PIPE));
+    EXPECT_EQ(server.GetStatus(), Code(ERROR_BROKEN_PIPE));
 }
 
 TEST_F(NamedPipe, Odd88AnOverlappedTransferThatStartsReturnsFalse) {
     ASSERT_TRUE(server.Open(kReadWrite, true));
     server.AwaitConnection(event.handle);
-    EXPECT_EQ(server.GetStatus(), static_cast<unsigned long>(ERROR_IO_PENDING));
+    EXPECT_EQ(server.GetStatus(), Code(ERROR_IO_PENDING));
     peer.emplace("talk-to-pipe");
     EXPECT_TRUE(event.Comes());
     EXPECT_EQ(server.GetStatus(), PIPE_CONNECTED);
     ResetEvent(event.handle);
     EXPECT_FALSE(server.Read(buffer, 16, event.handle));
-    EXPECT_EQ(server.GetStatus(), static_cast<unsigned long>(ERROR_IO_PENDING));
+    EXPECT_EQ(server.GetStatus(), Code(ERROR_IO_PENDING));
     peer->Tell("ping");
     EXPECT_TRUE(event.Comes());
     EXPECT_EQ(server.GetStatus(), PIPE_CONNECTED);
@@ -295,26 +299,26 @@ TEST_F(NamedPipe, Odd89OpeningLeavesTheServersStatusAsItWas) {
     EXPECT_EQ(server.GetStatus(), PIPE_CLOSED);
     ASSERT_TRUE(client.Open(L".", kReadWrite, false));
     server.AwaitConnection(nullptr);
-    EXPECT_EQ(server.GetStatus(), static_cast<unsigned long>(ERROR_PIPE_CONNECTED)) << "it came before the call";
+    EXPECT_EQ(server.GetStatus(), Code(ERROR_PIPE_CONNECTED)) << "it came before the call";
     ASSERT_TRUE(server.Open(kReadWrite, false));
-    EXPECT_EQ(server.GetStatus(), static_cast<unsigned long>(ERROR_PIPE_CONNECTED));
+    EXPECT_EQ(server.GetStatus(), Code(ERROR_PIPE_CONNECTED));
 }
 
 TEST_F(NamedPipe, WhatCannotBeOpenedIsRefusedOrTheSystemsError) {
     EXPECT_FALSE(client.Open(L".", kReadWrite, false));
-    EXPECT_EQ(client.GetStatus(), static_cast<unsigned long>(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(client.GetStatus(), Code(ERROR_FILE_NOT_FOUND));
     for (const int mode : {-1, 3}) {
         EXPECT_FALSE(client.Open(L".", static_cast<CClientNamedPipe::MODE>(mode), false));
         EXPECT_FALSE(server.Open(static_cast<CClientNamedPipe::MODE>(mode), false));
     }
     EXPECT_FALSE(client.Open(nullptr, kReadWrite, false));
-    EXPECT_EQ(client.GetStatus(), static_cast<unsigned long>(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(client.GetStatus(), Code(ERROR_FILE_NOT_FOUND));
     EXPECT_EQ(server.GetStatus(), PIPE_CLOSED);
     ASSERT_TRUE(server.Open(kReadWrite, false));
     ASSERT_TRUE(client.Open(L".", kReadWrite, false));
     CClientNamedPipe second(L"Tessel test pipe");
     EXPECT_FALSE(second.Open(L".", kReadWrite, false));
-    EXPECT_EQ(second.GetStatus(), static_cast<unsigned long>(ERROR_PIPE_BUSY));
+    EXPECT_EQ(second.GetStatus(), Code(ERROR_PIPE_BUSY));
 }
 
 TEST_F(NamedPipe, ModesAndCutNamesReachTheSystem) {
@@ -338,7 +342,7 @@ TEST_F(NamedPipe, ModesAndCutNamesReachTheSystem) {
         EXPECT_EQ(seenNumbers,
                   (Numbers{kSides[mode][0], kShared, OPEN_EXISTING, overlapped ? flag : FILE_ATTRIBUTE_NORMAL}));
     }
-    EXPECT_EQ(longServer.GetStatus(), static_cast<unsigned long>(ERROR_ACCESS_DENIED));
+    EXPECT_EQ(longServer.GetStatus(), Code(ERROR_ACCESS_DENIED));
     CClientNamedPipe nameless(nullptr);
     EXPECT_FALSE(nameless.Open(L".", kReadWrite, false));
     EXPECT_EQ(seenPath, L"\\\\.\\PIPE\\");

@@ -11,6 +11,10 @@
 
 namespace {
 
+constexpr unsigned long Code(long error) {
+    return static_cast<unsigned long>(error);
+}
+
 DWORD addResult = 0;
 DWORD lookUpResult = 0;
 std::wstring behindDevice;
@@ -62,20 +66,20 @@ struct NetworkShare : testing::Test {
 TEST_F(NetworkShare, Odd92ClosingKeepsTheObjectConnected) {
     EXPECT_EQ(share->Close(), 0u) << "nothing to close";
     EXPECT_EQ(share->Open(remote, L"user", L"secret", local), 0u);
-    EXPECT_EQ(share->Close(), static_cast<unsigned long>(ERROR_NOT_CONNECTED));
-    EXPECT_EQ(share->Open(remote, nullptr, nullptr, nullptr), static_cast<unsigned long>(ERROR_ALREADY_ASSIGNED));
+    EXPECT_EQ(share->Close(), Code(ERROR_NOT_CONNECTED));
+    EXPECT_EQ(share->Open(remote, nullptr, nullptr, nullptr), Code(ERROR_ALREADY_ASSIGNED));
     share.reset();
     EXPECT_EQ(calls, (Calls{L"add 1 Z: \\\\server\\share user secret 0", L"cancel Z: 0 0", L"cancel Z: 0 0"}));
 }
 
 TEST_F(NetworkShare, TestingConnectsWithoutADeviceAndCancels) {
-    EXPECT_EQ(share->Test(nullptr, nullptr, nullptr), static_cast<unsigned long>(ERROR_INVALID_PARAMETER));
-    EXPECT_EQ(share->Open(nullptr, nullptr, nullptr, local), static_cast<unsigned long>(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(share->Test(nullptr, nullptr, nullptr), Code(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(share->Open(nullptr, nullptr, nullptr, local), Code(ERROR_INVALID_PARAMETER));
     addResult = ERROR_ACCESS_DENIED;
-    EXPECT_EQ(share->Test(remote, L"user", nullptr), static_cast<unsigned long>(ERROR_ACCESS_DENIED));
+    EXPECT_EQ(share->Test(remote, L"user", nullptr), Code(ERROR_ACCESS_DENIED));
     addResult = 0;
     EXPECT_EQ(share->Test(remote, nullptr, nullptr), 0u);
-    EXPECT_EQ(share->Test(remote, nullptr, nullptr), static_cast<unsigned long>(ERROR_ALREADY_ASSIGNED));
+    EXPECT_EQ(share->Test(remote, nullptr, nullptr), Code(ERROR_ALREADY_ASSIGNED));
     EXPECT_EQ(calls, (Calls{L"add 0 - \\\\server\\share user - 0", L"add 0 - \\\\server\\share - - 0",
                             L"cancel \\\\server\\share 0 0"}));
 }
@@ -83,11 +87,11 @@ TEST_F(NetworkShare, TestingConnectsWithoutADeviceAndCancels) {
 TEST_F(NetworkShare, ADeviceThatLeadsToTheShareAlreadyIsASuccess) {
     addResult = ERROR_ALREADY_ASSIGNED;
     lookUpResult = ERROR_MORE_DATA;
-    EXPECT_EQ(share->Open(remote, nullptr, nullptr, local), static_cast<unsigned long>(ERROR_ALREADY_ASSIGNED));
+    EXPECT_EQ(share->Open(remote, nullptr, nullptr, local), Code(ERROR_ALREADY_ASSIGNED));
     EXPECT_EQ(calls.back(), L"get Z: 15");
     lookUpResult = 0;
     behindDevice = L"\\\\other\\share";
-    EXPECT_EQ(share->Open(remote, nullptr, nullptr, local), static_cast<unsigned long>(ERROR_ALREADY_ASSIGNED));
+    EXPECT_EQ(share->Open(remote, nullptr, nullptr, local), Code(ERROR_ALREADY_ASSIGNED));
     behindDevice = L"\\\\SERVER\\Share";
     EXPECT_EQ(share->Open(remote, nullptr, nullptr, local), 0u);
     calls.clear();
@@ -99,7 +103,7 @@ TEST_F(NetworkShare, Odd91AMissingLogonSessionIsReportedAndCountsAsConnected) {
     addResult = ERROR_NO_SUCH_LOGON_SESSION;
     EXPECT_EQ(share->Open(remote, nullptr, nullptr, nullptr), 0u);
     EXPECT_EQ(reports.Take(), Texts{"NetworkShare:68 Status != ERROR_NO_SUCH_LOGON_SESSION"});
-    EXPECT_EQ(share->Open(remote, nullptr, nullptr, nullptr), static_cast<unsigned long>(ERROR_ALREADY_ASSIGNED));
+    EXPECT_EQ(share->Open(remote, nullptr, nullptr, nullptr), Code(ERROR_ALREADY_ASSIGNED));
 }
 
 TEST_F(NetworkShare, CopiesShareTheConnectionAndMayLeaveItOpen) {
@@ -112,6 +116,6 @@ TEST_F(NetworkShare, CopiesShareTheConnectionAndMayLeaveItOpen) {
     }
     share.reset();
     EXPECT_EQ(calls.size(), 1u);
-    EXPECT_EQ(assigned.Close(), static_cast<unsigned long>(ERROR_NOT_CONNECTED));
+    EXPECT_EQ(assigned.Close(), Code(ERROR_NOT_CONNECTED));
     EXPECT_EQ(calls.back(), L"cancel Z: 0 0");
 }
