@@ -30,6 +30,7 @@ void* CCommMsg::operator new(std::size_t size, unsigned int n) noexcept {
     return ::new (block) CCommMsg(n);
 }
 
+// NOLINTNEXTLINE(misc-new-delete-overloads): it belongs to new (n), whose own form comes next.
 void CCommMsg::operator delete(void* block) noexcept {
     if (pending.block == block) pending = {};
     ::operator delete(block);

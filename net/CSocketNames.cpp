@@ -32,7 +32,7 @@ bool CSocket::GetHostNameByAddress(const char* dotted, char* nameOut) {
     const unsigned long address = inet_addr(dotted);
     const hostent* const host = gethostbyaddr(reinterpret_cast<const char*>(&address), 4, AF_INET);
     if (host == nullptr || host->h_name == nullptr) return false;
-    std::strcpy(nameOut, host->h_name);
+    std::memcpy(nameOut, host->h_name, std::strlen(host->h_name) + 1);
     return true;
 }
 
