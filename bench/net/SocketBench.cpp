@@ -1,17 +1,19 @@
-#include <tessel/socket.h>
 #include <winsock2.h> // before windows.h, which the others bring
-#include <ws2tcpip.h>
 
 #include "support/ChildProcess.h"
 
 #include <benchmark/benchmark.h>
 #include <tessel/commmsg.h>
+#include <tessel/socket.h>
 
 #include <mswsock.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <string>
+#include <vector>
 
 // A file goes to a second process, which answers with a byte once it has all of it.
 

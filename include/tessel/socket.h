@@ -5,12 +5,15 @@
 class CCommMsg;
 class CIpAddress;
 
-// What winsock2.h declares. It must stand in front of windows.h, which a program may have included long before.
-typedef UINT_PTR SOCKET; // NOLINT(modernize-use-using)
+// What the declarations below need of Winsock, so that they follow windows.h in any order; programs that fill the
+// records include winsock2.h.
+struct _INTERFACE_INFO;
+struct _WSANETWORKEVENTS;
 struct sockaddr_in;
 struct timeval;
-struct _WSANETWORKEVENTS; // NOLINT(bugprone-reserved-identifier)
-struct _INTERFACE_INFO;   // NOLINT(bugprone-reserved-identifier)
+using SOCKET = UINT_PTR;
+using INTERFACE_INFO = _INTERFACE_INFO;
+using WSANETWORKEVENTS = _WSANETWORKEVENTS;
 
 /// Message that a listening socket in MODE_WINDOW posts when a connection waits (WM_USER + 50). wParam is the socket,
 /// lParam what WSAAsyncSelect documents.
@@ -36,7 +39,7 @@ struct MESSAGE {
 ///
 /// An object starts without a socket, gets one from InitAsync(), InitBroadcast(), InitMulticast() or Connect(), or
 /// adopts one that Accept() made, and loses it in Disconnect() or its destructor; setting up an object that still has
-/// one closes that first. Include this header before windows.h, or define WIN32_LEAN_AND_MEAN for the whole program.
+/// one closes that first.
 ///
 /// Events reach the owner in one of four modes. Whoever owns a socket in MODE_WINDOW has its window procedure call
 /// ProcessEvents() when a WM_SOCKET_ message comes; in MODE_EVENT a thread waits on GetEventHandle() and calls it.

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <tessel/socket.h>
 #include <winsock2.h> // before windows.h, which the others bring
 #include <ws2tcpip.h>
 
 #include "support/ImportPatch.h"
+
+#include <tessel/socket.h>
 
 #include <algorithm>
 #include <memory>
