@@ -1,5 +1,5 @@
+#include <foundation/SharedOwners.h>
 #include <messaging/MappedView.h>
-#include <messaging/SharedOwners.h>
 #include <tessel/memory.h>
 #include <tessel/strings.h>
 

@@ -1,4 +1,4 @@
-#include <messaging/SharedOwners.h>
+#include <foundation/SharedOwners.h>
 #include <net/RecordCutter.h>
 #include <tessel/commmsg.h>
 #include <tessel/msgsocket.h>

@@ -1,4 +1,4 @@
-#include <messaging/SharedOwners.h>
+#include <foundation/SharedOwners.h>
 #include <net/Winsock.h>
 #include <tessel/address.h>
 #include <tessel/socket.h>

@@ -1,5 +1,5 @@
 #include <foundation/Report.h>
-#include <messaging/SharedOwners.h>
+#include <foundation/SharedOwners.h>
 #include <tessel/networkshare.h>
 
 #include <winnetwk.h>

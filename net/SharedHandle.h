@@ -1,6 +1,6 @@
 #pragma once
 
-#include <messaging/SharedOwners.h>
+#include <foundation/SharedOwners.h>
 #include <tessel/platform.h>
 
 namespace tessel {

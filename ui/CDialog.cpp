@@ -1,4 +1,4 @@
-#include <messaging/SharedOwners.h>
+#include <foundation/SharedOwners.h>
 #include <ui/ControlClass.h>
 #include <ui/DialogCommands.h>
 

@@ -1,4 +1,4 @@
-#include <messaging/SharedOwners.h>
+#include <foundation/SharedOwners.h>
 #include <ui/DialogCommands.h>
 
 #include <iterator>

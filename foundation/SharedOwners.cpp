@@ -1,5 +1,5 @@
+#include <foundation/SharedOwners.h>
 #include <foundation/SlimLock.h>
-#include <messaging/SharedOwners.h>
 
 #include <map>
 #include <new>
