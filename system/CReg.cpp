@@ -60,8 +60,10 @@ CReg::CReg(unsigned long ulNameLen, unsigned long ulDataLen)
     : m_Type(TYPE_UNKNOWN), m_pName(nullptr), m_pData(nullptr), m_ulNameLen(0), m_ulDataLen(0), m_ulStatus(0),
       m_ulKeyIndex(0), m_ulValueIndex(0), m_hKeyEnum(nullptr), m_hValueEnum(nullptr), m_ulFindNameLen(0),
       m_ulFindDataLen(0) {
-    AllocateName(ulNameLen == 0 ? DEFAULT_NAME_LENGTH : ulNameLen);
-    AllocateData(ulDataLen == 0 ? DEFAULT_DATA_LENGTH : ulDataLen);
+    constexpr unsigned long defaultName = DEFAULT_NAME_LENGTH;
+    constexpr unsigned long defaultData = DEFAULT_DATA_LENGTH;
+    AllocateName(ulNameLen == 0 ? defaultName : ulNameLen);
+    AllocateData(ulDataLen == 0 ? defaultData : ulDataLen);
     if (m_pName == nullptr || m_pData == nullptr) m_ulStatus = NO_BUFFER;
 }
 

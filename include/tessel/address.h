@@ -80,10 +80,11 @@ private:
 /// The object holds values only: copies are independent. Threads: any thread may read an object that none changes.
 class TESSEL_API CEtherAddr {
 public:
-    /// Characters of the address's text, its terminator included.
-    static constexpr unsigned int TEXT_SIZE = 13;
-    /// Characters of the service name at most, its terminator included.
-    static constexpr unsigned int SERVICE_NAME_SIZE = 64;
+    /// Room for texts in characters, their terminators included.
+    enum : unsigned int {
+        TEXT_SIZE = 13,        ///< of the address
+        SERVICE_NAME_SIZE = 64 ///< of the service name at most
+    };
 
     /// Finds the card and asks its driver. GetStatus() tells whether that went well.
     CEtherAddr();

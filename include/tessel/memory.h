@@ -19,8 +19,10 @@
 /// Threads: not synchronised; one thread at a time uses an object and its copies.
 class TESSEL_API CMemory {
 public:
-    /// Offset that stands for the cursor of the operation.
-    static constexpr unsigned long AT_CURSOR = 0xFFFFFFFF;
+    /// Offsets with a meaning of their own.
+    enum : unsigned long {
+        AT_CURSOR = 0xFFFFFFFF ///< the cursor of the operation
+    };
 
     /// The kinds of storage.
     enum KIND : int {

@@ -30,8 +30,10 @@ enum VI_RET_CODE {
 /// name at the next start, which the objects of a process share, may be read and set by any thread.
 class TESSEL_API CNetworkId {
 public:
-    /// Characters of an address's text at most, its terminator included.
-    static constexpr unsigned int ADDRESS_SIZE = 16;
+    /// Room for texts.
+    enum : unsigned int {
+        ADDRESS_SIZE = 16 ///< characters of an address at most, its terminator included
+    };
 
     /// Finds the first card and whether DHCP is on for it (it counts as off when that cannot be read), and notes the
     /// computer's name as the one at the next start unless one is noted already.

@@ -35,8 +35,11 @@ public:
         NOT_READ = 7       ///< reading the value failed
     };
 
-    static constexpr unsigned long DEFAULT_NAME_LENGTH = 100; ///< characters of a name, unless given
-    static constexpr unsigned long DEFAULT_DATA_LENGTH = 200; ///< bytes of data, unless given
+    /// The room that an object has from the start.
+    enum : unsigned long {
+        DEFAULT_NAME_LENGTH = 100, ///< characters of a name, unless given
+        DEFAULT_DATA_LENGTH = 200  ///< bytes of data, unless given
+    };
 
     /// Makes an object without a value: its type is TYPE_UNKNOWN, its status 0 or NO_BUFFER.
     /// @param ulNameLen  characters of a name that there is room for; 0 means DEFAULT_NAME_LENGTH

@@ -26,8 +26,10 @@ constexpr PROTOCOL operator|(PROTOCOL one, PROTOCOL other) {
 /// Threads: not synchronised; one thread at a time uses an object, and one at a time changes the settings.
 class TESSEL_API CSecurityFilterNT {
 public:
-    /// The number that stands for every port.
-    static constexpr unsigned long ALL_PORTS = 0xFFFFFFFF;
+    /// Numbers of ports with a meaning of their own.
+    enum : unsigned long {
+        ALL_PORTS = 0xFFFFFFFF ///< every port
+    };
 
     /// Finds the adapters: the entries of `Tcpip\Linkage`, "Bind", that begin with `\Device\`.
     CSecurityFilterNT();

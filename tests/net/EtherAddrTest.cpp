@@ -30,6 +30,7 @@ std::wstring Told(const CEtherAddr& address) {
     address.GetText(text);
     address.GetServiceName(name);
     EXPECT_EQ(address.GetServiceNameLen(), std::wcslen(name));
+    EXPECT_LT(address.GetServiceNameLen(), CEtherAddr::SERVICE_NAME_SIZE);
     std::wstring told = std::to_wstring(address.GetStatus()) + L" ";
     for (const unsigned char byte : binary) told += std::to_wstring(byte) + L".";
     return told + L" " + text + L" " + name;
