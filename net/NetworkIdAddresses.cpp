@@ -62,7 +62,7 @@ void CNetworkId::GetIpAddr(const wchar_t* name, wchar_t* out) {
     if (m_ulDhcp != 0) (void)std::wcscpy(value, L"Dhcp");
     (void)std::wcscat(value, name);
     const RegistryKey adapter(m_Registry, HKEY_LOCAL_MACHINE, m_szAdapterKey);
-    if (!adapter.Read(value)) return;
+    if (!adapter.Read(value)) return; // ODD-98: the text stays as the caller preset it
     if (m_Registry.GetData(out, ADDRESS_SIZE, 0) != STATUS_OK) (void)std::wcscpy(out, L"0.0.0.0");
 }
 

@@ -14,14 +14,10 @@ const wchar_t* Next(const wchar_t* text) {
 } // namespace
 
 long CReg::ReadKey(HKEY key, const wchar_t* name, unsigned long ulSize, unsigned long* pulSize) {
-    if (name == nullptr) name = L""; // GUARD-60
-    const std::size_t nameLength = std::wcslen(name);
-    if (!MakeRoom(nameLength, ulSize)) {
+    if (!Prepare(name == nullptr ? L"" : name, ulSize)) { // GUARD-60
         m_ulStatus = NO_BUFFER;
         return ERROR_SUCCESS; // ODD-70: only the status tells that nothing was read
     }
-    std::wmemcpy(m_pName, name, nameLength + 1);
-
     unsigned long registryType = REG_NONE;
     unsigned long length = 0;
     long result = Query(key, registryType, length);
@@ -48,8 +44,13 @@ long CReg::ReadKey(HKEY key, int index) {
     return Finish(result, registryType, length);
 }
 
-bool CReg::MakeRoom(std::size_t nameLength, unsigned long dataLength) {
+/// Notes the name and makes room for the data.
+/// @return whether both have a buffer
+bool CReg::Prepare(const wchar_t* name, unsigned long dataLength) {
+    const std::size_t nameLength = std::wcslen(name);
     if (nameLength > m_ulNameLen || m_pName == nullptr) AllocateName(nameLength);
+    // GUARD-88: noted before the data are freed; it may be one of the texts that GetData() pointed to.
+    if (m_pName != nullptr) std::wmemcpy(m_pName, name, nameLength + 1);
     if (dataLength > m_ulDataLen || m_pData == nullptr) AllocateData(dataLength);
     return m_pName != nullptr && m_pData != nullptr;
 }

@@ -237,7 +237,7 @@ private:
     void CopyFrom(const CReg& other);
     unsigned long Check(bool rightType) const;
     const wchar_t* FirstText() const;
-    bool MakeRoom(std::size_t nameLength, unsigned long dataLength);
+    bool Prepare(const wchar_t* name, unsigned long dataLength);
     long Query(HKEY key, unsigned long& registryType, unsigned long& length);
     long Finish(long result, unsigned long registryType, unsigned long length);
     int EnumValue(wchar_t* name, unsigned long nameLen, KEY_TYPE& type, unsigned char* data, unsigned long& dataLen);

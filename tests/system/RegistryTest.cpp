@@ -1,3 +1,5 @@
+#include "support/OwnLocalMachine.h"
+
 #include <gtest/gtest.h>
 #include <tessel/registry.h>
 
@@ -18,11 +20,7 @@ Bytes BytesOf(const std::wstring& text) {
 
 class Registry : public testing::Test {
 protected:
-    Registry() : key(CReg::OpenKey(HKEY_CURRENT_USER, L"Software\\Tessel tests", true)) {}
-    ~Registry() override {
-        CReg::CloseKey(key);
-        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Tessel tests");
-    }
+    ~Registry() override { CReg::CloseKey(key); }
 
     void Store(const wchar_t* name, DWORD type, Bytes data) {
         const auto size = static_cast<DWORD>(data.size());
@@ -52,7 +50,8 @@ protected:
         return {list.begin(), list.end()};
     }
 
-    HKEY key;
+    OwnLocalMachine machine;
+    HKEY key = CReg::OpenKey(HKEY_LOCAL_MACHINE, L"Software\\Tessel tests", true);
     CReg reg;
 };
 
@@ -107,6 +106,16 @@ TEST_F(Registry, MultiStringsAreWrittenFromTextsOrFromAList) {
     EXPECT_EQ(Text(-1), L"ab");
     EXPECT_EQ(Text(1), L"c");
     EXPECT_EQ(Text(9), L"");
+}
+
+TEST_F(Registry, TextThatWasReadCanBeTheNameToReadNext) {
+    CList<const wchar_t*> list;
+    list.AddTail(L"number");
+    ASSERT_EQ(reg.SaveKey(key, L"list", list), 0UL);
+    ASSERT_EQ(reg.SaveKey(key, L"number", 7UL), 0);
+    ASSERT_EQ(reg.ReadKey(key, L"list", 0, nullptr), 0);
+    ASSERT_EQ(reg.GetData(list), 0UL);
+    EXPECT_EQ(reg.ReadKey(key, *list.begin(), 1000, nullptr), 0);
 }
 
 TEST_F(Registry, ValueOfAnotherTypeFillsTheBuffersAllTheSame) {
@@ -231,19 +240,16 @@ TEST_F(Registry, KeysAreOpenedWalkedThroughAndRemoved) {
 }
 
 TEST_F(Registry, KeysOfTheWorkstationLieUnderVarda) {
-    const HKEY software = CReg::OpenKey(HKEY_LOCAL_MACHINE, L"Software", false);
-    EXPECT_EQ(CReg::OpenVardaKey(nullptr, false, L"Tessel tests"), nullptr);
+    EXPECT_EQ(CReg::OpenVardaKey(nullptr, false, L"name"), nullptr);
     EXPECT_EQ(CReg::OpenVardaKey(nullptr, true, nullptr), nullptr);
-    CReg::CloseKey(CReg::OpenVardaKey(L"sub", true, L"Tessel tests"));
-    CReg::CloseKey(CReg::OpenVardaAutoStartKey(L"Tessel tests"));
-    EXPECT_NE(CReg::OpenVardaKey(nullptr, false, L"Tessel tests"), nullptr);
-    for (const wchar_t* path :
-         {L"Varda\\Tessel tests\\sub", L"Varda\\Tessel tests", L"Varda\\AutoStart\\Tessel tests"}) {
-        EXPECT_EQ(reg.RemoveKey(software, path), 0) << path;
+    for (const HKEY opened : {CReg::OpenVardaKey(L"sub", true, L"name"), CReg::OpenVardaAutoStartKey(L"name"),
+                              CReg::OpenVardaKey(nullptr, false, L"name")}) {
+        EXPECT_NE(opened, nullptr);
+        CReg::CloseKey(opened);
     }
-    (void)reg.RemoveKey(software, L"Varda\\AutoStart"); // stays when it holds something of others
-    (void)reg.RemoveKey(software, L"Varda");
-    CReg::CloseKey(software);
+    for (const wchar_t* path : {L"name\\sub", L"name", L"AutoStart\\name"}) {
+        EXPECT_EQ(reg.RemoveKey(HKEY_LOCAL_MACHINE, (L"Software\\Varda\\" + std::wstring(path)).c_str()), 0) << path;
+    }
 }
 
 TEST_F(Registry, BadArgumentsAreRefused) {
