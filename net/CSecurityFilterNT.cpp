@@ -1,3 +1,4 @@
+#include <net/RegistryKey.h>
 #include <tessel/registry.h>
 #include <tessel/securityfilter.h>
 
@@ -31,29 +32,25 @@ constexpr unsigned long kRaw = 255;
 /// A key under HKEY_LOCAL_MACHINE and the value that was read there.
 class Setting {
 public:
-    Setting(const wchar_t* path, const wchar_t* value)
-        : m_key(CReg::OpenKey(HKEY_LOCAL_MACHINE, path, false)), m_value(value) {}
-    ~Setting() {
-        if (m_key != nullptr) CReg::CloseKey(m_key);
-    }
-    Setting(const Setting&) = delete;
-    Setting& operator=(const Setting&) = delete;
+    Setting(const wchar_t* path, const wchar_t* value) : m_key(m_registry, HKEY_LOCAL_MACHINE, path), m_value(value) {}
 
     /// @param data  receives the number or the texts, which stay valid as long as this object
     /// @return 0 or why there is none
     template <class Data> long Read(Data& data) {
-        if (m_key == nullptr) return ERROR_CANTOPEN;
+        if (m_key.Get() == nullptr) return ERROR_CANTOPEN;
         unsigned long size = 0;
-        const long result = m_registry.ReadKey(m_key, m_value, 0, &size);
+        const long result = m_registry.ReadKey(m_key.Get(), m_value, 0, &size);
         if (result != ERROR_SUCCESS) return result;
         return m_registry.GetData(data) == 0 ? ERROR_SUCCESS : ERROR_CANTREAD;
     }
 
-    template <class Data> bool Write(Data& data) { return m_registry.SaveKey(m_key, m_value, data) == ERROR_SUCCESS; }
+    template <class Data> bool Write(Data& data) {
+        return m_registry.SaveKey(m_key.Get(), m_value, data) == ERROR_SUCCESS;
+    }
 
 private:
     CReg m_registry;
-    HKEY m_key;
+    tessel::RegistryKey m_key;
     const wchar_t* m_value;
 };
 

@@ -8,13 +8,13 @@ namespace tessel {
 class RegistryKey {
 public:
     /// Opens a key that exists.
-    /// @param registry  accessor that opens and closes it, and outlives this object
+    /// @param registry  accessor that reads and writes its values, and outlives this object
     /// @param parent    open key
     /// @param path      path below @p parent
     RegistryKey(CReg& registry, HKEY parent, const wchar_t* path)
-        : m_registry(registry), m_key(registry.OpenKey(parent, path, false)) {}
+        : m_registry(registry), m_key(CReg::OpenKey(parent, path, false)) {}
     ~RegistryKey() {
-        if (m_key != nullptr) (void)m_registry.CloseKey(m_key); // an open key closes
+        if (m_key != nullptr) CReg::CloseKey(m_key);
     }
     RegistryKey(const RegistryKey&) = delete;
     RegistryKey& operator=(const RegistryKey&) = delete;

@@ -1,53 +1,11 @@
 #pragma once
 
 #include "support/ImportPatch.h"
+#include "support/OwnLocalMachine.h"
 
 #include <algorithm>
 #include <string>
-#include <string_view>
 #include <vector>
-
-/// HKEY_LOCAL_MACHINE as this process sees it for as long as the object lives: a tree of the test's own.
-class OwnLocalMachine {
-public:
-    OwnLocalMachine() {
-        m_path += std::to_wstring(GetCurrentProcessId());
-        m_root = Create(HKEY_CURRENT_USER, m_path);
-        RegOverridePredefKey(HKEY_LOCAL_MACHINE, m_root);
-    }
-    ~OwnLocalMachine() {
-        RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
-        RegCloseKey(m_root);
-        RegDeleteTreeW(HKEY_CURRENT_USER, m_path.c_str());
-    }
-    OwnLocalMachine(const OwnLocalMachine&) = delete;
-    OwnLocalMachine& operator=(const OwnLocalMachine&) = delete;
-
-    /// Sets a value and makes its key; a text ends with what terminates it.
-    void Set(const std::wstring& path, const wchar_t* value, DWORD type, std::wstring_view data) {
-        const HKEY key = Create(m_root, path);
-        const auto size = static_cast<DWORD>(data.size() * sizeof(wchar_t));
-        RegSetValueExW(key, value, 0, type, reinterpret_cast<const BYTE*>(data.data()), size);
-        RegCloseKey(key);
-    }
-    /// @return the type's number and the whole value, terminators included; "none" when there is no value
-    std::wstring Get(const std::wstring& path, const wchar_t* value) {
-        wchar_t data[256];
-        DWORD size = sizeof data;
-        DWORD type = 0;
-        if (RegGetValueW(m_root, path.c_str(), value, RRF_RT_ANY, &type, data, &size) != 0) return L"none";
-        return std::to_wstring(type) + L":" + std::wstring(data, size / sizeof(wchar_t));
-    }
-
-private:
-    static HKEY Create(HKEY parent, const std::wstring& path) {
-        HKEY key = nullptr;
-        RegCreateKeyExW(parent, path.c_str(), 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &key, nullptr);
-        return key;
-    }
-    std::wstring m_path = L"Software\\TesselTest\\";
-    HKEY m_root;
-};
 
 /// Stands in for the devices' names and for the driver of every card, for as long as the object lives.
 class CardDriver {

@@ -1,74 +1,19 @@
+#include "support/OwnLocalMachine.h"
+
 #include <gtest/gtest.h>
-#include <tessel/registry.h>
 #include <tessel/securityfilter.h>
 
-#include <string>
-#include <vector>
+#include <algorithm>
+
+using namespace std::literals;
 
 namespace {
 
-using WideTexts = std::vector<std::wstring>;
 constexpr PROTOCOL kBoth = PROTOCOL_TCP | PROTOCOL_UDP;
-
-/// A key of the system's services, which goes again if it was not there before.
-class ServiceKey {
-public:
-    explicit ServiceKey(const std::wstring& name) : m_path(L"SYSTEM\\CurrentControlSet\\Services\\" + name) {
-        DWORD disposition = 0;
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, m_path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, &disposition);
-        m_created = disposition == REG_CREATED_NEW_KEY;
-    }
-    ~ServiceKey() {
-        CReg::CloseKey(key);
-        if (m_created) RegDeleteTreeW(HKEY_LOCAL_MACHINE, m_path.c_str());
-    }
-    ServiceKey(const ServiceKey&) = delete;
-    ServiceKey& operator=(const ServiceKey&) = delete;
-
-    void Set(const wchar_t* name, const WideTexts& texts) const {
-        CList<const wchar_t*> list;
-        for (const std::wstring& text : texts) list.AddTail(text.c_str());
-        EXPECT_EQ(CReg().SaveKey(key, name, list), 0UL);
-    }
-
-    WideTexts Get(const wchar_t* name) const {
-        CReg reg;
-        CList<const wchar_t*> list;
-        EXPECT_EQ(reg.ReadKey(key, name, 10000, nullptr), 0);
-        EXPECT_EQ(reg.GetData(list), 0UL);
-        return {list.begin(), list.end()};
-    }
-
-    HKEY key = nullptr;
-
-private:
-    std::wstring m_path;
-    bool m_created = false;
-};
-
-/// Restores a value, or its absence.
-class ValueKeeper {
-public:
-    ValueKeeper(const ServiceKey& key, const wchar_t* name) : m_key(key), m_name(name), m_data(10000) {
-        auto size = static_cast<DWORD>(m_data.size());
-        m_there = RegQueryValueExW(key.key, name, nullptr, &m_type, m_data.data(), &size) == 0;
-        m_data.resize(size);
-        RegDeleteValueW(key.key, name);
-    }
-    ~ValueKeeper() {
-        RegDeleteValueW(m_key.key, m_name);
-        if (m_there) RegSetValueExW(m_key.key, m_name, 0, m_type, m_data.data(), static_cast<DWORD>(m_data.size()));
-    }
-    ValueKeeper(const ValueKeeper&) = delete;
-    ValueKeeper& operator=(const ValueKeeper&) = delete;
-
-private:
-    const ServiceKey& m_key;
-    const wchar_t* m_name;
-    std::vector<BYTE> m_data;
-    DWORD m_type = REG_NONE;
-    bool m_there = false;
-};
+constexpr wchar_t kTcp[] = L"TCPAllowedPorts";
+constexpr wchar_t kUdp[] = L"UDPAllowedPorts";
+constexpr wchar_t kRaw[] = L"RawIPAllowedProtocols";
+const std::wstring kServices = L"SYSTEM\\CurrentControlSet\\Services\\";
 
 // Naming a private member in an explicit instantiation is allowed; this hands it out.
 auto PortIsAllowed();
@@ -77,78 +22,80 @@ template <auto member> struct HandOut {
 };
 template struct HandOut<&CSecurityFilterNT::IsAllowed>;
 
+/// The machine has two adapters, 1 and 2, and a third that is not bound. Their lists are written with a comma for
+/// each terminator.
 class SecurityFilter : public testing::Test {
 protected:
     SecurityFilter() {
-        linkage.Set(L"Bind", {L"\\Device\\TesselCard1", L"TesselCard3", L"\\Device\\TesselCard2"});
-        for (const ServiceKey* adapter : adapters) {
-            for (const wchar_t* list : {L"TCPAllowedPorts", L"UDPAllowedPorts", L"RawIPAllowedProtocols"}) {
-                adapter->Set(list, {});
-            }
+        machine.Set(kServices + L"Tcpip\\Linkage", L"Bind", REG_MULTI_SZ,
+                    L"\\Device\\Card1\0Card3\0\\Device\\Card2\0\0"sv);
+        for (const int card : {1, 2, 3}) {
+            for (const wchar_t* list : {kTcp, kUdp, kRaw}) Set(card, list, L",");
         }
     }
 
-    void Switch(unsigned long on) { EXPECT_EQ(CReg().SaveKey(parameters.key, L"EnableSecurityFilters", on), 0); }
+    static std::wstring Path(int card) { return kServices + L"Card" + std::to_wstring(card) + L"\\Parameters\\Tcpip"; }
+    void Set(int card, const wchar_t* list, std::wstring texts) {
+        std::replace(texts.begin(), texts.end(), L',', L'\0');
+        machine.Set(Path(card), list, REG_MULTI_SZ, texts);
+    }
+    std::wstring Get(int card, const wchar_t* list) {
+        std::wstring texts = machine.Get(Path(card), list);
+        std::replace(texts.begin(), texts.end(), L'\0', L',');
+        return texts;
+    }
+    void Switch(DWORD type, std::wstring_view on) {
+        machine.Set(kServices + L"Tcpip\\Parameters", L"EnableSecurityFilters", type, on);
+    }
 
-    ServiceKey tcpip{L"Tcpip"};
-    ServiceKey linkage{L"Tcpip\\Linkage"};
-    ServiceKey parameters{L"Tcpip\\Parameters"};
-    ServiceKey services[3]{ServiceKey(L"TesselCard1"), ServiceKey(L"TesselCard2"), ServiceKey(L"TesselCard3")};
-    ServiceKey first{L"TesselCard1\\Parameters\\Tcpip"};
-    ServiceKey second{L"TesselCard2\\Parameters\\Tcpip"};
-    ServiceKey unbound{L"TesselCard3\\Parameters\\Tcpip"};
-    const ServiceKey* adapters[3] = {&first, &second, &unbound};
-    ValueKeeper bind{linkage, L"Bind"};
-    ValueKeeper enabled{parameters, L"EnableSecurityFilters"};
+    OwnLocalMachine machine;
 };
 
 TEST_F(SecurityFilter, AllowedPortComesFirstOnEveryBoundAdapter) {
     CSecurityFilterNT filter;
-    first.Set(L"TCPAllowedPorts", {L"080", L"0"});
-    second.Set(L"TCPAllowedPorts", {L"80"});
+    Set(1, kTcp, L"080,0,,");
+    Set(2, kTcp, L"80,,");
     EXPECT_EQ(filter.AllowPort(80, PROTOCOL_TCP), 1);
     EXPECT_EQ(filter.AllowPort(80, PROTOCOL_TCP), 0);
-    EXPECT_EQ(first.Get(L"TCPAllowedPorts"), (WideTexts{L"80", L"080", L"0"}));
-    EXPECT_EQ(second.Get(L"TCPAllowedPorts"), WideTexts{L"80"});
-    EXPECT_EQ(first.Get(L"UDPAllowedPorts"), WideTexts{});
+    EXPECT_EQ(Get(1, kTcp), L"7:80,080,0,,");
+    EXPECT_EQ(Get(2, kTcp), L"7:80,,");
     EXPECT_EQ(filter.AllowPort(65535, kBoth), 1);
-    EXPECT_EQ(second.Get(L"TCPAllowedPorts"), (WideTexts{L"65535", L"80"}));
-    EXPECT_EQ(second.Get(L"UDPAllowedPorts"), WideTexts{L"65535"});
-    EXPECT_EQ(unbound.Get(L"UDPAllowedPorts"), WideTexts{});
+    EXPECT_EQ(Get(2, kTcp), L"7:65535,80,,");
+    EXPECT_EQ(Get(2, kUdp), L"7:65535,,");
+    EXPECT_EQ(Get(3, kUdp), L"7:,");
 }
 
 TEST_F(SecurityFilter, BlockingTakesPortsAwayAndAlwaysGives0Odd74) {
     CSecurityFilterNT filter;
-    WideTexts many;
-    for (int port = 1000; port < 1200; ++port) many.push_back(std::to_wstring(port)); // more than a read has room for
-    first.Set(L"TCPAllowedPorts", many);
-    first.Set(L"UDPAllowedPorts", {L"7", L"8", L"7"});
+    std::wstring many;
+    for (int port = 1001; port < 1200; ++port) many += std::to_wstring(port) + L","; // more than a read has room for
+    Set(1, kTcp, L"1000," + many + L",");
+    Set(1, kUdp, L"7,8,7,,");
     EXPECT_EQ(filter.BlockPort(1000, kBoth), 0);
-    many.erase(many.begin());
-    EXPECT_EQ(first.Get(L"TCPAllowedPorts"), many);
+    EXPECT_EQ(Get(1, kTcp), L"7:" + many + L",");
     EXPECT_EQ(filter.BlockPort(7, PROTOCOL_UDP), 0);
-    EXPECT_EQ(first.Get(L"UDPAllowedPorts"), WideTexts{L"8"});
+    EXPECT_EQ(Get(1, kUdp), L"7:8,,");
     EXPECT_EQ(filter.BlockPort(CSecurityFilterNT::ALL_PORTS, kBoth), 0);
-    EXPECT_EQ(first.Get(L"TCPAllowedPorts"), WideTexts{});
-    EXPECT_EQ(first.Get(L"UDPAllowedPorts"), WideTexts{});
+    EXPECT_EQ(Get(1, kTcp) + Get(1, kUdp), L"7:,7:,");
 }
 
 TEST_F(SecurityFilter, SwitchingChangesTheProtocolsOfEveryAdapter) {
     CSecurityFilterNT filter;
     EXPECT_EQ(filter.Enable(1), 0); // there is no such setting
+    Switch(REG_SZ, L"1\0"sv);
+    EXPECT_EQ(filter.Enable(1), 0);
     EXPECT_EQ(filter.IsEnabled(), 0);
-    EXPECT_EQ(first.Get(L"RawIPAllowedProtocols"), WideTexts{});
-    Switch(0);
+    EXPECT_EQ(Get(1, kRaw), L"7:,");
+    Switch(REG_DWORD, L"\0\0"sv);
     EXPECT_NE(filter.Enable(1), 0);
     EXPECT_EQ(filter.IsEnabled(), 1);
-    EXPECT_EQ(first.Get(L"RawIPAllowedProtocols"), (WideTexts{L"255", L"1"}));
+    EXPECT_EQ(Get(1, kRaw), L"7:255,1,,");
     EXPECT_EQ(filter.Enable(1), 0);
-    second.Set(L"RawIPAllowedProtocols", {L"1"});
+    Set(2, kRaw, L"1,,");
     EXPECT_NE(filter.Enable(1), 0);
-    first.Set(L"RawIPAllowedProtocols", {L"6", L"255"});
     EXPECT_NE(filter.Enable(0), 0);
     EXPECT_EQ(filter.IsEnabled(), 0);
-    EXPECT_EQ(first.Get(L"RawIPAllowedProtocols"), WideTexts{});
+    EXPECT_EQ(Get(2, kRaw), L"7:,");
     EXPECT_EQ(filter.Enable(0), 0);
 }
 
@@ -156,34 +103,28 @@ TEST_F(SecurityFilter, PortIsAllowedWhereEveryAdapterLetsItThrough) {
     CSecurityFilterNT filter;
     const auto allowed = [&](PROTOCOL protocols) { return (filter.*PortIsAllowed())(80, protocols); };
     EXPECT_EQ(allowed(kBoth), 1); // the filter is off
-    Switch(1);
+    Switch(REG_DWORD, L"\1\0"sv);
+    Set(1, kTcp, L"80,,");
     EXPECT_EQ(allowed(PROTOCOL_TCP), 0);
-    first.Set(L"TCPAllowedPorts", {L"80"});
-    EXPECT_EQ(allowed(PROTOCOL_TCP), 0);
-    second.Set(L"TCPAllowedPorts", {L"80"});
+    Set(2, kTcp, L"80,,");
     EXPECT_EQ(allowed(PROTOCOL_TCP), 1);
     EXPECT_EQ(allowed(kBoth), 0);
     filter.AllowPort(80, PROTOCOL_UDP);
     EXPECT_EQ(allowed(kBoth), 1);
-    linkage.Set(L"Bind", {});
+    machine.Remove(kServices + L"Tcpip\\Linkage", L"Bind");
     filter = CSecurityFilterNT();
-    EXPECT_EQ((filter.*PortIsAllowed())(81, kBoth), 1);
+    Set(1, kTcp, L",");
+    EXPECT_EQ(allowed(kBoth), 1);
 }
 
 TEST_F(SecurityFilter, ListsThatAreMissingOrOfAnotherTypeStayAsTheyAre) {
-    CSecurityFilterNT filter;
-    const CSecurityFilterNT copy(filter);
-    RegDeleteValueW(first.key, L"TCPAllowedPorts");
-    CReg reg;
-    EXPECT_EQ(reg.SaveKey(second.key, L"TCPAllowedPorts", L"80"), 0);
+    const CSecurityFilterNT original;
+    CSecurityFilterNT filter(original);
+    machine.Remove(Path(1), kTcp);
+    machine.Set(Path(2), kTcp, REG_SZ, L"80\0"sv);
     EXPECT_EQ(filter.AllowPort(81, PROTOCOL_TCP), 0);
-    EXPECT_NE(reg.ReadKey(first.key, L"TCPAllowedPorts", 0, nullptr), 0);
-    EXPECT_EQ(reg.SaveKey(parameters.key, L"EnableSecurityFilters", L"1"), 0);
-    EXPECT_EQ(filter.Enable(0), 0);
-    EXPECT_EQ(filter.IsEnabled(), 0);
-    RegDeleteValueW(linkage.key, L"Bind");
-    EXPECT_EQ(CSecurityFilterNT().AllowPort(80, PROTOCOL_UDP), 0);
-    EXPECT_EQ(CSecurityFilterNT(copy).AllowPort(80, PROTOCOL_UDP), 1);
+    EXPECT_EQ(Get(1, kTcp) + Get(2, kTcp), L"none1:80,");
+    EXPECT_EQ(filter.AllowPort(81, PROTOCOL_UDP), 1);
 }
 
 } // namespace
