@@ -124,17 +124,13 @@ TEST_F(NetworkIdTest, Odd94And95NameIsNotedBeforeTheSystemIsAskedAndThenWrittenA
     EXPECT_EQ(size, 16U);
 }
 
-TEST_F(NetworkIdTest, NamesAreValidatedUpToTheFirstBadCharacter) {
+TEST_F(NetworkIdTest, NamesAreValidatedUpToTheFirstBadCharacterAndAddressesAgainstContiguousMasks) {
     CNetworkId identity;
     EXPECT_EQ(identity.ValidateName(L""), VN_EMPTY);
     EXPECT_EQ(identity.ValidateName(L"PC 1"), VN_SPACE);
     EXPECT_EQ(identity.ValidateName(L"PC*1"), VN_BAD_CHAR);
     EXPECT_EQ(identity.ValidateName(L"PC*1 2"), VN_BAD_CHAR);
     EXPECT_EQ(identity.ValidateName(L"Lab-PC_{2}.~"), VN_VALID);
-}
-
-TEST_F(NetworkIdTest, AddressesAreValidatedAgainstContiguousMasks) {
-    CNetworkId identity;
     EXPECT_EQ(identity.ValidateIpAddr(0x0A000000, 0xFF000000), VI_NO_HOST_PART);
     EXPECT_EQ(identity.ValidateIpAddr(0x0A000001, 0xFF00FF00), VI_BAD_MASK);
     EXPECT_EQ(identity.ValidateIpAddr(0x0A000001, 0xFFFFFFFF), VI_BAD_MASK);
