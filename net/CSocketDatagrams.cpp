@@ -5,17 +5,6 @@
 
 #include <algorithm>
 
-namespace {
-
-sockaddr_in To(unsigned long address) {
-    sockaddr_in to{};
-    to.sin_family = AF_INET;
-    to.sin_addr.s_addr = address;
-    return to;
-}
-
-} // namespace
-
 int CSocket::SendTo(const CCommMsg* message, sockaddr_in* to, unsigned int toLength, unsigned short port,
                     unsigned int* sent) {
     if (message == nullptr || to == nullptr) return WSAEFAULT;
@@ -29,12 +18,12 @@ int CSocket::SendTo(const CCommMsg* message, sockaddr_in* to, unsigned int toLen
 }
 
 int CSocket::Broadcast(const CCommMsg* message, unsigned short port, bool subnet) {
-    sockaddr_in to = To(subnet ? SubnetBroadcast() : INADDR_BROADCAST);
+    sockaddr_in to = tessel::Endpoint(subnet ? SubnetBroadcast() : INADDR_BROADCAST, 0);
     return SendTo(message, &to, sizeof to, port, nullptr);
 }
 
 int CSocket::Multicast(const CCommMsg* message, const wchar_t* group, unsigned short port) {
     if (group == nullptr) return WSAEFAULT;
-    sockaddr_in to = To(tessel::ReadDotted<tessel::kSocketText>(group));
+    sockaddr_in to = tessel::Endpoint(tessel::ReadDotted<tessel::kSocketText>(group), 0);
     return SendTo(message, &to, sizeof to, port, nullptr);
 }

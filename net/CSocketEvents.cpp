@@ -3,15 +3,9 @@
 #include <tessel/socket.h>
 
 using tessel::ErrorOf;
+using tessel::SetOf;
 
 namespace {
-
-fd_set SetOf(SOCKET socket) {
-    fd_set set{};
-    set.fd_count = 1;
-    set.fd_array[0] = socket;
-    return set;
-}
 
 template <class Value> bool HasOption(SOCKET socket, int name, Value wanted) {
     Value value{};

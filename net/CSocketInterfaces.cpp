@@ -40,7 +40,7 @@ int CSocket::GetInterfaceList(INTERFACE_INFO* list, unsigned int size) {
 }
 
 int CSocket::GetNumberOfNetInterfaces() {
-    const tessel::WinsockSession session(MAKEWORD(2, 0));
+    const tessel::WinsockSession session(tessel::kWinsockVersion);
     INTERFACE_INFO list[kManyInterfaces];
     const int count = GetInterfaceList(list, sizeof list);
     return count - static_cast<int>(std::count_if(list, list + count, IsLoopback));

@@ -42,10 +42,7 @@ bool FindHost(const char* host, in_addr& address) {
         std::memcpy(&address, bytes, sizeof bytes);
         return true;
     }
-    const hostent* const found = gethostbyname(host);
-    if (found == nullptr || found->h_length != sizeof address) return false;
-    std::memcpy(&address, found->h_addr_list[0], sizeof address);
-    return true;
+    return tessel::FirstAddress(gethostbyname(host), address);
 }
 
 } // namespace
@@ -53,8 +50,7 @@ bool FindHost(const char* host, in_addr& address) {
 int CSocket::Ping(const char* host, int count) {
     const tessel::WinsockSession session(MAKEWORD(1, 1));
     CSocket raw(MODE_BLOCKING);
-    sockaddr_in to{};
-    to.sin_family = AF_INET;
+    sockaddr_in to = tessel::Endpoint(INADDR_ANY, 0);
     if (raw.OpenSocket(SOCK_RAW, IPPROTO_ICMP) == SOCKET_ERROR || !FindHost(host, to.sin_addr)) return 0;
     int replies = 0;
     while (replies < count) {
@@ -81,9 +77,7 @@ void CSocket::SendEchoRequest(SOCKET socket, const sockaddr_in& to) {
 }
 
 int CSocket::WaitForEchoReply(SOCKET socket) {
-    fd_set readable{};
-    readable.fd_count = 1;
-    readable.fd_array[0] = socket;
+    fd_set readable = tessel::SetOf(socket);
     timeval timeout{kTimeoutSeconds, 0};
     return select(0, &readable, nullptr, nullptr, &timeout);
 }

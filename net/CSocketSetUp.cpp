@@ -4,19 +4,12 @@
 
 #include <new>
 
+using tessel::Endpoint;
 using tessel::ErrorOf;
 
 namespace {
 
 constexpr long kStreamEvents = FD_READ | FD_CLOSE;
-
-sockaddr_in Endpoint(unsigned long address, unsigned short port) {
-    sockaddr_in endpoint{};
-    endpoint.sin_family = AF_INET;
-    endpoint.sin_addr.s_addr = address;
-    endpoint.sin_port = htons(port);
-    return endpoint;
-}
 
 template <class Value> int SetOption(SOCKET socket, int level, int name, const Value& value) {
     return setsockopt(socket, level, name, reinterpret_cast<const char*>(&value), sizeof value);

@@ -5,16 +5,21 @@
 #include <ws2tcpip.h>
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
 namespace tessel {
+
+constexpr WORD kWinsockVersion = MAKEWORD(2, 0);
 
 /// Keeps Winsock started for as long as the object lives.
 class WinsockSession {
 public:
     explicit WinsockSession(WORD version) : m_started(WSAStartup(version, &m_data) == 0) {}
     ~WinsockSession() {
+        const int error = WSAGetLastError(); // the caller's to ask for
         if (m_started) WSACleanup();
+        WSASetLastError(error);
     }
     WinsockSession(const WinsockSession&) = delete;
     WinsockSession& operator=(const WinsockSession&) = delete;
@@ -33,6 +38,36 @@ inline int ErrorOf(int result) {
 /// A size as Winsock takes it, cut to what it can take.
 inline int SizeForWinsock(unsigned int size) {
     return static_cast<int>(std::min(size, static_cast<unsigned int>(std::numeric_limits<int>::max())));
+}
+
+/// An endpoint as Winsock takes it.
+/// @param address  in network byte order
+/// @param port     in host byte order
+inline sockaddr_in Endpoint(unsigned long address, unsigned short port) {
+    sockaddr_in endpoint{};
+    endpoint.sin_family = AF_INET;
+    endpoint.sin_addr.s_addr = address;
+    endpoint.sin_port = htons(port);
+    return endpoint;
+}
+
+/// The set of one socket, to select.
+inline fd_set SetOf(SOCKET socket) {
+    fd_set set{};
+    set.fd_count = 1;
+    set.fd_array[0] = socket;
+    return set;
+}
+
+/// Takes the first address of a host that was looked up.
+/// @param host     what the look-up gave, or null
+/// @param address  receives the address
+/// @return true: it has one; false: unknown host, or not of IPv4
+inline bool FirstAddress(const hostent* host, in_addr& address) {
+    if (host == nullptr || host->h_addrtype != AF_INET || host->h_length != sizeof address) return false;
+    if (host->h_addr_list[0] == nullptr) return false;
+    std::memcpy(&address, host->h_addr_list[0], sizeof address);
+    return true;
 }
 
 } // namespace tessel

@@ -32,6 +32,11 @@ int WSAAPI ShortReply(SOCKET, char*, int, int, sockaddr*, int*) {
     return replySize;
 }
 
+int WSAAPI ChattyCleanUp() {
+    WSASetLastError(WSAEINTR);
+    return WSACleanup();
+}
+
 hostent* WSAAPI UnknownHost(const char*) {
     return nullptr;
 }
@@ -81,7 +86,9 @@ TEST(SocketNames, KnowsThisMachine) {
     name[1] = L'#';
     EXPECT_EQ(CSocket::GetLocalHostName(name, 1), SOCKET_ERROR);
     EXPECT_EQ(name[1], L'#');
+    const ImportPatch cleanUp(L"Tessel.dll", "WSACleanup", &ChattyCleanUp);
     EXPECT_EQ(CSocket::GetLocalHostName(nullptr, 5), SOCKET_ERROR);
+    EXPECT_EQ(WSAGetLastError(), WSAEFAULT);
     const ImportPatch patch(L"Tessel.dll", "gethostbyname", &UnknownHost);
     EXPECT_FALSE(CSocket::GetHostAddressByName("nobody", text));
     EXPECT_EQ(CSocket::Ping("nobody", 1), 0);
