@@ -1,6 +1,5 @@
 #include <tessel/commmsg.h>
 
-#include <cstdlib>
 #include <limits>
 #include <new>
 

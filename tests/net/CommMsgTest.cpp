@@ -1,10 +1,7 @@
-#include "support/ImportPatch.h"
-
 #include <gtest/gtest.h>
 #include <tessel/commmsg.h>
 
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <new>
 
@@ -29,7 +26,7 @@ TEST(CommMsg, KeepsTheLengthOfItsAllocationAndLiesOnTheWireInOneRun) {
         EXPECT_EQ(message->GetLength(), n);
         EXPECT_EQ(message->GetXmitLength(), n + 4);
         EXPECT_EQ(message->GetMsg() + 4, message->GetData());
-        const std::unique_ptr<CCommMsg> between = Make(n + 1);
+        const Message between = Make(n + 1);
         EXPECT_EQ(message->GetLength(), n);
     }
 }
