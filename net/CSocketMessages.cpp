@@ -13,6 +13,7 @@ static_assert(sizeof(MESSAGE) == 10 && offsetof(MESSAGE, ulDataLength) == 4 && o
 namespace {
 
 constexpr int kFailed = 1;
+constexpr int kLengths = offsetof(MESSAGE, usType); // what a head must hold to be followed
 constexpr unsigned int kFirstCapacity = 5130;
 constexpr unsigned int kLongestRecord = std::numeric_limits<int>::max();
 constexpr int kPatience = 10;
@@ -30,18 +31,17 @@ bool HasBuffer() {
     return lastRecord.bytes != nullptr;
 }
 
-/// Looks at the head of the next record.
-/// @return true: it is there; false: the peer closed, an error, or only a part has come
-bool PeekHead(SOCKET socket, MESSAGE& head) {
-    for (int patience = kPatience; patience > 0; --patience) {
+/// Looks at the lengths of the next record.
+/// @return true: they are there; false: the peer closed, an error, or they have not come in time
+bool PeekLengths(SOCKET socket, MESSAGE& head) {
+    for (int patience = kPatience;; Sleep(kPauseMs)) {
         const int got = recv(socket, lastRecord.bytes, kFirstCapacity, MSG_PEEK);
         if (got <= 0) return false;
-        std::memcpy(&head, lastRecord.bytes, sizeof head);
-        if (got >= static_cast<int>(sizeof head)) return true;
-        // GUARD-70: of a head that came in part the lengths may still be missing.
-        Sleep(kPauseMs);
+        std::memcpy(&head, lastRecord.bytes, kLengths);
+        if (got >= kLengths) return true;
+        // GUARD-70: lengths that came in part are awaited.
+        if (--patience == 0) return false;
     }
-    return false;
 }
 
 /// Whether the lengths agree: the data lies inside a record that is at least a head long.
@@ -81,13 +81,11 @@ bool ReceiveRecord(SOCKET socket, unsigned int size) {
 
 // ODD-76: the socket to read from is an argument; the object's own plays no part.
 int CSocket::ReadMessage(SOCKET socket, MESSAGE** message, unsigned long& dataLength) {
-    dataLength = 0;
     MESSAGE head{};
-    if (message == nullptr || !HasBuffer() || !PeekHead(socket, head)) return kFailed;
+    if (message == nullptr || !HasBuffer() || !PeekLengths(socket, head)) return kFailed;
+    dataLength = head.ulDataLength; // also of a record that then fails
     // GUARD-71: the caller would read behind the record, or find one that never came.
-    if (!IsSound(head)) return kFailed;
-    dataLength = head.ulDataLength;
-    if (!ReceiveRecord(socket, head.ulTotalLength)) return kFailed;
+    if (!IsSound(head) || !ReceiveRecord(socket, head.ulTotalLength)) return kFailed;
     *message = reinterpret_cast<MESSAGE*>(lastRecord.bytes);
     return 0;
 }

@@ -164,7 +164,7 @@ public:
     /// Receives what is there, on a blocking socket at least one byte.
     /// @param buffer    receives the bytes
     /// @param size      room in bytes; more than 2^31 - 1 counts as that
-    /// @param received  receives the number of bytes; null to ignore it; unchanged after a failure
+    /// @param received  receives the number of bytes, 0 with WSAEDISCON; null to ignore it; unchanged after an error
     /// @param flags     flags of recv
     /// @return 0; WSAEDISCON (10101): the peer closed gracefully, or no byte was asked for; else a Winsock error
     int Recv(unsigned char* buffer, unsigned int size, unsigned int* received, int flags);
@@ -174,7 +174,7 @@ public:
     /// @param size        room in bytes; more than 2^31 - 1 counts as that
     /// @param from        receives the sender; null to ignore it
     /// @param fromLength  size of @p from in bytes, receives what was used; null to ignore it
-    /// @param received    receives the number of bytes; null to ignore it; unchanged after a failure
+    /// @param received    receives the number of bytes, 0 with WSAEDISCON; null to ignore it; unchanged after an error
     /// @param flags       flags of recvfrom
     /// @return 0; WSAEDISCON (10101): no byte came, an empty datagram too; else a Winsock error
     int ReceiveFrom(unsigned char* buffer, unsigned int size, sockaddr_in* from, unsigned int* fromLength,
@@ -254,12 +254,14 @@ public:
     ///@{
 
     /// Receives a whole typed record into a buffer of the process, which grows to the longest record and is never
-    /// given back. On a non-blocking socket it waits up to a second for each next part; a blocking one waits for ever.
+    /// given back. A non-blocking socket that has nothing fails at once; after the first bytes it waits up to a second
+    /// for each next part. A blocking one waits for ever, but up to a second only for lengths that came in part.
     /// A record whose lengths contradict each other, or that memory cannot hold, is left unread.
     /// @param socket      handle of the socket to read from, not necessarily this object's
     /// @param message     receives the record, which stays the library's and is overwritten by the next call;
     ///                    unchanged after a failure
-    /// @param dataLength  receives the length of its data in bytes; 0 when there is no head to read it from
+    /// @param dataLength  receives the length of its data in bytes, as the record claims it also where that fails;
+    ///                    unchanged when the lengths have not come
     /// @return 0: received; 1: failed
     int ReadMessage(SOCKET socket, MESSAGE** message, unsigned long& dataLength);
 

@@ -84,6 +84,22 @@ TEST(SocketMessages, RecordsThatStayOutOrContradictThemselvesFail) {
     EXPECT_EQ(message, nullptr);
 }
 
+TEST(SocketMessages, TheLengthOfTheDataIsToldAsSoonAsItCame) {
+    const struct {
+        std::string bytes;
+        unsigned long length;
+    } cases[] = {{"", 77}, {Record(13, 3, "").substr(0, 8), 3}, {Record(13, 3, "ab"), 3}, {Record(13, 4, "abc"), 4}};
+    for (const auto& [bytes, length] : cases) {
+        Connection closing(CSocket::MODE_BLOCKING);
+        closing.Send(bytes.data(), bytes.size());
+        closing.Close();
+        MESSAGE* message = nullptr;
+        unsigned long told = 77;
+        EXPECT_EQ(CSocket().ReadMessage(closing.handle, &message, told), 1);
+        EXPECT_EQ(told, length) << bytes.size();
+    }
+}
+
 TEST(SocketMessages, Odd83WhatASocketDoesNotTakeAtOnceIsLost) {
     const Connection connection(CSocket::MODE_EVENT);
     const ImportPatch patch(L"Tessel.dll", "select", &AlwaysReady); // the peer reads nothing
