@@ -24,12 +24,11 @@ namespace {
 using tessel::AddOwner;
 using tessel::RemoveOwner;
 
-constexpr WORD kVersion = MAKEWORD(2, 0);
 constexpr unsigned long kTimeoutMs = 30000;
 
 void StartWinsock() {
     WSADATA data;
-    (void)WSAStartup(kVersion, &data); // a failure shows in the first call that needs it
+    (void)WSAStartup(tessel::kWinsockVersion, &data); // a failure shows in the first call that needs it
 }
 
 const void* AsResource(SOCKET socket) {
@@ -63,7 +62,7 @@ CSocket::CSocket(const CSocket& other) {
 
 CSocket& CSocket::operator=(const CSocket& other) {
     if (this == &other) return *this;
-    Forget();
+    Forget(); // ODD-85: what was held is neither closed nor freed.
     ShareWith(other);
     return *this;
 }
@@ -75,6 +74,7 @@ CSocket::~CSocket() {
 }
 
 void CSocket::Create(SOCKET socket, MODE mode, HWND window) {
+    Forget();
     m_hWindow = window;
     m_Socket = socket;
     m_Mode = mode;
@@ -104,7 +104,6 @@ void CSocket::ShareWith(const CSocket& other) {
     m_pExtra = Share<void*>(other.m_pExtra, nullptr);
 }
 
-// ODD-85: an assignment neither closes nor frees what its target held.
 void CSocket::Forget() {
     (void)RemoveOwner(m_hEvent);
     (void)RemoveOwner(AsResource(m_Socket));

@@ -89,7 +89,7 @@ public:
     virtual ~CSocket();
 
     /// Gives every field its initial value and starts Winsock 2.0. The constructors call it; called again it forgets
-    /// what the object holds without closing it, and starts Winsock once more.
+    /// what the object holds without closing it (copies keep it), and starts Winsock once more.
     /// @param socket  handle to adopt; INVALID_SOCKET for none
     /// @param mode    mode to set up with later
     /// @param window  notify window, or null
@@ -416,10 +416,10 @@ private:
     static unsigned short in_cksum(const unsigned char* data, unsigned int size);
 
     MODE m_Mode;
-    HANDLE m_hEvent;
+    HANDLE m_hEvent = INVALID_HANDLE_VALUE;
     HWND m_hWindow;
     unsigned long m_ulLocalAddress;
-    SOCKET m_Socket;
+    SOCKET m_Socket = ~SOCKET{0};
     bool m_bConnected;
     unsigned short m_usPort;
     unsigned long m_ulTimeout;
@@ -427,5 +427,5 @@ private:
 protected:
     /// A block that a derived class may leave here, made with HeapAlloc from the process heap; null at first. It is
     /// freed with the object, or with the last of its copies.
-    void* m_pExtra;
+    void* m_pExtra = nullptr;
 };

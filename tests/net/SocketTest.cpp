@@ -219,6 +219,17 @@ TEST(Socket, Odd85CopiesShareAndAnAssignmentClosesNothing) {
     EXPECT_TRUE(target.IsSocket(connection.handle));
 }
 
+TEST(Socket, AnObjectThatStartsAnewLeavesWhatItHeldToItsCopies) {
+    const Connection connection;
+    {
+        const CSocket last(connection.handle, CSocket::MODE_BLOCKING, nullptr);
+        CSocket copy(last);
+        copy.Create(INVALID_SOCKET, CSocket::MODE_BLOCKING, nullptr);
+    }
+    char end = 0;
+    EXPECT_EQ(recv(connection.bare, &end, 1, 0), 0); // closed
+}
+
 TEST(Socket, SelectsAndKeepsItsSendTimeout) {
     const Connection connection(CSocket::MODE_BLOCKING);
     timeval wait{10, 0};
