@@ -305,8 +305,8 @@ public:
     /// @return true: it is
     bool IsBlockingMode() const { return m_Mode == MODE_BLOCKING; }
 
-    /// Whether Connect() or InitConnected() succeeded and Disconnect() has not been called since. A peer that closes
-    /// changes nothing here.
+    /// Whether Connect() or InitConnected() succeeded, and neither did Disconnect() since nor did the wait of
+    /// WriteMessage() fail. A peer that closes changes nothing here.
     /// @return true: connected
     bool IsConnected() const { return m_bConnected; }
 

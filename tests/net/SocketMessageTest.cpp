@@ -17,6 +17,12 @@ int WSAAPI AlwaysReady(int, fd_set*, fd_set*, fd_set*, const timeval*) {
     return 1;
 }
 
+std::vector<DWORD> pauses;
+
+void WINAPI NotePause(DWORD milliseconds) {
+    pauses.push_back(milliseconds);
+}
+
 int Read(const Connection& connection, std::string& data, MESSAGE** message) {
     unsigned long length = 0;
     CSocket any; // the socket that is read from is an argument
@@ -61,21 +67,29 @@ TEST(SocketMessages, ARecordInPartsIsAwaited) {
 }
 
 TEST(SocketMessages, RecordsThatStayOutOrContradictThemselvesFail) {
-    const std::string hostile[] = {"",
-                                   "short",
-                                   Record(0, 0, ""),
-                                   Record(9, 0, "x"),
-                                   Record(13, 4, "abc"),
-                                   Record(13, 0xFFFFFFFF, "abc"),
-                                   Record(13, 3, "ab"),
-                                   Record(0xFFFFFFFF, 0x7FFFFFFF, "abc")};
+    const struct {
+        std::string bytes;
+        unsigned int pauses;
+    } hostile[] = {{"", 0},
+                   {"short", 9},
+                   {Record(0, 0, ""), 0},
+                   {Record(9, 0, "x"), 0},
+                   {Record(13, 4, "abc"), 0},
+                   {Record(13, 0xFFFFFFFF, "abc"), 0},
+                   {Record(13, 3, "ab"), 9}};
     MESSAGE* message = nullptr;
     std::string got;
-    for (const std::string& bytes : hostile) {
-        Connection connection(CSocket::MODE_EVENT);
+    const ImportPatch patch(L"Tessel.dll", "Sleep", &NotePause);
+    for (const auto& [bytes, expected] : hostile) {
+        const Connection connection(CSocket::MODE_EVENT);
         connection.Send(bytes.data(), bytes.size());
+        pauses.clear();
         EXPECT_EQ(Read(connection, got, &message), 1) << testing::PrintToString(bytes);
+        EXPECT_EQ(pauses, std::vector<DWORD>(expected, 100)) << testing::PrintToString(bytes);
     }
+    const Connection boasting(CSocket::MODE_EVENT);
+    boasting.Send(Record(0xFFFFFFFF, 0x7FFFFFFF, "abc").data(), 13);
+    EXPECT_EQ(Read(boasting, got, &message), 1);
     Connection closing(CSocket::MODE_BLOCKING);
     const std::string part = Record(13, 3, "ab");
     closing.Send(part.data(), part.size());
