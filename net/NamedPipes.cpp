@@ -50,7 +50,7 @@ CClientNamedPipe::CClientNamedPipe(const CClientNamedPipe& other) {
 
 CClientNamedPipe& CClientNamedPipe::operator=(const CClientNamedPipe& other) {
     if (this == &other) return *this;
-    EndOperation();
+    tessel::CancelOverlapped(m_hPipe, m_Overlapped);
     if (tessel::IsHandle(m_hPipe)) (void)tessel::RemoveOwner(m_hPipe); // ODD-22: left open
     ShareWith(other);
     return *this;
@@ -73,14 +73,8 @@ void CClientNamedPipe::ShareWith(const CClientNamedPipe& other) {
     m_bPending = other.m_bPending;
 }
 
-// GUARD-77: the system would write to the record of an operation under way when the object is no more.
-void CClientNamedPipe::EndOperation() {
-    if (tessel::IsHandle(m_hPipe)) tessel::CancelOverlapped(m_hPipe, m_Overlapped);
-    m_bPending = false;
-}
-
 void CClientNamedPipe::LetGo() {
-    EndOperation();
+    tessel::CancelOverlapped(m_hPipe, m_Overlapped);
     if (tessel::IsHandle(m_hPipe)) (void)tessel::ReleaseHandle(m_hPipe); // it was opened here
     m_hPipe = INVALID_HANDLE_VALUE;
 }
@@ -135,9 +129,10 @@ unsigned long CClientNamedPipe::GetStatus() {
     return m_ulStatus;
 }
 
+// ODD-104: an operation that was pending still counts as pending, and its status hides PIPE_CLOSED.
 void CClientNamedPipe::Close() {
     m_ulStatus = PIPE_CLOSED;
-    EndOperation();
+    tessel::CancelOverlapped(m_hPipe, m_Overlapped);
     (void)tessel::ReleaseHandle(m_hPipe); // a handle that was closed already needs nothing more
     m_hPipe = INVALID_HANDLE_VALUE;
 }

@@ -24,12 +24,13 @@ inline bool ReleaseHandle(HANDLE handle) {
 }
 
 /// Cancels an overlapped operation and waits until the system does not write to its record any more.
-/// @param handle  the handle that it runs on
+/// @param handle  the handle that it runs on, if any
 /// @param record  its record; one of which nothing is under way is left alone
 inline void CancelOverlapped(HANDLE handle, OVERLAPPED& record) {
-    DWORD transferred = 0;
-    if (!CancelIoEx(handle, &record)) return; // it has ended, or was started from another object's record
-    (void)GetOverlappedResult(handle, &record, &transferred, TRUE); // ends with whatever the operation came to
+    // GUARD-77: the system would write to the record when the object is no more.
+    if (!IsHandle(handle) || !CancelIoEx(handle, &record)) return; // it ended, or has another object's record
+    // The event is the caller's, who may have closed it or may take its signal: the record itself tells.
+    while (!HasOverlappedIoCompleted(&record)) Sleep(1);
 }
 
 } // namespace tessel

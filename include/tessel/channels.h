@@ -85,8 +85,9 @@ public:
     /// @return 0 or the Win32 error, which is kept too
     unsigned long SetInfo(unsigned long readTimeout);
 
-    /// Ends a read that is pending and closes the handle, which stays open for copies.
-    /// @return true: closed; false: GetStatus() tells the Win32 error
+    /// Cancels a read that is pending and closes the handle, which stays open for copies. GetStatus() still tells of
+    /// that read until the next one starts, as a rule ERROR_OPERATION_ABORTED (995).
+    /// @return true: closed; false: the error is kept
     bool Close();
 
     /// The name.
@@ -102,7 +103,6 @@ private:
 
     bool KeepName(const wchar_t* name);
     void ForgetName();
-    void EndRead();
     void LetGo();
     bool Keep(HANDLE handle);
     unsigned long KeepError(bool succeeded);
@@ -191,14 +191,15 @@ public:
     /// @return PIPE_CLOSED, PIPE_LISTENING, PIPE_CONNECTED or a Win32 error; ERROR_IO_PENDING (997): still under way
     unsigned long GetStatus();
 
-    /// Ends an operation that is pending and closes the handle, which stays open for copies. The status is PIPE_CLOSED.
+    /// Cancels an operation that is pending and closes the handle, which stays open for copies. The status is
+    /// PIPE_CLOSED; but GetStatus() still tells of an operation that it has not reported as done, as a rule
+    /// ERROR_OPERATION_ABORTED (995).
     virtual void Close();
 
 private:
     friend class CServerNamedPipe;
     friend struct CNamedPipeLayout;
 
-    void EndOperation();
     void LetGo();
     OVERLAPPED* Prepare(void* event);
     bool Started(bool succeeded);
