@@ -69,9 +69,10 @@ int CMsgSocket::Write(const CCommMsg* msg, unsigned int timeout) {
 
 /// Receives into the free part of the buffer.
 int CMsgSocket::Fill() {
-    // No byte could be taken, and receiving none waits or makes the event come again and again. A whole record is in a
-    // full buffer only when it could not be delivered before.
-    if (m_uiFilled == m_uiCapacity) return tessel::WholeRecord(m_pBuffer, m_uiFilled) ? 0 : WSAEDISCON;
+    // GUARD-81: a whole record is in a full buffer only when there was no memory for it.
+    const bool full = m_uiFilled == m_uiCapacity;
+    if (full && tessel::WholeRecord(m_pBuffer, m_uiFilled)) return 0;
+    // ODD-105: in front of a record that is too long for the buffer no byte is asked for, and getting none is an end.
     unsigned int received = 0;
     const int result = Recv(m_pBuffer + m_uiFilled, m_uiCapacity - m_uiFilled, &received, 0);
     m_uiFilled += received;

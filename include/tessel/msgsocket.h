@@ -9,9 +9,9 @@
 /// and every complete record is delivered. Read() is for a thread that waits for records one by one.
 ///
 /// Records must be smaller than the receiver's buffer: with the default of 4,096 bytes, 4,092 bytes of data fit. Of a
-/// longer one the buffer takes what it holds, and then this connection is over: the next receive counts as the peer's
-/// close (WSAEDISCON), again and again. The length word is believed in every other respect: a peer that announces more
-/// than it sends is waited for.
+/// longer one the buffer takes what it holds, and then this connection is over: the next receive asks for no byte, and
+/// as soon as more have come it counts as the peer's close (WSAEDISCON), again and again: disconnect then. The length
+/// word is believed in every other respect: a peer that announces more than it sends is waited for.
 ///
 /// What was received and not delivered stays in the buffer across Disconnect(); use a fresh object for the next
 /// connection.
@@ -23,7 +23,7 @@ public:
     /// Bytes of the buffer, unless the constructor is told otherwise.
     static constexpr unsigned int BUFFER_SIZE = 4096;
 
-    /// Makes an object without a socket. Without memory for the buffer every receive counts as the peer's close.
+    /// Makes an object without a socket. Without memory for the buffer every receive fails (WSAEFAULT).
     /// @param bufferSize  bytes of the longest record with its length word
     /// @param mode        mode to set up with
     explicit CMsgSocket(unsigned int bufferSize = BUFFER_SIZE, CSocket::MODE mode = MODE_BLOCKING);
@@ -57,7 +57,7 @@ public:
     /// Waits for one record. It always receives first: a second record that came along with one returned before is
     /// returned only after further bytes have come.
     /// @param out  receives the record, the caller's to delete; unchanged after a failure
-    /// @return 0; WSAEDISCON (10101): the peer closed, or sends a record larger than the buffer; WSAENOBUFS (10055):
+    /// @return 0; WSAEDISCON (10101): the peer closed, or sent a record larger than the buffer; WSAENOBUFS (10055):
     ///         no memory for the record, which stays in the buffer; else a Winsock error
     virtual int Read(CCommMsg** out);
 
