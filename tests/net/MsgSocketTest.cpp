@@ -99,23 +99,6 @@ TEST_F(MsgSocket, RecordsCutAtAnyByteArriveWhole) {
     }
 }
 
-TEST_F(MsgSocket, OneReceiveDeliversAllTheRecordsItCompletes) {
-    Connect(CSocket::MODE_EVENT);
-    Records sent;
-    std::string stream;
-    for (std::size_t length = 0; stream.size() + length + 4 <= CMsgSocket::BUFFER_SIZE; ++length) {
-        sent.emplace_back(length, static_cast<char>(length));
-        stream += Wire(sent.back());
-    }
-    Send(stream);
-    Hear();
-    EXPECT_EQ(receiver->records, sent);
-    receiver->records.clear();
-    Send(Wire(std::string(kLongest, 'x')));
-    while (receiver->records.empty()) Hear();
-    EXPECT_EQ(receiver->records, Records{std::string(kLongest, 'x')});
-}
-
 TEST_F(MsgSocket, Odd87AHandlerThatDisconnectsLeavesTheBufferAsItIs) {
     Connect(CSocket::MODE_EVENT);
     receiver->disconnectAt = 2;
@@ -159,23 +142,6 @@ TEST_F(MsgSocket, Odd105ARecordLargerThanTheBufferEndsTheDelivery) {
     Connect(CSocket::MODE_BLOCKING, 0);
     Send("x");
     EXPECT_EQ(ReadText(), "error 10101") << "no room for anything";
-}
-
-TEST_F(MsgSocket, HalfALengthWordIsWaitedForUntilThePeerCloses) {
-    Connect(CSocket::MODE_EVENT);
-    Send({"\xFF\xFF", 2});
-    Hear();
-    EXPECT_EQ(WaitForSingleObject(receiver->GetEventHandle(), 0), static_cast<DWORD>(WAIT_TIMEOUT));
-    EXPECT_EQ(receiver->closes, 0);
-    closesocket(peer);
-    Hear();
-    EXPECT_EQ(receiver->closes, 1);
-    EXPECT_TRUE(receiver->records.empty());
-
-    Connect(CSocket::MODE_BLOCKING);
-    Send({"\xFF\xFF", 2});
-    closesocket(peer);
-    EXPECT_EQ(ReadText(), "error 10101");
 }
 
 TEST_F(MsgSocket, ARecordWithoutMemoryStaysInTheBuffer) {
