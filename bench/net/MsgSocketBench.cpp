@@ -115,7 +115,7 @@ private:
 int Echo(const std::vector<std::string>& arguments) {
     WSADATA data;
     WSAStartup(MAKEWORD(2, 2), &data);
-    const SOCKET peer = Loopback::Connect(static_cast<u_short>(std::stoul(arguments.at(0))));
+    const SOCKET peer = LoopbackListener::Connect(static_cast<u_short>(std::stoul(arguments.at(0))));
     char buffer[8192];
     for (int got = 0; (got = recv(peer, buffer, sizeof buffer, 0)) > 0;) send(peer, buffer, got, 0);
     closesocket(peer);
@@ -130,8 +130,8 @@ std::unique_ptr<CCommMsg> Record(const benchmark::State& state) {
 }
 
 template <class End> void OneWay(benchmark::State& state) {
-    const Loopback loopback;
-    End sender(Loopback::Connect(loopback.Port()), CSocket::MODE_BLOCKING);
+    const LoopbackListener loopback;
+    End sender(LoopbackListener::Connect(loopback.Port()), CSocket::MODE_BLOCKING);
     End receiver(loopback.Accept(), CSocket::MODE_BLOCKING);
     const auto record = Record(state);
     for (auto _ : state) {
@@ -141,8 +141,8 @@ template <class End> void OneWay(benchmark::State& state) {
 
 /// What the time-out of each send costs.
 void OneWayWithoutTimeout(benchmark::State& state) {
-    const Loopback loopback;
-    BareEnd sender(Loopback::Connect(loopback.Port()), CSocket::MODE_BLOCKING);
+    const LoopbackListener loopback;
+    BareEnd sender(LoopbackListener::Connect(loopback.Port()), CSocket::MODE_BLOCKING);
     BareEnd receiver(loopback.Accept(), CSocket::MODE_BLOCKING);
     const auto record = Record(state);
     for (auto _ : state) {
@@ -151,7 +151,7 @@ void OneWayWithoutTimeout(benchmark::State& state) {
 }
 
 template <class End> void RoundTrip(benchmark::State& state) {
-    const Loopback loopback;
+    const LoopbackListener loopback;
     const ChildProcess peer("bench-echo", {std::to_string(loopback.Port())});
     End end(loopback.Accept(), CSocket::MODE_BLOCKING);
     const auto record = Record(state);
@@ -163,12 +163,12 @@ template <class End> void RoundTrip(benchmark::State& state) {
 /// A server that waits for all its connections, of which one after the other gets a record.
 template <class End> void Connections(benchmark::State& state) {
     const auto count = static_cast<DWORD>(state.range(0));
-    const Loopback loopback;
+    const LoopbackListener loopback;
     std::deque<End> clients;
     std::deque<End> server;
     std::vector<HANDLE> events;
     for (DWORD i = 0; i < count; ++i) {
-        clients.emplace_back(Loopback::Connect(loopback.Port()), CSocket::MODE_BLOCKING);
+        clients.emplace_back(LoopbackListener::Connect(loopback.Port()), CSocket::MODE_BLOCKING);
         events.push_back(server.emplace_back(loopback.Accept(), CSocket::MODE_EVENT).Event());
     }
     const std::unique_ptr<CCommMsg> record(new (256) CCommMsg);

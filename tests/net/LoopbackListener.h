@@ -7,9 +7,9 @@
 #include <string>
 
 /// A listening socket on 127.0.0.1 with a port of the system's choice, by bare Winsock calls.
-class Loopback {
+class LoopbackListener {
 public:
-    Loopback() {
+    LoopbackListener() {
         WSADATA data;
         WSAStartup(MAKEWORD(2, 2), &data);
         m_listener = socket(AF_INET, SOCK_STREAM, 0);
@@ -20,12 +20,12 @@ public:
         m_port = ntohs(address.sin_port);
         listen(m_listener, SOMAXCONN);
     }
-    ~Loopback() {
+    ~LoopbackListener() {
         closesocket(m_listener);
         WSACleanup();
     }
-    Loopback(const Loopback&) = delete;
-    Loopback& operator=(const Loopback&) = delete;
+    LoopbackListener(const LoopbackListener&) = delete;
+    LoopbackListener& operator=(const LoopbackListener&) = delete;
 
     static u_long Address() { return htonl(INADDR_LOOPBACK); }
     u_short Port() const { return m_port; }

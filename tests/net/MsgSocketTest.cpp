@@ -61,13 +61,13 @@ std::string Line(SOCKET from) {
 }
 
 struct MsgSocket : testing::Test {
-    Loopback loopback;
+    LoopbackListener loopback;
     std::optional<RecordReceiver> receiver{std::in_place};
     SOCKET peer = INVALID_SOCKET;
 
     void Connect(CSocket::MODE mode, unsigned int bufferSize = CMsgSocket::BUFFER_SIZE) {
         receiver.emplace(bufferSize, mode);
-        ASSERT_EQ(receiver->Connect(Loopback::Address(), loopback.Port()), 0);
+        ASSERT_EQ(receiver->Connect(LoopbackListener::Address(), loopback.Port()), 0);
         peer = loopback.Accept();
     }
     void Hear() {
@@ -106,7 +106,7 @@ TEST_F(MsgSocket, Odd87AHandlerThatDisconnectsLeavesTheBufferAsItIs) {
     Hear();
     EXPECT_EQ(receiver->records, (Records{"one", "two"}));
     closesocket(peer);
-    ASSERT_EQ(receiver->Connect(Loopback::Address(), loopback.Port()), 0);
+    ASSERT_EQ(receiver->Connect(LoopbackListener::Address(), loopback.Port()), 0);
     peer = loopback.Accept();
     Send(Wire("four"));
     Hear();
