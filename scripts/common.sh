@@ -29,3 +29,5 @@ source "$root/scripts/packages.sh"
 source "$root/scripts/builds.sh"
 # shellcheck source=scripts/wine.sh
 source "$root/scripts/wine.sh"
+# shellcheck source=scripts/sound.sh
+source "$root/scripts/sound.sh"

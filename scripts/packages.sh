@@ -6,6 +6,9 @@ run_packages=(wine wine64 xvfb)
 wine32_package=wine32:i386
 lint_packages=(git clang-format clang-tidy doxygen shellcheck)
 bench_packages=(bsdextrautils jq)
+sound_packages=(pulseaudio)
+# They judge the files that the tests write.
+judge_packages=(sox ffmpeg)
 screenshot_packages=(imagemagick fonts-liberation)
 
 # Present when this machine could not be given a 32-bit Wine; ./dev setup tries again.

@@ -8,6 +8,6 @@ take_turn
 rm -f "$no_wine32_mark"
 need_build_packages
 need_run_packages
-install_packages "${lint_packages[@]}" "${bench_packages[@]}"
+install_packages "${lint_packages[@]}" "${bench_packages[@]}" "${sound_packages[@]}" "${judge_packages[@]}"
 [ "${1:-}" = --packages ] || need_prefix
 say "everything is in place"

@@ -7,10 +7,12 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 take_turn
 need_build_packages
 need_run_packages
+install_packages "${sound_packages[@]}" "${judge_packages[@]}"
 if have_wine32; then presets="win32 win64 checked"; else presets="win64 checked64"; fi
 # Both plain builds first: their tests start programs of one another.
 for preset in $presets; do compile "$preset"; done
 
+start_sound
 start_wine
 failed=
 for preset in $presets; do

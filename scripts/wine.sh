@@ -79,6 +79,7 @@ start_wine_in_sight() {
 stop_wine() {
     timeout 30 wineserver -k >/dev/null 2>&1 || true
     stop_display
+    stop_sound
 }
 
 image_options='HKLM\Software\Microsoft\Windows NT\CurrentVersion\Image File Execution Options'

@@ -1,4 +1,4 @@
-#include "net/LoopbackListener.h"
+#include "support/LoopbackListener.h"
 #include "support/ChildProcess.h"
 
 #include <benchmark/benchmark.h>

@@ -1,7 +1,9 @@
-#include "LoopbackListener.h"
+#include "support/LoopbackListener.h" // Winsock, before windows.h
+
 #include "RecordReceiver.h"
 #include "support/ChildProcess.h"
 #include "support/ImportPatch.h"
+#include "support/UnixTool.h"
 
 #include <gtest/gtest.h>
 
@@ -34,18 +36,11 @@ int WINAPI NoOption(SOCKET, int, int, char*, int*) {
     return SOCKET_ERROR;
 }
 
-/// The Unix path of a file beside this program; empty where programs are not run by Wine.
-std::wstring UnixPath(const wchar_t* file) {
-    using Converter = char*(CDECL*)(const wchar_t*);
-    const auto convert = reinterpret_cast<Converter>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
-    if (convert == nullptr) return {};
+/// The Unix path of the peer beside this program; empty where programs are not run by Wine.
+std::wstring PeerScript() {
     wchar_t program[MAX_PATH];
     GetModuleFileNameW(nullptr, program, MAX_PATH);
-    char* const path = convert((std::filesystem::path(program).parent_path() / file).c_str());
-    const std::wstring copy = std::filesystem::path(reinterpret_cast<const char8_t*>(path)).wstring(); // UTF-8
-    HeapFree(GetProcessHeap(), 0, path);
-    return copy;
+    return UnixPath(std::filesystem::path(program).parent_path() / L"peer.sh");
 }
 
 std::unique_ptr<CCommMsg> Message(const std::string& text) {
@@ -207,7 +202,7 @@ TEST_F(MsgSocket, CopiesShareTheBufferAndTheLastFreesIt) {
 }
 
 TEST_F(MsgSocket, APeerThatSharesNoCodeIsUnderstood) {
-    const std::wstring script = UnixPath(L"peer.sh");
+    const std::wstring script = PeerScript();
     if (script.empty()) GTEST_SKIP() << "the peer is a Unix script, which only Wine can start";
     // Wine does not hand its pipes to a Unix program: a second connection takes their place.
     const ChildProcess bash(L"\\\\?\\unix\\bin\\bash \"" + script + L"\" " + std::to_wstring(loopback.Port()));

@@ -1,0 +1,31 @@
+#include "UnixTool.h"
+
+#include "LoopbackListener.h" // Winsock, before windows.h
+
+#include "ChildProcess.h"
+
+std::wstring UnixPath(const std::filesystem::path& path) {
+    using Converter = char*(CDECL*)(const wchar_t*);
+    const auto convert = reinterpret_cast<Converter>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+    if (convert == nullptr) return {};
+    char* const converted = convert(path.c_str());
+    const std::wstring copy = std::filesystem::path(reinterpret_cast<const char8_t*>(converted)).wstring(); // UTF-8
+    HeapFree(GetProcessHeap(), 0, converted);
+    return copy;
+}
+
+// Wine neither hands its pipes to a Unix program nor waits for its end: a connection takes the place of both.
+UnixAnswer RunUnix(const std::wstring& command) {
+    const LoopbackListener loopback;
+    const std::wstring port = std::to_wstring(loopback.Port());
+    const ChildProcess shell(L"\\\\?\\unix\\bin\\bash -c \"exec 3<>/dev/tcp/127.0.0.1/" + port + L"; { " + command +
+                             L"; } >&3 2>&1 </dev/null; printf '\\n%d' $? >&3\"");
+    const SOCKET answer = loopback.Accept();
+    std::string text;
+    char part[4096];
+    for (int got = 0; (got = recv(answer, part, sizeof part, 0)) > 0;) text.append(part, static_cast<std::size_t>(got));
+    closesocket(answer);
+    const std::size_t end = text.rfind('\n');
+    return {text.substr(0, end), std::stoi(text.substr(end + 1))};
+}
