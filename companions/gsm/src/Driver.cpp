@@ -1,0 +1,177 @@
+#include <tesselgsm/driver.h>
+
+#include "GsmStream.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <cwchar>
+#include <memory>
+#include <mutex>
+#include <new>
+
+namespace tesselgsm {
+
+namespace {
+
+/// What is installed in this process.
+struct Installation {
+    std::mutex lock;
+    unsigned int count = 0;
+    HACMDRIVERID id = nullptr;
+    HACMDRIVERID codec = nullptr;
+    std::atomic<unsigned int> users = 0; ///< open streams and driver handles
+} installation;
+
+/// What the manager gives back with each message: what was opened.
+enum Opened : LRESULT { OPENED_NOTHING, OPENED_LIBRARY, OPENED_FOR_USE };
+
+LRESULT DescribeDriver(LPARAM record, LPARAM /*unused*/) {
+    auto* const asked = reinterpret_cast<ACMDRIVERDETAILSW*>(record);
+    ACMDRIVERDETAILSW details{};
+    details.cbStruct = std::min<DWORD>(asked->cbStruct, sizeof details);
+    details.fccType = ACMDRIVERDETAILS_FCCTYPE_AUDIOCODEC;
+    details.wMid = MM_UNMAPPED;
+    details.wPid = MM_PID_UNMAPPED;
+    details.vdwACM = 0x04000000;    // the manager's version that drivers of 32 bits and more are written for
+    details.vdwDriver = 0x01000000; // 1.0
+    details.fdwSupport = ACMDRIVERDETAILS_SUPPORTF_CODEC;
+    details.cFormatTags = 2;
+    std::wcscpy(details.szShortName, L"Tessel GSM");
+    std::wcscpy(details.szLongName, L"Tessel GSM 6.10 for 8-bit PCM");
+    std::memcpy(asked, &details, details.cbStruct);
+    return MMSYSERR_NOERROR;
+}
+
+LRESULT AnswerTag(LPARAM record, LPARAM query) {
+    return DescribeTag(*reinterpret_cast<ACMFORMATTAGDETAILSW*>(record), static_cast<DWORD>(query));
+}
+
+LRESULT AnswerFormat(LPARAM record, LPARAM query) {
+    return DescribeFormat(*reinterpret_cast<ACMFORMATDETAILSW*>(record), static_cast<DWORD>(query));
+}
+
+LRESULT AnswerSuggestion(LPARAM record, LPARAM /*unused*/) {
+    return Suggest(*reinterpret_cast<FormatSuggestion*>(record));
+}
+
+GsmStream* StreamOf(LPARAM record) {
+    return reinterpret_cast<GsmStream*>(reinterpret_cast<const StreamInstance*>(record)->driverData);
+}
+
+bool Serves(const StreamInstance& instance) {
+    const Format source = Recognise(*instance.source);
+    return source != Format::None && Recognise(*instance.destination) == Counterpart(source) &&
+           instance.filter == nullptr && (instance.flags & ACM_STREAMOPENF_ASYNC) == 0;
+}
+
+LRESULT OpenStream(LPARAM record, LPARAM /*unused*/) {
+    auto& instance = *reinterpret_cast<StreamInstance*>(record);
+    if (instance.size < sizeof instance) return MMSYSERR_NOTSUPPORTED;
+    if (!Serves(instance)) return ACMERR_NOTPOSSIBLE;
+    if ((instance.flags & ACM_STREAMOPENF_QUERY) != 0) return MMSYSERR_NOERROR;
+    const bool compress = Recognise(*instance.source) == Format::Pcm;
+    std::unique_ptr<GsmStream> stream(new (std::nothrow) GsmStream(installation.codec, compress));
+    if (stream == nullptr) return MMSYSERR_NOMEM;
+    if (stream->Result() != MMSYSERR_NOERROR) return stream->Result();
+    instance.driverData = reinterpret_cast<DWORD_PTR>(stream.release());
+    return MMSYSERR_NOERROR;
+}
+
+LRESULT CloseStream(LPARAM record, LPARAM /*unused*/) {
+    delete StreamOf(record);
+    reinterpret_cast<StreamInstance*>(record)->driverData = 0;
+    return MMSYSERR_NOERROR;
+}
+
+LRESULT SizeStream(LPARAM record, LPARAM sizes) {
+    return StreamOf(record)->Size(*reinterpret_cast<StreamSizes*>(sizes));
+}
+
+LRESULT ConvertStream(LPARAM record, LPARAM header) {
+    return StreamOf(record)->Convert(*reinterpret_cast<StreamHeader*>(header));
+}
+
+// What is not here is left to the manager, which prepares the buffers of a stream without its driver.
+constexpr struct {
+    UINT message;
+    LRESULT (*answer)(LPARAM, LPARAM);
+} kAnswers[] = {
+    {kDriverDetails, DescribeDriver},   {kFormatTagDetails, AnswerTag},  {kFormatDetails, AnswerFormat},
+    {kFormatSuggest, AnswerSuggestion}, {kStreamOpen, OpenStream},       {kStreamClose, CloseStream},
+    {kStreamSize, SizeStream},          {kStreamConvert, ConvertStream},
+};
+
+LRESULT AnswerManager(UINT message, LPARAM first, LPARAM second) {
+    for (const auto& entry : kAnswers) {
+        if (entry.message == message) return entry.answer(first, second);
+    }
+    return MMSYSERR_NOTSUPPORTED;
+}
+
+/// @param description  null where the driver as such is opened
+Opened OpenDriver(const OpenDescription* description) {
+    if (description == nullptr) return OPENED_LIBRARY;
+    if (description->type != ACMDRIVERDETAILS_FCCTYPE_AUDIOCODEC) return OPENED_NOTHING;
+    ++installation.users;
+    return OPENED_FOR_USE;
+}
+
+BOOL CloseDriver(DWORD_PTR opened) {
+    if (opened == OPENED_FOR_USE) --installation.users;
+    return TRUE;
+}
+
+LRESULT CALLBACK DriverProcedure(DWORD_PTR id, HDRVR driver, UINT message, LPARAM first, LPARAM second) {
+    switch (message) {
+    case DRV_LOAD:
+    case DRV_FREE:
+    case DRV_ENABLE:
+    case DRV_DISABLE: return TRUE;
+    case DRV_OPEN: return OpenDriver(reinterpret_cast<const OpenDescription*>(second));
+    case DRV_CLOSE: return CloseDriver(id);
+    case DRV_QUERYCONFIGURE: return FALSE;
+    case DRV_CONFIGURE: return DRVCNF_CANCEL;
+    case DRV_INSTALL:
+    case DRV_REMOVE: return DRVCNF_OK;
+    default: break;
+    }
+    if (message >= ACMDM_RESERVED_LOW && message <= ACMDM_RESERVED_HIGH) return AnswerManager(message, first, second);
+    return DefDriverProc(id, driver, message, first, second);
+}
+
+MMRESULT AddDriver() {
+    installation.codec = FindSystemCodec();
+    if (installation.codec == nullptr) return ACMERR_NOTPOSSIBLE;
+    HMODULE self = nullptr;
+    const auto procedure = reinterpret_cast<LPARAM>(&DriverProcedure);
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                       reinterpret_cast<LPCWSTR>(procedure), &self);
+    return acmDriverAddW(&installation.id, self, procedure, 0, ACM_DRIVERADDF_FUNCTION);
+}
+
+// Asked for it, Wine would remove a driver from under its streams.
+MMRESULT RemoveDriver() {
+    return installation.users == 0 ? acmDriverRemove(installation.id, 0) : ACMERR_BUSY;
+}
+
+} // namespace
+
+} // namespace tesselgsm
+
+using tesselgsm::installation;
+
+unsigned int TesselGsmInstall() {
+    const std::scoped_lock guard(installation.lock);
+    const MMRESULT result = installation.count == 0 ? tesselgsm::AddDriver() : MMSYSERR_NOERROR;
+    if (result == MMSYSERR_NOERROR) ++installation.count;
+    return result;
+}
+
+unsigned int TesselGsmRemove() {
+    const std::scoped_lock guard(installation.lock);
+    if (installation.count == 0) return MMSYSERR_INVALHANDLE;
+    const MMRESULT result = installation.count == 1 ? tesselgsm::RemoveDriver() : MMSYSERR_NOERROR;
+    if (result == MMSYSERR_NOERROR) --installation.count;
+    return result;
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <string>
+
+/// 8 kHz mono sound in unsigned bytes, silent at 128.
+namespace tone {
+
+constexpr unsigned long kSecond = 8000;
+
+inline std::string Sine(double hertz, unsigned long samples, double amplitude = 90) {
+    std::string sound(samples, '\0');
+    for (unsigned long i = 0; i < samples; ++i) {
+        const double angle = 2 * std::numbers::pi * hertz * i / kSecond;
+        sound[i] = static_cast<char>(128 + std::lround(amplitude * std::sin(angle)));
+    }
+    return sound;
+}
+
+/// Amplitude of one frequency in the sound; whole seconds of it leak nothing from others.
+inline double AmplitudeAt(double hertz, const std::string& sound) {
+    double sine = 0;
+    double cosine = 0;
+    for (std::size_t i = 0; i < sound.size(); ++i) {
+        const double angle = 2 * std::numbers::pi * hertz * static_cast<double>(i) / kSecond;
+        const double sample = static_cast<unsigned char>(sound[i]) - 128.0;
+        sine += sample * std::sin(angle);
+        cosine += sample * std::cos(angle);
+    }
+    return 2 * std::hypot(sine, cosine) / static_cast<double>(std::max<std::size_t>(sound.size(), 1));
+}
+
+} // namespace tone
