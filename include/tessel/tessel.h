@@ -5,6 +5,7 @@
 /// each family also has a header of its own, and that header is its manual.
 
 #include <tessel/address.h>
+#include <tessel/audio.h>
 #include <tessel/brush.h>
 #include <tessel/channels.h>
 #include <tessel/commmsg.h>
