@@ -6,6 +6,7 @@
 
 #include <tessel/address.h>
 #include <tessel/audio.h>
+#include <tessel/audioconvert.h>
 #include <tessel/brush.h>
 #include <tessel/channels.h>
 #include <tessel/commmsg.h>
@@ -28,3 +29,4 @@
 #include <tessel/synchronisation.h>
 #include <tessel/system.h>
 #include <tessel/views.h>
+#include <tessel/waveformat.h>

@@ -126,6 +126,13 @@ TEST_F(GsmDriver, LeavesEverythingElseToTheSystem) {
     EXPECT_TRUE(refused(Pcm(8), Gsm(), ACM_STREAMOPENF_ASYNC));
 }
 
+BOOL CALLBACK CollectFormat(HACMDRIVERID, ACMFORMATDETAILSW* found, DWORD_PTR list, DWORD) {
+    reinterpret_cast<std::vector<std::string>*>(list)->push_back(std::to_string(found->dwFormatTag) + "/" +
+                                                                 std::to_string(found->pwfx->wBitsPerSample) + "/" +
+                                                                 std::to_string(found->pwfx->nBlockAlign));
+    return TRUE;
+}
+
 TEST_F(GsmDriver, TellsItsFormats) {
     const OpenDriver own;
     EXPECT_EQ(own.details.cFormatTags, 2u);
@@ -141,13 +148,7 @@ TEST_F(GsmDriver, TellsItsFormats) {
     details.pwfx = &format.wfx;
     details.cbwfx = sizeof format;
     std::vector<std::string> formats;
-    const auto collect = [](HACMDRIVERID, ACMFORMATDETAILSW* found, DWORD_PTR list, DWORD) CALLBACK -> BOOL {
-        reinterpret_cast<std::vector<std::string>*>(list)->push_back(std::to_string(found->dwFormatTag) + "/" +
-                                                                     std::to_string(found->pwfx->wBitsPerSample) + "/" +
-                                                                     std::to_string(found->pwfx->nBlockAlign));
-        return TRUE;
-    };
-    EXPECT_EQ(acmFormatEnumW(own.handle, &details, collect, reinterpret_cast<DWORD_PTR>(&formats), 0), 0u);
+    EXPECT_EQ(acmFormatEnumW(own.handle, &details, CollectFormat, reinterpret_cast<DWORD_PTR>(&formats), 0), 0u);
     EXPECT_EQ(formats, (std::vector<std::string>{"1/8/1", "49/0/65"}));
 
     WAVEFORMATEX pcm = Pcm(8);

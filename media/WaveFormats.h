@@ -1,0 +1,13 @@
+#pragma once
+
+#include <tessel/waveformat.h>
+
+namespace tessel {
+
+/// Speech as devices record and play it.
+inline constexpr WAVEFORMATEX kFormatPCM{WAVE_FORMAT_PCM, 1, 8000, 8000, 1, 8, 0};
+
+/// Compressed speech: blocks of 65 bytes for 320 samples.
+inline constexpr WAVEFORMATGSM610 kFormatGSM{{WAVE_FORMAT_GSM610, 1, 8000, 1625, 65, 0, 2}, 320};
+
+} // namespace tessel
