@@ -24,6 +24,7 @@
 #include <tessel/resource.h>
 #include <tessel/securityfilter.h>
 #include <tessel/socket.h>
+#include <tessel/sound.h>
 #include <tessel/status.h>
 #include <tessel/strings.h>
 #include <tessel/synchronisation.h>

@@ -1,0 +1,365 @@
+#include "support/ImportPatch.h"
+#include "support/MessageWindow.h"
+#include "support/Reports.h"
+
+#include <gtest/gtest.h>
+#include <tessel/sound.h>
+
+#include <algorithm>
+#include <optional>
+
+namespace {
+
+constexpr const wchar_t* kLibrary = L"Tessel.dll";
+constexpr DWORD kVolume = MIXERCONTROL_CONTROLTYPE_VOLUME;
+constexpr DWORD kBass = MIXERCONTROL_CONTROLTYPE_BASS;
+constexpr DWORD kMute = MIXERCONTROL_CONTROLTYPE_MUTE;
+constexpr DWORD kMeter = MIXERCONTROL_CONTROLTYPE_PEAKMETER;
+constexpr DWORD kMux = MIXERCONTROL_CONTROLTYPE_MUX;
+constexpr DWORD kItems = MIXERCONTROL_CONTROLF_MULTIPLE;
+constexpr DWORD kUniformItems = kItems | MIXERCONTROL_CONTROLF_UNIFORM;
+
+using Names = std::vector<std::wstring>;
+using Values = std::vector<DWORD>;
+
+struct Control {
+    DWORD id;
+    DWORD type;
+    std::wstring name;
+    DWORD flags = 0;
+    Names items{};
+    Values values{0, 0}; ///< all items of the first channel, then those of the second
+};
+
+struct Line {
+    DWORD component; ///< 0: a source of the destination above it
+    std::vector<Control> controls;
+};
+
+/// A sound card, and what was asked of it. Its sources have two channels.
+struct Card {
+    std::vector<Line> lines{
+        {MIXERLINE_COMPONENTTYPE_DST_WAVEIN,
+         {{9, kVolume, L"Recording"},
+          {10, kBass, L"Depth"},
+          {12, kMeter, L"Microphone"},
+          {11, kMux, L"Source", kUniformItems, {L"Line In", L"Microphone", L"CD"}, {1, 0, 0}}}},
+        {0, {}},
+        {0, {{13, kVolume, L"Back Microphone"}, {14, kMute, L"Microphone"}}},
+        {0, {{15, kVolume, L"Line In"}}},
+        {MIXERLINE_COMPONENTTYPE_DST_SPEAKERS,
+         {{20, kVolume, L"The Master Volume"}, {21, kBass, L"Bass"}, {19, kMute, L"Master"}, {22, kMute, L"All"}}},
+        {0, {{24, kVolume, L"Microphone"}, {25, kMute, L"Mute Microphone"}}},
+        {0, {}},
+        {0, {{26, kVolume, L"Line In"}, {27, kMute, L"Line In"}}},
+        {0, {{28, kVolume, L"Wave"}, {29, kMute, L"Wave"}, {23, kMeter, L"Wave"}}},
+        {0, {{30, kVolume, L"Master of the CD, in the wave"}}}};
+    UINT devices = 1;
+    DWORD claimed = 0; ///< 0: counts of records are true
+    int calls = 0;
+    int failing = 0; ///< the call that fails; 0: none does
+    Texts log{};     ///< opened, closed and set
+
+    MMRESULT Step(HMIXEROBJ mixer, DWORD flags) {
+        const bool isOpen = mixer == Handle() && (flags & 0xF0000000) == DWORD{MIXER_OBJECTF_HMIXER};
+        if (!isOpen) return MMSYSERR_INVALHANDLE;
+        return ++calls == failing ? MMSYSERR_ERROR : MMSYSERR_NOERROR;
+    }
+    static HMIXEROBJ Handle() { return reinterpret_cast<HMIXEROBJ>(0xC0DE); }
+    DWORD Claim(std::size_t count) const { return claimed != 0 ? claimed : static_cast<DWORD>(count); }
+
+    Control& Find(DWORD id) {
+        for (Line& line : lines) {
+            for (Control& control : line.controls) {
+                if (control.id == id) return control;
+            }
+        }
+        static Control none{};
+        return none;
+    }
+};
+
+Card card;
+
+UINT WINAPI CountDevices() {
+    return card.devices;
+}
+
+MMRESULT WINAPI OpenMixer(LPHMIXER mixer, UINT id, DWORD_PTR window, DWORD_PTR, DWORD flags) {
+    card.log.push_back("open " + std::to_string(id) + " " + std::to_string(window) + " " + std::to_string(flags));
+    *mixer = reinterpret_cast<HMIXER>(Card::Handle());
+    return card.Step(Card::Handle(), MIXER_OBJECTF_HMIXER);
+}
+
+MMRESULT WINAPI CloseMixer(HMIXER mixer) {
+    card.log.push_back("close");
+    return card.Step(reinterpret_cast<HMIXEROBJ>(mixer), MIXER_OBJECTF_HMIXER);
+}
+
+MMRESULT WINAPI GetLine(HMIXEROBJ mixer, LPMIXERLINEW out, DWORD flags) {
+    if (const MMRESULT result = card.Step(mixer, flags)) return result;
+    DWORD index = out->dwDestination + 1 + out->dwSource;
+    if ((flags & MIXER_GETLINEINFOF_QUERYMASK) == MIXER_GETLINEINFOF_COMPONENTTYPE) {
+        for (index = 0; card.lines.at(index).component != out->dwComponentType;) ++index;
+        out->dwDestination = index;
+        while (index + out->cConnections + 1 < card.lines.size() &&
+               card.lines[index + out->cConnections + 1].component == 0) {
+            ++out->cConnections;
+        }
+    }
+    out->dwLineID = index;
+    out->cChannels = out->dwComponentType == MIXERLINE_COMPONENTTYPE_DST_WAVEIN ? 1 : 2;
+    out->cControls = card.Claim(card.lines.at(index).controls.size());
+    return out->cbStruct == sizeof *out ? MMSYSERR_NOERROR : MMSYSERR_INVALPARAM;
+}
+
+MMRESULT WINAPI GetControls(HMIXEROBJ mixer, LPMIXERLINECONTROLSW query, DWORD flags) {
+    if (const MMRESULT result = card.Step(mixer, flags)) return result;
+    const bool isOne = (flags & MIXER_GETLINECONTROLSF_QUERYMASK) == MIXER_GETLINECONTROLSF_ONEBYID;
+    const auto controls = isOne ? std::vector{card.Find(query->dwControlID)} : card.lines.at(query->dwLineID).controls;
+    const bool fits = query->cbStruct == sizeof *query && query->cbmxctrl == sizeof *query->pamxctrl &&
+                      query->cControls == controls.size() && !controls.empty();
+    if (!fits) return MMSYSERR_INVALPARAM;
+    for (std::size_t i = 0; i < controls.size(); ++i) {
+        MIXERCONTROLW& out = query->pamxctrl[i];
+        out.dwControlID = controls[i].id;
+        out.dwControlType = controls[i].type;
+        out.fdwControl = controls[i].flags;
+        out.cMultipleItems = card.Claim(controls[i].items.size());
+        controls[i].name.copy(out.szName, MIXER_LONG_NAME_CHARS);
+    }
+    return MMSYSERR_NOERROR;
+}
+
+/// Looks whether details are asked for as a control's kind requires.
+/// @param count  receives the number of records
+MMRESULT Check(const MIXERCONTROLDETAILS& details, std::size_t recordSize, std::size_t& count) {
+    const Control& control = card.Find(details.dwControlID);
+    count = std::size_t{details.cChannels} * std::max(details.cMultipleItems, DWORD{1});
+    const bool fits = details.cbStruct == sizeof details && details.cbDetails == recordSize &&
+                      details.cMultipleItems == control.items.size() && count <= control.values.size();
+    return fits ? MMSYSERR_NOERROR : MMSYSERR_INVALPARAM;
+}
+
+MMRESULT WINAPI GetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD flags) {
+    if (const MMRESULT result = card.Step(mixer, flags)) return result;
+    const bool isText = (flags & MIXER_GETCONTROLDETAILSF_QUERYMASK) == MIXER_GETCONTROLDETAILSF_LISTTEXT;
+    auto* text = static_cast<MIXERCONTROLDETAILS_LISTTEXTW*>(details->paDetails);
+    std::size_t count = 0;
+    if (const MMRESULT result = Check(*details, isText ? sizeof *text : sizeof(DWORD), count)) return result;
+    const Control& control = card.Find(details->dwControlID);
+    if (!isText) std::copy_n(control.values.begin(), count, static_cast<DWORD*>(details->paDetails));
+    for (std::size_t i = 0; isText && i < control.items.size(); ++i) {
+        text[i].dwParam1 = L'L';
+        control.items[i].copy(text[i].szName, MIXER_LONG_NAME_CHARS);
+    }
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT WINAPI SetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD flags) {
+    if (const MMRESULT result = card.Step(mixer, flags)) return result;
+    std::size_t count = 0;
+    if (const MMRESULT result = Check(*details, sizeof(DWORD), count)) return result;
+    Control& control = card.Find(details->dwControlID);
+    std::copy_n(static_cast<const DWORD*>(details->paDetails), count, control.values.begin());
+    card.log.push_back(std::to_string(control.id) + "=" + std::to_string(control.values[0]));
+    for (std::size_t i = 1; i < count; ++i) card.log.back() += "," + std::to_string(control.values[i]);
+    return MMSYSERR_NOERROR;
+}
+
+struct Mixer : testing::Test {
+    ImportPatch patches[7] = {{kLibrary, "mixerGetNumDevs", CountDevices},
+                              {kLibrary, "mixerOpen", OpenMixer},
+                              {kLibrary, "mixerClose", CloseMixer},
+                              {kLibrary, "mixerGetLineInfoW", GetLine},
+                              {kLibrary, "mixerGetLineControlsW", GetControls},
+                              {kLibrary, "mixerGetControlDetailsW", GetDetails},
+                              {kLibrary, "mixerSetControlDetails", SetDetails}};
+    Reports reports;
+
+    Mixer() { card = {}; }
+};
+
+} // namespace
+
+TEST_F(Mixer, Odd142ViewerFindsControlsByKindAndNameAndSetsNothing) {
+    CSound::mMicrophone = L"lost";
+    const MessageWindow window;
+    { const CSoundViewer viewer(window.Get()); }
+    EXPECT_EQ((Values{CSound::mNumChannelIn, CSound::mNumChannelOut}), (Values{1, 2}));
+    EXPECT_EQ(CSound::GetSpeakerVolumeControlId(), 20U);
+    EXPECT_EQ(CSound::GetSpeakerMuteControlId(), 22U);
+    EXPECT_EQ(CSound::mRecordMicLevelCtrlId, 13U);
+    const std::string address = std::to_string(reinterpret_cast<DWORD_PTR>(window.Get()));
+    EXPECT_EQ(card.log, (Texts{"open 0 " + address + " " + std::to_string(CALLBACK_WINDOW), "close"}));
+    EXPECT_EQ(reports.Take(), Texts{});
+}
+
+TEST_F(Mixer, PortPutsTheSettingsIntoForceInOrder) {
+    CSoundPort port(nullptr);
+    EXPECT_EQ(card.log, (Texts{"open 0 0 0", "9=0",  "10=0",     "13=0",     "15=0",    "20=0",     "21=0",
+                               "19=1",       "22=1", "24=0",     "25=1",     "26=0",    "27=1",     "28=0",
+                               "29=1",       "30=0", "25=1",     "26=32767", "27=0",    "28=20479", "29=0",
+                               "20=20479",   "22=0", "10=65535", "13=32767", "11=0,1,0"}));
+    const int calls = card.calls;
+    EXPECT_EQ(port.Open() + port.Initialize(), 0U) << "again";
+    EXPECT_EQ(card.calls, calls);
+}
+
+TEST_F(Mixer, AFailureAtAnyStepStopsIsReportedAndIsTriedAgain) {
+    int calls = 2;
+    for (int failing = 1; failing <= calls; ++failing) {
+        card = {};
+        card.failing = failing;
+        CSoundPort port(nullptr);
+        EXPECT_EQ(card.calls, failing);
+        EXPECT_EQ(reports.Take().front(),
+                  failing == 1 ? "CSound:88 Status == STATUS_OK" : "CSound:129 Status == STATUS_OK");
+        card.calls = card.failing = 0;
+        EXPECT_EQ(port.Open() + port.Initialize(), 0U);
+        calls = std::max(calls, card.calls);
+        card.failing = card.calls + 1;
+        EXPECT_NE(port.Close(), 0U);
+        EXPECT_EQ(reports.Take(), Texts{"CSound:107 Status == STATUS_OK"});
+    }
+    EXPECT_GT(calls, 30);
+}
+
+TEST_F(Mixer, Odd143And145WithoutADeviceOnlyAskedForDiscoveryFails) {
+    card.devices = 0;
+    CSound sound(nullptr, 1);
+    EXPECT_EQ(sound.Open() + sound.Initialize(), 0U);
+    EXPECT_EQ(sound.InitMixerWaveIn(), 5U);
+    EXPECT_EQ(sound.InitMixerLineOut(), 5U);
+    EXPECT_EQ(reports.Take(), Texts{});
+    EXPECT_EQ(sound.SetMixerControlUnsigned2(CSound::INVALID_CONTROLID, 1, 2), 5U);
+    EXPECT_EQ(reports.Take(), (Texts{"CSound:514 mhMixer", "CSound:515 ControlId != INVALID_CONTROLID"}));
+}
+
+TEST_F(Mixer, Odd144EachDeviceHasItsControls) {
+    constexpr unsigned long kNo = STATUS_SOUND_NO_CONTROL;
+    constexpr unsigned long kHeard[] = {0, 0, 0, 0, kNo, kNo};
+    constexpr unsigned long kBalance[] = {kNo, kNo, kNo, 0, kNo, kNo};
+    constexpr unsigned long kRecorded[] = {kNo, 0, 0, kNo, 0, kNo};
+    CSound sound(nullptr, 0);
+    for (const bool isFound : {false, true}) {
+        if (isFound) sound = CSoundViewer(nullptr);
+        card.log.clear();
+        for (unsigned int i = 0; i < 6; ++i) {
+            const auto device = static_cast<CSound::SOUND_DEVICE>(i);
+            unsigned long level = 77;
+            EXPECT_EQ(sound.SetVolume(device, 20), kHeard[i]);
+            EXPECT_EQ(sound.GetVolume(device, level), kHeard[i]);
+            EXPECT_EQ(level, isFound && i < 4 ? 20U : 77U);
+            EXPECT_EQ(sound.Mute(device, 2), kHeard[i]);
+            EXPECT_EQ(sound.UnMute(device), kHeard[i]);
+            EXPECT_EQ(sound.SetVolumeBalance(device, 1), kBalance[i]);
+            EXPECT_EQ(sound.SetRecordLevel(device, 1), kRecorded[i]);
+        }
+        EXPECT_EQ(sound.SetRecordSource(CSound::SOUND_LINE_IN), 0U);
+        EXPECT_EQ(card.log.empty(), !isFound);
+    }
+    EXPECT_EQ(card.log, (Texts{"28=40959", "29=1", "29=0", "24=40959", "25=1", "25=0", "13=2047", "26=40959", "27=1",
+                               "27=0", "20=40959", "22=1", "22=0", "20=2047,0", "10=2047", "11=1,0,0"}));
+}
+
+TEST_F(Mixer, LevelsBecomeValuesAndTheBalanceIsKept) {
+    constexpr auto kSpeaker = CSound::SOUND_SPEAKER;
+    CSoundViewer viewer(nullptr);
+    Values& values = card.Find(20).values;
+    for (const auto& [level, value] : {std::pair{0UL, 2047U}, {1UL, 2047U}, {32UL, 65535U}, {~0UL, 65535U}}) {
+        EXPECT_EQ(viewer.SetVolume(kSpeaker, level), 0U);
+        EXPECT_EQ(values[0], value);
+    }
+    const struct {
+        Values before;
+        unsigned long level;
+        Values after;
+    } rows[] = {{{100, 200}, 32, {32767, 65535}},
+                {{200, 100}, 32, {65535, 32767}},
+                {{5, 5}, 1, {2047, 2047}},
+                {{0, 0}, 16, {32767, 32767}},
+                {{0, 7}, 32, {0, 65535}},
+                {{~0U, ~0U - 1}, 32, {65535, 65534}},
+                {{9}, 32, {65535}}};
+    for (const auto& row : rows) {
+        values = row.before;
+        EXPECT_EQ(viewer.SetVolumeBalance(kSpeaker, row.level), 0U);
+        EXPECT_EQ(values, row.after);
+    }
+    values = {100, 200};
+    CSound::mNumChannelOut = 1;
+    EXPECT_EQ(viewer.SetVolumeBalance(kSpeaker, 32), 0U);
+    EXPECT_EQ(values, (Values{65535, 200}));
+}
+
+TEST_F(Mixer, Odd140And141RecordSourceIsChosenAmongItems) {
+    constexpr DWORD kSingle = MIXERCONTROL_CONTROLTYPE_SINGLESELECT;
+    constexpr DWORD kSeveral = MIXERCONTROL_CONTROLTYPE_MULTIPLESELECT;
+    constexpr DWORD kMixer = MIXERCONTROL_CONTROLTYPE_MIXER;
+    const Names two{L"Line In", L"Microphone"};
+    const Names three{L"CD", L"A Microphone", L"Microphone 2"};
+    const Names endless{std::wstring(64, L'e'), L"Line"};
+    const struct {
+        CSound::SOUND_DEVICE device;
+        Control control;
+        Values after;
+    } rows[] = {{CSound::SOUND_LINE_IN, {11, kMux, L"", kUniformItems, two, {0, 1}}, {1, 0}},
+                {CSound::SOUND_MICROPHONE, {11, kSingle, L"", kItems, two, {1, 0, 1, 0}}, {0, 1, 0, 1}},
+                {CSound::SOUND_MICROPHONE, {11, kMux, L"", kUniformItems, three, {1, 0, 0}}, {0, 1, 1}},
+                {CSound::SOUND_LINE_IN, {11, kSeveral, L"", kUniformItems, two, {0, 1}}, {1, 1}},
+                {CSound::SOUND_MICROPHONE, {11, kMixer, L"", kItems, two, {1, 0, 0, 0}}, {1, 1, 0, 1}},
+                {CSound::SOUND_WAVE, {11, kMux, L"", kUniformItems, two, {0, 1}}, {0, 0}},
+                {CSound::SOUND_WAVE, {11, kSeveral, L"", kUniformItems, two, {0, 1}}, {0, 1}},
+                {CSound::SOUND_MICROPHONE, {11, kMux, L"", 0, {}, {1, 1}}, {1, 1}},
+                {CSound::SOUND_LINE_IN, {11, kMux, L"", kUniformItems, endless, {1, 0}}, {0, 0}}};
+    CSoundViewer viewer(nullptr);
+    for (const auto& row : rows) {
+        card.Find(11) = row.control;
+        if (row.control.items == endless) CSound::mLine = L"eL"; // what follows an endless name in memory
+        EXPECT_EQ(viewer.SetRecordSource(row.device), 0U);
+        EXPECT_EQ(card.Find(11).values, row.after) << &row - rows;
+    }
+}
+
+TEST_F(Mixer, CountsThatNoDriverHasAreRefused) {
+    CSoundViewer viewer(nullptr);
+    for (const DWORD claimed : {DWORD{0x10000}, ~DWORD{0}}) {
+        card.claimed = claimed;
+        EXPECT_EQ(viewer.InitMixerWaveIn(), DWORD{MMSYSERR_NOMEM});
+        EXPECT_EQ(viewer.SetRecordSource(CSound::SOUND_MICROPHONE), DWORD{MMSYSERR_NOMEM});
+    }
+}
+
+TEST_F(Mixer, CopiesShareTheMixerUntilTheLastGoes) {
+    std::optional<CSoundViewer> viewer(std::in_place, nullptr);
+    CSound assigned(nullptr, 0);
+    EXPECT_EQ(assigned.Close(), 0U);
+    card.log.clear();
+    {
+        const CSound copy(*viewer);
+        assigned = copy;
+    }
+    viewer.reset();
+    EXPECT_EQ(assigned.SetVolume(CSound::SOUND_WAVE, 1), 0U);
+    EXPECT_EQ(assigned.Close(), 0U);
+    EXPECT_EQ(assigned.Close(), 0U) << "there is none";
+    EXPECT_EQ(card.log, (Texts{"28=2047", "close"}));
+}
+
+TEST(RealMixer, SpeakerIsSetAndRead) {
+    if (mixerGetNumDevs() == 0) GTEST_SKIP() << "the machine has no mixer";
+    CSound sound(nullptr, 0);
+    CSound::mMaster = L"Vol";
+    ASSERT_EQ(sound.InitMixerLineOut(), 0U);
+    for (const unsigned long level : {20UL, 32UL}) {
+        unsigned long read = 0;
+        bool isMuted = false;
+        EXPECT_EQ(sound.SetVolumeBalance(CSound::SOUND_SPEAKER, level), 0U);
+        EXPECT_EQ(sound.GetVolume(CSound::SOUND_SPEAKER, read), 0U);
+        EXPECT_EQ(read, level);
+        EXPECT_EQ(sound.Mute(CSound::SOUND_SPEAKER, level == 20), 0U);
+        EXPECT_EQ(sound.GetMixerControlBoolean(CSound::GetSpeakerMuteControlId(), isMuted), 0U);
+        EXPECT_EQ(isMuted, level == 20);
+    }
+}

@@ -1,0 +1,125 @@
+#include "support/ImportPatch.h"
+#include "support/UnixTool.h"
+
+#include <gtest/gtest.h>
+#include <tessel/sound.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+
+namespace {
+
+constexpr const wchar_t* kLibrary = L"Tessel.dll";
+constexpr int kRate = 8000;
+
+void Append(std::string& to, const char* name, std::uint32_t length) {
+    to.append(name, 4).append(reinterpret_cast<const char*>(&length), 4);
+}
+
+/// A WAVE file with a tone of 400 Hz, 8 bits.
+std::string Tone(int milliseconds) {
+    const int samples = kRate * milliseconds / 1000;
+    std::string chunks = "WAVE";
+    Append(chunks, "fmt ", 16);
+    const PCMWAVEFORMAT format{{WAVE_FORMAT_PCM, 1, kRate, kRate, 1}, 8};
+    chunks.append(reinterpret_cast<const char*>(&format), 16);
+    Append(chunks, "data", static_cast<std::uint32_t>(samples));
+    for (int i = 0; i < samples; ++i) chunks += static_cast<char>(128 + 100 * std::sin(i * 0.314159));
+    std::string file;
+    Append(file, "RIFF", static_cast<std::uint32_t>(chunks.size()));
+    return file + chunks;
+}
+
+std::vector<std::pair<const void*, DWORD>> played;
+
+BOOL WINAPI NotePlayed(LPCWSTR sound, HMODULE, DWORD flags) {
+    played.emplace_back(sound, flags);
+    return TRUE;
+}
+
+long long claimedSize = 0;
+
+BOOL WINAPI ClaimSize(HANDLE, PLARGE_INTEGER size) {
+    size->QuadPart = claimedSize;
+    return TRUE;
+}
+
+struct Sound : testing::Test {
+    std::filesystem::path path = std::filesystem::temp_directory_path() / "tessel-sound.wav";
+    std::wstring name = path.wstring();
+
+    ~Sound() override { std::filesystem::remove(path); }
+    void Write(const std::string& bytes) const { std::ofstream(path, std::ios::binary) << bytes; }
+    /// Plays a file of these bytes.
+    unsigned long Play(const std::string& bytes) {
+        Write(bytes);
+        return CSound(name.data()).Play(1);
+    }
+};
+
+} // namespace
+
+TEST_F(Sound, IsHeardOrWaitedFor) {
+    if (waveOutGetNumDevs() == 0) GTEST_SKIP() << "the machine has no sound device";
+    using Clock = std::chrono::steady_clock;
+    Write(Tone(20000));
+    CSound sound(name.data());
+    const auto start = Clock::now();
+    EXPECT_EQ(sound.Play(0), 0U);
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(2));
+    const std::string heard = RunUnix(L"ffmpeg -f pulse -i default -t 1 -af volumedetect -f null -").output;
+    const std::size_t peak = heard.find("max_volume: ");
+    ASSERT_NE(peak, std::string::npos) << heard;
+    EXPECT_GT(std::stod(heard.substr(peak + 12)), -10) << "dB";
+
+    std::string other = Tone(400);
+    const auto between = Clock::now();
+    EXPECT_EQ(sound.Play(reinterpret_cast<wchar_t*>(other.data()), 1), 0U);
+    EXPECT_GT(Clock::now() - between, std::chrono::milliseconds(300));
+    other.replace(8, 4, "EVAW");
+    EXPECT_EQ(sound.Play(reinterpret_cast<wchar_t*>(other.data()), 1), STATUS_SOUND_NOT_PLAYED);
+    EXPECT_EQ(sound.Play(nullptr, 1), STATUS_SOUND_NOT_PLAYED);
+}
+
+TEST_F(Sound, OnlyWholeFilesAreHandedToTheSystem) {
+    const ImportPatch play(kLibrary, "PlaySoundW", NotePlayed);
+    const std::string whole = Tone(10);
+    std::string endless = whole;
+    std::memset(endless.data() + 40, 0xFF, 4); // the length of the samples
+    std::string formless = whole;
+    formless.replace(12, 3, "xyz");
+    for (const std::string& bytes : {std::string(), std::string("RIFF"), std::string(100, 'R'), formless, endless,
+                                     whole.substr(0, 44), whole.substr(0, whole.size() - 20)}) {
+        EXPECT_EQ(Play(bytes), STATUS_SOUND_NOT_PLAYED) << bytes.size();
+    }
+    EXPECT_EQ(played.size(), 0U);
+    EXPECT_EQ(Play(whole.substr(0, whole.size() - 1)), 0U) << "as without a pad byte";
+    EXPECT_EQ(Play(whole), 0U);
+    std::filesystem::remove(path);
+    EXPECT_EQ(CSound(name.data()).Play(1), STATUS_SOUND_NOT_PLAYED);
+    EXPECT_EQ(CSound(nullptr).Play(1), STATUS_SOUND_NOT_PLAYED);
+    Write(whole);
+    const ImportPatch size(kLibrary, "GetFileSizeEx", ClaimSize);
+    for (claimedSize = 1000; claimedSize < 0x900000000; claimedSize *= 0x300000) {
+        EXPECT_EQ(CSound(name.data()).Play(1), STATUS_SOUND_NOT_PLAYED) << claimedSize;
+    }
+    EXPECT_EQ(played.size(), 2U);
+}
+
+TEST_F(Sound, IsStoppedBeforeItsLastOwnerFreesIt) {
+    const ImportPatch play(kLibrary, "PlaySoundW", NotePlayed);
+    Write(Tone(10));
+    std::optional<CSound> sound(std::in_place, name.data());
+    std::optional<CSound> copy(*sound);
+    EXPECT_EQ(sound->Play(0), 0U);
+    sound.reset();
+    EXPECT_EQ(copy->Play(1), 0U);
+    const void* const image = played.at(0).first;
+    copy.reset();
+    EXPECT_EQ(played, (std::vector<std::pair<const void*, DWORD>>{
+                          {image, SND_MEMORY | SND_ASYNC}, {image, SND_MEMORY}, {nullptr, 0}}));
+}
