@@ -7,6 +7,7 @@
 #include <tessel/address.h>
 #include <tessel/audio.h>
 #include <tessel/audioconvert.h>
+#include <tessel/avifile.h>
 #include <tessel/brush.h>
 #include <tessel/channels.h>
 #include <tessel/commmsg.h>

@@ -1,0 +1,271 @@
+#include "support/ImportPatch.h"
+#include "support/Reports.h"
+#include "support/UnixTool.h"
+
+#include <gtest/gtest.h>
+#include <tessel/avifile.h>
+
+#include <vfw.h>
+
+#include <climits>
+#include <cstring>
+#include <filesystem>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr unsigned long kRefused = 0xFFFFFFFF;
+using Pixels = std::vector<unsigned char>;
+
+/// An image whose pixels differ from their neighbours, and from those of the next image.
+Pixels Draw(int width, int height, int number) {
+    Pixels pixels;
+    for (int i = 0; i < width * height; ++i) pixels.push_back(static_cast<unsigned char>(i * 37 + number * 50));
+    return pixels;
+}
+
+/// Reads rows of width pixels, each stride pixels after the one before, and turns the image upside down.
+Pixels TurnOver(const Pixels& pixels, int width, int height, int stride) {
+    Pixels turned;
+    for (const unsigned char* row = pixels.data() + height * stride; height-- > 0;) {
+        row -= stride;
+        turned.insert(turned.end(), row, row + width);
+    }
+    return turned;
+}
+
+class AviFile : public testing::Test {
+protected:
+    AviFile() {
+        fs::create_directories(path.parent_path());
+        EXPECT_EQ(movie.Open(path.c_str()), 0u);
+    }
+    ~AviFile() override {
+        movie.Close();
+        fs::remove_all(path.parent_path());
+    }
+    static void SetPalette(COLORREF (*colour)(unsigned char)) {
+        for (int i = 0; i < 256; ++i) palette[i] = colour(static_cast<unsigned char>(i));
+    }
+    unsigned long Write(long position, Pixels pixels) {
+        return movie.WriteFrame(position, pixels.data(), static_cast<unsigned long>(pixels.size()));
+    }
+    std::string Ask(const std::wstring& tool, const std::wstring& what) const {
+        return RunUnix(tool + L" -v error -i '" + UnixPath(path) + L"' " + what).output;
+    }
+    /// Of each image whether it is a key frame and when it is shown; codec, width, height, images a second.
+    std::string Described() const {
+        return Ask(L"ffprobe", L"-of csv=p=0 -show_entries frame=key_frame,pts_time:"
+                               L"stream=codec_name,width,height,avg_frame_rate | tr '\\n' ' '");
+    }
+    /// What a player shows, the images one after another.
+    std::string Played(const std::wstring& stream = L"0") const {
+        return Ask(L"ffmpeg", L"-map 0:" + stream + L" -fps_mode passthrough -f rawvideo -pix_fmt rgb24 -");
+    }
+    /// What it is to show.
+    static std::string Colours(const Pixels& pixels) {
+        std::string colours;
+        for (const unsigned char pixel : pixels) {
+            for (const int shift : {0, 8, 16}) colours += static_cast<char>(palette[pixel] >> shift);
+        }
+        return colours;
+    }
+    /// Whether the file can be removed, and is: nobody has it open.
+    bool IsRemoved() const {
+        std::error_code open;
+        return fs::remove(path, open);
+    }
+
+    fs::path path = fs::temp_directory_path() / (L"tessel avi " + std::to_wstring(GetCurrentProcessId())) / L"m.avi";
+    static inline unsigned long palette[256];
+    CAviFile movie;
+    void* frame = nullptr;
+};
+
+/// Wine's run-length codec takes colours of the same brightness for one.
+COLORREF Grey(unsigned char index) {
+    return RGB(255 - index, 255 - index, 255 - index);
+}
+COLORREF Colour(unsigned char index) {
+    return RGB(index, 255 - index, index / 2);
+}
+
+AVICOMPRESSOPTIONS asked;
+DWORD askedParameter;
+HRESULT WINAPI LookAtOptions(PAVISTREAM* compressed, PAVISTREAM source, AVICOMPRESSOPTIONS* options, CLSID* handler) {
+    asked = *options;
+    std::memcpy(&askedParameter, options->lpParms, sizeof askedParameter);
+    return AVIMakeCompressedStream(compressed, source, options, handler);
+}
+
+constexpr auto kFailure = static_cast<unsigned long>(AVIERR_INTERNAL);
+template <class... Arguments> HRESULT WINAPI Fail(Arguments...) {
+    return AVIERR_INTERNAL;
+}
+
+} // namespace
+
+TEST_F(AviFile, UncompressedImagesPlayAtTheirMillisecondsAsTheyWereDrawn) {
+    SetPalette(Colour);
+    ASSERT_EQ(movie.InitializeStream(12, 5, palette, frame), 0u);
+    std::memcpy(frame, TurnOver(Draw(12, 5, 0), 12, 5, 12).data(), 60);
+    EXPECT_EQ(movie.WriteFrame(0), 0u);
+    EXPECT_EQ(Write(40, Draw(12, 5, 1)), 0u);
+    EXPECT_EQ(movie.WriteFrame(200), 0u);
+    movie.Close();
+    EXPECT_EQ(Described(), "1,0.000000 1,0.040000 1,0.200000 rawvideo,12,5,1000/1 ");
+    EXPECT_EQ(Played(), Colours(Draw(12, 5, 0)) + Colours(Draw(12, 5, 1)) + Colours(Draw(12, 5, 0)));
+}
+
+TEST_F(AviFile, RunLengthImagesPlayAtTheirRateAsTheyWereGiven) {
+    SetPalette(Grey);
+    ASSERT_EQ(movie.InitializeStream(40, 6, palette, 25, 1, 0), 0u);
+    Pixels runs = Draw(40, 6, 1);
+    std::fill(runs.begin() + 50, runs.begin() + 190, static_cast<unsigned char>(9));
+    EXPECT_EQ(Write(0, Draw(40, 6, 0)), 0u);
+    EXPECT_EQ(Write(1, runs), 0u);
+    EXPECT_EQ(movie.WriteFrame(2), kRefused) << "there is no frame to draw in";
+    movie.Close();
+    EXPECT_EQ(Described(), "1,0.000000 1,0.040000 msrle,40,6,25/1 ");
+    EXPECT_EQ(Played(), Colours(Draw(40, 6, 0)) + Colours(runs));
+}
+
+TEST_F(AviFile, ACodecsRefusalIsTheResultAndTheStreamStaysWithoutAFormatOdd151) {
+    const ImportPatch patch(L"Tessel.dll", "AVIMakeCompressedStream", LookAtOptions);
+    EXPECT_EQ(movie.InitializeStream(8, 4, palette, 25, 0, 80), 0x80044067) << "as Wine's codec does";
+    EXPECT_EQ(asked.fccHandler, mmioFOURCC('M', 'S', 'V', 'C'));
+    EXPECT_EQ(asked.dwQuality, 8000u);
+    EXPECT_EQ(asked.dwFlags, DWORD{AVICOMPRESSF_VALID});
+    EXPECT_EQ(asked.cbParms, 4u);
+    EXPECT_EQ(askedParameter, 75u);
+    EXPECT_EQ(Write(0, Draw(8, 4, 0)), 0u);
+    movie.Close();
+    EXPECT_EQ(Described(), "unknown,25/1 ");
+}
+
+TEST_F(AviFile, RowsThatAreNotPaddedPlayByTheirSizeAndAskewFromACodecOdd150) {
+    SetPalette(Grey);
+    const Pixels image = Draw(5, 3, 0);
+    ASSERT_EQ(movie.InitializeStream(5, 3, palette, frame), 0u);
+    EXPECT_EQ(Write(0, image), 0u);
+    movie.Close();
+    EXPECT_EQ(Played(), Colours(image));
+
+    ASSERT_EQ(movie.Open(path.c_str()), 0u);
+    ASSERT_EQ(movie.InitializeStream(5, 3, palette, 25, 1, 0), 0u);
+    EXPECT_EQ(Write(0, image), 0u);
+    movie.Close();
+    Pixels stored = TurnOver(image, 5, 3, 5);
+    stored.resize(24); // zeros lie behind the last row
+    EXPECT_EQ(Played(), Colours(TurnOver(stored, 5, 3, 8)));
+}
+
+TEST_F(AviFile, AnotherSizeIsReportedAndTheRowsThatFitAreWritten) {
+    Reports reports;
+    ASSERT_EQ(movie.InitializeStream(4, 3, palette, frame), 0u);
+    Pixels image = Draw(4, 3, 0);
+    EXPECT_EQ(Write(0, Pixels(image.begin(), image.begin() + 9)), 0u); // two rows and a byte
+    EXPECT_EQ(Write(1, Draw(4, 4, 0)), 0u);
+    EXPECT_EQ(reports.Take(), Texts(2, "AviFile:184 Size == (ULONG)(Width * Height)"));
+    EXPECT_EQ(movie.WriteFrame(2, nullptr, 12), kRefused);
+    movie.Close();
+    std::fill(image.begin() + 8, image.end(), static_cast<unsigned char>(0));
+    EXPECT_EQ(Played(), Colours(image) + Colours(Draw(4, 3, 0)));
+}
+
+TEST_F(AviFile, ASecondStreamReplacesTheFirstWhateverItsSize) {
+    SetPalette(Grey);
+    for (const int size : {8, 24}) {
+        ASSERT_EQ(movie.Open(path.c_str()), 0u);
+        ASSERT_EQ(movie.InitializeStream(16, 16, palette, 25, 1, 0), 0u);
+        ASSERT_EQ(movie.InitializeStream(size, size, palette, frame), 0u);
+        EXPECT_EQ(Write(0, Draw(size, size, 1)), 0u);
+        movie.Close();
+        EXPECT_EQ(Played(L"1"), Colours(Draw(size, size, 1)));
+    }
+    ASSERT_EQ(movie.Open(path.c_str()), 0u);
+    ASSERT_EQ(movie.InitializeStream(8, 8, palette, frame), 0u);
+    std::memset(frame, 99, 64);
+    ASSERT_EQ(movie.InitializeStream(9, 8, palette, 25, 1, 0), 0u);
+    EXPECT_EQ(movie.WriteFrame(0), kRefused) << "the frame is too small";
+    ASSERT_EQ(movie.InitializeStream(8, 8, palette, 25, 1, 0), 0u);
+    EXPECT_EQ(movie.WriteFrame(0), 0u);
+    movie.Close();
+    EXPECT_EQ(Played(L"2"), Colours(Pixels(64, 99)));
+}
+
+TEST_F(AviFile, WhatCannotBeIsRefusedAndChangesNothing) {
+    EXPECT_EQ(movie.WriteFrame(0), kRefused) << "no stream";
+    EXPECT_EQ(Write(0, Draw(4, 2, 0)), kRefused);
+    ASSERT_EQ(movie.InitializeStream(4, 2, palette, frame), 0u);
+    std::memset(frame, 7, 8);
+    constexpr int kSizes[][2] = {{0, 2},
+                                 {2, 0},
+                                 {-4, 2},
+                                 {4, -2},
+                                 {-4, -2},
+                                 {46341, 46341},
+                                 {65536, 65536},
+                                 {3, INT_MAX / 3},
+                                 {INT_MAX, INT_MAX},
+                                 {INT_MIN, INT_MIN}};
+    for (const auto& [width, height] : kSizes) {
+        void* none = frame;
+        EXPECT_EQ(movie.InitializeStream(width, height, palette, none), kRefused) << width << " by " << height;
+        EXPECT_EQ(none, nullptr);
+    }
+    EXPECT_EQ(movie.InitializeStream(4, 2, nullptr, 25, 1, 0), kRefused);
+    EXPECT_EQ(movie.WriteFrame(0), 0u);
+    EXPECT_EQ(movie.Open(nullptr), kRefused);
+    EXPECT_EQ(Played(), Colours(Pixels(8, 7)));
+    EXPECT_EQ(movie.InitializeStream(4, 2, palette, frame), kRefused) << "no file";
+    EXPECT_EQ(movie.Open((path / L"m.avi").c_str()), 0x8004406F) << "no folder";
+}
+
+TEST_F(AviFile, TheFirstFailureIsTheResultAndNothingStaysOpen) {
+    const struct {
+        const char* name;
+        void* replacement;
+        unsigned long open, uncompressed, compressed, write;
+    } kFailures[] = {{"AVIFileOpenW", reinterpret_cast<void*>(&Fail<PAVIFILE*, LPCWSTR, UINT, LPCLSID>), //
+                      kFailure, kRefused, kRefused, kRefused},
+                     {"AVIFileCreateStreamW", reinterpret_cast<void*>(&Fail<PAVIFILE, PAVISTREAM*, AVISTREAMINFOW*>), //
+                      0, kFailure, kFailure, kRefused},
+                     {"AVIStreamSetFormat", reinterpret_cast<void*>(&Fail<PAVISTREAM, LONG, LPVOID, LONG>), //
+                      0, kFailure, kFailure, 0},
+                     {"AVIMakeCompressedStream",
+                      reinterpret_cast<void*>(&Fail<PAVISTREAM*, PAVISTREAM, AVICOMPRESSOPTIONS*, CLSID*>), 0, 0,
+                      kFailure, kRefused},
+                     {"AVIStreamWrite",
+                      reinterpret_cast<void*>(&Fail<PAVISTREAM, LONG, LONG, LPVOID, LONG, DWORD, LONG*, LONG*>), //
+                      0, 0, 0, kFailure}};
+    for (const auto& failure : kFailures) {
+        SCOPED_TRACE(failure.name);
+        const ImportPatch patch(L"Tessel.dll", failure.name, failure.replacement);
+        EXPECT_EQ(movie.Open(path.c_str()), failure.open);
+        EXPECT_EQ(movie.InitializeStream(8, 4, palette, frame), failure.uncompressed);
+        EXPECT_EQ(movie.InitializeStream(8, 4, palette, 25, 1, 0), failure.compressed);
+        EXPECT_EQ(Write(0, Draw(8, 4, 0)), failure.write);
+        movie.Close();
+        EXPECT_TRUE(IsRemoved());
+    }
+}
+
+TEST_F(AviFile, CopiesShareTheFileUntilTheLastIsClosed) {
+    ASSERT_EQ(movie.InitializeStream(8, 4, palette, frame), 0u);
+    CAviFile copy(movie);
+    CAviFile assigned;
+    assigned = copy;
+    movie.Close();
+    EXPECT_EQ(movie.WriteFrame(0), kRefused);
+    std::memset(frame, 5, 32); // the copies hold it
+    EXPECT_EQ(copy.WriteFrame(0), 0u);
+    EXPECT_NE(copy.InitializeStream(4, 2, palette, 25, 1, 0), 0u) << "the file has images";
+    EXPECT_EQ(assigned.WriteFrame(1), 0u);
+    copy.Close();
+    EXPECT_FALSE(IsRemoved());
+    assigned = movie; // closes
+    EXPECT_EQ(Played(), Colours(Pixels(64, 5)));
+    EXPECT_TRUE(IsRemoved());
+}
