@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # ./dev demo [FILE]: carries FILE from one process to another and compares the copy, then runs the example workstation
-# without a window.
+# without a window, which makes a movie of its images.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -36,4 +36,5 @@ timeout 600 wine "$sender" "$(windows_path "$file")" "$(windows_path "$copy")" \
 
 # The console is of the other bitness, and orders by mailbox.
 timeout 60 wine "$workstation" --hidden --run 3 --folder "$(windows_path "$build/images")" \
-    --console "$(windows_path "$console")"
+    --movie "$(windows_path "$build/workstation.avi")" --console "$(windows_path "$console")"
+say "the movie of the images: build/workstation.avi"

@@ -25,7 +25,8 @@ enum WORK_MESSAGE : unsigned long {
     WORK_LINE = 5,   ///< a line of an image: LineHead and its grey values
     WORK_STATUS = 6, ///< what a manager has done so far, a ManagerStatus
     WORK_SAVED = 7,  ///< an image is saved: its number, a std::uint32_t
-    WORK_GONE = 8    ///< a manager's last message, a ManagerStatus
+    WORK_GONE = 8,   ///< a manager's last message, a ManagerStatus
+    WORK_MOVIE = 9   ///< the file that all images go into one after another, UTF-16
 };
 
 /// Which line it is.
@@ -40,6 +41,7 @@ struct ManagerStatus {
     std::uint32_t received;   ///< lines
     std::uint32_t lost;       ///< lines that were never received
     std::uint32_t heartbeats; ///< that it heard
+    std::uint32_t filmed;     ///< images in the movie
 };
 
 /// The bytes of a record, as a message carries it.

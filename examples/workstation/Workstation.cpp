@@ -144,9 +144,8 @@ void Workstation::OnManager(LoadedManager& manager, const Mail& mail) {
 
 void Workstation::OnReady(const LoadedManager& manager) {
     if (manager.id == kArchiveId) {
-        const std::wstring folder = m_options.folder.wstring();
-        const std::span text(reinterpret_cast<const unsigned char*>(folder.data()), folder.size() * sizeof(wchar_t));
-        if (Send(kArchiveId, WORK_FOLDER, text) != STATUS_OK) Fail("the archive takes no folder");
+        TellArchive(WORK_FOLDER, m_options.folder.wstring());
+        if (!m_options.movie.empty()) TellArchive(WORK_MOVIE, m_options.movie);
     }
     if (!m_managers[0].ready || !m_managers[1].ready) return;
     if (m_imagesToStart) Start(*m_imagesToStart);
@@ -210,12 +209,17 @@ int Workstation::Send(ORCAOBJID to, WORK_MESSAGE message, std::span<const unsign
     return m_mailbox.Send(to, message, static_cast<unsigned long>(data.size()), data.data(), 0, nullptr);
 }
 
+void Workstation::TellArchive(WORK_MESSAGE message, const std::wstring& path) {
+    const std::span text(reinterpret_cast<const unsigned char*>(path.data()), path.size() * sizeof(wchar_t));
+    if (Send(kArchiveId, message, text) != STATUS_OK) Fail("the archive takes no path");
+}
+
 void Workstation::ShowState() {
     int row = 0;
     for (const LoadedManager& manager : m_managers) {
         m_screen->ShowManager(row++, StateOf(manager.ready, manager.gone), manager.status);
     }
-    m_screen->ShowManager(row, m_leaving ? L"ending" : L"running", {0, m_lines.received, m_lines.lost, 0});
+    m_screen->ShowManager(row, m_leaving ? L"ending" : L"running", {0, m_lines.received, m_lines.lost, 0, 0});
     m_screen->ShowPostOffice(m_mailbox);
     const std::wstring images = L"Saved in " + m_options.folder.filename().wstring() + L": " +
                                 std::to_wstring(m_saved) + L"\nDifferent from what was generated: " +
@@ -233,5 +237,9 @@ bool Workstation::PrintResult() const {
                 static_cast<unsigned long>(m_lines.received), static_cast<unsigned long>(lost));
     std::printf("workstation: %lu images saved, %lu of them different from what was generated\n",
                 static_cast<unsigned long>(m_saved), static_cast<unsigned long>(m_different));
-    return lost == 0 && m_different == 0 && (m_options.images == 0 || m_saved == m_options.images);
+    if (!m_options.movie.empty()) {
+        std::printf("workstation: %lu images in the movie\n", static_cast<unsigned long>(archive.filmed));
+    }
+    const bool filmed = m_options.movie.empty() || archive.filmed == m_saved;
+    return lost == 0 && m_different == 0 && filmed && (m_options.images == 0 || m_saved == m_options.images);
 }

@@ -13,6 +13,7 @@ struct Options {
     bool hidden = false;          ///< without a window on the screen
     std::uint32_t images = 0;     ///< have the console acquire so many and then exit; 0: the user decides
     std::filesystem::path folder; ///< where images are saved
+    std::wstring movie;           ///< file that all images go into; empty: none
     std::wstring console;         ///< program of the console
 };
 
@@ -63,6 +64,7 @@ private:
     void EndManagers();
     void Fail(const char* problem);
     int Send(ORCAOBJID to, WORK_MESSAGE message, std::span<const unsigned char> data = {});
+    void TellArchive(WORK_MESSAGE message, const std::wstring& path);
 
     void ShowState();
     bool PrintResult() const;

@@ -8,6 +8,11 @@
 namespace {
 
 constexpr unsigned int kTickMs = 50;
+constexpr std::uint32_t kMovieMs = 100;
+
+std::wstring TextOf(const Mail& mail) {
+    return {reinterpret_cast<const wchar_t*>(mail.data.data()), mail.data.size() / sizeof(wchar_t)};
+}
 
 /// The manager that puts images together from their lines and saves each one that is complete.
 class Archive : public Manager {
@@ -17,7 +22,9 @@ public:
 private:
     void OnOrder(const Mail& mail) override {
         if (mail.id == WORK_FOLDER) {
-            m_folder = std::wstring(reinterpret_cast<const wchar_t*>(mail.data.data()), mail.data.size() / 2);
+            m_folder = TextOf(mail);
+        } else if (mail.id == WORK_MOVIE) {
+            StartMovie(TextOf(mail));
         } else if (const auto line = ReadLine(mail.id, mail.data)) {
             OnLine(*line);
         }
@@ -35,10 +42,28 @@ private:
     /// Whoever hears of it looks for the file, and so notices when it could not be written.
     void Save(std::uint32_t image) {
         (void)SaveImage(ImagePath(m_folder, image), m_image);
+        Film();
         while (Send(kWorkstationId, WORK_SAVED, BytesOf(image)) == ERROR_BUSY) Sleeper(1);
     }
 
+    /// A movie that cannot be made is one without images.
+    void StartMovie(const std::wstring& path) {
+        unsigned long greys[256];
+        for (unsigned long grey = 0; grey < 256; ++grey) greys[grey] = RGB(grey, grey, grey);
+        void* frame = nullptr; // the images are put together elsewhere
+        if (m_movie.Open(path.c_str()) != 0) return;
+        (void)m_movie.InitializeStream(kImageWidth, kImageHeight, greys, frame);
+    }
+
+    /// Without a movie nothing is written.
+    void Film() {
+        const auto position = static_cast<long>(m_status.filmed * kMovieMs);
+        const auto size = static_cast<unsigned long>(m_image.size());
+        if (m_movie.WriteFrame(position, m_image.data(), size) == 0) ++m_status.filmed;
+    }
+
     std::filesystem::path m_folder;
+    CAviFile m_movie;
     LineCount m_lines;
     Image m_image = Image(kImageWidth * kImageHeight);
     std::uint32_t m_linesOfImage = 0;

@@ -6,11 +6,13 @@
 
 namespace {
 
-constexpr char kUsage[] = "usage: workstation [--hidden] [--run IMAGES] [--folder FOLDER] [--console PROGRAM]\n"
+constexpr char kUsage[] = "usage: workstation [--hidden] [--run IMAGES] [--folder FOLDER] [--movie FILE]\n"
+                          "                   [--console PROGRAM]\n"
                           "A workstation with two managers: one acquires images, one saves them.\n"
                           "  --hidden           show no window\n"
                           "  --run IMAGES       have the console acquire so many, then exit\n"
                           "  --folder FOLDER    where images are saved (default: images)\n"
+                          "  --movie FILE       an AVI file that all images go into (default: none)\n"
                           "  --console PROGRAM  the console (default: console.exe beside this program)\n";
 
 bool Parse(const std::vector<std::wstring>& arguments, Options& options) {
@@ -22,6 +24,8 @@ bool Parse(const std::vector<std::wstring>& arguments, Options& options) {
             options.images = Number(arguments[++i]);
         } else if (arguments[i] == L"--folder" && hasValue) {
             options.folder = arguments[++i];
+        } else if (arguments[i] == L"--movie" && hasValue) {
+            options.movie = arguments[++i];
         } else if (arguments[i] == L"--console" && hasValue) {
             options.console = arguments[++i];
         } else {

@@ -1,5 +1,6 @@
 #include "support/ChildProcess.h"
 #include "support/OpenPostOffice.h"
+#include "support/UnixTool.h"
 
 #include <gtest/gtest.h>
 #include <tessel/mailbox.h>
@@ -23,6 +24,10 @@ protected:
     std::wstring Command(const std::wstring& options) {
         return Program(L"workstation.exe") + L"--hidden --folder \"" + folder.wstring() + L"\" " + options;
     }
+    /// What a Unix tool says of a file in the folder.
+    std::string Ask(const std::wstring& tool, const wchar_t* file, const std::wstring& what) {
+        return RunUnix(tool + L" -v error -i '" + UnixPath(folder / file) + L"' " + what).output;
+    }
     void ExpectNothingLeft() {
         MONITOR_LEVEL left;
         EXPECT_EQ(observer.BuildDirectoryList(&left, 1), 0);
@@ -37,11 +42,17 @@ protected:
 } // namespace
 
 TEST_F(WorkstationRun, SavesWhatWasAcquiredAndLeavesNothingBehind) {
-    ChildProcess workstation(Command(L"--run 2"));
+    ChildProcess workstation(Command(L"--run 2 --movie \"" + (folder / L"movie.avi").wstring() + L"\""));
     EXPECT_EQ(workstation.WaitUntil("workstation: 2048 lines sent"),
               ", 1024 received by the archive, 1024 by the screen, 0 lost");
     EXPECT_EQ(workstation.WaitUntil("workstation: 2 images saved"), ", 0 of them different from what was generated");
+    EXPECT_EQ(workstation.WaitUntil("workstation: 2 images in the movie"), "");
     EXPECT_EQ(workstation.ExitCode(), 0u);
+    EXPECT_EQ(Ask(L"ffprobe", L"movie.avi", L"-of csv=p=0 -show_entries frame=width,height,pts_time"),
+              "0.000000,512,512\n0.100000,512,512\n");
+    const std::wstring pixels = L"-fps_mode passthrough -f rawvideo -pix_fmt rgb24 -";
+    EXPECT_EQ(Ask(L"ffmpeg", L"movie.avi", pixels),
+              Ask(L"ffmpeg", L"image-1.bmp", pixels) + Ask(L"ffmpeg", L"image-2.bmp", pixels));
     EXPECT_EQ(fs::file_size(folder / L"image-2.bmp"), 1078u + 512 * 512);
     ExpectNothingLeft();
 }
