@@ -107,7 +107,7 @@ unsigned long CAudio::UpdateDeviceTime() {
     return 0;
 }
 
-// ODD-117: a play-step's position stays
+// ODD-117: a play-step's position stays. ODD-118: the close that follows a failed start finds position 0
 void CAudio::ClearDeviceTime() {
     if (m_nMode == MODE_RECORD) m_Record = AUDIO_TIME{};
     if (m_nMode == MODE_PLAY) m_Play = AUDIO_TIME{};

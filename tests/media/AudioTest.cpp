@@ -1,66 +1,600 @@
 #include "Recorder.h"
+#include "Tone.h"
+#include "support/ImportPatch.h"
+#include "support/Reports.h"
+#include "support/UnixTool.h"
+
+#include <tesselgsm/driver.h>
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <numbers>
+#include <array>
+#include <list>
+#include <utility>
+#include <vector>
 
 namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const wchar_t* kLibrary = L"Tessel.dll";
+
+/// What a file holds, and its sizes.
+struct Kind {
+    int convert;
+    unsigned long block;
+    unsigned long maximum;
+};
+constexpr Kind kKinds[] = {{0, 1600, 2400000}, {1, 325, 487500}};
+
+template <MMRESULT answer, class R, class... A> R WINAPI Answer(A...) {
+    return static_cast<R>(answer);
+}
+
+/// A function of the sound system and what stands for it.
+struct Stub {
+    std::string name;
+    void* function;
+};
+template <MMRESULT answer = MMSYSERR_NODRIVER, class R, class... A> Stub Stand(const char* name, R(WINAPI*)(A...)) {
+    return {name, reinterpret_cast<void*>(&Answer<answer, R, A...>)};
+}
+struct Patch : ImportPatch {
+    explicit Patch(const Stub& stub) : ImportPatch(kLibrary, stub.name.c_str(), stub.function) {}
+};
+
+/// What a start asks of the devices.
+template <MMRESULT answer> std::vector<Stub> Devices() {
+    return {Stand<answer>("waveInOpen", &waveInOpen),
+            Stand<answer>("waveInPrepareHeader", &waveInPrepareHeader),
+            Stand<answer>("waveInAddBuffer", &waveInAddBuffer),
+            Stand<answer>("waveInStart", &waveInStart),
+            Stand<answer>("waveOutOpen", &waveOutOpen),
+            Stand<answer>("waveOutPause", &waveOutPause),
+            Stand<answer>("waveOutPrepareHeader", &waveOutPrepareHeader),
+            Stand<answer>("waveOutWrite", &waveOutWrite),
+            Stand<answer>("waveOutRestart", &waveOutRestart)};
+}
+
+MMTIME position{}; ///< what the device answers
+
+template <class Device> MMRESULT WINAPI TellPosition(Device, MMTIME* time, UINT) {
+    *time = position;
+    return 0;
+}
+
+DWORD room = 0; ///< bytes that the disk has left
+
+BOOL WINAPI WriteUntilFull(HANDLE file, LPCVOID data, DWORD size, DWORD* written, OVERLAPPED* overlapped) {
+    const DWORD count = std::min(size, room);
+    room -= count;
+    return WriteFile(file, data, count, written, overlapped);
+}
+
+using Opened = std::vector<std::array<DWORD, 3>>;
+Opened opened; ///< access, sharing and disposition of each file
+DWORD refusedAccess = 0;
+
+HANDLE WINAPI LogAndOpen(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,
+                         DWORD flags, HANDLE like) {
+    opened.push_back({access, share, disposition});
+    if (access & refusedAccess) return INVALID_HANDLE_VALUE;
+    return CreateFileW(path, access, share, security, disposition, flags, like);
+}
+
+MMRESULT WINAPI CloseAndRefuse(HMMIO file, UINT flags) {
+    mmioClose(file, flags);
+    return MMIOERR_CANNOTWRITE;
+}
+
 struct Audio : testing::Test {
     fs::path folder = fs::temp_directory_path() / ("tessel-audio-" + std::to_string(GetCurrentProcessId()));
-    void SetUp() override { fs::create_directory(folder); }
-    void TearDown() override { fs::remove_all(folder); }
+    Reports reports;
 
+    Audio() {
+        EXPECT_EQ(TesselGsmInstall(), 0u);
+        fs::create_directory(folder);
+    }
+    ~Audio() override {
+        fs::remove_all(folder);
+        EXPECT_EQ(TesselGsmRemove(), 0u);
+    }
     fs::path File(const std::string& name, const std::string& bytes = {}) const {
         std::ofstream(folder / name, std::ios::binary) << bytes;
         return folder / name;
     }
+    fs::path File(const std::string& name, unsigned long size) const {
+        fs::resize_file(File(name), size);
+        return folder / name;
+    }
 };
 
-std::string Tone(unsigned int hertz, unsigned int bytes) {
-    std::string tone(bytes, '\0');
-    for (unsigned int i = 0; i < bytes; ++i)
-        tone[i] = static_cast<char>(128 + std::lround(80 * std::sin(2 * std::numbers::pi * hertz * i / 8000)));
-    return tone;
-}
-
-/// Bytes of PCM data in windows of 0.1 s that hold a tone and little else, as loud as Tone() makes it.
-unsigned int Hold(const std::string& pcm, unsigned int hertz) {
-    constexpr std::size_t kWindow = 800;
-    unsigned int found = 0;
-    for (std::size_t at = 0; at + kWindow <= pcm.size(); at += kWindow) {
-        double real = 0, imaginary = 0, energy = 0;
-        for (std::size_t i = 0; i < kWindow; ++i) {
-            const double sample = static_cast<unsigned char>(pcm[at + i]) - 128.0;
-            const double angle = 2 * std::numbers::pi * hertz * static_cast<double>(i) / 8000;
-            real += sample * std::cos(angle);
-            imaginary += sample * std::sin(angle);
-            energy += sample * sample;
-        }
-        const double share = 2 * (real * real + imaginary * imaginary) / kWindow / (energy + 1);
-        const double loudness = energy / kWindow / 3200;
-        if (share > 0.9 && loudness > 0.5 && loudness < 1.5) found += kWindow;
+/// Bytes of PCM data, in windows of 0.1 s, that hold the tone as loud as tone::Sine makes it.
+std::size_t Hold(const std::string& pcm, double hertz) {
+    std::size_t found = 0;
+    for (std::size_t at = 0; at + 800 <= pcm.size(); at += 800) {
+        const double amplitude = tone::AmplitudeAt(hertz, pcm.substr(at, 800));
+        if (amplitude > 75 && amplitude < 105) found += 800;
     }
     return found;
 }
 
-} // namespace
-
-TEST_F(Audio, AToneThatOneObjectPlaysIsRecordedByAnother) {
-    Recorder player(0, File("tone", Tone(1000, 16000)));
-    Recorder recorder(0, File("recorded"));
+/// Records while a player plays to its end.
+void Listen(Recorder& recorder, Recorder& player) {
     ASSERT_EQ(recorder.Record(), 0u);
-    recorder.WaitFor(1600);
+    recorder.WaitFor(recorder->m_Record.ulBase + 1600);
     ASSERT_EQ(player.Play(), 0u);
     player.Finish();
     recorder.Stop();
     recorder.Finish();
-    const std::string recorded = BytesOf(folder / "recorded");
-    EXPECT_EQ(recorded.size(), recorder.m_ulDataWrite);
-    EXPECT_EQ(recorded.size() % 1600, 0u);
-    EXPECT_GE(Hold(recorded, 1000), 8000u);
-    EXPECT_EQ(Hold(recorded, 1300), 0u);
+}
+
+std::string Said(const std::wstring& command) {
+    const UnixAnswer answer = RunUnix(command);
+    EXPECT_EQ(answer.exitCode, 0) << answer.output;
+    return answer.output;
+}
+
+void HandleWaitingMessages() {
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+}
+
+bool IsIdle(Recorder& recorder) {
+    return recorder->m_nMode == CAudio::MODE_IDLE && !recorder->m_bTimer && recorder->m_hFile == nullptr &&
+           recorder->m_hStream == nullptr && recorder->m_hWaveIn == nullptr && recorder->m_hWaveOut == nullptr;
+}
+
+/// The handle that the system gives out next, the lowest that is free: each one that is left open makes it higher.
+ULONG_PTR NextHandle() {
+    const HANDLE next = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    CloseHandle(next);
+    return reinterpret_cast<ULONG_PTR>(next);
+}
+
+} // namespace
+
+TEST_F(Audio, AToneIsRecordedPlayedAndUnderstoodByOtherPrograms) {
+    for (const Kind& kind : kKinds) {
+        SCOPED_TRACE(kind.convert);
+        Recorder player(0, File("tone", tone::Sine(1000, 9600)));
+        Recorder recorder(kind.convert, File("recorded"));
+        Listen(recorder, player);
+        const std::string recorded = BytesOf(folder / "recorded");
+        EXPECT_EQ(recorded.size(), recorder->m_ulDataWrite);
+        EXPECT_EQ(recorded.size() % kind.block, 0u);
+        EXPECT_EQ(recorder.GetMod(), 1);
+
+        const fs::path wave = folder / "recorded.wav";
+        ASSERT_EQ(CAudio::CreateWAV(wave.c_str(), recorded.data(), recorder->m_ulDataWrite, kind.convert), 0u);
+        const std::wstring path = L"'" + UnixPath(wave) + L"'";
+        EXPECT_GE(Hold(Said(L"sox " + path + L" -t raw -e unsigned -b 8 -"), 1000), 7200u);
+        EXPECT_EQ(std::stoul(Said(L"soxi -s " + path)), recorded.size() / kind.block * 1600);
+        EXPECT_EQ(Said(L"ffprobe -v error -show_entries stream=codec_name,sample_rate,channels -of csv=p=0 " + path),
+                  kind.convert ? "gsm_ms,8000,1\n" : "pcm_u8,8000,1\n");
+    }
+    Recorder player(1, folder / "recorded");
+    Recorder recorder(0, File("heard"));
+    Listen(recorder, player);
+    EXPECT_GE(Hold(BytesOf(folder / "heard"), 1000), 7200u);
+    EXPECT_EQ(player->m_ulDataRead, player->m_ulDataWrite);
+}
+
+TEST_F(Audio, PlayingGoesOnWhereItWasStopped) {
+    Recorder player(0, File("tones", tone::Sine(1000, 4800) + tone::Sine(2000, 9600)));
+    ASSERT_EQ(player.Play(), 0u);
+    player.WaitFor(4800);
+    player.Stop();
+    player.Finish();
+    EXPECT_TRUE(IsIdle(player));
+    EXPECT_EQ(player.drawn, "1 1");
+    const unsigned long heard = player->m_ulDataRead;
+    EXPECT_GE(heard, 4800u);
+    EXPECT_LE(heard, 8000u);
+    EXPECT_EQ(heard % 1600, 0u);
+    Recorder recorder(0, File("recorded"));
+    Listen(recorder, player);
+    const std::string rest = BytesOf(folder / "recorded");
+    EXPECT_EQ(Hold(rest, 1000), 0u);
+    EXPECT_GE(Hold(rest, 2000) + 1600, 14400 - heard);
+    EXPECT_EQ(player->m_ulDataRead, 14400u);
+    EXPECT_EQ(player.quits, 2);
+}
+
+TEST_F(Audio, ARecordingReplacesWhatFollowsTheReadPosition) {
+    for (const Kind& kind : kKinds) {
+        const std::string before(kind.block, 'a');
+        Recorder recorder(kind.convert, File("recorded", before + std::string(9 * kind.block, 'b')));
+        recorder->m_ulDataRead = kind.block;
+        ASSERT_EQ(recorder.Record(), 0u);
+        recorder.WaitFor(3200);
+        recorder.Stop();
+        recorder.Finish();
+        const std::string after = BytesOf(folder / "recorded");
+        EXPECT_EQ(after.substr(0, kind.block), before);
+        EXPECT_EQ(after.find('b', kind.block + 1) == std::string::npos, true) << kind.convert;
+        EXPECT_LT(after.size(), 10 * kind.block);
+        EXPECT_EQ(recorder->m_ulDataRead, after.size());
+    }
+}
+
+TEST_F(Audio, ARecordingStopsByItselfAtFiveMinutes) {
+    for (const Kind& kind : kKinds) {
+        Recorder recorder(kind.convert, File("long", kind.maximum - kind.block));
+        recorder->m_ulDataRead = recorder->m_ulDataWrite;
+        ASSERT_EQ(recorder.Record(), 0u);
+        recorder.Finish();
+        EXPECT_EQ(fs::file_size(folder / "long"), kind.maximum);
+        EXPECT_EQ(recorder.stops, 1);
+    }
+}
+
+TEST_F(Audio, Odd117AStepPlaysOneBlockAndItsPositionStays) {
+    for (const Kind& kind : kKinds) {
+        Recorder player(kind.convert, File("steps", 2 * kind.block));
+        for (const unsigned long step : {1ul, 2ul}) {
+            ASSERT_EQ(player.PlayStep(), 0u);
+            player.Finish();
+            EXPECT_EQ(player.stops, static_cast<int>(step));
+            EXPECT_EQ(player->m_ulDataRead, step * kind.block);
+            EXPECT_EQ(player->m_Play.ulPosition, step * 1600);
+            EXPECT_TRUE(IsIdle(player));
+        }
+    }
+}
+
+TEST_F(Audio, Odd114WhatComesFromTheDeviceBecomesWholeBlocksOfTheFile) {
+    constexpr struct {
+        unsigned long before, position;
+        DWORD recorded;
+        unsigned long after;
+    } kCases[] = {
+        {0, 0, 8000, 8000},          {0, 0, 1, 1600},
+        {0, 0, 1601, 3200},          {0, 0, 0, 0},
+        {0, 4800, 0, 4800},          {3200, 4800, 0, 4800},
+        {4800, 3200, 0, 4800},       {0, 2400000, 0, 8000},
+        {0, 0, 0xFFFFFFFF, 8000},    {2398400, 0, 8000, 2400000},
+        {2400000, 0, 8000, 2400000},
+    };
+    for (const auto& test : kCases) {
+        Recorder recorder(0, File("blocks", test.before));
+        recorder.Pretend(CAudio::MODE_RECORD);
+        recorder->m_Record.ulPosition = test.position;
+        WAVEHDR& header = recorder->m_WaveHeader[1];
+        std::fill_n(header.lpData, 8000, 'x');
+        header.dwBytesRecorded = test.recorded;
+        recorder.ProcessWimData(nullptr, &header);
+        recorder.ProcessWimClose(nullptr);
+        const std::string bytes = BytesOf(folder / "blocks");
+        EXPECT_EQ(bytes.size(), test.after) << test.before << " " << test.position << " " << test.recorded;
+        EXPECT_EQ(recorder->m_ulDataRead, test.after);
+        EXPECT_EQ(recorder.stops, 0);
+        if (test.recorded == 1601) {
+            EXPECT_EQ(bytes, std::string(1601, 'x') + std::string(1599, '\0'));
+        }
+    }
+}
+
+TEST_F(Audio, Odd111And112AFullDiskStopsTheRunAndDataBeyondTheLimitAreReported) {
+    Recorder recorder(0, File("full"));
+    {
+        const ImportPatch disk(kLibrary, "WriteFile", WriteUntilFull);
+        room = 2000;
+        recorder.Pretend(CAudio::MODE_RECORD);
+        recorder->m_WaveHeader[0].dwBytesRecorded = 8000;
+        recorder.ProcessWimData(nullptr, recorder->m_WaveHeader);
+    }
+    EXPECT_EQ(recorder.stops, 1);
+    EXPECT_EQ(recorder->m_ulDataWrite, 2000u);
+    EXPECT_EQ(recorder.GetMod(), 0);
+    recorder.ProcessWimClose(nullptr);
+    EXPECT_TRUE(IsIdle(recorder));
+
+    Recorder beyond(0, File("beyond", 2400001));
+    beyond.Pretend(CAudio::MODE_RECORD);
+    beyond->m_WaveHeader[0].dwBytesRecorded = 8000;
+    beyond.ProcessWimData(nullptr, beyond->m_WaveHeader);
+    EXPECT_EQ(beyond->m_ulDataWrite, 2408001u);
+    beyond.StopFile();
+    EXPECT_EQ(reports.Take(), Texts{"CAudio:478 m_ulDataWrite <= m_ulMaxCompress"});
+}
+
+TEST_F(Audio, Odd113WhatIsReadEndsWithTheDataAndIsFilledUp) {
+    Recorder player(0, File("short", std::string(9700, 'x')));
+    std::fill_n(player->m_cAudio[1], 8000, 'y');
+    player.Pretend(CAudio::MODE_PLAY);
+    EXPECT_EQ(player.ReadBuffers(), 0u);
+    EXPECT_EQ(reports.Take(), Texts{"CAudio:646 (dwUse % m_ulBlockCompress) == 0"});
+    EXPECT_EQ(std::string(player->m_cAudio[1], 8000), std::string(1700, 'x') + std::string(6300, '\0'));
+    player->m_cAudio[1][0] = 'z';
+    EXPECT_EQ(player.ReadBuffers(), 0u) << "at the end nothing is read";
+    EXPECT_EQ(player->m_cAudio[1][0], 'z');
+    player->m_ulDataWrite = 12000;
+    EXPECT_EQ(player.ReadBuffers(), 1u) << "the file is shorter than it was";
+    EXPECT_EQ(player->m_ulDataRead, 9700u);
+    player.ProcessWomClose(nullptr);
+    EXPECT_EQ(player->m_ulDataRead, 0u);
+}
+
+TEST_F(Audio, NotificationsWithForeignRecordsStopTheRun) {
+    Recorder other(0, File("other"));
+    Recorder recorder(0, File("recorded"));
+    recorder.Pretend(CAudio::MODE_RECORD);
+    recorder->m_WaveHeader[0].dwUser = 2;
+    recorder->m_WaveHeader[1].dwBytesRecorded = 1600;
+    int stops = 0;
+    for (WAVEHDR* header : {static_cast<WAVEHDR*>(nullptr), reinterpret_cast<WAVEHDR*>(8), &other->m_WaveHeader[0],
+                            &recorder->m_WaveHeaderStep, &recorder->m_WaveHeader[0]}) {
+        recorder.ProcessWimData(nullptr, header);
+        EXPECT_EQ(recorder.stops, ++stops);
+    }
+    EXPECT_EQ(recorder->m_ulDataWrite, 0u);
+    ACMSTREAMHEADER& header = recorder->m_StreamHeader[0];
+    recorder.SetCompressUse(&header, 0xFFFFFFFF);
+    header.dwDstUser = 0xFFFFFFFF;
+    EXPECT_EQ(recorder.WriteBuffer(&header), 0u);
+    EXPECT_EQ(recorder->m_ulDataWrite, 8000u);
+    recorder.SetUncompressUse(&header, 0xFFFFFFFF);
+    EXPECT_EQ(header.dwSrcUser, 8000u);
+    EXPECT_EQ(recorder.WriteBuffer(nullptr), 1u);
+    recorder.StopFile();
+
+    Recorder player(0, File("played", 16000ul));
+    ASSERT_EQ(player.Play(), 0u);
+    player->m_ulDataRead = 0;
+    player.ProcessWomDone(nullptr, &other->m_WaveHeader[0]);
+    EXPECT_EQ(player.stops, 1);
+    player.Finish();
+    player->m_nMode = CAudio::MODE_PLAY_STEP;
+    player->m_Play = {0, 0, 1000};
+    player.ProcessWomDone(nullptr, reinterpret_cast<WAVEHDR*>(8));
+    EXPECT_EQ(player->m_Play.ulPosition, 0u);
+    player.ProcessWomDone(nullptr, &player->m_WaveHeaderStep);
+    EXPECT_EQ(player->m_Play.ulPosition, 1000u);
+}
+
+TEST_F(Audio, Odd116ThePositionIsRoundedDownAndReachesOnlyWholeLimits) {
+    constexpr struct {
+        unsigned long base, limit;
+        DWORD bytes;
+        UINT type;
+        unsigned long result, position;
+        int stops;
+    } kCases[] = {
+        {0, 16000, 1599, TIME_BYTES, 0, 0, 0},         {1600, 16000, 3201, TIME_BYTES, 0, 4800, 0},
+        {0, 3200, 0xFFFFFFFF, TIME_BYTES, 0, 3200, 1}, {0xFFFFFFFF, 3200, 9, TIME_BYTES, 0, 3200, 1},
+        {0, 4000, 16000, TIME_BYTES, 0, 3200, 0},      {1600, 16000, 1600, TIME_MS, 1, 77, 0},
+    };
+    const ImportPatch input(kLibrary, "waveInGetPosition", TellPosition<HWAVEIN>);
+    const ImportPatch output(kLibrary, "waveOutGetPosition", TellPosition<HWAVEOUT>);
+    Recorder recorder(0, File("times", 16000ul));
+    for (const auto& test : kCases) {
+        for (const auto mode : {CAudio::MODE_RECORD, CAudio::MODE_PLAY}) {
+            recorder->m_nMode = mode;
+            recorder.stops = 0;
+            position.wType = test.type;
+            position.u.cb = test.bytes;
+            AUDIO_TIME& time = mode == CAudio::MODE_RECORD ? recorder->m_Record : recorder->m_Play;
+            time = {77, test.base, test.limit};
+            EXPECT_EQ(recorder.UpdateDeviceTime(), test.result);
+            EXPECT_EQ(time.ulPosition, test.position) << test.limit << " " << test.bytes;
+            EXPECT_EQ(recorder.stops, test.stops);
+        }
+    }
+    recorder.ProcessTimer(CAudio::TIMER_ID);
+    EXPECT_EQ(recorder.drawn, "") << "the timer does not run";
+    EXPECT_EQ(recorder.StartDeviceTimer(), 0u);
+    recorder.ProcessTimer(CAudio::TIMER_ID);
+    EXPECT_EQ(recorder.drawn, "1 0");
+}
+
+TEST_F(Audio, TimesAreInSecondsOfTheMode) {
+    Recorder recorder(0, File("times", 6500ul));
+    recorder->m_ulDataRead = 3250;
+    recorder->m_Record.ulPosition = 48000;
+    recorder->m_Play.ulPosition = 40000;
+    using Times = std::pair<double, double>;
+    const auto times = [&](CAudio::MODE mode, int convert) {
+        Times found;
+        recorder.SetConvert(convert);
+        recorder->m_nMode = mode;
+        EXPECT_EQ(recorder.GetTimeCurrent(found.first) + recorder.GetTimeTotal(found.second), 0u);
+        return found;
+    };
+    EXPECT_EQ(times(CAudio::MODE_IDLE, 0), Times(0.40625, 0.8125));
+    EXPECT_EQ(times(CAudio::MODE_IDLE, 1), Times(2, 4));
+    for (const int convert : {0, 1}) EXPECT_EQ(times(CAudio::MODE_RECORD, convert), Times(6, 300));
+    EXPECT_EQ(times(CAudio::MODE_PLAY, 0), Times(5, 0.8125));
+    EXPECT_EQ(times(CAudio::MODE_PLAY_STEP, 1), Times(5, 4));
+}
+
+TEST_F(Audio, Odd110And118AStartThatFailsLeavesNothingOpen) {
+    Recorder recorder(1, File("gsm", 3250ul));
+    const auto expectFailure = [&](unsigned long (Recorder::*start)(), unsigned long from) {
+        recorder->m_ulDataRead = from;
+        EXPECT_EQ((recorder.*start)(), 1u);
+        HandleWaitingMessages();
+        EXPECT_TRUE(IsIdle(recorder));
+    };
+    std::vector<Stub> stubs = Devices<MMSYSERR_NODRIVER>();
+    stubs.push_back(Stand("acmStreamOpen", &acmStreamOpen));
+    stubs.push_back(Stand("acmStreamPrepareHeader", &acmStreamPrepareHeader));
+    stubs.push_back(Stand("acmStreamConvert", &acmStreamConvert));
+    for (const Stub& stub : stubs) {
+        SCOPED_TRACE(stub.name);
+        const Patch patch(stub);
+        if (!stub.name.starts_with("waveOut") && stub.name != "acmStreamConvert") {
+            expectFailure(&Recorder::Record, 3250);
+        }
+        if (!stub.name.starts_with("waveIn")) {
+            expectFailure(&Recorder::PlayStep, 1625);
+            expectFailure(&Recorder::Play, 1625);
+        }
+    }
+    EXPECT_EQ(recorder->m_ulDataRead, 0u) << "by the close of the device that was open";
+    unsigned int error = 77;
+    wchar_t text[] = L"text";
+    recorder.GetError(error, text);
+    EXPECT_EQ(std::to_wstring(error) + text, L"77text");
+    EXPECT_EQ(fs::file_size(folder / "gsm"), 3250u);
+    EXPECT_EQ(recorder.Play(), 0u);
+    expectFailure(&Recorder::Play, 1625); // a second start
+}
+
+TEST_F(Audio, ADeviceThatVanishesStopsTheRun) {
+    const Stub stubs[] = {Stand("waveInAddBuffer", &waveInAddBuffer), Stand("acmStreamConvert", &acmStreamConvert)};
+    for (const Stub& stub : stubs) {
+        Recorder recorder(1, File("recorded"));
+        ASSERT_EQ(recorder.Record(), 0u);
+        const Patch patch(stub);
+        recorder.Finish();
+        EXPECT_TRUE(IsIdle(recorder)) << stub.name;
+        EXPECT_EQ(fs::file_size(folder / "recorded") % 325, 0u);
+    }
+    Recorder player(0, File("played", 24000ul));
+    ASSERT_EQ(player.Play(), 0u);
+    {
+        const Patch reset(Stand("waveOutReset", &waveOutReset));
+        const Patch close(Stand<WAVERR_STILLPLAYING>("waveOutClose", &waveOutClose));
+        player.Stop();
+        EXPECT_NE(player->m_hWaveOut, nullptr) << "it still has the buffers";
+    }
+    player.StopWave();
+    player.Finish();
+    EXPECT_TRUE(IsIdle(player));
+}
+
+TEST_F(Audio, FilesAreOpenedByModeAndNeverShared) {
+    opened.clear();
+    const ImportPatch patch(kLibrary, "CreateFileW", LogAndOpen);
+    Recorder recorder(0, File("opened", 3200ul));
+    for (const int mode : {1, 2, 3, 4}) {
+        recorder->m_nMode = mode;
+        EXPECT_EQ(recorder.OpenFile(), mode == 4 ? 1u : 0u);
+        EXPECT_EQ(recorder.OpenFile() == 1 || mode == 4, true) << "it is open";
+        EXPECT_EQ(recorder->m_hFile, nullptr);
+    }
+    EXPECT_EQ(recorder.SizeFile() + recorder.SeekFile(), 2u);
+    EXPECT_EQ(recorder.ClearFile(), 0u);
+    EXPECT_EQ(recorder.GetMod(), 1);
+    EXPECT_EQ(fs::file_size(folder / "opened"), 0u);
+    EXPECT_EQ(opened, (Opened{{GENERIC_READ | GENERIC_WRITE, 0, OPEN_ALWAYS},
+                              {GENERIC_WRITE, 0, OPEN_ALWAYS},
+                              {GENERIC_READ, 0, OPEN_ALWAYS},
+                              {GENERIC_READ, 0, OPEN_ALWAYS},
+                              {GENERIC_WRITE, 0, TRUNCATE_EXISTING}}));
+}
+
+TEST_F(Audio, AFileThatCannotBeOpenedOrCutStaysAsItIs) {
+    const ImportPatch patch(kLibrary, "CreateFileW", LogAndOpen);
+    Recorder recorder(0, File("read-only", 3200ul));
+    refusedAccess = GENERIC_WRITE;
+    EXPECT_EQ(recorder.Record() + recorder.ClearFile(), 2u);
+    EXPECT_EQ(reports.Take(), Texts{"CAudio:412 m_ulDataRead == m_ulDataWrite"});
+    EXPECT_EQ(recorder->m_ulDataWrite, 3200u);
+    EXPECT_EQ(recorder.AttachToFile(), 1u);
+    EXPECT_EQ(recorder->m_ulDataWrite, 0u);
+    refusedAccess = 0;
+    std::fill_n(recorder.GetPath(), MAX_PATH, L'x');
+    EXPECT_EQ(recorder.AttachToFile(), 1u);
+    EXPECT_TRUE(IsIdle(recorder));
+}
+
+TEST_F(Audio, CopiesHaveTheirOwnBuffersAndNoRun) {
+    Recorder recorder(1, File("recorded"));
+    ASSERT_EQ(recorder.Record(), 0u);
+    recorder->m_cAudio[0][5] = 'x';
+    {
+        Recorder copy(recorder);
+        EXPECT_EQ(copy->m_cAudio[0][5], 'x');
+        EXPECT_EQ(copy->m_nMode, CAudio::MODE_RECORD);
+        EXPECT_STREQ(copy.GetPath(), recorder.GetPath());
+        EXPECT_EQ(copy->m_WaveHeader[1].lpData, copy->m_cAudio[1]);
+        EXPECT_EQ(copy->m_StreamHeaderStep.pbDst, reinterpret_cast<BYTE*>(copy->m_cAudioStep));
+        EXPECT_EQ(copy->m_pCompress[0], copy->m_cCompress[0]);
+        EXPECT_EQ(copy->m_StreamHeader[0].pbSrc, nullptr);
+        EXPECT_TRUE(copy->m_hStream == nullptr && copy->m_hWaveIn == nullptr);
+        copy.StopWave();
+        copy.StopStream();
+    }
+    recorder.WaitFor(1600);
+    EXPECT_EQ(recorder.stops, 0) << "the copy did not disturb it";
+    const CAudio idle;
+    recorder.CAudio::operator=(idle);
+    EXPECT_TRUE(IsIdle(recorder));
+    {
+        Recorder gone(0, File("gone"));
+        ASSERT_EQ(gone.Record(), 0u);
+    }
+    EXPECT_TRUE(fs::remove(folder / "gone")) << "it is closed";
+}
+
+TEST_F(Audio, AThousandRunsLeaveNoHandleOpen) {
+    Recorder recorder(1, File("recorded", 3250ul));
+    const auto runs = [&](int count, bool closeComes) {
+        for (const auto start : {&Recorder::Record, &Recorder::Play, &Recorder::PlayStep}) {
+            for (int i = 0; i < count; ++i) {
+                recorder->m_ulDataRead = 0;
+                EXPECT_EQ((recorder.*start)(), 0u);
+                recorder.Stop();
+                if (!closeComes) recorder.ProcessWomClose(nullptr);
+                recorder.Finish();
+            }
+        }
+    };
+    runs(1, true);
+    const ULONG_PTR before = NextHandle();
+    runs(10, true);
+    std::list<Patch> agreeing; // real devices would take half a minute
+    for (const Stub& stub : Devices<0>()) agreeing.emplace_back(stub);
+    runs(324, false);
+    EXPECT_LE(NextHandle(), before);
+}
+
+TEST_F(Audio, WaveFilesAreWholeOrNotThere) {
+    const auto number = [](unsigned int value) { return std::string(reinterpret_cast<const char*>(&value), 4); };
+    const fs::path path = folder / "made.wav";
+    const std::string sound(130, 'x');
+    EXPECT_EQ(CAudio::CreateWAV(path.c_str(), sound.data(), 3, 0), 0u);
+    EXPECT_EQ(BytesOf(path), "RIFF" + number(54) + "WAVEfmt " + number(18) +
+                                 std::string("\1\0\1\0\x40\x1F\0\0\x40\x1F\0\0\1\0\x8\0\0\0", 18) + "fact" + number(4) +
+                                 number(3) + "data" + number(3) + std::string("xxx\0", 4));
+    EXPECT_EQ(CAudio::CreateWAV(path.c_str(), sound.data(), 130, 1), 0u);
+    EXPECT_EQ(BytesOf(path), "RIFF" + number(182) + "WAVEfmt " + number(20) +
+                                 std::string("\x31\0\1\0\x40\x1F\0\0\x59\6\0\0\x41\0\0\0\2\0\x40\1", 20) + "fact" +
+                                 number(4) + number(640) + "data" + number(130) + sound);
+    for (const Stub& stub :
+         {Stand("mmioCreateChunk", &mmioCreateChunk), Stand("mmioWrite", &mmioWrite), Stand("mmioAscend", &mmioAscend),
+          Stub{"mmioClose", reinterpret_cast<void*>(&CloseAndRefuse)}}) {
+        const Patch patch(stub);
+        EXPECT_EQ(CAudio::CreateWAV(path.c_str(), sound.data(), 130, 0), 1u);
+        EXPECT_FALSE(fs::exists(path)) << stub.name;
+    }
+    EXPECT_EQ(CAudio::CreateWAV(path.c_str(), sound.data(), 0, 0), 0u);
+    EXPECT_EQ(CAudio::CreateWAV(path.c_str(), nullptr, 5, 0), 0u);
+    EXPECT_EQ(CAudio::CreateWAV(nullptr, sound.data(), 5, 0), 1u);
+    EXPECT_EQ(CAudio::CreateWAV(path.c_str(), sound.data(), 0x80000000, 0), 1u);
+    EXPECT_EQ(CAudio::CreateWAV((path / "none").c_str(), sound.data(), 5, 0), 1u);
+    EXPECT_TRUE(reports.Take().empty());
+    EXPECT_EQ(CAudio::CreateWAV(path.c_str(), sound.data(), 100, 1), 1u);
+    EXPECT_EQ(reports.Take(), Texts{"CAudio:1287 (ulSizeAudio % ulBlockAlign) == 0"});
+    EXPECT_FALSE(fs::exists(path));
+}
+
+TEST_F(Audio, Odd115TheVolumeIsReadAndNeverSet) {
+    Recorder audio(0, File("none"));
+    unsigned long volume = 77;
+    EXPECT_EQ(audio.GetSystemVolume(volume), 0u);
+    EXPECT_NE(volume, 77u);
+    unsigned long after = 0;
+    EXPECT_EQ(audio.SetSystemVolume(volume ^ 0x00FF00FF), 0u);
+    EXPECT_EQ(audio.GetSystemVolume(after), 0u);
+    EXPECT_EQ(after, volume);
+    for (const Stub& stub : {Stand("waveOutOpen", &waveOutOpen), Stand("waveOutGetVolume", &waveOutGetVolume)}) {
+        const Patch patch(stub);
+        volume = 77;
+        EXPECT_EQ(audio.GetSystemVolume(volume), 1u);
+        EXPECT_EQ(volume, 0u);
+        EXPECT_EQ(audio.SetSystemVolume(0), stub.name == "waveOutOpen" ? 1u : 0u);
+    }
 }

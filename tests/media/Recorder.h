@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <tessel/audio.h>
 
 #include <algorithm>
@@ -20,54 +21,28 @@ inline std::string BytesOf(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// A CAudio as a program derives it: with a window that forwards the notifications, and a file. Its fields are open.
+/// A CAudio as a program derives it: with a window that forwards the notifications, and a file.
 class Recorder : public CAudio {
 public:
-    using AUDIO_DATA::m_bConvert;
-    using AUDIO_DATA::m_bStop;
-    using AUDIO_DATA::m_bTimer;
-    using AUDIO_DATA::m_hFile;
-    using AUDIO_DATA::m_hStream;
-    using AUDIO_DATA::m_hWaveIn;
-    using AUDIO_DATA::m_hWaveOut;
-    using AUDIO_DATA::m_nMode;
-    using AUDIO_DATA::m_Play;
-    using AUDIO_DATA::m_Record;
-    using AUDIO_DATA::m_StreamHeader;
-    using AUDIO_DATA::m_StreamHeaderStep;
-    using AUDIO_DATA::m_szError;
-    using AUDIO_DATA::m_szPath;
-    using AUDIO_DATA::m_ulBlockCompress;
-    using AUDIO_DATA::m_ulDataRead;
-    using AUDIO_DATA::m_ulDataWrite;
-    using AUDIO_DATA::m_ulMaxCompress;
-    using AUDIO_DATA::m_WaveHeader;
-    using AUDIO_DATA::m_WaveHeaderStep;
-    using CAudio::AddWaveBuffers;
-    using CAudio::ClearError;
     using CAudio::ClearFile;
-    using CAudio::CompressBuffers;
     using CAudio::GetError;
     using CAudio::GetTimeCurrent;
     using CAudio::GetTimeTotal;
-    using CAudio::InitWaveFormatGSM;
-    using CAudio::InitWaveFormatPCM;
+    using CAudio::InitStreamHeadersConvert;
     using CAudio::OpenFile;
     using CAudio::ProcessTimer;
     using CAudio::ProcessWimClose;
     using CAudio::ProcessWimData;
     using CAudio::ProcessWomClose;
     using CAudio::ProcessWomDone;
-    using CAudio::ReadBuffer;
     using CAudio::ReadBuffers;
     using CAudio::SeekFile;
     using CAudio::SetCompressUse;
     using CAudio::SetUncompressUse;
     using CAudio::SizeFile;
-    using CAudio::TruncateFile;
+    using CAudio::StartDeviceTimer;
     using CAudio::UpdateDeviceTime;
     using CAudio::WriteBuffer;
-    using CAudio::WriteBuffers;
 
     /// @param file  made when it is missing; its data count
     Recorder(int bConvert, const std::filesystem::path& file) : CAudio(bConvert) {
@@ -80,8 +55,11 @@ public:
         AttachToFile();
     }
     ~Recorder() override { DestroyWindow(m_window); }
-    Recorder(const Recorder&) = delete;
+    /// A copy has no window.
+    Recorder(const Recorder& other) : CAudio(other), m_window(nullptr) {}
     Recorder& operator=(const Recorder&) = delete;
+
+    AUDIO_DATA* operator->() { return this; }
 
     /// Starts a run at m_ulDataRead. @return what the start returned
     unsigned long Record() {
@@ -101,21 +79,21 @@ public:
     void WaitFor(unsigned long bytes) const {
         PumpUntil([&] { return std::max(m_Record.ulPosition, m_Play.ulPosition) >= bytes || m_nMode == MODE_IDLE; });
     }
-    /// Stops the run.
     void Stop() { OnStop(); }
-    /// Waits for its end.
-    void Finish() {
-        PumpUntil([&] { return quits > 0; });
-        quits = 0;
+    /// Waits for the run's end.
+    void Finish() const {
+        PumpUntil([&] { return m_nMode == MODE_IDLE; });
+    }
+    /// Makes it ready for notifications without a device.
+    void Pretend(MODE mode) {
+        m_nMode = mode;
+        EXPECT_EQ(OpenFile() | SeekFile(), 0u);
+        InitStreamHeadersConvert();
     }
 
-    HWND Window() const { return m_window; }
-
     int stops = 0;     ///< calls of OnStop
-    int quits = 0;     ///< calls of OnQuit since Finish()
-    int controls = 0;  ///< calls of SetControls
+    int quits = 0;     ///< calls of OnQuit
     std::string drawn; ///< the last call of UpdateDisplay
-    bool obeys = true; ///< false: OnStop only counts
 
 private:
     unsigned long InPcm(unsigned long bytes) const { return bytes * m_ulRatioAudio / m_ulRatioCompress; }
@@ -129,12 +107,10 @@ private:
     }
     void OnStop() override {
         ++stops;
-        if (!obeys) return;
         m_bStop = 1;
         StopWave();
     }
     void OnQuit() override { ++quits; }
-    void SetControls(int update) override { controls += update; }
     void UpdateDisplay(int position, int all) override { drawn = std::to_string(position) + " " + std::to_string(all); }
 
     static LRESULT CALLBACK Forward(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
