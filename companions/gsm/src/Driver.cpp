@@ -20,13 +20,10 @@ struct Installation {
     unsigned int count = 0;
     HACMDRIVERID id = nullptr;
     HACMDRIVERID codec = nullptr;
-    std::atomic<unsigned int> users = 0; ///< open streams and driver handles
+    std::atomic<unsigned int> streams = 0;
 } installation;
 
-/// What the manager gives back with each message: what was opened.
-enum Opened : LRESULT { OPENED_NOTHING, OPENED_LIBRARY, OPENED_FOR_USE };
-
-LRESULT DescribeDriver(LPARAM record, LPARAM /*unused*/) {
+MMRESULT DescribeDriver(LPARAM record, LPARAM /*unused*/) {
     auto* const asked = reinterpret_cast<ACMDRIVERDETAILSW*>(record);
     ACMDRIVERDETAILSW details{};
     details.cbStruct = std::min<DWORD>(asked->cbStruct, sizeof details);
@@ -43,15 +40,15 @@ LRESULT DescribeDriver(LPARAM record, LPARAM /*unused*/) {
     return MMSYSERR_NOERROR;
 }
 
-LRESULT AnswerTag(LPARAM record, LPARAM query) {
+MMRESULT AnswerTag(LPARAM record, LPARAM query) {
     return DescribeTag(*reinterpret_cast<ACMFORMATTAGDETAILSW*>(record), static_cast<DWORD>(query));
 }
 
-LRESULT AnswerFormat(LPARAM record, LPARAM query) {
+MMRESULT AnswerFormat(LPARAM record, LPARAM query) {
     return DescribeFormat(*reinterpret_cast<ACMFORMATDETAILSW*>(record), static_cast<DWORD>(query));
 }
 
-LRESULT AnswerSuggestion(LPARAM record, LPARAM /*unused*/) {
+MMRESULT AnswerSuggestion(LPARAM record, LPARAM /*unused*/) {
     return Suggest(*reinterpret_cast<FormatSuggestion*>(record));
 }
 
@@ -65,7 +62,7 @@ bool Serves(const StreamInstance& instance) {
            instance.filter == nullptr && (instance.flags & ACM_STREAMOPENF_ASYNC) == 0;
 }
 
-LRESULT OpenStream(LPARAM record, LPARAM /*unused*/) {
+MMRESULT OpenStream(LPARAM record, LPARAM /*unused*/) {
     auto& instance = *reinterpret_cast<StreamInstance*>(record);
     if (instance.size < sizeof instance) return MMSYSERR_NOTSUPPORTED;
     if (!Serves(instance)) return ACMERR_NOTPOSSIBLE;
@@ -75,34 +72,36 @@ LRESULT OpenStream(LPARAM record, LPARAM /*unused*/) {
     if (stream == nullptr) return MMSYSERR_NOMEM;
     if (stream->Result() != MMSYSERR_NOERROR) return stream->Result();
     instance.driverData = reinterpret_cast<DWORD_PTR>(stream.release());
+    ++installation.streams;
     return MMSYSERR_NOERROR;
 }
 
-LRESULT CloseStream(LPARAM record, LPARAM /*unused*/) {
+MMRESULT CloseStream(LPARAM record, LPARAM /*unused*/) {
     delete StreamOf(record);
+    --installation.streams;
     reinterpret_cast<StreamInstance*>(record)->driverData = 0;
     return MMSYSERR_NOERROR;
 }
 
-LRESULT SizeStream(LPARAM record, LPARAM sizes) {
+MMRESULT SizeStream(LPARAM record, LPARAM sizes) {
     return StreamOf(record)->Size(*reinterpret_cast<StreamSizes*>(sizes));
 }
 
-LRESULT ConvertStream(LPARAM record, LPARAM header) {
+MMRESULT ConvertStream(LPARAM record, LPARAM header) {
     return StreamOf(record)->Convert(*reinterpret_cast<StreamHeader*>(header));
 }
 
 // What is not here is left to the manager, which prepares the buffers of a stream without its driver.
 constexpr struct {
     UINT message;
-    LRESULT (*answer)(LPARAM, LPARAM);
+    MMRESULT (*answer)(LPARAM, LPARAM);
 } kAnswers[] = {
     {kDriverDetails, DescribeDriver},   {kFormatTagDetails, AnswerTag},  {kFormatDetails, AnswerFormat},
     {kFormatSuggest, AnswerSuggestion}, {kStreamOpen, OpenStream},       {kStreamClose, CloseStream},
     {kStreamSize, SizeStream},          {kStreamConvert, ConvertStream},
 };
 
-LRESULT AnswerManager(UINT message, LPARAM first, LPARAM second) {
+MMRESULT AnswerManager(UINT message, LPARAM first, LPARAM second) {
     for (const auto& entry : kAnswers) {
         if (entry.message == message) return entry.answer(first, second);
     }
@@ -110,16 +109,8 @@ LRESULT AnswerManager(UINT message, LPARAM first, LPARAM second) {
 }
 
 /// @param description  null where the driver as such is opened
-Opened OpenDriver(const OpenDescription* description) {
-    if (description == nullptr) return OPENED_LIBRARY;
-    if (description->type != ACMDRIVERDETAILS_FCCTYPE_AUDIOCODEC) return OPENED_NOTHING;
-    ++installation.users;
-    return OPENED_FOR_USE;
-}
-
-BOOL CloseDriver(DWORD_PTR opened) {
-    if (opened == OPENED_FOR_USE) --installation.users;
-    return TRUE;
+BOOL OpenDriver(const OpenDescription* description) {
+    return description == nullptr || description->type == ACMDRIVERDETAILS_FCCTYPE_AUDIOCODEC;
 }
 
 LRESULT CALLBACK DriverProcedure(DWORD_PTR id, HDRVR driver, UINT message, LPARAM first, LPARAM second) {
@@ -127,16 +118,18 @@ LRESULT CALLBACK DriverProcedure(DWORD_PTR id, HDRVR driver, UINT message, LPARA
     case DRV_LOAD:
     case DRV_FREE:
     case DRV_ENABLE:
-    case DRV_DISABLE: return TRUE;
+    case DRV_DISABLE:
+    case DRV_CLOSE: return TRUE;
     case DRV_OPEN: return OpenDriver(reinterpret_cast<const OpenDescription*>(second));
-    case DRV_CLOSE: return CloseDriver(id);
-    case DRV_QUERYCONFIGURE: return FALSE;
-    case DRV_CONFIGURE: return DRVCNF_CANCEL;
+    case DRV_QUERYCONFIGURE:
+    case DRV_CONFIGURE: return FALSE; // there is nothing to configure
     case DRV_INSTALL:
     case DRV_REMOVE: return DRVCNF_OK;
     default: break;
     }
-    if (message >= ACMDM_RESERVED_LOW && message <= ACMDM_RESERVED_HIGH) return AnswerManager(message, first, second);
+    if (message >= ACMDM_RESERVED_LOW && message <= ACMDM_RESERVED_HIGH) {
+        return static_cast<LRESULT>(AnswerManager(message, first, second));
+    }
     return DefDriverProc(id, driver, message, first, second);
 }
 
@@ -152,7 +145,7 @@ MMRESULT AddDriver() {
 
 // Asked for it, Wine would remove a driver from under its streams.
 MMRESULT RemoveDriver() {
-    return installation.users == 0 ? acmDriverRemove(installation.id, 0) : ACMERR_BUSY;
+    return installation.streams == 0 ? acmDriverRemove(installation.id, 0) : ACMERR_BUSY;
 }
 
 } // namespace

@@ -14,11 +14,11 @@
 /// Everything else is refused, so that the system's drivers are asked. Streams are synchronous; the driver is asked
 /// after those of the system, and where one of them converts 8-bit PCM itself, that one is taken.
 
-#ifdef TESSEL_GSM_BUILD
-/// Marks what TesselGsm.dll offers: exported while it is built, imported by everyone else.
-#define TESSEL_GSM_API __declspec(dllexport)
-#else
+#ifndef TESSEL_GSM_BUILD
+/// Marks what TesselGsm.dll offers: imported by programs, exported while it is built.
 #define TESSEL_GSM_API __declspec(dllimport)
+#else
+#define TESSEL_GSM_API __declspec(dllexport)
 #endif
 
 #ifdef __cplusplus
@@ -32,10 +32,10 @@ extern "C" {
 ///         with which the system refused. After a failure nothing is counted.
 TESSEL_GSM_API unsigned int TesselGsmInstall(void);
 
-/// Takes back one TesselGsmInstall(); the last one removes the driver. Remove it before TesselGsm.dll is unloaded, for
-/// the system calls into it.
+/// Takes back one TesselGsmInstall(); the last one removes the driver. Close its handles (acmDriverClose()) before, and
+/// remove it before TesselGsm.dll is unloaded, for the system calls into it.
 /// Threads: any; not from DllMain.
-/// @return 0; ACMERR_BUSY (513): streams or handles of the driver are open, and it stays installed;
+/// @return 0; ACMERR_BUSY (513): streams of the driver are open, and it stays installed;
 ///         MMSYSERR_INVALHANDLE (5): it is not installed; else the MMRESULT with which the system refused, and it stays
 TESSEL_GSM_API unsigned int TesselGsmRemove(void);
 
