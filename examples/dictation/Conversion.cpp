@@ -58,6 +58,7 @@ bool ConvertFile(const std::wstring& from, const std::wstring& to) {
     if (EndsIn(to, L".wav")) {
         return CAudio::CreateWAV(to.c_str(), source.data(), static_cast<unsigned long>(source.size()), compressed) == 0;
     }
-    if (compressed == EndsIn(to, L".gsm")) return WriteAll(to, source.data(), static_cast<unsigned long>(source.size()));
+    if (compressed == EndsIn(to, L".gsm"))
+        return WriteAll(to, source.data(), static_cast<unsigned long>(source.size()));
     return Recode(std::move(source), !compressed, to);
 }

@@ -1,5 +1,5 @@
-#include "Conversion.h"
 #include "Dictation.h"
+#include "Conversion.h"
 #include "Level.h"
 #include "common/Arguments.h"
 
@@ -9,12 +9,13 @@
 
 namespace {
 
-constexpr char kUsage[] = "usage: dictation record FILE [SECONDS [FROM]]\n"
-                          "       dictation play FILE [FROM]\n"
-                          "       dictation step FILE [FROM [STEPS]]\n"
-                          "       dictation convert FILE NEWFILE\n"
-                          "FILE.gsm holds GSM 6.10 data, any other FILE 8-bit PCM data; NEWFILE may be a .wav. FROM is in\n"
-                          "seconds, a step is 0.2 s long. Control-C ends a recording or a playback.\n";
+constexpr char kUsage[] =
+    "usage: dictation record FILE [SECONDS [FROM]]\n"
+    "       dictation play FILE [FROM]\n"
+    "       dictation step FILE [FROM [STEPS]]\n"
+    "       dictation convert FILE NEWFILE\n"
+    "FILE.gsm holds GSM 6.10 data, any other FILE 8-bit PCM data; NEWFILE may be a .wav. FROM is in\n"
+    "seconds, a step is 0.2 s long. Control-C ends a recording or a playback.\n";
 
 Dictation* running = nullptr;
 

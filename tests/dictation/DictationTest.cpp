@@ -1,0 +1,79 @@
+#include "support/ChildProcess.h"
+#include "support/UnixTool.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <numbers>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Dictating : public testing::Test {
+protected:
+    Dictating() {
+        fs::create_directory(folder);
+        std::ofstream tone(folder / L"tone.pcm", std::ios::binary);
+        for (int i = 0; i < 24000; ++i) {
+            tone.put(static_cast<char>(std::lround(128 + 90 * std::sin(2 * std::numbers::pi * 700 * i / 8000))));
+        }
+    }
+    ~Dictating() override { fs::remove_all(folder); }
+
+    std::wstring Order(const wchar_t* order, const wchar_t* file, const std::wstring& more = L"") {
+        wchar_t own[MAX_PATH];
+        GetModuleFileNameW(nullptr, own, MAX_PATH);
+        return L"\"" + fs::path(own).replace_filename(L"dictation.exe").wstring() + L"\" " + order + L" \"" +
+               (folder / file).wstring() + L"\" " + more;
+    }
+    std::string Judge(const std::wstring& tool, const wchar_t* file, const wchar_t* options = L"") {
+        const UnixAnswer answer = RunUnix(tool + L" '" + UnixPath(folder / file) + L"' " + options);
+        EXPECT_EQ(answer.exitCode, 0) << answer.output;
+        return answer.output;
+    }
+
+    fs::path folder = fs::temp_directory_path() / L"tessel dictation";
+};
+
+} // namespace
+
+TEST_F(Dictating, WhatIsHeardIsRecordedCompressedAndMadeAWaveFile) {
+    ChildProcess recorder(Order(L"record", L"heard.gsm", L"5"));
+    std::string levels = recorder.WaitUntil("   0.0 s |");
+    EXPECT_EQ(levels.size(), 11u) << "ten columns and the end of the display";
+    ChildProcess player(Order(L"play", L"tone.pcm"));
+    EXPECT_EQ(player.WaitUntil("3.0 of 3.0 s"), "");
+    EXPECT_EQ(player.ExitCode(), 0u);
+    for (std::string line; line != "(ended)"; levels += line) line = recorder.WaitUntil("");
+    EXPECT_NE(levels.find("@@@"), std::string::npos) << levels;
+    EXPECT_EQ(recorder.ExitCode(), 0u);
+
+    const std::wstring wave = L"\"" + (folder / L"heard.wav").wstring() + L"\"";
+    EXPECT_EQ(ChildProcess(Order(L"convert", L"heard.gsm", wave)).ExitCode(), 0u);
+    EXPECT_EQ(Judge(L"soxi -e", L"heard.wav"), "GSM\n");
+    EXPECT_GE(std::atof(Judge(L"soxi -D", L"heard.wav").c_str()), 5.0);
+    // The tone alone: whatever is loud.
+    const std::string loud = Judge(L"sox", L"heard.wav", L"-n silence 1 0.1 10% 1 0.1 10% stat");
+    EXPECT_NEAR(std::atof(loud.substr(loud.find("frequency:") + 10).c_str()), 700, 35) << loud;
+}
+
+TEST_F(Dictating, StepsAndConvertsThereAndBackAndTellsFailures) {
+    ChildProcess steps(Order(L"step", L"tone.pcm", L"1.3 2"));
+    EXPECT_EQ(steps.WaitUntil("1.4 s"), "");
+    EXPECT_EQ(steps.WaitUntil("1.6 s"), "");
+    EXPECT_EQ(steps.ExitCode(), 0u);
+
+    const auto path = [this](const wchar_t* file) { return L"\"" + (folder / file).wstring() + L"\""; };
+    EXPECT_EQ(ChildProcess(Order(L"convert", L"tone.pcm", path(L"tone.gsm"))).ExitCode(), 0u);
+    EXPECT_EQ(fs::file_size(folder / L"tone.gsm"), 3u * 1625);
+    EXPECT_EQ(ChildProcess(Order(L"convert", L"tone.gsm", path(L"back.pcm"))).ExitCode(), 0u);
+    const std::string back = Judge(L"sox -t raw -r 8000 -c 1 -e unsigned-integer -b 8", L"back.pcm", L"-n stat");
+    EXPECT_NEAR(std::atof(back.substr(back.find("frequency:") + 10).c_str()), 700, 35) << back;
+
+    EXPECT_EQ(ChildProcess(Order(L"play", L"missing/tone.pcm")).ExitCode(), 1u);
+    EXPECT_EQ(ChildProcess(Order(L"sing", L"tone.pcm")).ExitCode(), 1u);
+}
