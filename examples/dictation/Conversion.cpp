@@ -41,7 +41,7 @@ bool Recode(std::vector<char> source, bool compress, const std::wstring& to) {
     convert.Convert(source.data(), target, whole, used, whole, allocated);
     if (target == nullptr) return false;
     const bool written = WriteAll(to, target, blocks * (compress ? kGsmBlock : kPcmBlock));
-    CAudioConvert::Free(target);
+    GlobalFree(target);
     return written;
 }
 
