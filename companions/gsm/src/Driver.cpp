@@ -76,8 +76,11 @@ MMRESULT OpenStream(LPARAM record, LPARAM /*unused*/) {
     return MMSYSERR_NOERROR;
 }
 
+// Wine closes what was only asked for, too.
 MMRESULT CloseStream(LPARAM record, LPARAM /*unused*/) {
-    delete StreamOf(record);
+    const GsmStream* const stream = StreamOf(record);
+    if (stream == nullptr) return MMSYSERR_NOERROR;
+    delete stream;
     --installation.streams;
     reinterpret_cast<StreamInstance*>(record)->driverData = 0;
     return MMSYSERR_NOERROR;
