@@ -1,4 +1,3 @@
-#include <media/AudioFormat.h>
 #include <tessel/audio.h>
 
 #include <cstddef>

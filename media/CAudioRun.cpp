@@ -1,4 +1,5 @@
-#include <media/AudioFormat.h>
+#include <media/AudioRatio.h>
+#include <media/WaveFormats.h>
 #include <tessel/audio.h>
 
 #include <algorithm>

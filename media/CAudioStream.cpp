@@ -1,5 +1,6 @@
 #include <foundation/Report.h>
-#include <media/AudioFormat.h>
+#include <media/AudioRatio.h>
+#include <media/WaveFormats.h>
 #include <tessel/audio.h>
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 #include <foundation/Report.h>
-#include <media/AudioFormat.h>
+#include <media/WaveFormats.h>
 #include <tessel/audio.h>
 
 #include <climits>

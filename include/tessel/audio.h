@@ -1,15 +1,6 @@
 #pragma once
 
-#include <tessel/platform.h>
-
-#include <mmsystem.h>
-
-#include <mmreg.h>
-
-#include <msacm.h>
-
-/// Format record of GSM 6.10 data.
-using WAVEFORMATGSM610 = GSM610WAVEFORMAT;
+#include <tessel/waveformat.h>
 
 /// How far a run has come, in PCM bytes.
 struct AUDIO_TIME {
