@@ -15,7 +15,8 @@
 namespace {
 
 /// Zeros behind the file: a last chunk may lack its pad byte, and heads of chunks are read 12 bytes at a time.
-constexpr std::size_t kSlack = 16;
+constexpr DWORD kSlack = 16;
+constexpr LONGLONG kLongest = MAXDWORD - kSlack;
 
 /// What stands in front of every chunk of a RIFF file.
 struct ChunkHead {
@@ -52,10 +53,11 @@ bool StaysInside(Bytes image) {
 }
 
 /// Reads a file and puts zeros behind it.
-/// @return its bytes; none: it is empty, cannot be read or does not fit
+/// @param size  receives their number, the zeros included
+/// @return its bytes; null: it is empty, too long or cannot be read, or there is no memory
 std::unique_ptr<unsigned char[]> ReadAll(HANDLE file, std::size_t& size) {
     LARGE_INTEGER length{};
-    if (!GetFileSizeEx(file, &length) || length.QuadPart == 0 || length.QuadPart > MAXDWORD - kSlack) return nullptr;
+    if (!GetFileSizeEx(file, &length) || length.QuadPart == 0 || length.QuadPart > kLongest) return nullptr;
     const DWORD count = length.LowPart;
     size = count + kSlack;
     std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[size]);

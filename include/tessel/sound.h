@@ -75,9 +75,10 @@ public:
     /// @return 0: closed, or it was not open; else the multimedia error, which is reported
     unsigned long Close();
 
-    /// Finds the controls and, if the constructor was told so, puts the workstation's settings into force: microphone
-    /// muted at the speaker, line in at 16, wave and speaker at 10, record master at 32, microphone recorded at 16.
-    /// Does nothing when m_bInit is set; sets it when all succeeded, and stops at the first failure.
+    /// Finds the controls, those of the recording line first, and then, if the constructor was told so, puts the
+    /// workstation's settings into force: microphone muted at the speaker, line in at 16, wave and speaker at 10,
+    /// record master at 32, microphone recorded at 16 and chosen as the source. Stops at the first failure: without a
+    /// recording line the speaker is not looked at. Does nothing when m_bInit is set, and sets it when all succeeded.
     /// @return 0; MMSYSERR_INVALHANDLE (5): the mixer is not open; else the multimedia error. It is reported
     unsigned long Initialize();
 
