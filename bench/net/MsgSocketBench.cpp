@@ -1,4 +1,5 @@
-#include "support/LoopbackListener.h"
+#include "support/LoopbackListener.h" // Winsock, before windows.h
+
 #include "support/ChildProcess.h"
 
 #include <benchmark/benchmark.h>
