@@ -8,7 +8,7 @@
 namespace {
 
 constexpr unsigned int kTickMs = 50;
-constexpr std::uint32_t kMovieMs = 100;
+constexpr long kMovieMs = 100;
 
 std::wstring TextOf(const Mail& mail) {
     return {reinterpret_cast<const wchar_t*>(mail.data.data()), mail.data.size() / sizeof(wchar_t)};
@@ -57,7 +57,7 @@ private:
 
     /// Without a movie nothing is written.
     void Film() {
-        const auto position = static_cast<long>(m_status.filmed * kMovieMs);
+        const auto position = static_cast<long>(m_status.filmed) * kMovieMs;
         const auto size = static_cast<unsigned long>(m_image.size());
         if (m_movie.WriteFrame(position, m_image.data(), size) == 0) ++m_status.filmed;
     }
