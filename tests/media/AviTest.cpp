@@ -99,6 +99,11 @@ HRESULT WINAPI LookAtOptions(PAVISTREAM* compressed, PAVISTREAM source, AVICOMPR
     return AVIMakeCompressedStream(compressed, source, options, handler);
 }
 
+HRESULT refusal;
+HRESULT WINAPI NoteRefusal(PAVISTREAM stream, LONG position, LPVOID format, LONG size) {
+    return refusal = AVIStreamSetFormat(stream, position, format, size);
+}
+
 constexpr auto kFailure = static_cast<unsigned long>(AVIERR_INTERNAL);
 template <class... Arguments> HRESULT WINAPI Fail(Arguments...) {
     return AVIERR_INTERNAL;
@@ -132,8 +137,11 @@ TEST_F(AviFile, RunLengthImagesPlayAtTheirRateAsTheyWereGiven) {
 }
 
 TEST_F(AviFile, ACodecsRefusalIsTheResultAndTheStreamStaysWithoutAFormatOdd151) {
-    const ImportPatch patch(L"Tessel.dll", "AVIMakeCompressedStream", LookAtOptions);
-    EXPECT_EQ(movie.InitializeStream(8, 4, palette, 25, 0, 80), 0x80044067) << "as Wine's codec does";
+    const ImportPatch options(L"Tessel.dll", "AVIMakeCompressedStream", LookAtOptions);
+    const ImportPatch format(L"Tessel.dll", "AVIStreamSetFormat", NoteRefusal);
+    const unsigned long result = movie.InitializeStream(8, 4, palette, 25, 0, 80);
+    EXPECT_EQ(result, static_cast<unsigned long>(refusal));
+    EXPECT_TRUE(FAILED(refusal)) << "Wine's codec compresses nothing";
     EXPECT_EQ(asked.fccHandler, mmioFOURCC('M', 'S', 'V', 'C'));
     EXPECT_EQ(asked.dwQuality, 8000u);
     EXPECT_EQ(asked.dwFlags, DWORD{AVICOMPRESSF_VALID});
