@@ -63,15 +63,18 @@ public:
 
     /// Starts a run at m_ulDataRead. @return what the start returned
     unsigned long Record() {
-        SetUp(MODE_RECORD, m_Record, m_ulMaxAudio);
+        SetModeRecord();
+        SetUp(m_Record, m_ulMaxAudio);
         return Follow(StartRecord());
     }
     unsigned long Play() {
-        SetUp(MODE_PLAY, m_Play, InPcm(m_ulDataWrite));
+        SetModePlay();
+        SetUp(m_Play, InPcm(m_ulDataWrite));
         return Follow(StartPlay());
     }
     unsigned long PlayStep() {
-        SetUp(MODE_PLAY_STEP, m_Play, InPcm(m_ulDataWrite));
+        SetModePlayStep();
+        SetUp(m_Play, InPcm(m_ulDataWrite));
         return Follow(StartPlayStep());
     }
 
@@ -83,6 +86,10 @@ public:
     /// Waits for the run's end.
     void Finish() const {
         PumpUntil([&] { return m_nMode == MODE_IDLE; });
+    }
+    void End() {
+        Stop();
+        Finish();
     }
     /// Makes it ready for notifications without a device.
     void Pretend(MODE mode) {
@@ -97,8 +104,7 @@ public:
 
 private:
     unsigned long InPcm(unsigned long bytes) const { return bytes * m_ulRatioAudio / m_ulRatioCompress; }
-    void SetUp(MODE mode, AUDIO_TIME& time, unsigned long limit) {
-        m_nMode = mode;
+    void SetUp(AUDIO_TIME& time, unsigned long limit) const {
         time = {InPcm(m_ulDataRead), InPcm(m_ulDataRead), limit};
     }
     unsigned long Follow(unsigned long started) {
