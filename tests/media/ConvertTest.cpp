@@ -10,8 +10,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
-#include <utility>
 
 namespace {
 
@@ -123,53 +123,47 @@ TEST_F(AudioConvert, ForeignGsmIsDecompressed) {
     ExpectTone(700, 90, Converted(0, gsm));
 }
 
-/// How much of a source of so many bytes is converted, given room for so many bytes of source.
-struct Sizes {
-    int compress;
-    unsigned long source;
-    unsigned long room;
-    unsigned long whole; ///< bytes that the whole blocks make
-    unsigned long done;  ///< bytes that are really made
-};
+HGLOBAL WINAPI AllocateFenced(UINT, SIZE_T size) {
+    static std::unique_ptr<Fenced> fenced;
+    fenced = std::make_unique<Fenced>(size);
+    return fenced->Start();
+}
 
-class AudioConvertSizes : public AudioConvert, public testing::WithParamInterface<Sizes> {
-protected:
-    static HGLOBAL WINAPI AllocateFenced(UINT, SIZE_T size) {
-        static Fenced* fenced = nullptr;
-        delete std::exchange(fenced, new Fenced(size));
-        return fenced->Start();
-    }
-};
-
-INSTANTIATE_TEST_SUITE_P(Chunks, AudioConvertSizes,
-                         testing::Values(Sizes{1, 7999, 8000, 4 * 325, 0},                    // less than a chunk
-                                         Sizes{1, 32000, 40000, 6500, 6500},                  // 4
-                                         Sizes{1, 36000, 40000, 22 * 325, 6500 + 780},        // 4.5
-                                         Sizes{1, 40000, 40000, 8125, 8125},                  // 5
-                                         Sizes{1, 44000, 48000, 27 * 325, 8125},              // 5.5
-                                         Sizes{1, 48000, 48000, 9750, 9750},                  // 6
-                                         Sizes{1, 48000, 9700, 9750, 1625 + 325},             // room for 1.2
-                                         Sizes{0, 8937, 9750, 27 * 1600, 40000},              // 5.5
-                                         Sizes{0, 10562, 11375, 32 * 1600, 48000 + 12 * 320}, // 6.5
-                                         Sizes{0, 3250, 400, 16000, 1600}));                  // room for a block
-
-TEST_P(AudioConvertSizes, Odd130NumberOfWholeChunksDecidesAndNothingOutsideTheBuffersIsTouched) {
-    const Sizes& sizes = GetParam();
+TEST_F(AudioConvert, Odd130NumberOfWholeChunksDecidesAndNothingOutsideTheBuffersIsTouched) {
+    const struct {
+        int compress;
+        unsigned long source; ///< bytes of it
+        unsigned long room;   ///< for so many bytes of source
+        unsigned long whole;  ///< bytes that the whole blocks make
+        unsigned long done;   ///< bytes that are really made
+    } cases[] = {
+        {1, 7999, 8000, 4 * 325, 0},                    // less than a chunk
+        {1, 32000, 40000, 6500, 6500},                  // 4
+        {1, 36000, 40000, 22 * 325, 6500 + 780},        // 4.5
+        {1, 40000, 40000, 8125, 8125},                  // 5
+        {1, 44000, 48000, 27 * 325, 8125},              // 5.5
+        {1, 48000, 48000, 9750, 9750},                  // 6
+        {1, 48000, 9700, 9750, 1625 + 325},             // room for 1.2
+        {0, 8937, 9750, 27 * 1600, 40000},              // 5.5
+        {0, 10562, 11375, 32 * 1600, 48000 + 12 * 320}, // 6.5
+        {0, 3250, 400, 16000, 1600},                    // room for a block
+    };
     const std::string sound = tone::Sine(440, 8 * tone::kSecond);
-    const std::string content = sizes.compress ? sound : Converted(1, sound);
-    const Fenced source(sizes.source);
-    content.copy(source.Start(), sizes.source);
-
+    const std::string gsm = Converted(1, sound);
     const ImportPatch fenced(L"Tessel.dll", "GlobalAlloc", AllocateFenced);
-    CAudioConvert converter(sizes.compress);
-    char* made = nullptr;
-    unsigned long whole = 0;
-    unsigned long room = 0;
-    converter.Convert(source.Start(), made, sizes.source, whole, sizes.room, room);
-    EXPECT_EQ(whole, sizes.whole);
-    EXPECT_EQ(room, sizes.compress ? sizes.room / 1600 * 325 : sizes.room / 325 * 1600);
-    const std::string text(made, room);
-    EXPECT_EQ(text.find_last_not_of('\0') + 1, sizes.done);
+    for (const auto& sizes : cases) {
+        SCOPED_TRACE(sizes.source);
+        const Fenced source(sizes.source);
+        (sizes.compress ? sound : gsm).copy(source.Start(), sizes.source);
+        CAudioConvert converter(sizes.compress);
+        char* made = nullptr;
+        unsigned long whole = 0;
+        unsigned long room = 0;
+        converter.Convert(source.Start(), made, sizes.source, whole, sizes.room, room);
+        EXPECT_EQ(whole, sizes.whole);
+        EXPECT_EQ(room, sizes.compress ? sizes.room / 1600 * 325 : sizes.room / 325 * 1600);
+        EXPECT_EQ(std::string(made, room).find_last_not_of('\0') + 1, sizes.done);
+    }
 }
 
 int conversions;
