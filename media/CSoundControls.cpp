@@ -24,14 +24,14 @@ template <class Value, DWORD channels> MMRESULT Get(HMIXER mixer, unsigned long 
     ReportUnusable(mixer, id);
     MIXERCONTROLDETAILS details = DetailsOf(id, values);
     return mixerGetControlDetailsW(tessel::AsMixerObject(mixer), &details,
-                                   MIXER_GETCONTROLDETAILSF_VALUE | MIXER_OBJECTF_HMIXER);
+                                   MIXER_GETCONTROLDETAILSF_VALUE | tessel::kByHandle);
 }
 
 template <class Value, DWORD channels> MMRESULT Set(HMIXER mixer, unsigned long id, Value (&&values)[channels]) {
     ReportUnusable(mixer, id);
     MIXERCONTROLDETAILS details = DetailsOf(id, values);
     return mixerSetControlDetails(tessel::AsMixerObject(mixer), &details,
-                                  MIXER_SETCONTROLDETAILSF_VALUE | MIXER_OBJECTF_HMIXER);
+                                  MIXER_SETCONTROLDETAILSF_VALUE | tessel::kByHandle);
 }
 
 } // namespace

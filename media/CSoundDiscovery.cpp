@@ -96,7 +96,7 @@ public:
 private:
     MMRESULT ReadLine(MIXERLINEW& line, DWORD by) const {
         line.cbStruct = sizeof line;
-        return mixerGetLineInfoW(tessel::AsMixerObject(m_mixer), &line, by | MIXER_OBJECTF_HMIXER);
+        return mixerGetLineInfoW(tessel::AsMixerObject(m_mixer), &line, by | tessel::kByHandle);
     }
 
     MMRESULT TakeSource(DWORD destination, DWORD source) const {
@@ -129,7 +129,7 @@ private:
         query.cbmxctrl = sizeof controls[0];
         query.pamxctrl = controls.get();
         return mixerGetLineControlsW(tessel::AsMixerObject(m_mixer), &query,
-                                     MIXER_GETLINECONTROLSF_ALL | MIXER_OBJECTF_HMIXER);
+                                     MIXER_GETLINECONTROLSF_ALL | tessel::kByHandle);
     }
 
     MMRESULT SetDefault(const MIXERCONTROLW& control) const {

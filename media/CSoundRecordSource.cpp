@@ -28,8 +28,8 @@ MMRESULT ReadSelector(HMIXER mixer, Selector& selector) {
     query.cControls = 1;
     query.cbmxctrl = sizeof control;
     query.pamxctrl = &control;
-    const MMRESULT result = mixerGetLineControlsW(tessel::AsMixerObject(mixer), &query,
-                                                  MIXER_GETLINECONTROLSF_ONEBYID | MIXER_OBJECTF_HMIXER);
+    const MMRESULT result =
+        mixerGetLineControlsW(tessel::AsMixerObject(mixer), &query, MIXER_GETLINECONTROLSF_ONEBYID | tessel::kByHandle);
     selector.isSingle = control.dwControlType == MIXERCONTROL_CONTROLTYPE_SINGLESELECT ||
                         control.dwControlType == MIXERCONTROL_CONTROLTYPE_MUX;
     // ODD-141: two channels are taken for granted, whatever the line has.
@@ -57,7 +57,7 @@ MMRESULT Read(HMIXER mixer, const Selector& selector, DWORD what, std::unique_pt
     values.reset(new (std::nothrow) Value[selector.Values()]{});
     if (values == nullptr) return MMSYSERR_NOMEM;
     MIXERCONTROLDETAILS details = DetailsOf(selector, values.get());
-    return mixerGetControlDetailsW(tessel::AsMixerObject(mixer), &details, what | MIXER_OBJECTF_HMIXER);
+    return mixerGetControlDetailsW(tessel::AsMixerObject(mixer), &details, what | tessel::kByHandle);
 }
 
 void Choose(const Selector& selector, const wchar_t* word, const MIXERCONTROLDETAILS_LISTTEXTW* texts,
@@ -93,5 +93,5 @@ unsigned long CSound::SetRecordSource(SOUND_DEVICE device) {
     Choose(selector, WordFor(device), texts.get(), values.get());
     MIXERCONTROLDETAILS details = DetailsOf(selector, values.get());
     return mixerSetControlDetails(tessel::AsMixerObject(mhMixer), &details,
-                                  MIXER_SETCONTROLDETAILSF_VALUE | MIXER_OBJECTF_HMIXER);
+                                  MIXER_SETCONTROLDETAILSF_VALUE | tessel::kByHandle);
 }

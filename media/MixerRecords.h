@@ -12,7 +12,10 @@ namespace tessel {
 /// The most controls of a line, or items of a control, that a driver is believed to have.
 inline constexpr DWORD kMostMixerRecords = 0xFFFF;
 
-/// The handle as the kind of object that the mixer functions take, with MIXER_OBJECTF_HMIXER.
+/// Tells the mixer functions that their object is what AsMixerObject() gives.
+inline constexpr DWORD kByHandle = MIXER_OBJECTF_HMIXER;
+
+/// The handle as the kind of object that the mixer functions take.
 inline HMIXEROBJ AsMixerObject(HMIXER mixer) {
     return reinterpret_cast<HMIXEROBJ>(mixer);
 }
