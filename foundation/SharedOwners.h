@@ -12,6 +12,13 @@ namespace tessel {
 /// @return true: noted; false: no memory, the new owner must not keep the resource
 bool AddOwner(const void* resource);
 
+/// Makes a copy one more owner.
+/// @param resource  what the copied object has; may be null
+/// @return the resource; null: there is none, or no memory to note the owner
+template <class Resource> Resource* Share(Resource* resource) {
+    return resource != nullptr && AddOwner(resource) ? resource : nullptr;
+}
+
 /// Whether others hold the resource too.
 /// @param resource  address or handle value
 /// @return true: it has several owners; false: one at most

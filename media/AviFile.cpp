@@ -122,10 +122,6 @@ unsigned char* Allocate(std::int64_t size) {
     return static_cast<unsigned char*>(std::calloc(1, static_cast<std::size_t>(size)));
 }
 
-unsigned char* Share(unsigned char* buffer) {
-    return buffer != nullptr && tessel::AddOwner(buffer) ? buffer : nullptr;
-}
-
 void Release(unsigned char* buffer) {
     if (buffer != nullptr && tessel::RemoveOwner(buffer)) std::free(buffer);
 }
@@ -161,9 +157,9 @@ void CAviFile::ShareWith(const CAviFile& other) {
     m_pFile = other.m_pFile;
     m_pStream = other.m_pStream;
     m_pCompressed = other.m_pCompressed;
-    m_pHeader = Share(other.m_pHeader);
+    m_pHeader = tessel::Share(other.m_pHeader);
     m_pPixels = m_pHeader != nullptr ? other.m_pPixels : nullptr;
-    m_pFrame = Share(other.m_pFrame);
+    m_pFrame = tessel::Share(other.m_pFrame);
     m_iHeight = other.m_iHeight;
     m_iWidth = other.m_iWidth;
     if (m_pFile != nullptr) {

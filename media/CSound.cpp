@@ -83,10 +83,6 @@ unsigned long Reported(unsigned long status, unsigned int line) {
     return status;
 }
 
-template <class Resource> Resource* Share(Resource* resource) {
-    return resource != nullptr && tessel::AddOwner(resource) ? resource : nullptr;
-}
-
 void DiscoverAnew(CSound& sound) {
     CSound::mMaster = L"Master";
     CSound::mLine = L"Line";
@@ -110,7 +106,7 @@ CSound::CSound(wchar_t* file)
 
 // GUARD-130: a copy shares what only the last one closes and frees.
 CSound::CSound(const CSound& other)
-    : m_bDefaults(other.m_bDefaults), m_pImage(Share(other.m_pImage)), mhMixer(Share(other.mhMixer)),
+    : m_bDefaults(other.m_bDefaults), m_pImage(tessel::Share(other.m_pImage)), mhMixer(tessel::Share(other.mhMixer)),
       m_hWnd(other.m_hWnd) {}
 
 CSound& CSound::operator=(const CSound& other) {
@@ -118,8 +114,8 @@ CSound& CSound::operator=(const CSound& other) {
     (void)Close(); // reported
     tessel::FreeSoundImage(m_pImage);
     m_bDefaults = other.m_bDefaults;
-    m_pImage = Share(other.m_pImage);
-    mhMixer = Share(other.mhMixer);
+    m_pImage = tessel::Share(other.m_pImage);
+    mhMixer = tessel::Share(other.mhMixer);
     m_hWnd = other.m_hWnd;
     return *this;
 }
