@@ -47,7 +47,8 @@ public:
     /// @return 0; AVIERR_FILEOPEN (0x8004406F): it cannot be made; -1: no path; else what the system says
     unsigned long Open(const wchar_t* path);
 
-    /// Completes the file and frees the buffers, the caller's frame among them. Does nothing when no file is open.
+    /// Completes the file and frees the buffers, the caller's frame among them. Without an open file
+    /// only the buffers go.
     void Close();
 
     /// Makes a stream of uncompressed images whose positions are milliseconds, and a frame to draw each image in.
@@ -87,10 +88,9 @@ public:
     /// Writes an image whose top row comes first.
     /// @param position  as above
     /// @param pixels    height rows of width bytes
-    /// @param size      their number; another one than width times height is reported. Of a smaller image the whole
-    /// rows
-    ///                  are written, and below them what was written there before, black at first; of a larger one,
-    ///                  what fits
+    /// @param size      their number in bytes; another one than width times height is reported. Of a smaller image the
+    ///                  whole rows are written, and below them what was written there before, zeros at first; of a
+    ///                  larger one, what fits
     /// @return 0; -1: there is no stream, or no pixels; else the result of AVIStreamWrite
     unsigned long WriteFrame(long position, unsigned char* pixels, unsigned long size);
 

@@ -101,7 +101,7 @@ public:
 
     /// Reads a volume.
     /// @param device  SOUND_WAVE to SOUND_SPEAKER
-    /// @param level   receives 1 to 32; left as it is when there is nothing to read
+    /// @param level   receives 1 to 32; left as it is for a control that was never found and after a failure
     /// @return 0, also for a control that was never found; STATUS_SOUND_NO_CONTROL or the multimedia error
     unsigned long GetVolume(SOUND_DEVICE device, unsigned long& level);
 
