@@ -108,6 +108,10 @@ constexpr auto kFailure = static_cast<unsigned long>(AVIERR_INTERNAL);
 template <class... Arguments> HRESULT WINAPI Fail(Arguments...) {
     return AVIERR_INTERNAL;
 }
+/// A function that fails, with the arguments of another one.
+template <class... Arguments> void* FailingLike(HRESULT(WINAPI*)(Arguments...)) {
+    return reinterpret_cast<void*>(&Fail<Arguments...>);
+}
 
 } // namespace
 
@@ -208,16 +212,7 @@ TEST_F(AviFile, WhatCannotBeIsRefusedAndChangesNothing) {
     EXPECT_EQ(Write(0, Draw(4, 2, 0)), kRefused);
     ASSERT_EQ(movie.InitializeStream(4, 2, palette, frame), 0u);
     std::memset(frame, 7, 8);
-    constexpr int kSizes[][2] = {{0, 2},
-                                 {2, 0},
-                                 {-4, 2},
-                                 {4, -2},
-                                 {-4, -2},
-                                 {46341, 46341},
-                                 {65536, 65536},
-                                 {3, INT_MAX / 3},
-                                 {INT_MAX, INT_MAX},
-                                 {INT_MIN, INT_MIN}};
+    constexpr int kSizes[][2] = {{0, 2}, {2, 0}, {-4, -2}, {65536, 65536}, {3, INT_MAX / 3}, {INT_MIN, INT_MIN}};
     for (const auto& [width, height] : kSizes) {
         void* none = frame;
         EXPECT_EQ(movie.InitializeStream(width, height, palette, none), kRefused) << width << " by " << height;
@@ -236,18 +231,13 @@ TEST_F(AviFile, TheFirstFailureIsTheResultAndNothingStaysOpen) {
         const char* name;
         void* replacement;
         unsigned long open, uncompressed, compressed, write;
-    } kFailures[] = {{"AVIFileOpenW", reinterpret_cast<void*>(&Fail<PAVIFILE*, LPCWSTR, UINT, LPCLSID>), //
-                      kFailure, kRefused, kRefused, kRefused},
-                     {"AVIFileCreateStreamW", reinterpret_cast<void*>(&Fail<PAVIFILE, PAVISTREAM*, AVISTREAMINFOW*>), //
-                      0, kFailure, kFailure, kRefused},
-                     {"AVIStreamSetFormat", reinterpret_cast<void*>(&Fail<PAVISTREAM, LONG, LPVOID, LONG>), //
-                      0, kFailure, kFailure, 0},
-                     {"AVIMakeCompressedStream",
-                      reinterpret_cast<void*>(&Fail<PAVISTREAM*, PAVISTREAM, AVICOMPRESSOPTIONS*, CLSID*>), 0, 0,
-                      kFailure, kRefused},
-                     {"AVIStreamWrite",
-                      reinterpret_cast<void*>(&Fail<PAVISTREAM, LONG, LONG, LPVOID, LONG, DWORD, LONG*, LONG*>), //
-                      0, 0, 0, kFailure}};
+    } kFailures[] = {
+        {"AVIFileOpenW", FailingLike(AVIFileOpenW), kFailure, kRefused, kRefused, kRefused},
+        {"AVIFileCreateStreamW", FailingLike(AVIFileCreateStreamW), 0, kFailure, kFailure, kRefused},
+        {"AVIStreamSetFormat", FailingLike(AVIStreamSetFormat), 0, kFailure, kFailure, 0},
+        {"AVIMakeCompressedStream", FailingLike(AVIMakeCompressedStream), 0, 0, kFailure, kRefused},
+        {"AVIStreamWrite", FailingLike(AVIStreamWrite), 0, 0, 0, kFailure},
+    };
     for (const auto& failure : kFailures) {
         SCOPED_TRACE(failure.name);
         const ImportPatch patch(L"Tessel.dll", failure.name, failure.replacement);

@@ -52,6 +52,7 @@ struct Sound : testing::Test {
     std::filesystem::path path = std::filesystem::temp_directory_path() / "tessel-sound.wav";
     std::wstring name = path.wstring();
 
+    Sound() { played.clear(); }
     ~Sound() override { std::filesystem::remove(path); }
     void Write(const std::string& bytes) const { std::ofstream(path, std::ios::binary) << bytes; }
     /// Plays a file of these bytes.
