@@ -28,7 +28,8 @@ public:
     Workstation& operator=(const Workstation&) = delete;
 
     /// Runs until the end and prints the result.
-    /// @return the process's exit code: 0 when all that was sent was received and saved as it was generated
+    /// @return the process's exit code: 0 when all that was sent was received and saved as it was generated, and put
+    ///         into the movie if there is to be one
     int Run();
 
 private:

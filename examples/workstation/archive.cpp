@@ -14,7 +14,8 @@ std::wstring TextOf(const Mail& mail) {
     return {reinterpret_cast<const wchar_t*>(mail.data.data()), mail.data.size() / sizeof(wchar_t)};
 }
 
-/// The manager that puts images together from their lines and saves each one that is complete.
+/// The manager that puts images together from their lines and saves each one that is complete, in a file of its
+/// own and in the movie if there is to be one.
 class Archive : public Manager {
 public:
     Archive() : Manager(kArchiveId, kTickMs) {}
