@@ -1,3 +1,4 @@
+#include <media/WaveFormats.h>
 #include <tessel/audio.h>
 
 #include <cstddef>
@@ -21,18 +22,19 @@ CAudio::CAudio(int bConvert) : AUDIO_DATA{} {
     InitWaveFormatPCM(&m_FormatPCM);
     InitWaveFormatGSM(&m_FormatGSM);
     SetConvert(bConvert);
+    ClearStreamHeadersConvert();
     InitWaveHeaders();
 }
 
 CAudio::CAudio(const CAudio& other) : AUDIO_DATA(other) {
-    PointAtOwnBuffers();
+    LeaveRunToOther();
 }
 
 CAudio& CAudio::operator=(const CAudio& other) {
     if (this == &other) return *this;
     LetGo();
     static_cast<AUDIO_DATA&>(*this) = other;
-    PointAtOwnBuffers();
+    LeaveRunToOther();
     return *this;
 }
 
@@ -42,7 +44,7 @@ CAudio::~CAudio() {
 
 // GUARD-100: copied as they are, the pointers would lead into the other object, and device and conversion would be
 // closed twice.
-void CAudio::PointAtOwnBuffers() {
+void CAudio::LeaveRunToOther() {
     m_hStream = nullptr;
     m_hWaveIn = nullptr;
     m_hWaveOut = nullptr;
@@ -50,9 +52,24 @@ void CAudio::PointAtOwnBuffers() {
     m_StreamHeaderStep = ACMSTREAMHEADER{};
     for (WAVEHDR& header : m_WaveHeader) header = WAVEHDR{};
     m_WaveHeaderStep = WAVEHDR{};
-    SetConvert(m_bConvert);
+    UseOwnBuffers();
+    InitStreamHeaders();
     ClearStreamHeadersConvert();
     InitWaveHeaders();
+}
+
+void CAudio::UseOwnBuffers() {
+    const bool converts = m_bConvert != 0;
+    for (int i = 0; i < 2; ++i) {
+        m_pAudio[i] = m_cAudio[i];
+        m_pCompress[i] = converts ? m_cCompress[i] : m_cAudio[i];
+    }
+    m_pAudioStep = m_cAudioStep;
+    m_pCompressStep = converts ? m_cCompressStep : m_cAudioStep;
+    m_ulSizeAudio = sizeof m_cAudio[0];
+    m_ulSizeCompress = converts ? sizeof m_cCompress[0] : sizeof m_cAudio[0];
+    m_ulSizeAudioStep = sizeof m_cAudioStep;
+    m_ulSizeCompressStep = converts ? sizeof m_cCompressStep : sizeof m_cAudioStep;
 }
 
 // GUARD-101: the device would go on writing into an object that is gone or holds something else.
@@ -104,24 +121,16 @@ wchar_t* CAudio::GetPath() {
 }
 
 void CAudio::SetConvert(int bConvert) {
+    constexpr unsigned long kLongest = 300; // seconds
     const bool converts = bConvert != 0;
     m_bConvert = bConvert;
-    for (int i = 0; i < 2; ++i) {
-        m_pAudio[i] = m_cAudio[i];
-        m_pCompress[i] = converts ? m_cCompress[i] : m_cAudio[i];
-    }
-    m_pAudioStep = m_cAudioStep;
-    m_pCompressStep = converts ? m_cCompressStep : m_cAudioStep;
-    m_ulSizeAudio = sizeof m_cAudio[0];
-    m_ulSizeCompress = converts ? sizeof m_cCompress[0] : sizeof m_cAudio[0];
-    m_ulSizeAudioStep = sizeof m_cAudioStep;
-    m_ulSizeCompressStep = converts ? sizeof m_cCompressStep : sizeof m_cAudioStep;
+    UseOwnBuffers();
     m_ulRatioAudio = 64;
     m_ulRatioCompress = converts ? 13 : 64;
-    m_ulMaxAudio = 2400000;
-    m_ulMaxCompress = converts ? 487500 : 2400000;
-    m_ulBlockAudio = 1600;
-    m_ulBlockCompress = converts ? 325 : 1600;
+    m_ulMaxAudio = kLongest * tessel::kFormatPCM.nAvgBytesPerSec;
+    m_ulMaxCompress = kLongest * FileBytesPerSecond();
+    m_ulBlockAudio = tessel::kBlockPCM;
+    m_ulBlockCompress = converts ? tessel::kBlockGSM : tessel::kBlockPCM;
     InitStreamHeaders();
 }
 

@@ -39,8 +39,9 @@ char* Allocate(unsigned long long size) {
 } // namespace
 
 CAudioConvert::CAudioConvert(int bCompress)
-    : m_nDirection(bCompress != 0 ? DIRECTION_COMPRESS : DIRECTION_DECOMPRESS), m_ulChunkPCM(8000), m_ulChunkGSM(1625),
-      m_ulBlockPCM(1600), m_ulBlockGSM(325), m_hStream(nullptr) {
+    : m_nDirection(bCompress != 0 ? DIRECTION_COMPRESS : DIRECTION_DECOMPRESS),
+      m_ulChunkPCM(tessel::kFormatPCM.nAvgBytesPerSec), m_ulChunkGSM(tessel::kFormatGSM.wfx.nAvgBytesPerSec),
+      m_ulBlockPCM(tessel::kBlockPCM), m_ulBlockGSM(tessel::kBlockGSM), m_hStream(nullptr) {
     InitWaveFormatPCM(&m_FormatPCM);
     InitWaveFormatGSM(&m_FormatGSM);
     InitStreamHeader(&m_StreamHeader);

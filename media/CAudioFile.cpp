@@ -42,12 +42,12 @@ unsigned long CAudio::DetachFromFile() {
 
 unsigned long CAudio::OpenFile() {
     constexpr unsigned long kAccess[] = {GENERIC_READ | GENERIC_WRITE, GENERIC_WRITE, GENERIC_READ, GENERIC_READ};
-    // Not shared, it could not be opened a second time.
-    const bool wasOpen = m_hFile != nullptr;
-    (void)CloseFile();
-    if (wasOpen || m_nMode < MODE_IDLE || m_nMode > MODE_PLAY_STEP) return 1;
-    m_hFile = OpenPath(kAccess[m_nMode], OPEN_ALWAYS);
-    return KeepFileError(m_hFile != nullptr);
+    const bool known = m_nMode >= MODE_IDLE && m_nMode <= MODE_PLAY_STEP;
+    const HANDLE file = known ? OpenPath(kAccess[m_nMode], OPEN_ALWAYS) : nullptr;
+    const unsigned long failed = KeepFileError(file != nullptr);
+    (void)CloseFile(); // only now: the same file, not shared, does not open twice
+    m_hFile = file;
+    return failed;
 }
 
 unsigned long CAudio::CloseFile() {

@@ -73,7 +73,7 @@ unsigned long CAudio::OpenStream() {
 }
 
 unsigned long CAudio::CloseStream() {
-    if (m_hStream == nullptr) return 0;
+    if (!m_bConvert || m_hStream == nullptr) return 0;
     const HACMSTREAM stream = m_hStream;
     m_hStream = nullptr;
     return KeepStreamError(acmStreamClose(stream, 0));
@@ -94,6 +94,7 @@ unsigned long CAudio::UnprepareStreamHeaders() {
 }
 
 unsigned long CAudio::UnprepareStreamHeader(ACMSTREAMHEADER* header) {
+    if (!m_bConvert) return 0;
     if (header == nullptr) return 1; // GUARD-09
     if ((header->fdwStatus & ACMSTREAMHEADER_STATUSF_PREPARED) == 0) return 0;
     return KeepStreamError(acmStreamUnprepareHeader(m_hStream, header, 0));

@@ -208,7 +208,7 @@ protected:
 
 public:
     /// The volume of the default output device.
-    /// @param volume  receives it as waveOutGetVolume gives it, the left channel in the low word; 0 after a failure
+    /// @param volume  receives what waveOutGetVolume gives, the left channel in the low word; 0 when that fails
     /// @return 0 or 1
     virtual unsigned long GetSystemVolume(unsigned long& volume);
 
@@ -248,7 +248,8 @@ protected:
     ///@{
 
     /// Opens the file, or makes it: for reading and writing in MODE_IDLE, for writing in MODE_RECORD, for reading in
-    /// the play modes. A file that is open already is closed, and the result is 1.
+    /// the play modes. A file that was open before is closed in any case; opening the same one once more gives 1, since
+    /// it is not shared.
     /// @return 0; 1: no file is open
     unsigned long OpenFile();
 
@@ -503,6 +504,7 @@ private:
     unsigned long FileBytesPerSecond() const;
     unsigned long StartOutput();
     void FinishRun();
-    void PointAtOwnBuffers();
+    void LeaveRunToOther();
+    void UseOwnBuffers();
     void LetGo();
 };

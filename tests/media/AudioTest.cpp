@@ -10,6 +10,7 @@
 
 #include <array>
 #include <list>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -70,13 +71,13 @@ BOOL WINAPI WriteUntilFull(HANDLE file, LPCVOID data, DWORD size, DWORD* written
     return WriteFile(file, data, count, written, overlapped);
 }
 
-using Opened = std::vector<std::array<DWORD, 3>>;
-Opened opened; ///< access, sharing and disposition of each file
+using Opened = std::array<DWORD, 3>;
+Opened opened; ///< access, sharing and disposition of the last file
 DWORD refusedAccess = 0;
 
 HANDLE WINAPI LogAndOpen(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,
                          DWORD flags, HANDLE like) {
-    opened.push_back({access, share, disposition});
+    opened = {access, share, disposition};
     if (access & refusedAccess) return INVALID_HANDLE_VALUE;
     return CreateFileW(path, access, share, security, disposition, flags, like);
 }
@@ -206,7 +207,7 @@ TEST_F(Audio, ARecordingReplacesWhatFollowsTheReadPosition) {
         recorder.End();
         const std::string after = BytesOf(folder / "recorded");
         EXPECT_EQ(after.substr(0, kind.block), before);
-        EXPECT_EQ(after.find("bbbb"), std::string::npos) << kind.convert;
+        EXPECT_EQ(after.find(std::string(65, 'b')), std::string::npos) << kind.convert;
         EXPECT_EQ(recorder->m_ulDataRead, after.size());
     }
 }
@@ -237,32 +238,24 @@ TEST_F(Audio, Odd117AStepPlaysOneBlockAndItsPositionStays) {
 }
 
 TEST_F(Audio, Odd114WhatComesFromTheDeviceBecomesWholeBlocksOfTheFile) {
-    constexpr struct {
-        unsigned long before, position;
-        DWORD recorded;
-        unsigned long after;
-    } kCases[] = {
-        {0, 0, 8000, 8000},          {0, 0, 1, 1600},
-        {0, 0, 1601, 3200},          {0, 0, 0, 0},
-        {0, 4800, 0, 4800},          {3200, 4800, 0, 4800},
-        {4800, 3200, 0, 4800},       {0, 2400000, 0, 8000},
-        {0, 0, 0xFFFFFFFF, 8000},    {2398400, 0, 8000, 2400000},
-        {2400000, 0, 8000, 2400000},
-    };
-    for (const auto& test : kCases) {
-        Recorder recorder(0, File("blocks", test.before));
+    constexpr unsigned long kCases[][4] = {
+        {0, 0, 8000, 8000},          {0, 0, 1601, 3200},         {0, 0, 0, 0},          {0, 4800, 0, 4800},
+        {3200, 4800, 0, 4800},       {4800, 3200, 0, 4800},      {0, 2400000, 0, 8000}, {0, 0, 0xFFFFFFFF, 8000},
+        {2398400, 0, 8000, 2400000}, {2400000, 0, 8000, 2400000}};
+    for (const auto& [before, reached, recorded, after] : kCases) {
+        Recorder recorder(0, File("blocks", before));
         recorder.Pretend(CAudio::MODE_RECORD);
-        recorder->m_Record.ulPosition = test.position;
+        recorder->m_Record.ulPosition = reached;
         WAVEHDR& header = recorder->m_WaveHeader[1];
         std::fill_n(header.lpData, 8000, 'x');
-        header.dwBytesRecorded = test.recorded;
+        header.dwBytesRecorded = recorded;
         recorder.ProcessWimData(nullptr, &header);
         recorder.ProcessWimClose(nullptr);
         const std::string bytes = BytesOf(folder / "blocks");
-        EXPECT_EQ(bytes.size(), test.after) << test.before << " " << test.position << " " << test.recorded;
-        EXPECT_EQ(recorder->m_ulDataRead, test.after);
+        EXPECT_EQ(bytes.size(), after) << before << " " << reached << " " << recorded;
+        EXPECT_EQ(recorder->m_ulDataRead, after);
         EXPECT_EQ(recorder.stops, 0);
-        if (test.recorded == 1601) {
+        if (recorded == 1601) {
             EXPECT_EQ(bytes, std::string(1601, 'x') + std::string(1599, '\0'));
         }
     }
@@ -347,13 +340,7 @@ TEST_F(Audio, NotificationsWithForeignRecordsStopTheRun) {
 }
 
 TEST_F(Audio, Odd116ThePositionIsRoundedDownAndReachesOnlyWholeLimits) {
-    constexpr struct {
-        unsigned long base, limit;
-        DWORD bytes;
-        UINT type;
-        unsigned long result, position;
-        int stops;
-    } kCases[] = {
+    constexpr unsigned long kCases[][7] = {
         {0, 16000, 1599, TIME_BYTES, 0, 0, 0},         {1600, 16000, 3201, TIME_BYTES, 0, 4800, 0},
         {0, 3200, 0xFFFFFFFF, TIME_BYTES, 0, 3200, 1}, {0xFFFFFFFF, 3200, 9, TIME_BYTES, 0, 3200, 1},
         {0, 4000, 16000, TIME_BYTES, 0, 3200, 0},      {1600, 16000, 1600, TIME_MS, 1, 77, 0},
@@ -361,17 +348,17 @@ TEST_F(Audio, Odd116ThePositionIsRoundedDownAndReachesOnlyWholeLimits) {
     const ImportPatch input(kLibrary, "waveInGetPosition", TellPosition<HWAVEIN>);
     const ImportPatch output(kLibrary, "waveOutGetPosition", TellPosition<HWAVEOUT>);
     Recorder recorder(0, File("times", 16000ul));
-    for (const auto& test : kCases) {
+    for (const auto& [base, limit, bytes, type, result, reached, stops] : kCases) {
         for (const auto mode : {CAudio::MODE_RECORD, CAudio::MODE_PLAY}) {
             recorder->m_nMode = mode;
             recorder.stops = 0;
-            position.wType = test.type;
-            position.u.cb = test.bytes;
+            position.wType = type;
+            position.u.cb = bytes;
             AUDIO_TIME& time = mode == CAudio::MODE_RECORD ? recorder->m_Record : recorder->m_Play;
-            time = {77, test.base, test.limit};
-            EXPECT_EQ(recorder.UpdateDeviceTime(), test.result);
-            EXPECT_EQ(time.ulPosition, test.position) << test.limit << " " << test.bytes;
-            EXPECT_EQ(recorder.stops, test.stops);
+            time = {77, base, limit};
+            EXPECT_EQ(recorder.UpdateDeviceTime(), result);
+            EXPECT_EQ(time.ulPosition, reached) << limit << " " << bytes;
+            EXPECT_EQ(recorder.stops, static_cast<int>(stops));
         }
     }
     recorder.ProcessTimer(CAudio::TIMER_ID);
@@ -386,19 +373,15 @@ TEST_F(Audio, TimesAreInSecondsOfTheMode) {
     recorder->m_ulDataRead = 3250;
     recorder->m_Record.ulPosition = 48000;
     recorder->m_Play.ulPosition = 40000;
-    using Times = std::pair<double, double>;
-    const auto times = [&](CAudio::MODE mode, int convert) {
-        Times found;
-        recorder.SetConvert(convert);
+    constexpr std::tuple<int, int, double, double> kCases[] = {
+        {0, 0, 0.40625, 0.8125}, {0, 1, 2, 4}, {1, 0, 6, 300}, {1, 1, 6, 300}, {2, 0, 5, 0.8125}, {3, 1, 5, 4}};
+    for (const auto& [mode, convert, current, total] : kCases) {
         recorder->m_nMode = mode;
-        EXPECT_EQ(recorder.GetTimeCurrent(found.first) + recorder.GetTimeTotal(found.second), 0u);
-        return found;
-    };
-    EXPECT_EQ(times(CAudio::MODE_IDLE, 0), Times(0.40625, 0.8125));
-    EXPECT_EQ(times(CAudio::MODE_IDLE, 1), Times(2, 4));
-    for (const int convert : {0, 1}) EXPECT_EQ(times(CAudio::MODE_RECORD, convert), Times(6, 300));
-    EXPECT_EQ(times(CAudio::MODE_PLAY, 0), Times(5, 0.8125));
-    EXPECT_EQ(times(CAudio::MODE_PLAY_STEP, 1), Times(5, 4));
+        recorder.SetConvert(convert);
+        std::pair<double, double> times;
+        EXPECT_EQ(recorder.GetTimeCurrent(times.first) + recorder.GetTimeTotal(times.second), 0u);
+        EXPECT_EQ(times, std::pair(current, total)) << mode;
+    }
 }
 
 TEST_F(Audio, Odd110And118AStartThatFailsLeavesNothingOpen) {
@@ -458,24 +441,27 @@ TEST_F(Audio, ADeviceThatVanishesStopsTheRun) {
 }
 
 TEST_F(Audio, FilesAreOpenedByModeAndNeverShared) {
-    opened.clear();
     const ImportPatch patch(kLibrary, "CreateFileW", LogAndOpen);
     Recorder recorder(0, File("opened", 3200ul));
-    for (const int mode : {1, 2, 3, 4}) {
+    constexpr DWORD kAccess[] = {GENERIC_READ | GENERIC_WRITE, GENERIC_WRITE, GENERIC_READ, GENERIC_READ};
+    for (const int mode : {0, 1, 2, 3}) {
         recorder->m_nMode = mode;
-        EXPECT_EQ(recorder.OpenFile(), mode == 4 ? 1u : 0u);
-        EXPECT_EQ(recorder.OpenFile() == 1 || mode == 4, true) << "it is open";
+        EXPECT_EQ(recorder.OpenFile(), 0u);
+        EXPECT_EQ(opened, (Opened{kAccess[mode], 0, OPEN_ALWAYS}));
+        EXPECT_EQ(recorder.OpenFile(), 1u) << "it is open";
         EXPECT_EQ(recorder->m_hFile, nullptr);
     }
     EXPECT_EQ(recorder.SizeFile() + recorder.SeekFile(), 2u);
     EXPECT_EQ(recorder.ClearFile(), 0u);
+    EXPECT_EQ(opened, (Opened{GENERIC_WRITE, 0, TRUNCATE_EXISTING}));
     EXPECT_EQ(recorder.GetMod(), 1);
     EXPECT_EQ(fs::file_size(folder / "opened"), 0u);
-    EXPECT_EQ(opened, (Opened{{GENERIC_READ | GENERIC_WRITE, 0, OPEN_ALWAYS},
-                              {GENERIC_WRITE, 0, OPEN_ALWAYS},
-                              {GENERIC_READ, 0, OPEN_ALWAYS},
-                              {GENERIC_READ, 0, OPEN_ALWAYS},
-                              {GENERIC_WRITE, 0, TRUNCATE_EXISTING}}));
+    EXPECT_EQ(recorder.OpenFile(), 0u);
+    File("others").wstring().copy(recorder.GetPath(), MAX_PATH);
+    EXPECT_EQ(recorder.OpenFile(), 0u);
+    recorder->m_nMode = 4;
+    EXPECT_EQ(recorder.OpenFile(), 1u);
+    EXPECT_TRUE(fs::remove(folder / "opened") && fs::remove(folder / "others")) << "they are closed";
 }
 
 TEST_F(Audio, AFileThatCannotBeOpenedOrCutStaysAsItIs) {
@@ -497,9 +483,12 @@ TEST_F(Audio, CopiesHaveTheirOwnBuffersAndNoRun) {
     Recorder recorder(1, File("recorded"));
     ASSERT_EQ(recorder.Record(), 0u);
     recorder->m_cAudio[0][5] = 'x';
+    recorder->m_ulMaxCompress = 1625;
     {
         Recorder copy(recorder);
         EXPECT_EQ(copy->m_cAudio[0][5], 'x');
+        EXPECT_EQ(copy->m_ulMaxCompress, 1625u);
+        EXPECT_EQ(copy->m_nMode, CAudio::MODE_RECORD);
         EXPECT_EQ(copy->m_WaveHeader[1].lpData, copy->m_cAudio[1]);
         EXPECT_EQ(copy->m_StreamHeaderStep.pbDst, reinterpret_cast<BYTE*>(copy->m_cAudioStep));
         EXPECT_EQ(copy->m_pCompress[0], copy->m_cCompress[0]);
