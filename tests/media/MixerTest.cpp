@@ -180,7 +180,16 @@ struct Mixer : RealMixer {
                               {kLibrary, "mixerSetControlDetails", SetDetails}};
     Reports reports;
 
-    Mixer() { card = {}; }
+    Mixer() {
+        card = {};
+        for (unsigned long* id :
+             {&CSound::mWaveInVolCtrlId, &CSound::mWaveInMuteCtrlId, &CSound::mMicVolCtrlId, &CSound::mMicMuteCtrlId,
+              &CSound::mLineInVolCtrlId, &CSound::mLineInMuteCtrlId, &CSound::mSpeakerVolCtrlId,
+              &CSound::mSpeakerMuteCtrlId, &CSound::mRecordMicLevelCtrlId, &CSound::mRecordMasterLevelCtrlId,
+              &CSound::mRecordSourcesCtrlId}) {
+            *id = CSound::INVALID_CONTROLID; // as in a new process
+        }
+    }
 };
 
 } // namespace
