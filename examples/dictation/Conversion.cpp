@@ -3,9 +3,12 @@
 #include <tessel/audio.h>
 #include <tessel/audioconvert.h>
 
+#include <algorithm>
+#include <cwchar>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -40,7 +43,9 @@ bool Recode(std::vector<char> source, bool compress, const std::wstring& to) {
     unsigned long allocated = 0;
     convert.Convert(source.data(), target, whole, used, whole, allocated);
     if (target == nullptr) return false;
-    const bool written = WriteAll(to, target, blocks * (compress ? kGsmBlock : kPcmBlock));
+    // Failures are not told: without a codec the target stays empty.
+    const bool converted = std::any_of(target, target + allocated, [](char byte) { return byte != 0; });
+    const bool written = converted && WriteAll(to, target, blocks * (compress ? kGsmBlock : kPcmBlock));
     GlobalFree(target);
     return written;
 }

@@ -34,7 +34,7 @@ void Dictation::Seek(double seconds) {
 bool Dictation::Record(double seconds, HearSamples hear) {
     m_hear = hear;
     m_heard = m_Record.ulPosition = m_Record.ulBase = DeviceBytes(m_ulDataRead);
-    const double limit = std::min(m_heard + seconds * kBytesPerSecond, static_cast<double>(m_ulMaxAudio));
+    const double limit = std::min<double>(m_heard + std::max(0.0, seconds) * kBytesPerSecond, m_ulMaxAudio);
     m_Record.ulLimit = static_cast<unsigned long>(limit) / m_ulBlockAudio * m_ulBlockAudio;
     SetModeRecord();
     return Run(StartRecord());
@@ -83,7 +83,7 @@ bool Dictation::HandleNotification(UINT message, WPARAM wParam, LPARAM lParam) {
     auto* const buffer = reinterpret_cast<WAVEHDR*>(lParam);
     switch (message) {
     case MM_WIM_DATA:
-        Hear(*buffer);
+        Hear(buffer);
         ProcessWimData(reinterpret_cast<HWAVEIN>(wParam), buffer);
         return true;
     case MM_WIM_CLOSE: ProcessWimClose(reinterpret_cast<HWAVEIN>(wParam)); return true;
@@ -98,19 +98,28 @@ bool Dictation::HandleNotification(UINT message, WPARAM wParam, LPARAM lParam) {
     }
 }
 
-void Dictation::Hear(const WAVEHDR& buffer) {
-    if (m_hear == nullptr || buffer.dwBytesRecorded == 0) return;
-    m_hear(m_heard / kBytesPerSecond, reinterpret_cast<const unsigned char*>(buffer.lpData), buffer.dwBytesRecorded);
-    m_heard += buffer.dwBytesRecorded;
+// A message can carry any address.
+void Dictation::Hear(const WAVEHDR* buffer) {
+    const bool own = buffer == &m_WaveHeader[0] || buffer == &m_WaveHeader[1];
+    if (m_hear == nullptr || !own || buffer->dwBytesRecorded == 0) return;
+    m_hear(m_heard / kBytesPerSecond, reinterpret_cast<const unsigned char*>(buffer->lpData), buffer->dwBytesRecorded);
+    m_heard += buffer->dwBytesRecorded;
 }
 
-// A device that was unplugged may report nothing any more.
+// A device that was unplugged may report nothing any more, not even its close.
 void Dictation::Watch() {
     const unsigned long position = Progress().ulPosition;
     const DWORD now = GetTickCount();
     if (position != m_lastPosition) m_movedAt = now;
     m_lastPosition = position;
-    if (now - m_movedAt >= kPatienceMs) OnStop();
+    if (now - m_movedAt < kPatienceMs) return;
+    if (m_bStop == 0) {
+        OnStop();
+    } else if (m_nMode == MODE_RECORD) {
+        ProcessWimClose(nullptr);
+    } else {
+        ProcessWomClose(nullptr);
+    }
 }
 
 const AUDIO_TIME& Dictation::Progress() const {

@@ -43,7 +43,7 @@ public:
 private:
     static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     bool HandleNotification(UINT message, WPARAM wParam, LPARAM lParam);
-    void Hear(const WAVEHDR& buffer);
+    void Hear(const WAVEHDR* buffer);
     void Watch();
     void EndRun();
     const AUDIO_TIME& Progress() const;

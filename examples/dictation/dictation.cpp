@@ -5,7 +5,9 @@
 
 #include <tesselgsm/driver.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <cwchar>
 
 namespace {
 
@@ -29,8 +31,11 @@ void PrintLevel(double seconds, const unsigned char* samples, unsigned long coun
     std::fflush(stdout);
 }
 
-double Seconds(const std::vector<std::wstring>& arguments, std::size_t index, double otherwise) {
-    return index < arguments.size() ? std::wcstod(arguments[index].c_str(), nullptr) : otherwise;
+/// A number of the command line; what is below zero, or no number, counts as zero.
+double Number(const std::vector<std::wstring>& arguments, std::size_t index, double otherwise) {
+    constexpr double kMost = 1500; // steps of five minutes
+    const double number = index < arguments.size() ? std::wcstod(arguments[index].c_str(), nullptr) : otherwise;
+    return number > 0 ? std::min(number, kMost) : 0;
 }
 
 bool PlaySteps(Dictation& dictation, unsigned long count) {
@@ -49,11 +54,11 @@ bool Execute(const std::wstring& order, const std::vector<std::wstring>& argumen
     SetConsoleCtrlHandler(&StopOnControlC, TRUE);
     bool done = false;
     if (order == L"record") {
-        dictation.Seek(Seconds(arguments, 3, dictation.Length()));
-        done = dictation.Record(Seconds(arguments, 2, 300), &PrintLevel);
+        dictation.Seek(Number(arguments, 3, dictation.Length()));
+        done = dictation.Record(Number(arguments, 2, 300), &PrintLevel);
     } else {
-        dictation.Seek(Seconds(arguments, 2, 0));
-        const auto steps = static_cast<unsigned long>(Seconds(arguments, 3, 1));
+        dictation.Seek(Number(arguments, 2, 0));
+        const auto steps = static_cast<unsigned long>(Number(arguments, 3, 1));
         done = order == L"play" ? dictation.Play() : PlaySteps(dictation, steps);
     }
     SetConsoleCtrlHandler(&StopOnControlC, FALSE);

@@ -1,13 +1,12 @@
+#include "media/Tone.h"
 #include "support/ChildProcess.h"
 #include "support/UnixTool.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <numbers>
 
 namespace {
 
@@ -17,10 +16,7 @@ class Dictating : public testing::Test {
 protected:
     Dictating() {
         fs::create_directory(folder);
-        std::ofstream tone(folder / L"tone.pcm", std::ios::binary);
-        for (int i = 0; i < 24000; ++i) {
-            tone.put(static_cast<char>(std::lround(128 + 90 * std::sin(2 * std::numbers::pi * 700 * i / 8000))));
-        }
+        std::ofstream(folder / L"tone.pcm", std::ios::binary) << tone::Sine(700, 3 * tone::kSecond);
     }
     ~Dictating() override { fs::remove_all(folder); }
 
