@@ -32,8 +32,9 @@ extern "C" {
 ///         with which the system refused. After a failure nothing is counted.
 TESSEL_GSM_API unsigned int TesselGsmInstall(void);
 
-/// Takes back one TesselGsmInstall(); the last one removes the driver. Close its handles (acmDriverClose()) before, and
-/// remove it before TesselGsm.dll is unloaded, for the system calls into it.
+/// Takes back one TesselGsmInstall(); the last one removes the driver. Close its handles (acmDriverClose()) before, let
+/// no other thread open a stream meanwhile, which the system does not order, and remove it before TesselGsm.dll is
+/// unloaded, for the system calls into it.
 /// Threads: any; not from DllMain.
 /// @return 0; ACMERR_BUSY (513): streams of the driver are open, and it stays installed;
 ///         MMSYSERR_INVALHANDLE (5): it is not installed; else the MMRESULT with which the system refused, and it stays
