@@ -65,6 +65,7 @@ bool Serves(const StreamInstance& instance) {
 MMRESULT OpenStream(LPARAM record, LPARAM /*unused*/) {
     auto& instance = *reinterpret_cast<StreamInstance*>(record);
     if (instance.size < sizeof instance) return MMSYSERR_NOTSUPPORTED;
+    instance.driverData = 0; // no stream to close as long as there is none
     if (!Serves(instance)) return ACMERR_NOTPOSSIBLE;
     if ((instance.flags & ACM_STREAMOPENF_QUERY) != 0) return MMSYSERR_NOERROR;
     const bool compress = Recognise(*instance.source) == Format::Pcm;
