@@ -13,5 +13,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 
 if(NOT CMAKE_HOST_WIN32)
   # The loader of the program's own bitness: the other one starts a second loader.
-  find_program(CMAKE_CROSSCOMPILING_EMULATOR NAMES ${mingw_wine} wine PATHS /usr/lib/wine)
+  find_program(TESSEL_WINE NAMES ${mingw_wine} wine PATHS /usr/lib/wine)
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/under-wine.sh ${TESSEL_WINE})
 endif()
