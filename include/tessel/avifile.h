@@ -51,7 +51,8 @@ public:
     /// only the buffers go.
     void Close();
 
-    /// Makes a stream of uncompressed images whose positions are milliseconds, and a frame to draw each image in.
+    /// Makes a stream of uncompressed images whose positions are milliseconds, and a frame to draw each image in. A
+    /// millisecond without an image takes 24 bytes of the file.
     ///
     /// A stream that was made before ends; whether a file takes a second one is the system's to say. After a failure
     /// there is no stream, but for a refused argument, which leaves the object as it was.
@@ -70,6 +71,9 @@ public:
     ///
     /// When the codec takes no images of this kind, the result tells so, and yet images can be written: they go
     /// uncompressed into a stream without a format, which no player shows. Close the file and remove it.
+    ///
+    /// Wine 8 has no "MSVC" codec that compresses, and its run-length codec writes beyond its own buffer when an image
+    /// of 255 pixels or more in a row has many runs: use it there for narrow or plain images only.
     /// @param width    pixels in a row, at least 1
     /// @param height   rows, at least 1
     /// @param palette  256 colours, as above; how a codec deals with colours that look alike is its own affair
