@@ -28,7 +28,7 @@ unsigned long CAudio::ForEachBuffer(unsigned long (CAudio::*step)(WAVEHDR*)) {
 }
 
 unsigned long CAudio::OpenWaveDevice() {
-    if (m_hWaveIn != nullptr || m_hWaveOut != nullptr) return 1;
+    if (m_hWaveIn != nullptr || m_hWaveOut != nullptr) return 1; // GUARD-108
     const auto window = reinterpret_cast<DWORD_PTR>(m_hParent);
     switch (m_nMode) {
     case MODE_RECORD:

@@ -66,7 +66,8 @@ unsigned long CAudio::ForEachBuffer(unsigned long (CAudio::*step)(ACMSTREAMHEADE
 
 unsigned long CAudio::OpenStream() {
     if (!m_bConvert) return 0;
-    if (m_hStream != nullptr || m_nMode < MODE_RECORD || m_nMode > MODE_PLAY_STEP) return 1;
+    if (m_hStream != nullptr) return 1; // GUARD-108
+    if (m_nMode < MODE_RECORD || m_nMode > MODE_PLAY_STEP) return 1;
     WAVEFORMATEX* const source = m_nMode == MODE_RECORD ? &m_FormatPCM : &m_FormatGSM.wfx;
     WAVEFORMATEX* const destination = m_nMode == MODE_RECORD ? &m_FormatGSM.wfx : &m_FormatPCM;
     return KeepStreamError(acmStreamOpen(&m_hStream, nullptr, source, destination, nullptr, 0, 0, 0));

@@ -148,6 +148,7 @@ public:
     virtual unsigned long DetachFromFile();
 
     /// @name Runs
+    /// A start during a run fails, and ends that run.
     ///@{
 
     /// Records, in MODE_RECORD, from m_ulDataRead on; what the file holds behind is cut off first.
