@@ -1,4 +1,5 @@
 #include <foundation/ProcessObjects.h>
+#include <tessel/identifier.h>
 #include <tessel/notify.h>
 #include <ui/BrushTable.h>
 
@@ -21,3 +22,5 @@ namespace tessel {
 CSemaphore resourceTableLock(nullptr, 1, 1);
 
 } // namespace tessel
+
+COCuid COCuid::oInit;

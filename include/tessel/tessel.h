@@ -13,6 +13,7 @@
 #include <tessel/commmsg.h>
 #include <tessel/dialog.h>
 #include <tessel/host.h>
+#include <tessel/identifier.h>
 #include <tessel/mailbox.h>
 #include <tessel/memory.h>
 #include <tessel/messagebox.h>
