@@ -10,6 +10,7 @@
 #include <tessel/avifile.h>
 #include <tessel/brush.h>
 #include <tessel/channels.h>
+#include <tessel/command.h>
 #include <tessel/commmsg.h>
 #include <tessel/dialog.h>
 #include <tessel/host.h>
