@@ -12,6 +12,7 @@
 #include <tessel/channels.h>
 #include <tessel/command.h>
 #include <tessel/commmsg.h>
+#include <tessel/datetime.h>
 #include <tessel/dialog.h>
 #include <tessel/host.h>
 #include <tessel/identifier.h>

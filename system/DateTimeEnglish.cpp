@@ -1,0 +1,146 @@
+#include <system/DateTimeFields.h>
+#include <tessel/datetime.h>
+
+#include <cstddef>
+
+using namespace tessel;
+
+struct CDateTimeEnglishLayout {
+    static_assert(offsetof(CDateTimeEnglish, m_SystemTime) == sizeof(void*));
+    static_assert(offsetof(CDateTimeEnglish, m_Status) == sizeof(void*) + 16);
+    static_assert(offsetof(CDateTimeEnglish, m_szText) == sizeof(void*) + 20);
+};
+
+namespace {
+
+constexpr int kFebruary = 2;
+constexpr int kMonths = 12;
+constexpr int kFirstYear = 1850;
+constexpr int kLastYear = 0xFFFF; // what the field can hold
+
+constexpr int kDaysOfMonth[kMonths] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+
+// What each century from the 19th on and each month adds to the day of the week.
+constexpr int kCenturyKeys[] = {2, 0, 6, 4};
+constexpr int kMonthKeys[kMonths] = {0, 3, 3, 6, 1, 4, 6, 2, 5, 0, 3, 5};
+
+struct Bounds {
+    int least;
+    int most;
+};
+// ODD-170: no year before 1850 is valid
+constexpr Bounds kBounds[kDateTimeFieldCount] = {
+    {kFirstYear, kLastYear}, {1, kMonths}, {1, 31}, {0, 23}, {0, 59}, {0, 59}, {0, 999}};
+
+bool AreInBounds(const int (&values)[kDateTimeFieldCount]) {
+    for (unsigned int field = kYear; field < kDateTimeFieldCount; ++field) {
+        if (values[field] < kBounds[field].least || values[field] > kBounds[field].most) return false;
+    }
+    return true;
+}
+
+bool AreZero(const int (&values)[kDateTimeFieldCount]) {
+    for (const int value : values) {
+        if (value != 0) return false;
+    }
+    return true;
+}
+
+/// @return 0 (Sunday) to 6
+WORD DayOfWeek(const SYSTEMTIME& time, bool leapYear) {
+    // GUARD-160: a month that does not exist has no key, and counts as a Sunday
+    if (time.wMonth < 1 || time.wMonth > kMonths) return 0;
+    const int yearInCentury = time.wYear % 100;
+    const int century = kCenturyKeys[(time.wYear / 100 + 2) % 4]; // two more is 18 less by fours, and not negative
+    const int leapDay = leapYear && time.wMonth <= kFebruary ? -1 : 0;
+    const int days = century + yearInCentury + yearInCentury / 4 + kMonthKeys[time.wMonth - 1] + leapDay + time.wDay;
+    return static_cast<WORD>((days + 7) % 7);
+}
+
+} // namespace
+
+CDateTimeEnglish::CDateTimeEnglish() : m_SystemTime{}, m_Status(DTS_NULL), m_szText{} {
+    SYSTEMTIME now;
+    GetDateTime(now);
+    *this = now;
+}
+
+CDateTimeEnglish::CDateTimeEnglish(const SYSTEMTIME& time) : m_SystemTime{}, m_Status(DTS_NULL), m_szText{} {
+    *this = time;
+}
+
+CDateTimeEnglish::CDateTimeEnglish(int year, int month, int day, int hour, int minute, int second, int millisecond)
+    : m_SystemTime{}, m_Status(DTS_NULL), m_szText{} {
+    (void)SetDateTime(year, month, day, hour, minute, second, millisecond); // GetStatus() tells
+}
+
+CDateTimeEnglish::CDateTimeEnglish(FORMAT_ID id, const wchar_t* text) : CDateTimeEnglish() {
+    (void)SetTime(0, 0, 0, 0);
+    (void)CDateTimeEnglish::SetDateTime(id, text); // GetStatus() tells
+}
+
+CDateTimeEnglish::CDateTimeEnglish(const CDateTimeEnglish& other)
+    : m_SystemTime(other.m_SystemTime), m_Status(other.m_Status), m_szText{} {}
+
+CDateTimeEnglish& CDateTimeEnglish::operator=(const CDateTimeEnglish& other) {
+    m_SystemTime = other.m_SystemTime;
+    m_Status = other.m_Status;
+    return *this;
+}
+
+CDateTimeEnglish& CDateTimeEnglish::operator=(const SYSTEMTIME& time) {
+    (void)SetDateTime(time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond, time.wMilliseconds);
+    return *this;
+}
+
+CDateTimeEnglish CDateTimeEnglish::GetLocalTime() {
+    return {};
+}
+
+void CDateTimeEnglish::GetDateTime(SYSTEMTIME& time) {
+    ::GetLocalTime(&time);
+}
+
+int CDateTimeEnglish::SetLocalTime() const {
+    return m_Status == DTS_VALID && ::SetLocalTime(&m_SystemTime) ? 0 : -1;
+}
+
+DateTimeStatus CDateTimeEnglish::SetDateTime(int year, int month, int day, int hour, int minute, int second,
+                                             int millisecond) {
+    const int values[] = {year, month, day, hour, minute, second, millisecond};
+    for (unsigned int field = kYear; field < kDateTimeFieldCount; ++field) {
+        m_SystemTime.*kDateTimeFields[field].component = static_cast<WORD>(values[field]);
+    }
+    m_SystemTime.wDayOfWeek = DayOfWeek(m_SystemTime, IsLeapYear());
+    m_Status = CheckValidDate(year, month, day, hour, minute, second, millisecond);
+    return m_Status;
+}
+
+DateTimeStatus CDateTimeEnglish::SetDate(int year, int month, int day) {
+    return SetDateTime(year, month, day, GetHour(), GetMinute(), GetSecond(), GetMillisecond());
+}
+
+DateTimeStatus CDateTimeEnglish::SetTime(int hour, int minute, int second, int millisecond) {
+    return SetDateTime(GetYear(), GetMonth(), GetDay(), hour, minute, second, millisecond);
+}
+
+bool CDateTimeEnglish::IsLeapYear(int year) {
+    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+}
+
+DateTimeStatus CDateTimeEnglish::CheckValidDate(int year, int month, int day, int hour, int minute, int second,
+                                                int millisecond) {
+    const int values[] = {year, month, day, hour, minute, second, millisecond};
+    if (AreZero(values)) return DTS_NULL;
+    if (!AreInBounds(values)) return DTS_INVALID;
+    const int leapDay = month == kFebruary && IsLeapYear(year) ? 1 : 0;
+    return day <= kDaysOfMonth[month - 1] + leapDay ? DTS_VALID : DTS_INVALID;
+}
+
+int CDateTimeEnglish::Compare(const CDateTimeEnglish& other) const {
+    for (const DateTimeField& field : kDateTimeFields) {
+        const int difference = m_SystemTime.*field.component - other.m_SystemTime.*field.component;
+        if (difference != 0) return difference;
+    }
+    return 0;
+}

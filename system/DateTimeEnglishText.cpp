@@ -1,0 +1,247 @@
+#include <foundation/Report.h>
+#include <system/DateTimeFields.h>
+#include <tessel/datetime.h>
+#include <tessel/strings.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <cwchar>
+#include <iterator>
+
+using namespace tessel;
+
+namespace {
+
+// Letters of texts and of an hour beside those of kDateTimeFields; all other characters stand for themselves.
+constexpr wchar_t kHour12 = L'h';
+constexpr wchar_t kMonthName = L'N';
+constexpr wchar_t kDayName = L'W';
+constexpr wchar_t kMeridian = L'P';
+
+constexpr unsigned int kMonthNameSize = 4;
+constexpr unsigned int kMeridianSize = 3;
+constexpr int kNoon = 12;
+
+struct Layout {
+    const wchar_t* pattern;
+    unsigned int size;
+};
+
+// ODD-171: the month stands in front of the day where "/" parts them, and behind it where "-" does
+constexpr Layout kLayouts[] = {
+    {L"yod", 9},
+    {L"o/d/y", 11},
+    {L"d-o-y", 11},
+    {L"d N y", 12},
+    {L"d N y H:m", 19},
+    {L"d N y h:m P", 22},
+    {L"d-o-y H:m", 18},
+    {L"o/d/y H:m", 18},
+    {L"d-o-y h:m P", 21},
+    {L"o/d/y H:m:s", 21},
+    {L"o/d/y H:m:s.l", 25},
+    {L"d-o-y H:m:s", 21},
+    {L"yodHms", 15},
+    {L"Hms", 7},
+    {L"H:m", 6},
+    {L"h:m P", 9},
+    {L"H:m:s", 9},
+    {L"h:m:s P", 12},
+    {L"yod", 9},
+    {L"Hms", 7},
+    {L"yodHms", 15},
+    {L"yodHmsl", 18},
+    {L"W", 20},
+    {L"W", 10},
+};
+
+constexpr const wchar_t* kMonthNames[] = {L"Jan", L"Feb", L"Mar", L"Apr", L"May", L"Jun",
+                                          L"Jul", L"Aug", L"Sep", L"Oct", L"Nov", L"Dec"};
+constexpr const wchar_t* kDayNames[] = {L"Sunday",   L"Monday", L"Tuesday", L"Wednesday",
+                                        L"Thursday", L"Friday", L"Saturday"};
+
+/// @return null when there is no such layout
+const Layout* LayoutOf(FORMAT_ID id) {
+    return id >= 0 && id < static_cast<int>(std::size(kLayouts)) ? &kLayouts[id] : nullptr;
+}
+
+/// @return the component that a letter stands for, null for none
+const DateTimeField* FieldOf(wchar_t letter) {
+    if (letter == kHour12) return &kDateTimeFields[kHour];
+    const auto* const found = std::find_if(std::begin(kDateTimeFields), std::end(kDateTimeFields),
+                                           [=](const DateTimeField& field) { return field.letter == letter; });
+    return found != std::end(kDateTimeFields) ? found : nullptr;
+}
+
+bool IsRead(const Layout& layout) {
+    return std::wcschr(layout.pattern, kMonthName) == nullptr && std::wcschr(layout.pattern, kDayName) == nullptr;
+}
+
+bool HasDate(const Layout& layout) {
+    return std::wcschr(layout.pattern, kDateTimeFields[kYear].letter) != nullptr;
+}
+
+bool HasMeridian(const Layout& layout) {
+    return std::wcschr(layout.pattern, kMeridian) != nullptr;
+}
+
+void Copy(wchar_t* buffer, unsigned int size, const wchar_t* text) {
+    if (buffer != nullptr && size > 0) (void)CopyString(buffer, text, size); // cut to the caller's room
+}
+
+/// The text of a table's row. GUARD-161: there is none behind its ends.
+template <std::size_t Count> const wchar_t* TextAt(const wchar_t* const (&table)[Count], int index) {
+    return index >= 0 && index < static_cast<int>(Count) ? table[index] : L"";
+}
+
+/// Appends to a text as far as there is room for it and its terminator.
+class Writer {
+public:
+    Writer(wchar_t* text, unsigned int size) : m_at(text), m_last(text + size - 1) {}
+
+    void Put(wchar_t character) {
+        if (m_at == m_last) return;
+        *m_at++ = character;
+        *m_at = L'\0';
+    }
+
+    void Put(const wchar_t* text) {
+        while (*text != L'\0') Put(*text++);
+    }
+
+    void Put(unsigned int number, unsigned int leastDigits) {
+        if (leastDigits > 1 || number > 9) Put(number / 10, leastDigits > 1 ? leastDigits - 1 : 1);
+        Put(static_cast<wchar_t>(L'0' + number % 10));
+    }
+
+private:
+    wchar_t* m_at;
+    wchar_t* m_last;
+};
+
+/// The number in front of a field that is @p digits wide.
+int NumberAt(const wchar_t* text, unsigned int digits) {
+    wchar_t field[5] = {};
+    std::copy_n(text, digits, field);
+    return _wtoi(field);
+}
+
+/// The length that a layout's text has up to its meridian indicator.
+std::size_t LengthOf(const Layout& layout) {
+    std::size_t length = 0;
+    for (const wchar_t* at = layout.pattern; *at != L'\0' && *at != kMeridian; ++at) {
+        const DateTimeField* const field = FieldOf(*at);
+        length += field != nullptr ? field->digits : 1;
+    }
+    return length;
+}
+
+/// ODD-172: separators are not looked at, and what is no number counts as 0.
+void ReadFields(const Layout& layout, const wchar_t* text, int (&values)[kDateTimeFieldCount]) {
+    for (const wchar_t* at = layout.pattern; *at != L'\0' && *at != kMeridian; ++at) {
+        const DateTimeField* const field = FieldOf(*at);
+        if (field != nullptr) values[field - kDateTimeFields] = NumberAt(text, field->digits);
+        text += field != nullptr ? field->digits : 1;
+    }
+}
+
+} // namespace
+
+void CDateTimeEnglish::GetMonthText(int month, wchar_t* buffer, unsigned int size) const {
+    Copy(buffer, size, TextAt(kMonthNames, month < 1 ? -1 : month - 1));
+}
+
+void CDateTimeEnglish::GetDayText(int dayOfWeek, wchar_t* buffer, unsigned int size) const {
+    Copy(buffer, size, GetDayOfWeekText(dayOfWeek));
+}
+
+void CDateTimeEnglish::GetMeridianIndicator(int hour, wchar_t* buffer, unsigned int size) const {
+    Copy(buffer, size, hour < kNoon ? L"AM" : L"PM");
+}
+
+const wchar_t* CDateTimeEnglish::GetDayOfWeekText(int dayOfWeek) {
+    return TextAt(kDayNames, dayOfWeek);
+}
+
+unsigned int CDateTimeEnglish::MaxFormatSize(FORMAT_ID id) {
+    const Layout* const layout = LayoutOf(id);
+    return layout != nullptr ? layout->size : 1;
+}
+
+int CDateTimeEnglish::ModifyFor12HourClock(int hour) {
+    if (hour == 0) return kNoon;
+    return hour > kNoon ? hour - kNoon : hour;
+}
+
+void CDateTimeEnglish::GetTextOf(wchar_t letter, wchar_t* text, unsigned int size) const {
+    if (letter == kMonthName) {
+        GetMonthText(GetMonth(), text, kMonthNameSize);
+    } else if (letter == kDayName) {
+        GetDayText(GetDayOfWeek(), text, size);
+    } else if (letter == kMeridian) {
+        GetMeridianIndicator(GetHour(), text, kMeridianSize);
+    } else {
+        *text = letter;
+    }
+}
+
+const wchar_t* CDateTimeEnglish::Format(FORMAT_ID id) const {
+    m_szText[0] = L'\0';
+    if (m_Status != DTS_VALID) return m_szText; // ODD-174: nor is a layout reported that does not exist
+    const Layout* const layout = LayoutOf(id);
+    ReportUnless(layout != nullptr, "CDateTimeEnglish::Format(): Invalid Format Type", "DateTimeEnglish", 427);
+    Writer writer(m_szText, TEXT_SIZE);
+    for (const wchar_t* at = layout != nullptr ? layout->pattern : L""; *at != L'\0'; ++at) {
+        if (const DateTimeField* const field = FieldOf(*at)) {
+            const int value = m_SystemTime.*field->component;
+            writer.Put(static_cast<unsigned int>(*at == kHour12 ? ModifyFor12HourClock(value) : value), field->digits);
+        } else {
+            wchar_t text[TEXT_SIZE] = {};
+            GetTextOf(*at, text, layout->size);
+            writer.Put(text);
+        }
+    }
+    return m_szText;
+}
+
+unsigned long CDateTimeEnglish::GetFormattedString(FORMAT_ID id, wchar_t* buffer, unsigned int size) const {
+    if (buffer == nullptr || size == 0) return 0; // ODD-175: a buffer that is missing is no failure
+    buffer[0] = L'\0';
+    const std::size_t length = std::wcslen(Format(id));
+    if (size <= length) return 1;
+    std::copy_n(m_szText, length + 1, buffer);
+    return 0;
+}
+
+bool CDateTimeEnglish::ReadHalf(const wchar_t* text, int& hour) const {
+    if (hour < 1 || hour > kNoon) return false;
+    for (const int half : {0, kNoon}) {
+        wchar_t indicator[TEXT_SIZE] = {};
+        GetMeridianIndicator(half, indicator, kMeridianSize);
+        if (_wcsicmp(text, indicator) != 0) continue;
+        hour = hour % kNoon + half;
+        return true;
+    }
+    return false;
+}
+
+DateTimeStatus CDateTimeEnglish::SetDateTime(FORMAT_ID id, const wchar_t* text) {
+    const Layout* const layout = LayoutOf(id);
+    // ODD-173: a layout that is not read empties the object, whatever the text
+    if (layout == nullptr || !IsRead(*layout)) return SetDateTime(0, 0, 0, 0, 0, 0, 0);
+    const std::size_t length = LengthOf(*layout);
+    if (text == nullptr || wcsnlen(text, length) < length) return m_Status = DTS_INVALID;
+    int values[kDateTimeFieldCount] = {};
+    if (!HasDate(*layout)) {
+        values[kYear] = GetYear();
+        values[kMonth] = GetMonth();
+        values[kDay] = GetDay();
+    }
+    ReadFields(*layout, text, values);
+    const wchar_t* const rest = text + length;
+    const bool whole = HasMeridian(*layout) ? ReadHalf(rest, values[kHour]) : *rest == L'\0';
+    if (!whole) return m_Status = DTS_INVALID;
+    return SetDateTime(values[kYear], values[kMonth], values[kDay], values[kHour], values[kMinute], values[kSecond],
+                       values[kMillisecond]);
+}
