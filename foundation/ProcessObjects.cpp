@@ -1,6 +1,7 @@
 #include <foundation/ProcessObjects.h>
 #include <tessel/identifier.h>
 #include <tessel/notify.h>
+#include <tessel/service.h>
 #include <ui/BrushTable.h>
 
 namespace tessel {
@@ -24,3 +25,5 @@ CSemaphore resourceTableLock(nullptr, 1, 1);
 } // namespace tessel
 
 COCuid COCuid::oInit;
+/// Guards the handles that the operations on the service share.
+CMutex CNtService::mHandleMutex;

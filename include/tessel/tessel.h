@@ -14,6 +14,7 @@
 #include <tessel/commmsg.h>
 #include <tessel/datetime.h>
 #include <tessel/dialog.h>
+#include <tessel/eventlog.h>
 #include <tessel/host.h>
 #include <tessel/identifier.h>
 #include <tessel/mailbox.h>
@@ -27,6 +28,7 @@
 #include <tessel/registry.h>
 #include <tessel/resource.h>
 #include <tessel/securityfilter.h>
+#include <tessel/service.h>
 #include <tessel/socket.h>
 #include <tessel/sound.h>
 #include <tessel/status.h>
