@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <list>
 #include <unordered_map>
+#include <vector>
 
 /// An ordered list over the standard one; it owns its elements but not what they point to.
 ///
@@ -90,4 +92,74 @@ private:
 
     std::size_t m_tableSize;
     Entries m_entries;
+};
+
+/// A growable array over the standard one; elements are copied whole.
+///
+/// Threads: none is excluded; whoever shares an array locks it. A reference to an element is valid until the array
+/// grows or shrinks.
+/// @tparam Element   what is stored; it has a default value
+/// @tparam Argument  how an element is passed to the array
+template <class Element, class Argument = const Element&> class CArray {
+public:
+    /// Puts an element behind the others. Throws std::bad_alloc, and changes nothing then.
+    /// @param element  what to add
+    /// @return its index
+    int Add(Argument element) {
+        MakeRoom(m_elements.size() + 1);
+        m_elements.push_back(element);
+        return GetSize() - 1;
+    }
+
+    /// Stores an element, after the array has grown to it with elements of the default value where it is shorter.
+    /// Throws std::bad_alloc, and changes nothing then.
+    /// @param index    where; with a negative one nothing is stored
+    /// @param element  what
+    void SetAtGrow(int index, Argument element) {
+        if (index < 0) return;
+        if (index >= GetSize()) SetSize(index + 1);
+        ElementAt(index) = element;
+    }
+
+    /// Cuts the array, or lengthens it with elements of the default value. Throws std::bad_alloc, and changes no
+    /// element then.
+    /// @param count  elements that there are afterwards; below 1: none, and the memory is freed
+    /// @param grow   elements that memory is had for at a time from now on; 0: left to the array; below 0: as before
+    void SetSize(int count, int grow = -1) {
+        if (grow >= 0) m_grow = static_cast<std::size_t>(grow);
+        if (count < 1) return RemoveAll();
+        MakeRoom(static_cast<std::size_t>(count));
+        m_elements.resize(static_cast<std::size_t>(count));
+    }
+
+    /// How many elements there are.
+    /// @return number of elements
+    int GetSize() const { return static_cast<int>(m_elements.size()); }
+
+    /// An element to be read or changed.
+    /// @param index  0 to GetSize() - 1
+    /// @return the element, still the array's
+    Element& ElementAt(int index) { return m_elements[static_cast<std::size_t>(index)]; }
+
+    /// An element to be read or changed.
+    /// @param index  0 to GetSize() - 1
+    /// @return the element, still the array's
+    Element& operator[](int index) { return ElementAt(index); }
+
+    /// An element to be read.
+    /// @param index  0 to GetSize() - 1
+    /// @return the element, still the array's
+    const Element& operator[](int index) const { return m_elements[static_cast<std::size_t>(index)]; }
+
+    /// Removes all elements and frees the memory.
+    void RemoveAll() { std::vector<Element>().swap(m_elements); }
+
+private:
+    void MakeRoom(std::size_t count) {
+        const std::size_t room = m_elements.capacity();
+        if (m_grow > 0 && count > room) m_elements.reserve(std::max(count, room + m_grow));
+    }
+
+    std::vector<Element> m_elements;
+    std::size_t m_grow = 0;
 };

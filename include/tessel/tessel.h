@@ -35,5 +35,6 @@
 #include <tessel/strings.h>
 #include <tessel/synchronisation.h>
 #include <tessel/system.h>
+#include <tessel/version.h>
 #include <tessel/views.h>
 #include <tessel/waveformat.h>
