@@ -15,6 +15,7 @@
 #include <tessel/datetime.h>
 #include <tessel/dialog.h>
 #include <tessel/eventlog.h>
+#include <tessel/disk.h>
 #include <tessel/host.h>
 #include <tessel/identifier.h>
 #include <tessel/mailbox.h>

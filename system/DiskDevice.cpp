@@ -1,0 +1,108 @@
+#include <system/DiskDevice.h>
+
+#include <cstdint>
+#include <cstring>
+#include <new>
+
+namespace tessel {
+
+namespace {
+
+constexpr std::size_t kMemorySize = 4096;
+
+/// The partition table as the device takes it.
+struct DriveLayout {
+    DWORD count;
+    DWORD signature;
+    PARTITION_INFORMATION entries[4];
+};
+
+static_assert(sizeof(DISK_GEOMETRY) == 24);
+static_assert(sizeof(PARTITION_INFORMATION) == 32 && offsetof(PARTITION_INFORMATION, HiddenSectors) == 16);
+static_assert(offsetof(PARTITION_INFORMATION, PartitionType) == 24);
+static_assert(offsetof(PARTITION_INFORMATION, RewritePartition) == 27);
+static_assert(sizeof(DriveLayout) == 136 && offsetof(DriveLayout, entries) == 8);
+
+DriveLayout OnePartition(const DISK_GEOMETRY& geometry) {
+    DriveLayout layout{};
+    layout.count = 4;
+    for (PARTITION_INFORMATION& entry : layout.entries) entry.RewritePartition = TRUE;
+    PARTITION_INFORMATION& first = layout.entries[0];
+    first.StartingOffset.QuadPart =
+        static_cast<LONGLONG>(std::uint64_t{geometry.SectorsPerTrack} * geometry.BytesPerSector);
+    first.PartitionLength.QuadPart = MediumSize(geometry) - first.StartingOffset.QuadPart;
+    first.HiddenSectors = geometry.SectorsPerTrack;
+    first.PartitionNumber = 1;
+    first.PartitionType = PARTITION_HUGE;
+    first.BootIndicator = TRUE;
+    first.RecognizedPartition = TRUE;
+    return layout;
+}
+
+} // namespace
+
+// In unsigned numbers, which a device that talks nonsense cannot make overflow.
+LONGLONG MediumSize(const DISK_GEOMETRY& geometry) {
+    return static_cast<LONGLONG>(static_cast<std::uint64_t>(geometry.Cylinders.QuadPart) * geometry.TracksPerCylinder *
+                                 geometry.SectorsPerTrack * geometry.BytesPerSector);
+}
+
+DiskDevice::DiskDevice()
+    : m_memory(new (std::nothrow) unsigned char[kMemorySize]{}), m_block(m_memory.get()),
+      m_device(INVALID_HANDLE_VALUE) {
+    if (m_block == nullptr) return;
+    const std::size_t beyond = reinterpret_cast<std::uintptr_t>(m_block) % kBlockSize;
+    if (beyond != 0) m_block += kBlockSize - beyond;
+}
+
+DiskDevice::~DiskDevice() {
+    Close();
+}
+
+bool DiskDevice::Open(const wchar_t* path, DWORD access, DWORD share) {
+    m_device = CreateFileW(path, access, share, nullptr, OPEN_EXISTING, FILE_FLAG_NO_BUFFERING, nullptr);
+    return m_device != INVALID_HANDLE_VALUE;
+}
+
+void DiskDevice::Close() {
+    if (m_device != INVALID_HANDLE_VALUE) (void)CloseHandle(m_device); // it was opened here
+    m_device = INVALID_HANDLE_VALUE;
+}
+
+bool DiskDevice::Control(DWORD code, DWORD inSize, DWORD outSize, DWORD& returned) {
+    return DeviceIoControl(m_device, code, inSize != 0 ? m_block : nullptr, inSize, outSize != 0 ? m_block : nullptr,
+                           outSize, &returned, nullptr) != 0;
+}
+
+bool DiskDevice::PreventRemoval(bool prevent) {
+    DWORD returned = 0;
+    const PREVENT_MEDIA_REMOVAL order{static_cast<BOOLEAN>(prevent)};
+    std::memcpy(m_block, &order, sizeof order);
+    return Control(IOCTL_STORAGE_MEDIA_REMOVAL, sizeof order, 0, returned);
+}
+
+bool DiskDevice::HasMedium() {
+    DWORD returned = 0;
+    return Control(IOCTL_STORAGE_CHECK_VERIFY, 0, 0, returned);
+}
+
+bool DiskDevice::ReadLayout(DWORD& bytes) {
+    return Control(IOCTL_DISK_GET_DRIVE_LAYOUT, 0, kBlockSize, bytes);
+}
+
+bool DiskDevice::ReadGeometry(DISK_GEOMETRY& geometry) {
+    DWORD returned = 0;
+    std::memset(m_block, 0, sizeof geometry); // what the device leaves out must not come from the partition table
+    if (!Control(IOCTL_DISK_GET_DRIVE_GEOMETRY, 0, sizeof geometry, returned)) return false;
+    std::memcpy(&geometry, m_block, sizeof geometry);
+    return true;
+}
+
+bool DiskDevice::WriteOnePartition(const DISK_GEOMETRY& geometry) {
+    DWORD returned = 0;
+    const DriveLayout layout = OnePartition(geometry);
+    std::memcpy(m_block, &layout, sizeof layout);
+    return Control(IOCTL_DISK_SET_DRIVE_LAYOUT, sizeof layout, 0, returned);
+}
+
+} // namespace tessel
