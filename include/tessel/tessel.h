@@ -16,6 +16,7 @@
 #include <tessel/dialog.h>
 #include <tessel/eventlog.h>
 #include <tessel/disk.h>
+#include <tessel/file.h>
 #include <tessel/host.h>
 #include <tessel/identifier.h>
 #include <tessel/mailbox.h>

@@ -1,0 +1,338 @@
+#include "support/ImportPatch.h"
+#include "support/Reports.h"
+
+#include <gtest/gtest.h>
+#include <tessel/file.h>
+
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Files : testing::Test {
+    fs::path folder = fs::temp_directory_path() / L"tessel files";
+    fs::path path = folder / L"image.v1.raw";
+
+    Files() {
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+    }
+    ~Files() override { fs::remove_all(folder); }
+
+    static void Make(const fs::path& file, const char* text = "text") { std::ofstream(file, std::ios::binary) << text; }
+};
+
+std::string ReadAll(CFile& file) {
+    char text[100];
+    return {text, file.ReadFile(text, sizeof text)};
+}
+
+int flagsSeen = 0;
+
+int NoOpen(const wchar_t*, int flags, int mode) {
+    EXPECT_EQ(mode, _S_IWRITE);
+    flagsSeen = flags;
+    return -1;
+}
+
+int NoClose(int) {
+    return -1;
+}
+
+int NoRead(int, void*, unsigned int) {
+    return -1;
+}
+
+int WriteHalf(int file, const void* data, unsigned int size) {
+    return _write(file, data, size / 2);
+}
+
+long NoTell(int) {
+    return -1;
+}
+
+BOOL WINAPI SizeOver4Gb(LPCWSTR, GET_FILEEX_INFO_LEVELS, void* info) {
+    static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(info)->nFileSizeHigh = 1;
+    static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(info)->nFileSizeLow = 7;
+    return TRUE;
+}
+
+/// The program's standard input, closed for as long as the object lives.
+struct NoInput {
+    int saved = _dup(0);
+    NoInput() { _close(0); }
+    ~NoInput() {
+        _dup2(saved, 0);
+        _close(saved);
+    }
+};
+
+std::vector<std::wstring> made;
+std::wstring refused;
+
+BOOL WINAPI NoteDirectory(LPCWSTR path, SECURITY_ATTRIBUTES*) {
+    made.emplace_back(path);
+    SetLastError(path == refused ? ERROR_ACCESS_DENIED : ERROR_ALREADY_EXISTS);
+    return FALSE;
+}
+
+BOOL WINAPI NextWithLinks(HANDLE search, WIN32_FIND_DATAW* entry) {
+    if (!FindNextFileW(search, entry)) return FALSE;
+    if (std::wstring(entry->cFileName) == L"link") entry->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+    return TRUE;
+}
+
+using FileFinder = Files;
+using MappedFile = Files;
+using Directories = Files;
+
+} // namespace
+
+TEST_F(Files, AreWrittenReadAndPositionedAndKeepTheSizeOfOpeningOdd200) {
+    CFile file(path.c_str(), CFile::READ_WRITE);
+    EXPECT_EQ(file.WriteFile("abcdef", 6), 6u);
+    EXPECT_EQ(file.TellFile(), 6);
+    unsigned long position = 9;
+    unsigned long size = 9;
+    EXPECT_EQ(file.SeekFile(-4, SEEK_END, &position), 0u);
+    EXPECT_EQ(position, 2u);
+    EXPECT_EQ(ReadAll(file), "cdef");
+    EXPECT_EQ(ReadAll(file), "");
+    EXPECT_EQ(file.GetLastStatus(), 0u);
+    EXPECT_EQ(file.SeekFile(-1, SEEK_SET, &position), CFile::SEEK_FAILED);
+    EXPECT_EQ(file.OpenFile(path.c_str(), CFile::READ_ONLY), CFile::ALREADY_OPEN);
+    EXPECT_EQ(file.Rewind(), 0u);
+    EXPECT_EQ(ReadAll(file), "abcdef");
+    EXPECT_EQ(file.SizeFile(&size), 0u);
+    EXPECT_EQ(size, 0u);
+    EXPECT_EQ(file.CloseFile(), 0u);
+    EXPECT_EQ(file.OpenFile(path.c_str(), CFile::READ_ONLY), 0u);
+    EXPECT_EQ(file.GetSize(), 6u);
+    EXPECT_EQ(file.WriteFile("x", 1), 0u);
+    EXPECT_EQ(file.GetLastStatus(), CFile::WRITE_FAILED);
+}
+
+TEST_F(Files, AreOpenedWithTheFlagsOfTheirBits) {
+    constexpr int create = _O_CREAT | _O_RDWR;
+    constexpr struct {
+        CFile::OPENTYPE type;
+        int flags;
+    } rows[] = {
+        {CFile::READ_WRITE, create | _O_BINARY | _O_RANDOM},
+        {CFile::TEXT | CFile::SEQUENTIAL, create | _O_TEXT | _O_SEQUENTIAL},
+        {CFile::APPEND, create | _O_BINARY | _O_RANDOM | _O_APPEND},
+        {CFile::APPEND | CFile::TRUNCATE, create | _O_BINARY | _O_RANDOM | _O_TRUNC},
+        {CFile::READ_ONLY | CFile::APPEND | CFile::TRUNCATE, _O_RDONLY | _O_BINARY | _O_RANDOM},
+    };
+    const ImportPatch open{L"Tessel.dll", "_wopen", NoOpen};
+    for (const auto& row : rows) {
+        EXPECT_EQ(CFile(path.c_str(), row.type).GetLastStatus(), CFile::OPEN_FAILED);
+        EXPECT_EQ(flagsSeen, row.flags) << row.type;
+    }
+}
+
+TEST_F(Files, TellWhatFailedAndKeepWhatCannotBeClosedWithoutItsPathOdd203) {
+    CFile file(path.c_str(), CFile::READ_WRITE);
+    {
+        const ImportPatch read{L"Tessel.dll", "_read", NoRead};
+        const ImportPatch write{L"Tessel.dll", "_write", WriteHalf};
+        const ImportPatch tell{L"Tessel.dll", "_tell", NoTell};
+        const ImportPatch close{L"Tessel.dll", "_close", NoClose};
+        EXPECT_EQ(file.WriteFile("abcd", 4), 2u);
+        EXPECT_EQ(file.GetLastStatus(), CFile::WRITE_FAILED);
+        EXPECT_EQ(ReadAll(file), "");
+        EXPECT_EQ(file.GetLastStatus(), CFile::READ_FAILED);
+        EXPECT_EQ(file.TellFile(), -1);
+        EXPECT_EQ(file.GetLastStatus(), CFile::TELL_FAILED);
+        EXPECT_EQ(file.CloseFile(), CFile::CLOSE_FAILED);
+    }
+    EXPECT_STREQ(file.GetFullPath(), L"");
+    EXPECT_EQ(file.TellFile(), 2);
+}
+
+TEST_F(Files, ThatAreNotOpenSaySo) {
+    for (CFile file; const auto& status : {
+                         (file.ReadFile(nullptr, 0), file.GetLastStatus()),
+                         (file.WriteFile(nullptr, 0), file.GetLastStatus()),
+                         file.Rewind(),
+                         (file.TellFile(), file.GetLastStatus()),
+                         file.SizeFile(nullptr),
+                         file.CloseFile(),
+                     }) {
+        EXPECT_EQ(status, CFile::NOT_OPEN);
+    }
+    CFile file(L"no such folder\\file", CFile::READ_WRITE);
+    EXPECT_EQ(file.CloseFile(), CFile::OPEN_FAILED);
+}
+
+TEST_F(Files, KnowNameAndExtensionWithDotsOfFoldersOdd201) {
+    CFile file(path.c_str(), CFile::READ_WRITE);
+    EXPECT_EQ(file.GetFullPath(), path);
+    EXPECT_STREQ(file.GetName(), L"image.v1.raw");
+    EXPECT_STREQ(file.GetExt(), L"raw");
+    file.CloseFile();
+    EXPECT_STREQ(file.GetExt(), L"");
+    fs::create_directory(folder / L"v.2");
+    file.OpenFile((folder / L"v.2" / L"plain").c_str(), CFile::READ_WRITE);
+    EXPECT_STREQ(file.GetExt(), L"2\\plain");
+}
+
+TEST_F(Files, OfLongPathsAndGreatSizesAreOpened) {
+    const std::wstring name = L"\\\\?\\" + folder.wstring() + L"\\" + std::wstring(250, L'n');
+    Reports reports;
+    const ImportPatch size{L"Tessel.dll", "GetFileAttributesExW", SizeOver4Gb};
+    CFile file(name.c_str(), CFile::READ_WRITE);
+    EXPECT_EQ(file.GetLastStatus(), 0u);
+    EXPECT_EQ(file.GetFullPath(), name.substr(0, 259));
+    EXPECT_EQ(file.GetSize(), 7u);
+    EXPECT_EQ(reports.Take(), Texts{"CFile:71 FileInfo.nFileSizeHigh == 0"});
+}
+
+TEST_F(Files, AreSharedByCopiesOfWhichTheLastCloses) {
+    CFile other((folder / L"other.raw").c_str(), CFile::READ_WRITE);
+    {
+        std::optional<CFile> file(std::in_place, path.c_str(), CFile::READ_WRITE);
+        const CFile copy(*file);
+        other = *file;
+        file->WriteFile("abc", 3);
+        EXPECT_EQ(file->CloseFile(), 0u);
+    }
+    EXPECT_TRUE(fs::remove(folder / L"other.raw")) << "the assignment closed it";
+    EXPECT_EQ(other.TellFile(), 3);
+    other.CloseFile();
+    EXPECT_TRUE(fs::remove(path));
+}
+
+TEST_F(Files, AreOpenAlsoInAProgramWithoutStandardInput) {
+    const NoInput none;
+    CFile file(path.c_str(), CFile::READ_WRITE);
+    EXPECT_EQ(file.WriteFile("abc", 3), 3u);
+}
+
+TEST_F(FileFinder, WalksThroughTheEntriesAndSharesTheSearchWithCopies) {
+    Make(path);
+    fs::create_directory(folder / L"sub");
+    CFileFinder finder;
+    EXPECT_FALSE(finder.Next());
+    std::set<std::wstring> found;
+    for (int more = finder.First((folder / L"*").c_str()); more; more = CFileFinder(finder).Next() && finder.Next()) {
+        found.insert(finder.GetFileName());
+    }
+    EXPECT_EQ(found.size(), 2u) << "the copies passed every second one of the four";
+
+    EXPECT_TRUE(finder.First((folder / L"s*").c_str()));
+    CFileFinder copy;
+    copy = finder;
+    finder.Close();
+    EXPECT_FALSE(finder.IsDirectory());
+    EXPECT_TRUE(copy.IsDirectory());
+    EXPECT_STREQ(copy.GetFileName(), L"sub");
+    EXPECT_TRUE(finder.First(path.c_str()));
+    EXPECT_FALSE(finder.IsDirectory());
+    EXPECT_FALSE(finder.First((folder / L"x*").c_str()));
+}
+
+TEST_F(MappedFile, IsSharedByNameAndByCopies) {
+    constexpr wchar_t name[] = L"Tessel test view";
+    std::optional<CMemMappedFile> first(std::in_place, name, 0x20000, PAGE_READWRITE, 0, nullptr);
+    EXPECT_EQ(first->GetStatus(), 0u);
+    auto* const text = static_cast<char*>(first->MapView(FILE_MAP_WRITE, 0, 0x10000, 0));
+    ASSERT_NE(text, nullptr);
+    *text = 'x';
+    CMemMappedFile second(name, 0x20000, PAGE_READWRITE, 0, nullptr);
+    EXPECT_EQ(second.GetStatus(), DWORD{ERROR_ALREADY_EXISTS});
+    EXPECT_EQ(*static_cast<char*>(second.MapView(FILE_MAP_READ, 0, 0x10000, 0)), 'x');
+    EXPECT_EQ(second.MapView(FILE_MAP_READ, 0, 1, 0), nullptr);
+    EXPECT_EQ(second.GetStatus(), DWORD{ERROR_MAPPED_ALIGNMENT});
+
+    second = *first;
+    first.reset();
+    EXPECT_EQ(*text, 'x');
+    CMemMappedFile adopted(OpenFileMappingW(FILE_MAP_READ, FALSE, name));
+    EXPECT_NE(adopted.MapView(FILE_MAP_READ, 0, 0, 0), nullptr);
+    adopted = second = CMemMappedFile(nullptr);
+    EXPECT_EQ(OpenFileMappingW(FILE_MAP_READ, FALSE, name), nullptr) << "nobody holds it any more";
+}
+
+TEST_F(MappedFile, ShowsAFile) {
+    Make(path);
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    {
+        CMemMappedFile mapped(file, nullptr, 0, PAGE_READONLY, 0, nullptr);
+        EXPECT_EQ(std::string(static_cast<char*>(mapped.MapView(FILE_MAP_READ, 0, 0, 0)), 4), "text");
+        EXPECT_EQ(CMemMappedFile(file, nullptr, 0, 0, 0, nullptr).GetStatus(), DWORD{ERROR_INVALID_PARAMETER});
+    }
+    CloseHandle(file);
+}
+
+TEST_F(Directories, AreMadeUpToTheLastBackslashOdd202) {
+    const struct {
+        const wchar_t* path;
+        unsigned long result;
+        std::vector<std::wstring> made;
+    } rows[] = {
+        {nullptr, 0xFFFFFFFF, {}},
+        {L"", 0, {}},
+        {L"file", 0, {}},
+        {L"C:\\a\\b\\file", 0, {L"C:\\a", L"C:\\a\\b"}},
+        {L"C:a\\", 0, {L"C:a"}},
+        {L"\\a\\", 0, {L"\\a"}},
+        {L"a\\stop\\c\\", ERROR_ACCESS_DENIED, {L"a", L"a\\stop"}},
+        {L"\\\\server", ERROR_PATH_NOT_FOUND, {}},
+        {L"\\\\server\\share", ERROR_PATH_NOT_FOUND, {}},
+        {L"\\\\server\\share\\a\\file", 0, {L"\\\\server\\share\\a"}},
+    };
+    refused = L"a\\stop";
+    const ImportPatch create{L"Tessel.dll", "CreateDirectoryW", NoteDirectory};
+    for (const auto& row : rows) {
+        made.clear();
+        EXPECT_EQ(CreateDir(row.path), row.result);
+        EXPECT_EQ(made, row.made);
+    }
+}
+
+TEST_F(Directories, AreMadeAndRemovedWithAllThatIsInThem) {
+    std::wstring deep = L"\\\\?\\" + (folder / L"tree\\").wstring();
+    for (int level = 0; level < 20; ++level) deep += std::wstring(60, L'd') + L"\\";
+    for (int time = 0; time < 2; ++time) EXPECT_EQ(CreateDir(deep.c_str()), 0u);
+    EXPECT_EQ(CFile((deep + L"file").c_str(), CFile::READ_WRITE).GetLastStatus(), 0u);
+    const std::wstring tree = L"\\\\?\\" + (folder / L"tree").wstring();
+    EXPECT_EQ(RemoveDir(tree.c_str()), DWORD{ERROR_DIR_NOT_EMPTY});
+    EXPECT_EQ(RemoveDirAndFiles((tree + L"\\\\").c_str(), true), 0u);
+    EXPECT_EQ(RemoveDir(tree.c_str()), DWORD{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(RemoveDir(nullptr), 0xFFFFFFFF);
+}
+
+TEST_F(Directories, LoseOnlyWhatCanBeRemoved) {
+    const fs::path tree = folder / L"tree";
+    const fs::path kept = tree / L"link" / L"kept";
+    fs::create_directories(kept.parent_path());
+    Make(kept);
+    Make(tree / L"file");
+    EXPECT_EQ(RemoveDirAndFiles(tree.c_str(), false), DWORD{ERROR_DIR_NOT_EMPTY});
+    EXPECT_FALSE(fs::exists(tree / L"file"));
+    {
+        const ImportPatch next{L"Tessel.dll", "FindNextFileW", NextWithLinks};
+        EXPECT_EQ(RemoveDirAndFiles(tree.c_str(), true), DWORD{ERROR_DIR_NOT_EMPTY}) << "a link is not followed";
+    }
+    SetFileAttributesW(kept.c_str(), FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(RemoveDirAndFiles(tree.c_str(), true), DWORD{ERROR_ACCESS_DENIED});
+    SetFileAttributesW(kept.c_str(), FILE_ATTRIBUTE_NORMAL);
+    const HANDLE user = CreateFileW(kept.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_EQ(RemoveDirAndFiles(tree.c_str(), true), DWORD{ERROR_SHARING_VIOLATION});
+    CloseHandle(user);
+    EXPECT_TRUE(fs::exists(kept));
+    EXPECT_EQ(RemoveDirAndFiles(tree.c_str(), true), 0u);
+    EXPECT_EQ(RemoveDirAndFiles(nullptr, true), 1u);
+    EXPECT_EQ(RemoveDirAndFiles(L"", true), DWORD{ERROR_PATH_NOT_FOUND});
+}
