@@ -8,7 +8,7 @@
 namespace tessel {
 
 // They exist from before the entry point runs on attach until after it has run on detach, and are
-// constructed in this order; but for the last they are unnamed, so no other process shares them.
+// constructed in this order. Unless something else is said they are unnamed, so no other process shares them.
 CMutex errorModeMutex;
 CThreadLock brushTableLock;
 BrushTable brushTable;
@@ -26,8 +26,10 @@ CSemaphore resourceTableLock(nullptr, 1, 1);
 } // namespace tessel
 
 COCuid COCuid::oInit;
+
 /// Guards the handles that the operations on the service share.
 CMutex CNtService::mHandleMutex;
+
 CArray<CSwFile, CSwFile> CSwVersion::mSwFileTable;
 // ODD-190: the one lock here with a name; all processes share it, although each has a table of its own.
 CThreadLock CSwVersion::mRefLock(L"CSwVersionRefLock");
