@@ -93,6 +93,7 @@ int COCuid::SetUid(const OCUID* source, int overwrite) {
     return m_iPresent = 1;
 }
 
+// NOLINTBEGIN(misc-unconventional-assign-operator): callers look at the results.
 int COCuid::operator=(const OCUID* source) {
     if (m_iPresent != 0 || source == nullptr) return 0; // GUARD-09
     m_Uid = *source;
@@ -117,6 +118,7 @@ int COCuid::operator=(const wchar_t* text) {
     m_iPresent = failed == 0;
     return failed;
 }
+// NOLINTEND(misc-unconventional-assign-operator)
 
 void COCuid::Clear() {
     constexpr std::size_t kCleared = 32;

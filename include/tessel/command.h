@@ -110,7 +110,8 @@ public:
 
     /// Reads the texts (REG_SZ) "PathFileName", "WorkDir", "RestartKey" and "Arguments" of a key, and "AutoFlag", which
     /// sets the type when it is "YES". Neither names nor "YES" depend on the case.
-    /// A character without an 8-bit form ends its text. Values are read in the registry's order, up to the first one of more than 128 bytes (63 characters) or with
+    /// A character without an 8-bit form ends its text.
+    /// Values are read in the registry's order, up to the first one of more than 128 bytes (63 characters) or with
     /// a name of more than 127 characters, whatever its type: neither it nor those behind it are read.
     /// @param key  open key of one application; stays open
     void InitializeFromRegistry(HKEY key);

@@ -78,14 +78,9 @@ TEST(Identifier, TextIsOpenWhenTheRoomIsFilledOdd160) {
 TEST(Identifier, OnlyTextsOfIdentifiersAreRead) {
     COCuid uid;
     const OCUID zero{};
-    const std::wstring wrong[] = {L"",
-                                  L"no identifier",
-                                  std::wstring(kText) + L"0",
-                                  std::wstring(kText, 35) + L"g",
-                                  std::wstring(63, L'x'),
-                                  std::wstring(64, L'x'),
-                                  std::wstring(1000, L'x')};
-    for (const std::wstring& text : wrong) {
+    const std::wstring base(kText);
+    const std::wstring many(1000, L'x');
+    for (const std::wstring& text : {std::wstring(), base + L"0", base.substr(1) + L"g", many.substr(937), many}) {
         EXPECT_EQ(uid = kText, 0) << "in place of what is held";
         EXPECT_EQ(uid.GetUid()->Uuid.Data1, 0x00112233UL);
         EXPECT_EQ(uid = text.c_str(), 1) << text.size();
