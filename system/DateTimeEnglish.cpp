@@ -24,19 +24,13 @@ constexpr int kDaysOfMonth[kMonths] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 3
 constexpr int kCenturyKeys[] = {2, 0, 6, 4};
 constexpr int kMonthKeys[kMonths] = {0, 3, 3, 6, 1, 4, 6, 2, 5, 0, 3, 5};
 
-struct Bounds {
-    int least;
-    int most;
-};
-// ODD-170: no year before 1850 is valid
-constexpr Bounds kBounds[kDateTimeFieldCount] = {
-    {kFirstYear, kLastYear}, {1, kMonths}, {1, 31}, {0, 23}, {0, 59}, {0, 59}, {0, 999}};
+bool IsBetween(int value, int least, int most) {
+    return value >= least && value <= most;
+}
 
-bool AreInBounds(const int (&values)[kDateTimeFieldCount]) {
-    for (unsigned int field = kYear; field < kDateTimeFieldCount; ++field) {
-        if (values[field] < kBounds[field].least || values[field] > kBounds[field].most) return false;
-    }
-    return true;
+bool IsTimeOfDay(int hour, int minute, int second, int millisecond) {
+    return IsBetween(hour, 0, 23) && IsBetween(minute, 0, 59) && IsBetween(second, 0, 59) &&
+           IsBetween(millisecond, 0, 999);
 }
 
 bool AreZero(const int (&values)[kDateTimeFieldCount]) {
@@ -83,6 +77,7 @@ CDateTimeEnglish::CDateTimeEnglish(const CDateTimeEnglish& other)
     : m_SystemTime(other.m_SystemTime), m_Status(other.m_Status), m_szText{} {}
 
 CDateTimeEnglish& CDateTimeEnglish::operator=(const CDateTimeEnglish& other) {
+    if (this == &other) return *this;
     m_SystemTime = other.m_SystemTime;
     m_Status = other.m_Status;
     return *this;
@@ -132,9 +127,11 @@ DateTimeStatus CDateTimeEnglish::CheckValidDate(int year, int month, int day, in
                                                 int millisecond) {
     const int values[] = {year, month, day, hour, minute, second, millisecond};
     if (AreZero(values)) return DTS_NULL;
-    if (!AreInBounds(values)) return DTS_INVALID;
+    // ODD-170: no year before 1850 is valid
+    if (!IsBetween(year, kFirstYear, kLastYear) || !IsBetween(month, 1, kMonths)) return DTS_INVALID;
     const int leapDay = month == kFebruary && IsLeapYear(year) ? 1 : 0;
-    return day <= kDaysOfMonth[month - 1] + leapDay ? DTS_VALID : DTS_INVALID;
+    const bool exists = IsBetween(day, 1, kDaysOfMonth[month - 1] + leapDay);
+    return exists && IsTimeOfDay(hour, minute, second, millisecond) ? DTS_VALID : DTS_INVALID;
 }
 
 int CDateTimeEnglish::Compare(const CDateTimeEnglish& other) const {

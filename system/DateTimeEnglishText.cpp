@@ -28,7 +28,8 @@ struct Layout {
     unsigned int size;
 };
 
-// ODD-171: the month stands in front of the day where "/" parts them, and behind it where "-" does
+// In the order of FORMAT_ID. ODD-171: the month stands in front of the day where "/" parts them, and behind it where
+// "-" does
 constexpr Layout kLayouts[] = {
     {L"yod", 9},
     {L"o/d/y", 11},
@@ -197,7 +198,7 @@ const wchar_t* CDateTimeEnglish::Format(FORMAT_ID id) const {
             const int value = m_SystemTime.*field->component;
             writer.Put(static_cast<unsigned int>(*at == kHour12 ? ModifyFor12HourClock(value) : value), field->digits);
         } else {
-            wchar_t text[TEXT_SIZE] = {};
+            wchar_t text[TEXT_SIZE] = {}; // more than names have room for, so that it ends in any case
             GetTextOf(*at, text, layout->size);
             writer.Put(text);
         }
