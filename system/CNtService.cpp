@@ -163,9 +163,9 @@ bool CNtService::ProgramCommand(wchar_t* command, unsigned long size) {
     const wchar_t* path = mpExePath;
     if (path == nullptr) {
         const unsigned long length = GetModuleFileNameW(nullptr, ownPath, kPathLength);
-        if (length == 0) return false;
         // GUARD-171: a path that fills the room may have been cut, and need not be terminated.
-        if (length >= kPathLength) return SetLastError(ERROR_INSUFFICIENT_BUFFER), false;
+        if (length >= kPathLength) SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        if (length == 0 || length >= kPathLength) return false;
         path = ownPath;
     }
     // ODD-183: the path has no quotation marks

@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 #include <tessel/eventlog.h>
 
-#include <sddl.h>
-
 #include <cstdlib>
 #include <optional>
 #include <string>
@@ -72,65 +70,44 @@ TEST_F(EventLog, AnInvalidTypeIsReportedAndChangesNothing) {
 
 namespace {
 
-Lines events;
-std::vector<void*> freed;
-DWORD writeError = 0;
-int sources[10];
-int sourceCount = 0;
+/// An event log that notes what goes to it.
+struct Log {
+    static inline Lines events;
+    static inline std::vector<void*> freed;
+    static inline DWORD writeError;
+    static inline int sources[10];
+    static inline int sourceCount;
 
-std::wstring IndexOf(HANDLE source) {
-    return std::to_wstring(static_cast<int*>(source) - sources);
-}
-HANDLE WINAPI Register(LPCWSTR server, LPCWSTR name) {
-    EXPECT_EQ(server, nullptr);
-    events.push_back(name);
-    return &sources[sourceCount++];
-}
-BOOL WINAPI Deregister(HANDLE source) {
-    events.push_back(L"end of " + IndexOf(source));
-    return TRUE;
-}
-std::wstring SidText(PSID sid) {
-    if (sid == nullptr) return L"nobody";
-    wchar_t* text = nullptr;
-    ConvertSidToStringSidW(sid, &text);
-    std::wstring copy = text;
-    LocalFree(text);
-    return copy;
-}
-BOOL WINAPI Write(HANDLE source, WORD type, WORD category, DWORD id, PSID sid, WORD count, DWORD size, LPCWSTR* texts,
-                  void* data) {
-    std::wstring line = IndexOf(source);
-    for (const DWORD part : {DWORD{type}, DWORD{category}, id}) line += L" " + std::to_wstring(part);
-    line += L" " + SidText(sid) + L" " + std::wstring(static_cast<wchar_t*>(data), size / sizeof(wchar_t));
-    for (WORD i = 0; i < count; ++i) line += std::wstring(L"|") + texts[i];
-    events.push_back(line);
-    SetLastError(writeError);
-    return writeError == 0;
-}
-void __cdecl Free(void* block) {
-    freed.push_back(block);
-    std::free(block);
-}
-BOOL WINAPI NoUser(LPWSTR, DWORD*) {
-    return FALSE;
-}
-
-std::wstring CurrentUser() {
-    HANDLE token = nullptr;
-    OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token);
-    alignas(TOKEN_USER) unsigned char user[200];
-    DWORD size = 0;
-    GetTokenInformation(token, TokenUser, user, sizeof user, &size);
-    CloseHandle(token);
-    return SidText(reinterpret_cast<TOKEN_USER*>(user)->User.Sid);
-}
-void** WorldSid() {
-    DWORD size = SECURITY_MAX_SID_SIZE;
-    void* const sid = std::malloc(size);
-    CreateWellKnownSid(WinWorldSid, nullptr, sid, &size);
-    return static_cast<void**>(sid);
-}
+    static std::wstring IndexOf(HANDLE source) { return std::to_wstring(static_cast<int*>(source) - sources); }
+    static HANDLE WINAPI Register(LPCWSTR, LPCWSTR name) { return events.push_back(name), &sources[sourceCount++]; }
+    static BOOL WINAPI Deregister(HANDLE source) { return events.push_back(L"end of " + IndexOf(source)), TRUE; }
+    static BOOL WINAPI Write(HANDLE source, WORD type, WORD category, DWORD id, PSID sid, WORD count, DWORD size,
+                             LPCWSTR* texts, void* data) {
+        std::wstring line = IndexOf(source);
+        for (const DWORD part : {DWORD{type}, DWORD{category}, id}) line += L" " + std::to_wstring(part);
+        line += L" " + Account(sid) + L" " + std::wstring(static_cast<wchar_t*>(data), size / sizeof(wchar_t));
+        for (WORD i = 0; i < count; ++i) line += std::wstring(L"|") + texts[i];
+        events.push_back(line);
+        SetLastError(writeError);
+        return writeError == 0;
+    }
+    static std::wstring Account(PSID sid) {
+        wchar_t name[200] = L"nobody";
+        wchar_t domain[200];
+        DWORD sizes[] = {200, 200};
+        SID_NAME_USE use;
+        if (sid != nullptr) LookupAccountSidW(nullptr, sid, name, &sizes[0], domain, &sizes[1], &use);
+        return name;
+    }
+    static std::wstring User() {
+        wchar_t name[200];
+        DWORD size = 200;
+        GetUserNameW(name, &size);
+        return name;
+    }
+    static BOOL WINAPI NoUser(LPWSTR, DWORD*) { return FALSE; }
+    static void __cdecl Free(void* block) { freed.push_back(block), std::free(block); }
+};
 
 struct TestSource : CNtEventLogSource {
     using CNtEventLogSource::CNtEventLogSource;
@@ -142,22 +119,17 @@ struct TestSource : CNtEventLogSource {
     using CNtEventLogSource::ReportEventWarning;
 };
 
-void Forget() {
-    events.clear();
-    freed.clear();
-    writeError = 0;
-    sourceCount = 0;
-}
-
 struct EventLogSource : testing::Test {
-    EventLogSource() { EXPECT_EQ(std::exchange(events, {}), Lines{L"Scanner"}); }
+    EventLogSource() { EXPECT_EQ(std::exchange(Log::events, {}), Lines{L"Scanner"}); }
     ~EventLogSource() override {
         source.reset();
-        Forget();
+        Log::events.clear();
+        Log::writeError = 0;
+        Log::sourceCount = 0;
     }
-    ImportPatch registration{L"Tessel.dll", "RegisterEventSourceW", Register};
-    ImportPatch end{L"Tessel.dll", "DeregisterEventSource", Deregister};
-    ImportPatch write{L"Tessel.dll", "ReportEventW", Write};
+    ImportPatch registration{L"Tessel.dll", "RegisterEventSourceW", Log::Register};
+    ImportPatch end{L"Tessel.dll", "DeregisterEventSource", Log::Deregister};
+    ImportPatch write{L"Tessel.dll", "ReportEventW", Log::Write};
     std::optional<TestSource> source{std::in_place, L"Scanner", static_cast<unsigned short>(3)};
     wchar_t data[3] = L"de";
     const wchar_t* texts[2] = {L"one", L"two"};
@@ -166,34 +138,36 @@ struct EventLogSource : testing::Test {
 } // namespace
 
 TEST_F(EventLogSource, WritesEventsOfEveryTypeWithTheUser) {
-    const std::wstring user = CurrentUser();
+    const std::wstring user = Log::User();
     EXPECT_EQ(source->ReportEventError(10, 2, texts, 4, data, nullptr), 0u);
     EXPECT_EQ(source->ReportEventWarning(11, 1, texts, 2, data, nullptr), 0u);
     EXPECT_EQ(source->ReportEventInfo(12, 0, nullptr, 0, nullptr, nullptr), 0u);
-    writeError = ERROR_LOG_FILE_FULL;
-    const ImportPatch nobody(L"Tessel.dll", "GetUserNameW", NoUser);
+    Log::writeError = ERROR_LOG_FILE_FULL;
+    const ImportPatch nobody(L"Tessel.dll", "GetUserNameW", Log::NoUser);
     EXPECT_EQ(source->ReportEventW(16, 13, 0, nullptr, 0, nullptr, nullptr), DWORD{ERROR_LOG_FILE_FULL});
-    EXPECT_EQ(events, (Lines{L"0 1 3 10 " + user + L" de|one|two", L"0 2 3 11 " + user + L" d|one",
-                             L"0 4 3 12 " + user + L" ", L"0 16 3 13 nobody "}));
+    EXPECT_EQ(Log::events, (Lines{L"0 1 3 10 " + user + L" de|one|two", L"0 2 3 11 " + user + L" d|one",
+                                  L"0 4 3 12 " + user + L" ", L"0 16 3 13 nobody "}));
 }
 
 TEST_F(EventLogSource, Odd185TheCallersIdentifierIsUsedAsItIsAndFreed) {
-    const ImportPatch release(L"Tessel.dll", "free", Free);
-    void** const sid = WorldSid();
+    const ImportPatch release(L"Tessel.dll", "free", Log::Free);
+    DWORD size = SECURITY_MAX_SID_SIZE;
+    auto* const sid = static_cast<void**>(std::malloc(size));
+    ASSERT_TRUE(CreateWellKnownSid(WinWorldSid, nullptr, sid, &size));
     EXPECT_EQ(source->ReportEventInfo(1, 0, nullptr, 0, nullptr, sid), 0u);
-    EXPECT_EQ(events, Lines{L"0 4 3 1 S-1-1-0 "});
-    EXPECT_EQ(freed, std::vector<void*>{sid});
+    EXPECT_EQ(Log::events, Lines{L"0 4 3 1 Everyone "});
+    EXPECT_EQ(Log::freed, std::vector<void*>{sid});
 }
 
 TEST_F(EventLogSource, Odd186ACodeWithoutTextIsFollowedByAnEight) {
-    const std::wstring start = L"0 1 3 7 " + CurrentUser() + L" |";
+    const std::wstring start = L"0 1 3 7 " + Log::User() + L" |";
     source->ReportEventErrorSystemCode(7, 0xABC);
     source->ReportEventErrorSystemCode(7, 0xFEDCBA98);
-    EXPECT_EQ(events, (Lines{start + L"ABC8", start + L"FEDCBA988"}));
+    EXPECT_EQ(Log::events, (Lines{start + L"ABC8", start + L"FEDCBA988"}));
     source->ReportEventErrorSystemCode(7, ERROR_ACCESS_DENIED);
-    EXPECT_GT(events.back().size(), start.size() + 10) << "the system's text";
+    EXPECT_GT(Log::events.back().size(), start.size() + 10) << "the system's text";
     source->ReportEventErrorSystemCode(7, ERROR_BAD_EXE_FORMAT);
-    EXPECT_NE(events.back().find(L"%1"), std::wstring::npos) << "there is nothing to insert";
+    EXPECT_NE(Log::events.back().find(L"%1"), std::wstring::npos) << "there is nothing to insert";
 }
 
 TEST_F(EventLogSource, TheLastCopyEndsTheRegistration) {
@@ -201,13 +175,13 @@ TEST_F(EventLogSource, TheLastCopyEndsTheRegistration) {
     std::optional<TestSource> copy{*source};
     source.reset();
     *other = *copy;
-    EXPECT_EQ(events, (Lines{L"Other", L"end of 1"}));
+    EXPECT_EQ(Log::events, (Lines{L"Other", L"end of 1"}));
     copy.reset();
-    events.clear();
+    Log::events.clear();
     EXPECT_EQ(other->ReportEventErrorSystemCode(1, 0xABC), 0u);
-    EXPECT_EQ(events.back().substr(0, 7), L"0 1 3 1");
+    EXPECT_EQ(Log::events.back().substr(0, 7), L"0 1 3 1");
     other.reset();
-    EXPECT_EQ(events.back(), L"end of 0");
+    EXPECT_EQ(Log::events.back(), L"end of 0");
 }
 
 TEST_F(EventLogSource, Odd187IsAlwaysDescribedUnderTheApplicationLog) {

@@ -86,21 +86,14 @@ struct Service : testing::Test {
         service.emplace();
         service->Remove();
     }
-    /// What the service manager has: type, start type and command.
-    static std::wstring Installed() {
-        struct {
-            QUERY_SERVICE_CONFIGW config;
-            wchar_t texts[2000];
-        } answer{};
-        DWORD needed = 0;
-        const SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS);
-        const SC_HANDLE handle = OpenServiceW(manager, kName, SERVICE_ALL_ACCESS);
-        const bool told = handle != nullptr && QueryServiceConfigW(handle, &answer.config, sizeof answer, &needed);
-        if (handle != nullptr) CloseServiceHandle(handle);
-        CloseServiceHandle(manager);
-        if (!told) return L"none";
-        return std::to_wstring(answer.config.dwServiceType) + L" " + std::to_wstring(answer.config.dwStartType) + L" " +
-               answer.config.lpBinaryPathName;
+    /// What the service manager has written down.
+    static std::wstring Stored(const wchar_t* value) {
+        wchar_t data[2000] = L"none";
+        DWORD size = sizeof data;
+        DWORD type = 0;
+        RegGetValueW(HKEY_LOCAL_MACHINE, L"System\\CurrentControlSet\\Services\\TesselTest", value, RRF_RT_ANY, &type,
+                     data, &size);
+        return type == REG_DWORD ? std::to_wstring(data[0]) : data;
     }
 };
 
@@ -119,13 +112,7 @@ TEST_F(Service, IsInstalledStartedStoppedAndRemoved) {
     EXPECT_EQ(installed[0], L"TesselTest/0: Tessel test installed.\n");
     EXPECT_EQ(installed[1].find(L"TesselTest/0: CreateService failed - "), 0u);
     EXPECT_TRUE(EndsWith(installed[1], L" (0x431)\n")) << installed[1];
-    EXPECT_EQ(Installed().find(L"272 3 "), 0u) << Installed();
-    wchar_t needs[20];
-    DWORD size = sizeof needs;
-    EXPECT_EQ(RegGetValueW(HKEY_LOCAL_MACHINE, L"System\\CurrentControlSet\\Services\\TesselTest", L"DependOnService",
-                           RRF_RT_REG_MULTI_SZ, nullptr, needs, &size),
-              0);
-    EXPECT_STREQ(needs, L"RpcSs");
+    EXPECT_EQ(Stored(L"Type") + Stored(L"Start") + Stored(L"DependOnService"), L"2723RpcSs");
     EXPECT_TRUE(CNtService::IsInstalled(nullptr));
 
     ASSERT_TRUE(CNtService::Start());
@@ -161,20 +148,20 @@ TEST_F(Service, Odd180TheStartModeIsSetButReadAsManual) {
     EXPECT_FALSE(CNtService::SetStartMode(START_AUTO)) << "not installed";
     service->Install();
     EXPECT_TRUE(CNtService::SetStartMode(START_AUTO));
-    EXPECT_EQ(Installed().find(L"272 2 "), 0u) << Installed();
+    EXPECT_EQ(Stored(L"Start"), L"2");
     EXPECT_EQ(CNtService::GetStartMode(), START_MANUAL);
     {
         const ImportPatch answer(L"Tessel.dll", "QueryServiceConfigW", AnswerInPart);
         EXPECT_EQ(CNtService::GetStartMode(), START_AUTO);
     }
     EXPECT_TRUE(CNtService::SetStartMode(static_cast<START_MODE>(7)));
-    EXPECT_EQ(Installed().find(L"272 3 "), 0u) << Installed();
+    EXPECT_EQ(Stored(L"Start"), L"3");
 }
 
 TEST_F(Service, Odd183ThePathHasNoMarksAndALongOneIsRefused) {
     service.emplace(kDisplayName, L"C:\\My service.exe");
     service->Install();
-    EXPECT_TRUE(EndsWith(Installed(), L" C:\\My service.exe --role service")) << Installed();
+    EXPECT_EQ(Stored(L"ImagePath"), L"C:\\My service.exe --role service");
     service->Remove();
     TakeCalls();
     const std::wstring longText(5000, L'x');
@@ -183,59 +170,44 @@ TEST_F(Service, Odd183ThePathHasNoMarksAndALongOneIsRefused) {
         service->Install();
         EXPECT_TRUE(TakeCalls() == Lines{L"TesselTest/0: " + (L"Unable to install " + longText).substr(0, 2047)});
     }
-    EXPECT_EQ(Installed(), L"none");
+    EXPECT_EQ(Stored(L"ImagePath"), L"none");
 }
 
-namespace fake {
+/// A service manager that notes what is asked of it.
+struct Fake {
+    static inline bool serviceOpens;
+    static inline int object;
 
-int object;
-bool serviceOpens = true;
-DWORD state = SERVICE_STOPPED;
-
-SC_HANDLE Handle() {
-    return reinterpret_cast<SC_HANDLE>(&object);
-}
-SC_HANDLE WINAPI OpenManager(LPCWSTR, LPCWSTR, DWORD) {
-    calls.push_back(L"manager");
-    return Handle();
-}
-SC_HANDLE WINAPI OpenOne(SC_HANDLE, LPCWSTR name, DWORD) {
-    calls.push_back(name);
-    SetLastError(ERROR_SERVICE_DOES_NOT_EXIST);
-    return serviceOpens ? Handle() : nullptr;
-}
-BOOL WINAPI CloseOne(SC_HANDLE) {
-    calls.push_back(L"close");
-    return TRUE;
-}
-BOOL WINAPI StartOne(SC_HANDLE, DWORD count, LPCWSTR* arguments) {
-    calls.push_back(std::to_wstring(count) + arguments[0]);
-    return TRUE;
-}
-BOOL WINAPI QueryConfig(SC_HANDLE, QUERY_SERVICE_CONFIGW*, DWORD, DWORD*) {
-    return FALSE;
-}
-BOOL WINAPI Control(SC_HANDLE, DWORD, SERVICE_STATUS*) {
-    return FALSE;
-}
-BOOL WINAPI Query(SC_HANDLE, SERVICE_STATUS* status) {
-    status->dwCurrentState = std::exchange(state, SERVICE_PAUSED);
-    return TRUE;
-}
-
-} // namespace fake
+    static BOOL Note(const std::wstring& call) { return calls.push_back(call), TRUE; }
+    static SC_HANDLE Handle() { return reinterpret_cast<SC_HANDLE>(&object); }
+    static SC_HANDLE WINAPI OpenManager(LPCWSTR, LPCWSTR, DWORD) { return Note(L"manager"), Handle(); }
+    static SC_HANDLE WINAPI Open(SC_HANDLE, LPCWSTR name, DWORD) {
+        Note(name);
+        return serviceOpens ? Handle() : nullptr;
+    }
+    static BOOL WINAPI Close(SC_HANDLE) { return Note(L"close"); }
+    static BOOL WINAPI Start(SC_HANDLE, DWORD count, LPCWSTR* texts) { return Note(std::to_wstring(count) + texts[0]); }
+    static BOOL WINAPI QueryConfig(SC_HANDLE, QUERY_SERVICE_CONFIGW*, DWORD, DWORD*) { return FALSE; }
+    static BOOL WINAPI Control(SC_HANDLE, DWORD, SERVICE_STATUS*) { return FALSE; }
+    static BOOL WINAPI Query(SC_HANDLE, SERVICE_STATUS* status) {
+        status->dwCurrentState = status->dwCurrentState == 0 ? SERVICE_STOP_PENDING : SERVICE_PAUSED;
+        return TRUE;
+    }
+};
 
 struct ServiceHandles : testing::Test {
-    ImportPatch manager{L"Tessel.dll", "OpenSCManagerW", fake::OpenManager};
-    ImportPatch open{L"Tessel.dll", "OpenServiceW", fake::OpenOne};
-    ImportPatch close{L"Tessel.dll", "CloseServiceHandle", fake::CloseOne};
-    ImportPatch start{L"Tessel.dll", "StartServiceW", fake::StartOne};
-    ImportPatch query{L"Tessel.dll", "QueryServiceConfigW", fake::QueryConfig};
-    ImportPatch control{L"Tessel.dll", "ControlService", fake::Control};
-    ImportPatch status{L"Tessel.dll", "QueryServiceStatus", fake::Query};
+    ImportPatch manager{L"Tessel.dll", "OpenSCManagerW", Fake::OpenManager};
+    ImportPatch open{L"Tessel.dll", "OpenServiceW", Fake::Open};
+    ImportPatch close{L"Tessel.dll", "CloseServiceHandle", Fake::Close};
+    ImportPatch start{L"Tessel.dll", "StartServiceW", Fake::Start};
+    ImportPatch query{L"Tessel.dll", "QueryServiceConfigW", Fake::QueryConfig};
+    ImportPatch control{L"Tessel.dll", "ControlService", Fake::Control};
+    ImportPatch status{L"Tessel.dll", "QueryServiceStatus", Fake::Query};
     ImportPatch show{L"Tessel.dll", "MessageBoxW", Show};
     ImportPatch pause{L"Tessel.dll", "Sleep", Pause};
     TestService service;
+
+    ServiceHandles() { Fake::serviceOpens = true; }
 };
 
 TEST_F(ServiceHandles, AreSharedUntilTheLastUserClosesThem) {
@@ -248,9 +220,9 @@ TEST_F(ServiceHandles, AreSharedUntilTheLastUserClosesThem) {
 }
 
 TEST_F(ServiceHandles, Odd182TheManagerStaysOpenWithoutTheService) {
-    fake::serviceOpens = false;
+    Fake::serviceOpens = false;
     EXPECT_FALSE(CNtService::Start());
-    fake::serviceOpens = true;
+    Fake::serviceOpens = true;
     EXPECT_TRUE(CNtService::Start());
     EXPECT_EQ(TakeCalls(), (Lines{L"manager", kName, kName, L"1argument", L"close", L"close"}))
         << "and nothing is shown unless asked for";
@@ -258,81 +230,76 @@ TEST_F(ServiceHandles, Odd182TheManagerStaysOpenWithoutTheService) {
 
 TEST_F(ServiceHandles, StoppingFailsWhenTheServiceEndsUpInAnotherState) {
     service.EnableErrorReports(true);
-    fake::state = SERVICE_STOP_PENDING;
     service.Remove();
     EXPECT_EQ(TakeCalls(), (Lines{L"manager", kName, L"TesselTest/0: .",
                                   L"TesselTest/0: \nTessel test failed to stop.\n", L"close", L"close"}));
 }
 
-namespace dispatcher {
+/// The service manager and the event log as a service sees them.
+struct FakeSystem {
+    static inline LPHANDLER_FUNCTION handler;
+    static inline bool accepts;
 
-LPHANDLER_FUNCTION handler;
-bool accepts = true;
-
-BOOL WINAPI Dispatch(const SERVICE_TABLE_ENTRYW* table) {
-    EXPECT_EQ(table[1].lpServiceName, nullptr);
-    EXPECT_EQ(table[1].lpServiceProc, nullptr);
-    calls.push_back(table[0].lpServiceName);
-    table[0].lpServiceProc(0, nullptr);
-    SetLastError(ERROR_FAILED_SERVICE_CONTROLLER_CONNECT);
-    return accepts;
-}
-SERVICE_STATUS_HANDLE WINAPI Register(LPCWSTR name, LPHANDLER_FUNCTION function) {
-    calls.push_back(name);
-    handler = function;
-    return reinterpret_cast<SERVICE_STATUS_HANDLE>(&handler);
-}
-BOOL WINAPI Set(SERVICE_STATUS_HANDLE, SERVICE_STATUS* s) {
-    std::wstring line;
-    for (const DWORD part : {s->dwServiceType, s->dwCurrentState, s->dwControlsAccepted, s->dwWin32ExitCode,
-                             s->dwServiceSpecificExitCode, s->dwCheckPoint, s->dwWaitHint}) {
-        line += std::to_wstring(part) + L" ";
+    static BOOL WINAPI Dispatch(const SERVICE_TABLE_ENTRYW* table) {
+        Fake::Note(table[0].lpServiceName);
+        EXPECT_TRUE(table[1].lpServiceName == nullptr && table[1].lpServiceProc == nullptr);
+        table[0].lpServiceProc(0, nullptr);
+        SetLastError(ERROR_FAILED_SERVICE_CONTROLLER_CONNECT);
+        return accepts;
     }
-    calls.push_back(line);
-    SetLastError(ERROR_INVALID_HANDLE);
-    return accepts;
-}
-HANDLE WINAPI OpenLog(LPCWSTR, LPCWSTR name) {
-    return const_cast<wchar_t*>(name);
-}
-BOOL WINAPI CloseLog(HANDLE source) {
-    calls.push_back(L"closed " + std::wstring(static_cast<const wchar_t*>(source)));
-    return TRUE;
-}
-BOOL WINAPI WriteLog(HANDLE, WORD type, WORD category, DWORD id, PSID sid, WORD count, DWORD, LPCWSTR* texts, void*) {
-    EXPECT_TRUE(type == 1 && category == 0 && id == 0 && sid == nullptr && count == 2);
-    calls.push_back(texts[0]);
-    calls.push_back(texts[1]);
-    return TRUE;
-}
-
-} // namespace dispatcher
+    static SERVICE_STATUS_HANDLE WINAPI Register(LPCWSTR name, LPHANDLER_FUNCTION function) {
+        Fake::Note(name);
+        handler = function;
+        return reinterpret_cast<SERVICE_STATUS_HANDLE>(&handler);
+    }
+    static BOOL WINAPI Set(SERVICE_STATUS_HANDLE, SERVICE_STATUS* s) {
+        std::wstring line;
+        for (const DWORD part : {s->dwServiceType, s->dwCurrentState, s->dwControlsAccepted, s->dwWin32ExitCode,
+                                 s->dwServiceSpecificExitCode, s->dwCheckPoint, s->dwWaitHint}) {
+            line += std::to_wstring(part) + L" ";
+        }
+        Fake::Note(line);
+        SetLastError(ERROR_INVALID_HANDLE);
+        return accepts;
+    }
+    static HANDLE WINAPI OpenLog(LPCWSTR, LPCWSTR name) { return const_cast<wchar_t*>(name); }
+    static BOOL WINAPI CloseLog(HANDLE log) {
+        return Fake::Note(static_cast<wchar_t*>(log) + std::wstring(L" closed"));
+    }
+    static BOOL WINAPI WriteLog(HANDLE, WORD type, WORD category, DWORD id, PSID sid, WORD count, DWORD, LPCWSTR* texts,
+                                void*) {
+        EXPECT_TRUE(type == 1 && category == 0 && id == 0 && sid == nullptr && count == 2);
+        return Fake::Note(texts[0]) && Fake::Note(texts[1]);
+    }
+};
 
 struct ServiceDispatch : testing::Test {
-    ImportPatch dispatch{L"Tessel.dll", "StartServiceCtrlDispatcherW", dispatcher::Dispatch};
-    ImportPatch registration{L"Tessel.dll", "RegisterServiceCtrlHandlerW", dispatcher::Register};
-    ImportPatch set{L"Tessel.dll", "SetServiceStatus", dispatcher::Set};
-    ImportPatch openLog{L"Tessel.dll", "RegisterEventSourceW", dispatcher::OpenLog};
-    ImportPatch closeLog{L"Tessel.dll", "DeregisterEventSource", dispatcher::CloseLog};
-    ImportPatch writeLog{L"Tessel.dll", "ReportEventW", dispatcher::WriteLog};
+    ImportPatch dispatch{L"Tessel.dll", "StartServiceCtrlDispatcherW", FakeSystem::Dispatch};
+    ImportPatch registration{L"Tessel.dll", "RegisterServiceCtrlHandlerW", FakeSystem::Register};
+    ImportPatch set{L"Tessel.dll", "SetServiceStatus", FakeSystem::Set};
+    ImportPatch openLog{L"Tessel.dll", "RegisterEventSourceW", FakeSystem::OpenLog};
+    ImportPatch closeLog{L"Tessel.dll", "DeregisterEventSource", FakeSystem::CloseLog};
+    ImportPatch writeLog{L"Tessel.dll", "ReportEventW", FakeSystem::WriteLog};
     std::optional<TestService> service{std::in_place};
+
+    ServiceDispatch() { FakeSystem::accepts = true; }
 };
 
 TEST_F(ServiceDispatch, ReportsEveryStateToTheServiceManager) {
     service->stops = false;
     service->Run();
     EXPECT_EQ(TakeCalls(), (Lines{kName, kName, L"16 2 0 0 0 1 3000 ", L"16 4 1 0 0 0 0 ", L"16 1 1 5 0 0 0 "}));
-    dispatcher::handler(SERVICE_CONTROL_INTERROGATE);
-    dispatcher::handler(SERVICE_CONTROL_STOP);
+    FakeSystem::handler(SERVICE_CONTROL_INTERROGATE);
+    FakeSystem::handler(SERVICE_CONTROL_STOP);
     EXPECT_EQ(TakeCalls(), (Lines{L"16 1 1 5 0 0 0 ", L"16 3 1 0 0 2 0 "}));
     EXPECT_EQ(service->seen, (Lines{L"run", L"stop"}));
     service.reset();
-    dispatcher::handler(SERVICE_CONTROL_STOP);
+    FakeSystem::handler(SERVICE_CONTROL_STOP);
     EXPECT_EQ(TakeCalls(), Lines{L"16 3 1 0 0 3 0 "});
 }
 
 TEST_F(ServiceDispatch, WritesFailuresToTheEventLogAndDoesNotRun) {
-    dispatcher::accepts = false;
+    FakeSystem::accepts = false;
     service->Run();
     const Lines log = TakeCalls();
     ASSERT_EQ(log.size(), 9u);
@@ -340,10 +307,10 @@ TEST_F(ServiceDispatch, WritesFailuresToTheEventLogAndDoesNotRun) {
     EXPECT_TRUE(EndsWith(log[3], L" (0x6)")) << log[3];
     EXPECT_EQ(log[3].find_first_of(L"\r\n"), std::wstring::npos);
     EXPECT_EQ(log[4], L"SetServiceStatus");
-    EXPECT_EQ(log[5], L"closed TesselTest");
+    EXPECT_EQ(log[5], L"TesselTest closed");
     EXPECT_TRUE(EndsWith(log[6], L" (0x427)")) << log[6];
     EXPECT_EQ(log[7], L"StartServiceCtrlDispatcher failed.");
     EXPECT_EQ(service->seen, Lines{});
     service->AddToMessageLog(L"told", false);
-    EXPECT_EQ(TakeCalls(), (Lines{L"TesselTest error.", L"told", L"closed TesselTest"}));
+    EXPECT_EQ(TakeCalls(), (Lines{L"TesselTest error.", L"told", L"TesselTest closed"}));
 }

@@ -1,0 +1,56 @@
+#include "common/Arguments.h"
+
+#include <tessel/tessel.h>
+
+#include <cstdio>
+
+namespace {
+
+class Watcher : public CNtService {
+public:
+    explicit Watcher(const wchar_t* program)
+        : CNtService(L"TesselWatcher", L"Tessel disk watcher", nullptr, program, nullptr) {}
+
+protected:
+    void OnServiceRun() override {
+        constexpr unsigned long minuteMs = 60000;
+        constexpr unsigned long timeOut = 0xFFFFFFFF;
+        ReportStatus(SERVICE_RUNNING, NO_ERROR, 0);
+        do {
+            unsigned long long free = 0;
+            unsigned long long total = 0;
+            if (GetDriveFreeSpace(L"C:\\", &free, &total) != 0 && free < total / 20) {
+                AddToMessageLog(L"Less than a twentieth of drive C: is free.", false);
+            }
+        } while (m_stop.WaitOnEvent(minuteMs) == timeOut);
+        ReportStatus(SERVICE_STOPPED, NO_ERROR, 0);
+    }
+    void OnServiceStop() override { m_stop.SetEvent(); }
+    const wchar_t** GetStartArgs() override { return m_startArgs; }
+
+private:
+    const wchar_t* m_startArgs[1] = {L"TesselWatcher"};
+    CEvent m_stop{nullptr, 1};
+};
+
+} // namespace
+
+int main() {
+    const std::wstring program = L"\"" + OwnProgram() + L"\""; // in marks, as the path may have blanks
+    const std::vector<std::wstring> arguments = Arguments();
+    const std::wstring order = arguments.empty() ? L"run" : arguments[0];
+    Watcher watcher(program.c_str());
+    if (order == L"run") {
+        watcher.Run();
+    } else if (order == L"install") {
+        watcher.Install();
+        return CNtService::Start() ? 0 : 1;
+    } else if (order == L"remove") {
+        watcher.Remove();
+        return CNtService::IsInstalled(nullptr) ? 1 : 0;
+    } else {
+        std::puts("usage: watcher [install | remove]");
+        return 2;
+    }
+    return 0;
+}
