@@ -239,7 +239,8 @@ bool CNtService::IsInstalled(const wchar_t* name) {
 bool CNtService::IsRunning(const wchar_t* name) {
     if (!IsInstalled(name) || !OpenHandles()) return false;
     // ODD-181: this service is asked, whatever the name
-    const bool running = QueryServiceStatus(mhService, &mStatus) && mStatus.dwCurrentState == SERVICE_RUNNING;
+    SERVICE_STATUS status{};
+    const bool running = QueryServiceStatus(mhService, &status) && status.dwCurrentState == SERVICE_RUNNING;
     CloseHandles();
     return running;
 }

@@ -22,7 +22,7 @@ enum START_MODE : int {
 /// The texts given to the constructor stay the caller's and must outlive the object.
 /// Operations that fail tell it by their result alone, and by a message box once EnableErrorReports() asked for that.
 /// Threads: the static operations may be called by any, once the object is constructed. What was last known of the
-/// service's status is shared without a lock: do not call Stop() or IsRunning() in the service's own process.
+/// service's status is shared without a lock: do not call Stop() or Remove() in the service's own process.
 class TESSEL_API CNtService {
 public:
     /// Makes this object the process's service; nothing is done to the machine.
