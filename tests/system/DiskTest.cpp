@@ -301,18 +301,15 @@ TEST_F(PrepMo, Odd194AMediumWithAUsablePartitionIsNotPartitionedAnew) {
     EXPECT_TRUE(Writes()) << "a layout of one entry";
     device.layoutBytes = 2049;
     EXPECT_TRUE(Writes()) << "more than there is room for";
-    device.layoutBytes = 136;
-    device.geometry.Cylinders.QuadPart = 0;
-    EXPECT_TRUE(Writes()) << "no size";
-}
-
-TEST_F(PrepMo, EntriesThatTheLayoutCountsButDoesNotHoldAreNotRead) {
     Entry(3) = {{}, {}, 0, 1, 0, 0, TRUE, 0};
-    device.layout[3] = 0xFF; // a count of four thousand million
     device.layoutBytes = 104;
-    EXPECT_TRUE(Writes());
+    device.layout[3] = 0xFF; // a count of four thousand million
+    Entry(0) = {};
+    EXPECT_TRUE(Writes()) << "the usable one is counted but not there";
     device.layoutBytes = 136;
     EXPECT_FALSE(Writes());
+    device.geometry.Cylinders.QuadPart = 0;
+    EXPECT_TRUE(Writes()) << "no size";
 }
 
 TEST_F(PrepMo, ACommandThatDoesNotEndIsEnded) {
