@@ -27,6 +27,7 @@
 #include <tessel/networkshare.h>
 #include <tessel/notify.h>
 #include <tessel/postoffice.h>
+#include <tessel/processor.h>
 #include <tessel/registry.h>
 #include <tessel/resource.h>
 #include <tessel/securityfilter.h>
