@@ -14,8 +14,8 @@
 #include <tessel/commmsg.h>
 #include <tessel/datetime.h>
 #include <tessel/dialog.h>
-#include <tessel/eventlog.h>
 #include <tessel/disk.h>
+#include <tessel/eventlog.h>
 #include <tessel/file.h>
 #include <tessel/host.h>
 #include <tessel/identifier.h>
