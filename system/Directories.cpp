@@ -73,7 +73,7 @@ private:
     }
 
     void Enter() {
-        Level& level = m_levels.emplace_back(INVALID_HANDLE_VALUE, m_path.size(), false);
+        Level& level = m_levels.emplace_back(Level{INVALID_HANDLE_VALUE, m_path.size(), false});
         m_path += L"\\*";
         level.search = FindFirstFileW(m_path.c_str(), &m_entry);
         level.atEntry = level.search != INVALID_HANDLE_VALUE;
