@@ -73,6 +73,11 @@ bool EndsWith(const std::wstring& text, const std::wstring& end) {
     return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
 }
 
+/// The manager forgets a removed service once its process has ended.
+void WaitUntilGone() {
+    while (CNtService::IsInstalled(nullptr)) SwitchToThread();
+}
+
 struct Service : testing::Test {
     ImportPatch show{L"Tessel.dll", "MessageBoxW", Show};
     ImportPatch pause{L"Tessel.dll", "Sleep", Pause};
@@ -80,11 +85,13 @@ struct Service : testing::Test {
 
     Service() {
         service->Remove(); // what a run that was cut off left
+        WaitUntilGone();
         service->EnableErrorReports(true);
     }
     ~Service() override {
         service.emplace();
         service->Remove();
+        WaitUntilGone();
     }
     /// What the service manager has written down.
     static std::wstring Stored(const wchar_t* value) {
@@ -126,7 +133,7 @@ TEST_F(Service, IsInstalledStartedStoppedAndRemoved) {
     TakeCalls();
     service->Remove();
     EXPECT_EQ(TakeCalls(), (Lines{L"TesselTest/0: \nTessel test stopped.\n", L"TesselTest/0: Tessel test removed.\n"}));
-    EXPECT_FALSE(CNtService::IsInstalled(nullptr));
+    WaitUntilGone();
 }
 
 TEST_F(Service, Odd181TheOwnServiceIsAskedWhateverTheName) {
