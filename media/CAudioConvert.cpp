@@ -22,10 +22,6 @@ struct CAudioConvertLayout {
 
 namespace {
 
-HACMSTREAM Share(HACMSTREAM stream) {
-    return stream != nullptr && tessel::AddOwner(stream) ? stream : nullptr;
-}
-
 bool FitsInto32Bits(unsigned long long size) {
     return size <= MAXDWORD;
 }
@@ -51,7 +47,7 @@ CAudioConvert::CAudioConvert(int bCompress)
 CAudioConvert::CAudioConvert(const CAudioConvert& other)
     : m_nDirection(other.m_nDirection), m_ulChunkPCM(other.m_ulChunkPCM), m_ulChunkGSM(other.m_ulChunkGSM),
       m_ulBlockPCM(other.m_ulBlockPCM), m_ulBlockGSM(other.m_ulBlockGSM), m_FormatPCM(other.m_FormatPCM),
-      m_FormatGSM(other.m_FormatGSM), m_hStream(Share(other.m_hStream)), m_StreamHeader(other.m_StreamHeader) {}
+      m_FormatGSM(other.m_FormatGSM), m_hStream(tessel::Share(other.m_hStream)), m_StreamHeader(other.m_StreamHeader) {}
 
 CAudioConvert& CAudioConvert::operator=(const CAudioConvert& other) {
     if (this == &other) return *this;
@@ -63,7 +59,7 @@ CAudioConvert& CAudioConvert::operator=(const CAudioConvert& other) {
     m_ulBlockGSM = other.m_ulBlockGSM;
     m_FormatPCM = other.m_FormatPCM;
     m_FormatGSM = other.m_FormatGSM;
-    m_hStream = Share(other.m_hStream);
+    m_hStream = tessel::Share(other.m_hStream);
     m_StreamHeader = other.m_StreamHeader;
     return *this;
 }

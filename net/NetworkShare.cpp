@@ -17,10 +17,6 @@ struct CNetworkShareLayout {
 
 namespace {
 
-wchar_t* Share(wchar_t* name) {
-    return name != nullptr && tessel::AddOwner(name) ? name : nullptr;
-}
-
 void Release(wchar_t* name) {
     if (name != nullptr && tessel::RemoveOwner(name)) std::free(name);
 }
@@ -52,12 +48,12 @@ CNetworkShare::CNetworkShare(bool closeOnDestruction)
 
 // GUARD-79: copies hold the name by value, where each freeing it would do so twice.
 CNetworkShare::CNetworkShare(const CNetworkShare& other)
-    : m_szConnection(Share(other.m_szConnection)), m_bCloseOnDestruction(other.m_bCloseOnDestruction) {}
+    : m_szConnection(tessel::Share(other.m_szConnection)), m_bCloseOnDestruction(other.m_bCloseOnDestruction) {}
 
 CNetworkShare& CNetworkShare::operator=(const CNetworkShare& other) {
     if (this == &other) return *this;
     Release(m_szConnection);
-    m_szConnection = Share(other.m_szConnection);
+    m_szConnection = tessel::Share(other.m_szConnection);
     m_bCloseOnDestruction = other.m_bCloseOnDestruction;
     return *this;
 }
