@@ -1,9 +1,9 @@
 # Medians as a table; the line of a "/Tessel" benchmark carries its ratio to the "/Bare" one of the same kind.
-# Times of less than 10 microseconds are told in nanoseconds, unless they belong to a pair.
+# Times of less than 10 microseconds are told in nanoseconds, those of a pair when they are less than one.
 def rounded(places): pow(10; places) as $unit | . * $unit | round / $unit;
 def paired: .run_name | test("/(Tessel|Bare)");
 def time:
-  if paired or .real_time >= 10000 then "\(.real_time / 1000 | rounded(2)) us"
+  if .real_time >= (if paired then 1000 else 10000 end) then "\(.real_time / 1000 | rounded(2)) us"
   elif .real_time >= 100 then "\(.real_time | round) ns"
   else "\(.real_time | rounded(1)) ns" end;
 
