@@ -12,7 +12,7 @@ def time:
 | ["benchmark", "time", "ratio to bare"],
   ($medians[]
    | ($times[.run_name | sub("/Tessel"; "/Bare")]) as $bare
-   | [ (.run_name | sub("(/min_time:[0-9.]+)?/real_time"; "")),
+   | [ (.run_name | sub("(/(min_time|iterations|repeats):[0-9.]+)*(/real_time)?$"; "")),
        time,
        if (.run_name | contains("/Tessel")) and ($bare != null)
        then (.real_time / $bare | rounded(3) | tostring) else "-" end ])
