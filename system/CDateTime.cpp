@@ -1,4 +1,5 @@
 #include <resources/texts.h>
+#include <system/DateTimeFields.h>
 #include <tessel/datetime.h>
 #include <tessel/status.h>
 #include <tessel/strings.h>
@@ -6,11 +7,11 @@
 #include <cwchar>
 #include <iterator>
 
+using namespace tessel;
+
 namespace {
 
-constexpr int kMonths = 12;
 constexpr int kDays = 7;
-constexpr int kNoon = 12;
 constexpr unsigned int kLongestText = 19;
 
 constexpr struct {
@@ -63,9 +64,8 @@ CDateTime::CDateTime(const SYSTEMTIME& time) : CDateTimeEnglish(time) {}
 CDateTime::CDateTime(int year, int month, int day, int hour, int minute, int second, int millisecond)
     : CDateTimeEnglish(year, month, day, hour, minute, second, millisecond) {}
 
-CDateTime::CDateTime(FORMAT_ID id, const wchar_t* text) {
-    (void)SetTime(0, 0, 0, 0);
-    (void)CDateTimeEnglish::SetDateTime(id, text); // GetStatus() tells
+CDateTime::CDateTime(FORMAT_ID id, const wchar_t* text) : CDateTimeEnglish(id, nullptr) { // read below, by own texts
+    (void)CDateTimeEnglish::SetDateTime(id, text);                                        // GetStatus() tells
 }
 
 CDateTime::CDateTime(const CDateTimeEnglish& other) : CDateTimeEnglish(other) {}

@@ -14,9 +14,8 @@ struct CDateTimeEnglishLayout {
 namespace {
 
 constexpr int kFebruary = 2;
-constexpr int kMonths = 12;
 constexpr int kFirstYear = 1850;
-constexpr int kLastYear = 0xFFFF; // what the field can hold
+constexpr int kLastYear = 0xFFFF; // GUARD-163: what the field can hold
 
 constexpr int kDaysOfMonth[kMonths] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
 
@@ -38,6 +37,12 @@ bool AreZero(const int (&values)[kDateTimeFieldCount]) {
         if (value != 0) return false;
     }
     return true;
+}
+
+/// What is stored of a value. GUARD-163: one that the field cannot hold stays invalid, also when other fields are set
+/// later.
+WORD Stored(int value, const DateTimeField& field) {
+    return IsBetween(value, 0, 0xFFFF) ? static_cast<WORD>(value) : field.refused;
 }
 
 /// @return 0 (Sunday) to 6
@@ -66,11 +71,6 @@ CDateTimeEnglish::CDateTimeEnglish(const SYSTEMTIME& time) : m_SystemTime{}, m_S
 CDateTimeEnglish::CDateTimeEnglish(int year, int month, int day, int hour, int minute, int second, int millisecond)
     : m_SystemTime{}, m_Status(DTS_NULL), m_szText{} {
     (void)SetDateTime(year, month, day, hour, minute, second, millisecond); // GetStatus() tells
-}
-
-CDateTimeEnglish::CDateTimeEnglish(FORMAT_ID id, const wchar_t* text) : CDateTimeEnglish() {
-    (void)SetTime(0, 0, 0, 0);
-    (void)CDateTimeEnglish::SetDateTime(id, text); // GetStatus() tells
 }
 
 CDateTimeEnglish::CDateTimeEnglish(const CDateTimeEnglish& other)
@@ -103,8 +103,9 @@ int CDateTimeEnglish::SetLocalTime() const {
 DateTimeStatus CDateTimeEnglish::SetDateTime(int year, int month, int day, int hour, int minute, int second,
                                              int millisecond) {
     const int values[] = {year, month, day, hour, minute, second, millisecond};
-    for (unsigned int field = kYear; field < kDateTimeFieldCount; ++field) {
-        m_SystemTime.*kDateTimeFields[field].component = static_cast<WORD>(values[field]);
+    for (unsigned int index = kYear; index < kDateTimeFieldCount; ++index) {
+        const DateTimeField& field = kDateTimeFields[index];
+        m_SystemTime.*field.component = Stored(values[index], field);
     }
     m_SystemTime.wDayOfWeek = DayOfWeek(m_SystemTime, IsLeapYear());
     m_Status = CheckValidDate(year, month, day, hour, minute, second, millisecond);

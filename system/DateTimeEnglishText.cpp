@@ -21,7 +21,6 @@ constexpr wchar_t kMeridian = L'P';
 
 constexpr unsigned int kMonthNameSize = 4;
 constexpr unsigned int kMeridianSize = 3;
-constexpr int kNoon = 12;
 
 struct Layout {
     const wchar_t* pattern;
@@ -96,7 +95,7 @@ template <std::size_t Count> const wchar_t* TextAt(const wchar_t* const (&table)
     return index >= 0 && index < static_cast<int>(Count) ? table[index] : L"";
 }
 
-/// Appends to a text as far as there is room for it and its terminator.
+/// Appends to a text as far as there is room for it and its terminator. GUARD-164: the rest is left out.
 class Writer {
 public:
     Writer(wchar_t* text, unsigned int size) : m_at(text), m_last(text + size - 1) {}
@@ -187,44 +186,60 @@ void CDateTimeEnglish::GetTextOf(wchar_t letter, wchar_t* text, unsigned int siz
     }
 }
 
-const wchar_t* CDateTimeEnglish::Format(FORMAT_ID id) const {
-    m_szText[0] = L'\0';
-    if (m_Status != DTS_VALID) return m_szText; // ODD-174: nor is a layout reported that does not exist
+void CDateTimeEnglish::Write(FORMAT_ID id, wchar_t (&text)[TEXT_SIZE]) const {
+    text[0] = L'\0';
+    if (m_Status != DTS_VALID) return; // ODD-174: nor is a layout reported that does not exist
     const Layout* const layout = LayoutOf(id);
     ReportUnless(layout != nullptr, "CDateTimeEnglish::Format(): Invalid Format Type", "DateTimeEnglish", 427);
-    Writer writer(m_szText, TEXT_SIZE);
+    Writer writer(text, TEXT_SIZE);
     for (const wchar_t* at = layout != nullptr ? layout->pattern : L""; *at != L'\0'; ++at) {
         if (const DateTimeField* const field = FieldOf(*at)) {
             const int value = m_SystemTime.*field->component;
             writer.Put(static_cast<unsigned int>(*at == kHour12 ? ModifyFor12HourClock(value) : value), field->digits);
         } else {
-            wchar_t text[TEXT_SIZE] = {}; // more than names have room for, so that it ends in any case
-            GetTextOf(*at, text, layout->size);
-            writer.Put(text);
+            wchar_t part[TEXT_SIZE] = {}; // more than names have room for, so that it ends in any case
+            GetTextOf(*at, part, layout->size);
+            writer.Put(part);
         }
     }
+}
+
+const wchar_t* CDateTimeEnglish::Format(FORMAT_ID id) const {
+    Write(id, m_szText);
     return m_szText;
 }
 
 unsigned long CDateTimeEnglish::GetFormattedString(FORMAT_ID id, wchar_t* buffer, unsigned int size) const {
     if (buffer == nullptr || size == 0) return 0; // ODD-175: a buffer that is missing is no failure
     buffer[0] = L'\0';
-    const std::size_t length = std::wcslen(Format(id));
+    wchar_t text[TEXT_SIZE];
+    Write(id, text);
+    const std::size_t length = std::wcslen(text);
     if (size <= length) return 1;
-    std::copy_n(m_szText, length + 1, buffer);
+    std::copy_n(text, length + 1, buffer);
     return 0;
 }
 
 bool CDateTimeEnglish::ReadHalf(const wchar_t* text, int& hour) const {
     if (hour < 1 || hour > kNoon) return false;
-    for (const int half : {0, kNoon}) {
-        wchar_t indicator[TEXT_SIZE] = {};
-        GetMeridianIndicator(half, indicator, kMeridianSize);
-        if (_wcsicmp(text, indicator) != 0) continue;
-        hour = hour % kNoon + half;
-        return true;
+    wchar_t morning[TEXT_SIZE] = {};
+    wchar_t afternoon[TEXT_SIZE] = {};
+    GetMeridianIndicator(0, morning, kMeridianSize);
+    GetMeridianIndicator(kNoon, afternoon, kMeridianSize);
+    const bool isAfternoon = _wcsicmp(text, afternoon) == 0;
+    if (isAfternoon == (_wcsicmp(text, morning) == 0)) return false; // neither, or they cannot be told apart
+    hour = hour % kNoon + (isAfternoon ? kNoon : 0);
+    return true;
+}
+
+CDateTimeEnglish::CDateTimeEnglish(FORMAT_ID id, const wchar_t* text) : CDateTimeEnglish(0, 0, 0, 0, 0, 0, 0) {
+    const Layout* const layout = LayoutOf(id);
+    if (layout != nullptr && IsRead(*layout) && !HasDate(*layout)) {
+        SYSTEMTIME today;
+        GetDateTime(today);
+        (void)SetDate(today.wYear, today.wMonth, today.wDay);
     }
-    return false;
+    (void)CDateTimeEnglish::SetDateTime(id, text); // GetStatus() tells
 }
 
 DateTimeStatus CDateTimeEnglish::SetDateTime(FORMAT_ID id, const wchar_t* text) {

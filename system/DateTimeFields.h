@@ -4,22 +4,32 @@
 
 namespace tessel {
 
+inline constexpr WORD kNoTime = 0xFFFF;
+
 /// The components of a date and time, the most significant first. A letter stands for each in the layouts of texts.
 struct DateTimeField {
     wchar_t letter;
     unsigned int digits;
     WORD SYSTEMTIME::*component;
+    WORD refused; ///< what stands for a value that the component cannot hold; no valid time has it
 };
 
 inline constexpr DateTimeField kDateTimeFields[] = {
-    {L'y', 4, &SYSTEMTIME::wYear},         {L'o', 2, &SYSTEMTIME::wMonth},  {L'd', 2, &SYSTEMTIME::wDay},
-    {L'H', 2, &SYSTEMTIME::wHour},         {L'm', 2, &SYSTEMTIME::wMinute}, {L's', 2, &SYSTEMTIME::wSecond},
-    {L'l', 3, &SYSTEMTIME::wMilliseconds},
+    {L'y', 4, &SYSTEMTIME::wYear, 0},
+    {L'o', 2, &SYSTEMTIME::wMonth, 0},
+    {L'd', 2, &SYSTEMTIME::wDay, 0},
+    {L'H', 2, &SYSTEMTIME::wHour, kNoTime},
+    {L'm', 2, &SYSTEMTIME::wMinute, kNoTime},
+    {L's', 2, &SYSTEMTIME::wSecond, kNoTime},
+    {L'l', 3, &SYSTEMTIME::wMilliseconds, kNoTime},
 };
 
 /// Places in kDateTimeFields, and their number.
 enum : unsigned int { kYear, kMonth, kDay, kHour, kMinute, kSecond, kMillisecond, kDateTimeFieldCount };
 
 static_assert(sizeof kDateTimeFields / sizeof *kDateTimeFields == kDateTimeFieldCount);
+
+inline constexpr int kMonths = 12;
+inline constexpr int kNoon = 12;
 
 } // namespace tessel

@@ -45,8 +45,9 @@ enum FORMAT_ID : int {
 /// GetStatus() tells. CDateTime is the same with names in the user's language; a program's own names come from
 /// overriding the three text operations.
 /// Copies take the time and the status, never the text that Format() gave: it stays the object's own.
-/// Threads: not synchronised, Format() and GetFormattedString() neither; one thread at a time uses an object. The
-/// static operations may be called by any.
+/// Threads: not synchronised, and Format() writes into the object although it is const; one thread at a time uses an
+/// object. An object that nobody changes may serve several threads through GetFormattedString(). The static operations
+/// may be called by any.
 class TESSEL_API CDateTimeEnglish {
 public:
     /// Takes the current local time.
@@ -66,8 +67,9 @@ public:
     /// @param millisecond  0 to 999
     CDateTimeEnglish(int year, int month, int day, int hour, int minute, int second, int millisecond);
 
-    /// Reads a text as SetDateTime() does; GetStatus() tells whether it was one. The object starts with the first
-    /// moment of today, so that a layout without a date gives a time of today.
+    /// Reads a text as SetDateTime() does, with "AM" and "PM"; GetStatus() tells whether it was one. A layout without a
+    /// date gives a time of today; a date that cannot be read leaves none. A class of its own indicators calls
+    /// SetDateTime() in its constructor.
     /// @param id    layout of the text
     /// @param text  text to read
     CDateTimeEnglish(FORMAT_ID id, const wchar_t* text);
@@ -164,7 +166,8 @@ public:
     /// @param status  new status
     void SetStatus(DateTimeStatus status) { m_Status = status; }
 
-    /// Stores components, valid or not, of each its low 16 bits, and computes the day of the week.
+    /// Stores components, valid or not, and computes the day of the week. One that its 16 bits cannot hold is stored as
+    /// 0 in a date and 65535 in a time, so that it stays invalid.
     /// @param year         1850 to 65535
     /// @param month        1 to 12
     /// @param day          1 to the month's length
@@ -206,8 +209,9 @@ public:
 
     /// Writes date and time in a layout.
     /// @param id  layout; one that does not exist is reported and gives an empty text
-    /// @return text in the object's own buffer, valid until its next Format() or GetFormattedString(); empty unless the
-    ///         status is DTS_VALID
+    /// @return text in the object's own buffer, valid until its next Format() and as long as the object lives; empty
+    /// unless
+    ///         the status is DTS_VALID
     const wchar_t* Format(FORMAT_ID id) const;
 
     /// Writes date and time in a layout into the caller's buffer.
@@ -269,7 +273,10 @@ private:
                                          int millisecond);
     static int ModifyFor12HourClock(int hour);
     int Compare(const CDateTimeEnglish& other) const;
+    void Write(FORMAT_ID id, wchar_t (&text)[TEXT_SIZE]) const;
+    /// The text that a letter of a layout stands for.
     void GetTextOf(wchar_t letter, wchar_t* text, unsigned int size) const;
+    /// Turns an hour of the 12-hour clock into one of 24 by the indicator in a text; false: it is none.
     bool ReadHalf(const wchar_t* text, int& hour) const;
 
     SYSTEMTIME m_SystemTime;
@@ -283,8 +290,9 @@ private:
 /// The language is that of the calling thread's locale (GetThreadLocale), as it is for the system's own dates: the
 /// user's regional format, unless the program calls SetThreadLocale. There are German, French, Italian, Portuguese,
 /// Spanish, Swedish and English; any other language has English names. The texts are in the library's string table.
-/// Objects are compared with the operators of CDateTimeEnglish, also with objects of that class.
-/// Threads: as CDateTimeEnglish.
+/// A new thread starts with the user's language; each that writes names sets its own. A text of the 12-hour clock in
+/// one language is not read in another: what is kept or sent is best written by CDateTimeEnglish. Objects are compared
+/// with the operators of CDateTimeEnglish, also with objects of that class. Threads: as CDateTimeEnglish.
 class TESSEL_API CDateTime : public CDateTimeEnglish {
 public:
     /// Takes the current local time.
@@ -304,8 +312,8 @@ public:
     /// @param millisecond  0 to 999
     CDateTime(int year, int month, int day, int hour, int minute, int second, int millisecond);
 
-    /// Reads a text as SetDateTime() does, with meridian indicators of the user's language. The object starts with the
-    /// first moment of today, so that a layout without a date gives a time of today.
+    /// Reads a text as SetDateTime() does, with meridian indicators of the user's language. A layout without a date
+    /// gives a time of today; a date that cannot be read leaves none.
     /// @param id    layout of the text
     /// @param text  text to read
     CDateTime(FORMAT_ID id, const wchar_t* text);

@@ -10,7 +10,6 @@
 #include <cwchar>
 #include <initializer_list>
 #include <iterator>
-#include <random>
 #include <string>
 
 namespace {
@@ -58,7 +57,9 @@ TEST(DateTime, ComponentsOutOfRangeAreInvalidAndAllZeroIsNullOdd170) {
         {{2000, 0, 1, 0, 0, 0, 0}, DTS_INVALID},    {{2000, 13, 1, 0, 0, 0, 0}, DTS_INVALID},
         {{2000, 1, 0, 0, 0, 0, 0}, DTS_INVALID},    {{2000, 1, 1, 24, 0, 0, 0}, DTS_INVALID},
         {{2000, 1, 1, 0, 60, 0, 0}, DTS_INVALID},   {{2000, 1, 1, 0, 0, 60, 0}, DTS_INVALID},
-        {{2000, 1, 1, 0, 0, 0, 1000}, DTS_INVALID}, {{-1, -1, -1, -1, -1, -1, -1}, DTS_INVALID},
+        {{2000, 1, 1, 0, 0, 0, 1000}, DTS_INVALID}, {{2000, 1, 1, -1, 0, 0, 0}, DTS_INVALID},
+        {{2000, 1, 1, 0, -1, 0, 0}, DTS_INVALID},   {{2000, 1, 1, 0, 0, -1, 0}, DTS_INVALID},
+        {{2000, 1, 1, 0, 0, 0, -1}, DTS_INVALID},   {{-1, -1, -1, -1, -1, -1, -1}, DTS_INVALID},
     };
     for (const auto& [v, status] : kCases) {
         CDateTimeEnglish time;
@@ -71,6 +72,12 @@ TEST(DateTime, ComponentsOutOfRangeAreInvalidAndAllZeroIsNullOdd170) {
     EXPECT_EQ(time.SetTime(25, 0, 0, 0), DTS_INVALID);
     EXPECT_EQ(time.SetTime(1, 2, 3, 4), DTS_VALID);
     EXPECT_EQ(time, CDateTimeEnglish(2005, 3, 1, 1, 2, 3, 4));
+    for (const int tooGreat : {-1, 65536 + 2004}) {
+        (void)time.SetDateTime(tooGreat, 1, 1, 0, 0, 0, 0);
+        EXPECT_EQ(time.SetTime(1, 2, 3, 4), DTS_INVALID) << "the year stays invalid";
+    }
+    (void)time.SetTime(65536 + 8, 0, 0, 0);
+    EXPECT_EQ(time.SetDate(2005, 3, 1), DTS_INVALID) << "the hour stays invalid";
 }
 
 TEST(DateTime, EveryLayoutFitsItsSizeAndIsReadBackOdd171) {
@@ -107,7 +114,6 @@ TEST(DateTime, EveryLayoutFitsItsSizeAndIsReadBackOdd171) {
     for (int id = 0; id < static_cast<int>(std::size(kLayouts)); ++id) {
         const auto& [text, size, readBack] = kLayouts[id];
         EXPECT_EQ(CDateTimeEnglish::MaxFormatSize(Id(id)), size) << id;
-        EXPECT_LT(std::wcslen(text), size);
         EXPECT_STREQ(kEvening.Format(Id(id)), text) << id;
         if (readBack == nullptr) continue;
         CDateTimeEnglish read(1999, 1, 2, 3, 4, 5, 6);
@@ -127,27 +133,33 @@ TEST(DateTime, HoursOfTheTwelveHourClockAreWrittenAndRead) {
         EXPECT_EQ(read.SetDateTime(FID_TIME12, text.c_str()), DTS_VALID);
         EXPECT_EQ(read, time);
     }
+    EXPECT_EQ(CDateTimeEnglish(FID_TIME12, L"01:30 pm").GetHour(), 13);
     CDateTimeEnglish time(kEvening);
     for (const wchar_t* text : {L"00:30 AM", L"13:30 PM", L"01:30 XM", L"01:30 ", L"01:30 AMs"}) {
         EXPECT_EQ(time.SetDateTime(FID_TIME12, text), DTS_INVALID) << text;
         EXPECT_EQ(time, kEvening) << "the components stay";
     }
+    struct Untold : CDateTimeEnglish {
+        void GetMeridianIndicator(int, wchar_t*, unsigned int) const override {}
+    };
+    EXPECT_EQ(Untold().SetDateTime(FID_TIME12, L"08:05 "), DTS_INVALID) << "morning or evening";
 }
 
 TEST(DateTime, TextsOfWrongLengthAreInvalidWhateverTheyHold) {
-    std::minstd_rand random(7);
     for (int id = 0; id <= FID_RECORD_MILLISECONDS; ++id) {
         const std::size_t right = std::wcslen(kEvening.Format(Id(id)));
         for (std::size_t length = 0; length < 60; ++length) {
-            std::wstring text(length, L' ');
-            for (wchar_t& character : text) character = static_cast<wchar_t>(random() % 96 + 32);
+            const std::wstring text(length, L'0');
             const DateTimeStatus status = CDateTimeEnglish(Id(id), text.c_str()).GetStatus();
             const bool isRead = id < FID_DATE_NAME || id > FID_DATE_NAME_TIME12;
             if (isRead && length == right) continue;
             EXPECT_EQ(status, isRead ? DTS_INVALID : DTS_NULL) << id << ' ' << length;
         }
     }
-    EXPECT_EQ(CDateTimeEnglish(FID_DATE_PACKED, nullptr).GetStatus(), DTS_INVALID);
+    CDateTimeEnglish none(FID_DATE_PACKED, nullptr);
+    EXPECT_EQ(none.GetStatus(), DTS_INVALID);
+    EXPECT_EQ(none.SetTime(12, 0, 0, 0), DTS_INVALID) << "no date is taken from the clock";
+    EXPECT_EQ(none.SetDateTime(FID_TIME, L"21:22"), DTS_INVALID);
 }
 
 TEST(DateTime, FieldsAreCutAtTheirPlacesWhateverPartsThemOdd172) {
@@ -164,6 +176,7 @@ TEST(DateTime, LayoutsWithNamesAreNotReadAndEmptyTheObjectOdd173) {
         CDateTimeEnglish time(kEvening);
         EXPECT_EQ(time.SetDateTime(id, kEvening.Format(FID_DATE_NAME)), DTS_NULL);
         EXPECT_EQ(time, CDateTimeEnglish(0, 0, 0, 0, 0, 0, 0));
+        EXPECT_STREQ(time.Format(FID_DATE_PACKED), L"");
     }
 }
 
@@ -180,6 +193,7 @@ TEST(DateTime, UnknownLayoutIsReportedForAValidObjectOnlyOdd174) {
 
 TEST(DateTime, TextIsCopiedWholeOrNotAtAllOdd175) {
     wchar_t text[] = L"##########";
+    const wchar_t* const formatted = kEvening.Format(FID_TIME);
     EXPECT_EQ(kEvening.GetFormattedString(FID_DATE_PACKED, text, 8), 1UL);
     EXPECT_STREQ(text, L"");
     EXPECT_EQ(kEvening.GetFormattedString(FID_DATE_PACKED, text, 9), 0UL);
@@ -191,12 +205,16 @@ TEST(DateTime, TextIsCopiedWholeOrNotAtAllOdd175) {
     EXPECT_STREQ(text, L"");
     EXPECT_STREQ(CDateTimeEnglish(65535, 1, 1, 0, 0, 0, 0).Format(FID_DATE_SLASH_MILLISECONDS),
                  L"01/01/65535 00:00:00.000");
+    EXPECT_STREQ(formatted, L"20:05") << "the object's own text";
 }
 
 TEST(DateTime, ComponentsThatDoNotExistHaveNoNames) {
     CDateTimeEnglish english(2000, 13, 1, 99, 0, 0, 0);
     english.SetStatus(DTS_VALID);
     EXPECT_STREQ(english.Format(FID_DATE_NAME_TIME12), L"01  2000 87:00 PM");
+    CDateTimeEnglish wild(65535, 65535, 65535, 65535, 65535, 65535, 65535);
+    wild.SetStatus(DTS_VALID);
+    EXPECT_STREQ(wild.Format(FID_DATE_SLASH_MILLISECONDS), L"65535/65535/65535 65535:65535:6");
     EXPECT_EQ(english.SetDateTime(2000, 0, 1, 0, 0, 0, 0), DTS_INVALID);
     const CDateTime local(english);
     for (const CDateTimeEnglish* time : std::initializer_list<const CDateTimeEnglish*>{&english, &local}) {
@@ -238,6 +256,10 @@ TEST(DateTime, CopiesLeaveTheTextToItsObject) {
     taken.wDayOfWeek = 3;
     time = taken;
     EXPECT_EQ(time.GetDayOfWeek(), 0) << "computed, not taken";
+    EXPECT_EQ(CDateTime(taken), time);
+    EXPECT_EQ(CDateTime(time).GetStatus(), DTS_VALID);
+    time = CDateTimeEnglish(2000, 2, 30, 0, 0, 0, 0);
+    EXPECT_EQ(CDateTime(time).GetStatus(), DTS_INVALID);
 }
 
 SYSTEMTIME clockSetTo;
@@ -251,6 +273,8 @@ void __stdcall ReadClock(SYSTEMTIME* time) {
 }
 
 TEST(DateTime, ClockIsReadAndSetInLocalTime) {
+    clockSetTo = {};
+    clockObeys = FALSE;
     const ImportPatch reads(L"Tessel.dll", "GetLocalTime", ReadClock);
     const ImportPatch sets(L"Tessel.dll", "SetLocalTime", SetClock);
     EXPECT_EQ(CDateTimeEnglish(), kEvening);
@@ -258,6 +282,7 @@ TEST(DateTime, ClockIsReadAndSetInLocalTime) {
     EXPECT_EQ(CDateTime::GetLocalTime(), kEvening);
     EXPECT_EQ(CDateTimeEnglish(FID_TIME, L"21:22"), CDateTimeEnglish(2004, 2, 29, 21, 22, 0, 0));
     EXPECT_EQ(CDateTimeEnglish(1999, 2, 29, 0, 0, 0, 0).SetLocalTime(), -1);
+    EXPECT_EQ(CDateTimeEnglish(0, 0, 0, 0, 0, 0, 0).SetLocalTime(), -1);
     EXPECT_EQ(clockSetTo.wYear, 0) << "an invalid time does not reach the clock";
     EXPECT_EQ(kEvening.SetLocalTime(), -1);
     clockObeys = TRUE;
@@ -265,37 +290,55 @@ TEST(DateTime, ClockIsReadAndSetInLocalTime) {
     EXPECT_EQ(CDateTimeEnglish(clockSetTo), kEvening);
 }
 
-TEST(DateTime, NamesAreInTheLanguageOfTheThreadAndFitTheLayouts) {
+/// The system's name in the calling thread's language.
+std::wstring SystemName(LCTYPE kind) {
+    wchar_t name[80];
+    GetLocaleInfoW(GetThreadLocale(), kind, name, 80);
+    return name;
+}
+
+TEST(DateTime, NamesAreThoseThatTheSystemHasInTheLanguageOfTheThread) {
+    for (const int id :
+         {LANG_ENGLISH, LANG_GERMAN, LANG_FRENCH, LANG_ITALIAN, LANG_PORTUGUESE, LANG_SPANISH, LANG_SWEDISH}) {
+        const ThreadLanguage language(static_cast<WORD>(MAKELANGID(id, SUBLANG_DEFAULT)));
+        const CDateTime local;
+        wchar_t text[20];
+        for (int index = 0; index < 12; ++index) {
+            std::wstring month = SystemName(LOCALE_SMONTHNAME1 + static_cast<LCTYPE>(index));
+            if (id == LANG_FRENCH && (index == 5 || index == 6)) month.erase(2, 1); // juin, juillet
+            local.GetMonthText(index + 1, text, 4);
+            EXPECT_EQ(text, month.substr(0, 3));
+            kEvening.GetMonthText(index + 1, text, 4);
+            EXPECT_TRUE(id != LANG_ENGLISH || text == month.substr(0, 3)) << text;
+        }
+        for (int index = 0; index < 7; ++index) {
+            const std::wstring day = SystemName(LOCALE_SDAYNAME1 + static_cast<LCTYPE>(index + 6) % 7);
+            local.GetDayText(index, text, 20);
+            EXPECT_EQ(text, day);
+            local.GetDayText(index, text, 4);
+            EXPECT_TRUE(std::wcslen(text) > 1 && day.starts_with(text)) << text;
+            kEvening.GetDayText(index, text, 20);
+            EXPECT_TRUE(id != LANG_ENGLISH || text == day) << text;
+        }
+    }
+}
+
+TEST(DateTime, NamesFitTheLayoutsAndAnUnknownLanguageIsEnglish) {
     constexpr struct {
         WORD language;
-        int month;
-        int day;
-        const wchar_t* date;
         const wchar_t* time;
-        const wchar_t* name;
-        const wchar_t* briefName;
+        const wchar_t* day;
     } kLanguages[] = {
-        {MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN_SWISS), 3, 2, L"02 Mär 2000", L"08:05 PM", L"Donnerstag", L"Do"},
-        {MAKELANGID(LANG_FRENCH, SUBLANG_DEFAULT), 8, 6, L"06 aoû 2000", L"08:05 PM", L"dimanche", L"dimanche"},
-        {MAKELANGID(LANG_ITALIAN, SUBLANG_DEFAULT), 5, 1, L"01 mag 2000", L"08:05 PM", L"lunedì", L"lunedì"},
-        {MAKELANGID(LANG_PORTUGUESE, SUBLANG_DEFAULT), 2, 1, L"01 fev 2000", L"08:05 PM", L"terça-feira", L"ter"},
-        {MAKELANGID(LANG_SPANISH, SUBLANG_DEFAULT), 1, 5, L"05 ene 2000", L"08:05 PM", L"miércoles", L"miércoles"},
-        {MAKELANGID(LANG_SWEDISH, SUBLANG_DEFAULT), 10, 14, L"14 okt 2000", L"08:05 em", L"lördag", L"lördag"},
-        {MAKELANGID(LANG_JAPANESE, SUBLANG_DEFAULT), 12, 6, L"06 Dec 2000", L"08:05 PM", L"Wednesday", L"Wednesday"},
+        {MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN_SWISS), L"04 Mär 1999 08:05 PM", L"Do"},
+        {MAKELANGID(LANG_SWEDISH, SUBLANG_DEFAULT), L"04 mar 1999 08:05 em", L"torsdag"},
+        {MAKELANGID(LANG_JAPANESE, SUBLANG_DEFAULT), L"04 Mar 1999 08:05 PM", L"Thursday"},
     };
-    for (const auto& row : kLanguages) {
-        const ThreadLanguage language(row.language);
-        const CDateTime time(2000, row.month, row.day, 20, 5, 0, 0);
-        EXPECT_STREQ(time.Format(FID_DATE_NAME), row.date);
-        EXPECT_STREQ(time.Format(FID_DAY), row.name);
-        EXPECT_STREQ(time.Format(FID_DAY_BRIEF), row.briefName);
-        EXPECT_STREQ(time.Format(FID_TIME12), row.time);
-        EXPECT_EQ(CDateTime(FID_TIME12, row.time).GetHour(), 20);
-        for (int index = 0; index < 12 * 24; ++index) { // consecutive days of 12 months in 24 layouts
-            const CDateTime any(2000, index / 24 + 1, index / 24 + 1, 20, 5, 0, 0);
-            const std::size_t length = std::wcslen(any.Format(Id(index % 24)));
-            EXPECT_TRUE(length > 1 && length < CDateTime::MaxFormatSize(Id(index % 24))) << any.Format(Id(index % 24));
-        }
+    for (const auto& [id, text, day] : kLanguages) {
+        const ThreadLanguage language(id);
+        const CDateTime time(1999, 3, 4, 20, 5, 0, 0);
+        EXPECT_STREQ(time.Format(FID_DATE_NAME_TIME12), text);
+        EXPECT_EQ(CDateTime(FID_TIME12, text + 12).GetHour(), 20);
+        EXPECT_STREQ(time.Format(FID_DAY_BRIEF), day);
     }
 }
 
@@ -308,6 +351,7 @@ TEST(DateTime, DayOfTheWeekComesWithAStatus) {
     EXPECT_STREQ(text, L"D");
     EXPECT_EQ(CDateTime::GetDayOfWeekText(7, text, 11), static_cast<unsigned long>(ERROR_INVALID_PARAMETER));
     EXPECT_STREQ(text, L"");
+    EXPECT_EQ(CDateTime::GetDayOfWeekText(4, text, 0), static_cast<unsigned long>(ERROR_INVALID_PARAMETER));
     EXPECT_EQ(CDateTime::GetDayOfWeekText(4, nullptr, 11), static_cast<unsigned long>(ERROR_INVALID_PARAMETER));
     EXPECT_STREQ(CDateTime::GetDayOfWeekTextEnglish(4), L"Thursday");
     EXPECT_STREQ(CDateTime::GetDayOfWeekTextEnglish(7), L"");
