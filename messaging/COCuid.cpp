@@ -55,7 +55,6 @@ int COCuid::ToString(const OCUID* uid, wchar_t* text, unsigned long size) {
 int COCuid::ToUid(wchar_t* text, OCUID* uid) {
     if (uid == nullptr) return 1; // GUARD-09
     *uid = OCUID{};
-    if (text == nullptr) return 1; // GUARD-09
     return UuidFromStringW(reinterpret_cast<RPC_WSTR>(text), &uid->Uuid) == RPC_S_OK ? 0 : 1;
 }
 
@@ -110,7 +109,7 @@ int COCuid::operator=(const COCuid* source) {
 }
 
 int COCuid::operator=(const wchar_t* text) {
-    wchar_t kept[TEXT_SIZE]{};
+    wchar_t kept[TEXT_SIZE]{}; // the text may be this object's own
     // GUARD-150: a text that fills the field is cut by its last character; the field would be read beyond its end.
     if (text != nullptr) std::wcsncpy(kept, text, TEXT_SIZE - 1);
     std::copy_n(kept, TEXT_SIZE, m_szText);

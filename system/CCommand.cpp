@@ -68,10 +68,12 @@ Buffer RoomFor(const char* first, const char* second, const char* name, unsigned
     return room;
 }
 
-void Expand(const char* path, char (&expanded)[CCommand::PATH_SIZE]) {
+/// @return false: the expansion has no room
+bool Expand(const char* path, char (&expanded)[CCommand::PATH_SIZE]) {
     std::memset(expanded, 0, sizeof expanded);
-    (void)ExpandEnvironmentStringsA(path, expanded, sizeof expanded); // what came of it shows when the program starts
+    const DWORD length = ExpandEnvironmentStringsA(path, expanded, sizeof expanded);
     expanded[sizeof expanded - 1] = '\0'; // GUARD-153: an expansion without room is left open
+    return length != 0 && length <= sizeof expanded;
 }
 
 /// @return id of the process; 0: it could not be started (GetLastError())
@@ -184,7 +186,6 @@ void CCommand::FormatAsText(char* text) const {
 }
 
 CCommand::COMMAND* CCommand::GetBinary() {
-    m_Command = COMMAND{};
     m_Command.CmdId = m_iCmdId;
     m_Command.Bitmap1 = m_iBitmap1;
     m_Command.Bitmap2 = m_iBitmap2;
@@ -220,8 +221,8 @@ bool CCommand::IsAbsoluteFilePath(char* path) {
 unsigned long CCommand::Execute() {
     char directory[PATH_SIZE];
     char program[PATH_SIZE];
-    Expand(m_szWorkDir, directory);
-    Expand(m_szPathFileName, program);
+    const bool hasDirectory = Expand(m_szWorkDir, directory);
+    const bool hasProgram = Expand(m_szPathFileName, program);
     const Buffer path = RoomFor(directory, program, "pPathName", 306);
     if (path == nullptr) return 0; // GUARD-157
     const bool joined = directory[0] != '\0' && !IsAbsoluteFilePath(program);
@@ -229,9 +230,11 @@ unsigned long CCommand::Execute() {
     const Buffer commandLine = RoomFor(path.get(), m_szSubstituted, "pCmdLine", 317);
     if (commandLine == nullptr) return 0; // GUARD-157
     std::sprintf(commandLine.get(), "\"%s\" %s", path.get(), m_szSubstituted);
-    const unsigned long processId = Start(commandLine.get(), directory);
-    if (processId == 0) ShowFailure(GetLastError(), program, directory, commandLine.get());
-    return processId;
+    const bool isWhole = hasDirectory && hasProgram; // a part of a path may be the path of another program
+    const unsigned long processId = isWhole ? Start(commandLine.get(), directory) : 0;
+    if (processId != 0) return processId;
+    ShowFailure(isWhole ? GetLastError() : ERROR_FILENAME_EXCED_RANGE, program, directory, commandLine.get());
+    return 0;
 }
 
 void CCommand::ShowFailure(unsigned long error, const char* program, const char* directory,

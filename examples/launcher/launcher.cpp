@@ -15,7 +15,7 @@ int main() {
     if (id == 0) return 1; // the user has read why
     DWORD code = 0;
     const HANDLE process = OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE, id);
-    if (process == nullptr) return 2; // it has ended already
+    if (process == nullptr) return 2; // it has ended already, or is not ours to open
     WaitForSingleObject(process, INFINITE);
     GetExitCodeProcess(process, &code);
     CloseHandle(process);

@@ -12,7 +12,9 @@
 /// The program is neither waited for, watched nor started again; the restart key is kept for whoever does.
 ///
 /// Program and working directory may hold references to environment variables (%NAME%), which are expanded when the
-/// program starts. All text is 8-bit, in the system's code page; what is longer than its field is cut.
+/// program starts; one whose expansion takes more than 259 bytes is not started. All text is 8-bit; what is longer than
+/// its field is cut. Text of the registry is converted in the C runtime's locale (CopyString()), and the system reads it
+/// in its own code page: beyond ASCII the two agree when the program has set that locale.
 /// Copies stand for themselves. Threads: one thread at a time uses an object.
 class TESSEL_API CCommand {
 public:
@@ -119,7 +121,7 @@ public:
     /// Reads the text form that FormatAsText() writes. The value of a line is what follows its first "="; which one it
     /// is follows from the first of "AutoFlag" (with the value "YES"), "WorkDir", "PathFileName", "RestartKey" and
     /// "Arguments" that is found anywhere in the line. Lines end with a carriage return and one more character; what
-    /// follows the last of them is not read.
+    /// follows the last of them is not read. Names depend on the case here.
     /// @param text  changed: the ends of the lines become zeros. Null reads nothing
     void InitializeFromText(char* text);
 
@@ -146,8 +148,9 @@ public:
     void SubstituteArgument(const char* token, const char* value);
 
     /// Starts the program in its working directory. A program without drive and directory is looked for in the working
-    /// directory or, when there is none, where the system looks for programs. It inherits no handles.
-    /// @return process id. 0: not started; the user has been told by a message box, which was waited for, unless
+    /// directory or, when there is none, where the system looks for programs. It inherits no handles. Whether
+    /// IsStartable() is not asked.
+    /// @return process id; no handle is kept, so that once the program has ended another may get it. 0: not started; the user has been told by a message box, which was waited for, unless
     ///         memory was short, which is reported
     unsigned long Execute();
 

@@ -25,8 +25,8 @@ public:
     enum : unsigned long { TEXT_SIZE = 64 };
 
     /// Holds no identifier, or a new one.
-    /// @param create  1: as Create(), which IsPresent() tells the success of; else: none
-    explicit COCuid(int create = 0);
+    /// @param create  1: makes one as Create() does, and IsPresent() tells whether that worked; else: none
+    COCuid(int create = 0);
 
     /// Copies identifier, text and presence.
     /// @param other  object to copy
@@ -66,9 +66,9 @@ public:
     static int ToString(const OCUID* uid, wchar_t* text, unsigned long size);
 
     /// Reads an identifier from its text.
-    /// @param text  36 characters, in either case
+    /// @param text  36 characters, in either case; null stands for the nil identifier
     /// @param uid   receives it; zero after a failure
-    /// @return 0: read; 1: the text is no identifier, or a pointer is null
+    /// @return 0: read; 1: the text is no identifier, or there is no record
     static int ToUid(wchar_t* text, OCUID* uid);
 
     /// Whether this object holds that identifier.
@@ -125,14 +125,14 @@ public:
 
     /// Reads an identifier from its text, also in place of one that is held.
     /// @param text  36 characters; kept as the text, the first 63 of them, whether they are an identifier or not.
-    ///              Null counts as empty
+    ///              Null counts as empty; the object's own text may be assigned
     /// @return 0: read; 1: it is no identifier, and none is held
     int operator=(const wchar_t* text);
 
     /// Holds no identifier any more; its text is empty.
     void Clear();
 
-    /// Holds the nil identifier, all zero, with its text.
+    /// Holds the nil identifier, all zero, with its text, also in place of one that is held; IsPresent() is 1 then.
     void SetToZero();
 
     /// Holds no identifier: the process's default. It exists from the load of the library to its end.
