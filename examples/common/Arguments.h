@@ -19,8 +19,9 @@ inline std::vector<std::wstring> Arguments() {
 
 /// Where the program itself is.
 inline std::wstring OwnProgram() {
-    wchar_t path[MAX_PATH];
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    constexpr DWORD longest = 32768;
+    std::wstring path(longest, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), longest));
     return path;
 }
 

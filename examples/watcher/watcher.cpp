@@ -16,12 +16,13 @@ protected:
         constexpr unsigned long minuteMs = 60000;
         constexpr unsigned long timeOut = 0xFFFFFFFF;
         ReportStatus(SERVICE_RUNNING, NO_ERROR, 0);
+        bool wasLow = false;
         do {
             unsigned long long free = 0;
             unsigned long long total = 0;
-            if (GetDriveFreeSpace(L"C:\\", &free, &total) != 0 && free < total / 20) {
-                AddToMessageLog(L"Less than a twentieth of drive C: is free.", false);
-            }
+            const bool isLow = GetDriveFreeSpace(L"C:\\", &free, &total) != 0 && free < total / 20;
+            if (isLow && !wasLow) AddToMessageLog(L"Less than a twentieth of drive C: is free.", false);
+            wasLow = isLow;
         } while (m_stop.WaitOnEvent(minuteMs) == timeOut);
         ReportStatus(SERVICE_STOPPED, NO_ERROR, 0);
     }
@@ -47,6 +48,8 @@ int main() {
         return CNtService::Start() ? 0 : 1;
     } else if (order == L"remove") {
         watcher.Remove();
+        constexpr int tenths = 50; // the service manager forgets it once its process has ended
+        for (int tenth = 0; tenth < tenths && CNtService::IsInstalled(nullptr); ++tenth) Sleeper(100);
         return CNtService::IsInstalled(nullptr) ? 1 : 0;
     } else {
         std::puts("usage: watcher [install | remove]");

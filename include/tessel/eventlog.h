@@ -88,7 +88,8 @@ public:
     virtual ~CNtEventLogSource();
 
 protected:
-    /// Describes the source in the registry, always as one of the "Application" log. A failure is not told.
+    /// Describes the source in the registry, always as one of the "Application" log, and makes its key there; the log's
+    /// own must exist. A failure is not told.
     /// @param data  the description; read during the call only
     void Install(const InstallData& data);
 
@@ -101,7 +102,9 @@ protected:
     /// @param dataSize     bytes in @p data
     /// @param data         bytes to store with the event; null for none
     /// @param userSid      the security identifier of the user, which is passed as it is, not by its address. It must
-    ///                     come from malloc(), and this call frees it. Null: the user whom the thread works for
+    ///                     come from malloc() of the C runtime that this library uses (msvcrt.dll), and this call frees
+    ///                     it. Null: the user whom the thread works for, who is looked up for each event, which may
+    ///                     ask the controller of a domain; when that fails, the event has no user
     /// @return 0: written; else the Win32 error
     unsigned long ReportEventW(unsigned short type, unsigned long eventId, unsigned short stringCount,
                                const wchar_t** strings, unsigned long dataSize, void* data, void** userSid);

@@ -21,8 +21,11 @@ enum START_MODE : int {
 /// All state is the process's: a copy stands for the same service, and the first one that is destroyed ends it for all.
 /// The texts given to the constructor stay the caller's and must outlive the object.
 /// Operations that fail tell it by their result alone, and by a message box once EnableErrorReports() asked for that.
+/// Install() and Remove() have none: ask IsInstalled() afterwards. A removed service counts as installed until its
+/// process has ended and whoever asked for it has closed it.
 /// Threads: the static operations may be called by any, once the object is constructed. What was last known of the
-/// service's status is shared without a lock: do not call Stop() or Remove() in the service's own process.
+/// service's status is shared without a lock: do not call Stop() or Remove() in the service's own process. A service that
+/// reports its own end at the moment in which it is asked to stop may be left as one that is stopping.
 class TESSEL_API CNtService {
 public:
     /// Makes this object the process's service; nothing is done to the machine.
@@ -51,7 +54,8 @@ public:
     /// Enters the service with the service manager: a process of its own, started on demand, under the local system
     /// account and allowed to show windows. Needs the rights of an administrator.
     ///
-    /// The path is entered without quotation marks, so give a path with blanks in marks of its own.
+    /// The path is entered without quotation marks, so give a path with blanks in marks of its own. The path of the
+    /// running program may have 1,023 characters, and a path with its arguments 2,047: what is longer is not installed.
     void Install();
 
     /// Stops the service, as Stop() does, and takes it out of the service manager. A service that cannot be stopped
@@ -82,8 +86,8 @@ public:
     /// @return true: set; false: it is not installed or cannot be changed
     static bool SetStartMode(START_MODE mode);
 
-    /// How the service is started, as far as the service manager's answer has room: it holds texts too, which there is
-    /// none for, so that START_MANUAL is the answer whenever the system insists on them.
+    /// How the service is started. The service manager is asked with room for its fixed record alone; as an installed
+    /// service has texts too, it gives nothing then, and the answer is START_MANUAL as a rule.
     /// @return START_AUTO: the system said so; START_MANUAL: it did not
     static START_MODE GetStartMode();
 
@@ -93,14 +97,15 @@ public:
     void EnableErrorReports(bool enable);
 
 protected:
-    /// The service's work, on the service's thread; returning from it ends that thread.
+    /// The service's work, on the service's thread; returning from it ends that thread. SERVICE_STOPPED is the last
+    /// thing to report: from then on Run() may return and the object may go.
     virtual void OnServiceRun() = 0;
 
     /// Makes OnServiceRun() return; on the thread of Run().
     virtual void OnServiceStop() = 0;
 
     /// What Start() hands to the service.
-    /// @return an array of one text, which stays the object's
+    /// @return an array of one text, which stays the object's; null, or without a text: Start() fails
     virtual const wchar_t** GetStartArgs() = 0;
 
     /// Tells the service manager about the service. While it is about to start it accepts no requests, else the one to

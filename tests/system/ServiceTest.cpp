@@ -5,6 +5,7 @@
 #include <tessel/service.h>
 #include <tessel/synchronisation.h>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
@@ -27,7 +28,6 @@ public:
 
     const wchar_t** startArgs = argument.data();
     bool stops = true;
-    bool asksBeforeStart = false;
     Lines seen;
 
 protected:
@@ -35,14 +35,14 @@ protected:
         seen.push_back(L"run");
         ReportStatus(SERVICE_RUNNING, 0, 0);
         stop.WaitOnEvent(stops ? INFINITE : 0);
-        ReportStatus(SERVICE_STOPPED, 5, 0);
+        ReportStatus(SERVICE_STOPPED, 5, 7);
     }
     void OnServiceStop() override {
         seen.push_back(L"stop");
         stop.SetEvent();
     }
     const wchar_t** GetStartArgs() override {
-        EXPECT_TRUE(!asksBeforeStart || GetStartMode() == START_MANUAL);
+        EXPECT_EQ(GetStartMode(), START_MANUAL) << "with the handles that Start() has opened";
         return startArgs;
     }
 
@@ -106,7 +106,7 @@ struct Service : testing::Test {
 
 } // namespace
 
-TEST_F(Service, IsInstalledStartedStoppedAndRemoved) {
+TEST_F(Service, IsInstalledStartedStoppedAndRemovedAndAskedForWhateverTheNameOdd181) {
     EXPECT_FALSE(CNtService::Start());
     EXPECT_FALSE(CNtService::Stop());
     EXPECT_FALSE(CNtService::IsRunning(nullptr));
@@ -119,29 +119,24 @@ TEST_F(Service, IsInstalledStartedStoppedAndRemoved) {
     EXPECT_EQ(installed[0], L"TesselTest/0: Tessel test installed.\n");
     EXPECT_EQ(installed[1].find(L"TesselTest/0: CreateService failed - "), 0u);
     EXPECT_TRUE(EndsWith(installed[1], L" (0x431)\n")) << installed[1];
-    EXPECT_EQ(Stored(L"Type") + Stored(L"Start") + Stored(L"DependOnService"), L"2723RpcSs");
+    EXPECT_EQ(Stored(L"Type") + Stored(L"Start") + Stored(L"ErrorControl"), L"27231");
+    EXPECT_EQ(Stored(L"DependOnService") + Stored(L"DisplayName"), L"RpcSsTessel test");
     EXPECT_TRUE(CNtService::IsInstalled(nullptr));
 
     ASSERT_TRUE(CNtService::Start());
-    while (!CNtService::IsRunning(nullptr)) SwitchToThread();
+    while (!CNtService::IsRunning(L"MSIServer")) SwitchToThread();
+    EXPECT_TRUE(CNtService::IsRunning(nullptr));
     EXPECT_FALSE(CNtService::Start());
     EXPECT_FALSE(CNtService::IsRunning(L"Tessel has no such service"));
     TakeCalls();
     EXPECT_TRUE(CNtService::Stop());
+    EXPECT_FALSE(CNtService::IsRunning(L"MSIServer"));
     EXPECT_EQ(calls.front(), L"TesselTest/0: Stopping Tessel test.");
     EXPECT_EQ(calls.back(), L"TesselTest/0: \nTessel test stopped.\n");
     TakeCalls();
     service->Remove();
     EXPECT_EQ(TakeCalls(), (Lines{L"TesselTest/0: \nTessel test stopped.\n", L"TesselTest/0: Tessel test removed.\n"}));
     WaitUntilGone();
-}
-
-TEST_F(Service, Odd181TheOwnServiceIsAskedWhateverTheName) {
-    service->Install();
-    ASSERT_TRUE(CNtService::Start());
-    while (!CNtService::IsRunning(L"MSIServer")) SwitchToThread();
-    EXPECT_TRUE(CNtService::Stop());
-    EXPECT_FALSE(CNtService::IsRunning(L"MSIServer"));
 }
 
 BOOL WINAPI AnswerInPart(SC_HANDLE, QUERY_SERVICE_CONFIGW* config, DWORD size, DWORD*) {
@@ -155,7 +150,7 @@ TEST_F(Service, Odd180TheStartModeIsSetButReadAsManual) {
     EXPECT_FALSE(CNtService::SetStartMode(START_AUTO)) << "not installed";
     service->Install();
     EXPECT_TRUE(CNtService::SetStartMode(START_AUTO));
-    EXPECT_EQ(Stored(L"Start"), L"2");
+    EXPECT_EQ(Stored(L"Type") + Stored(L"Start"), L"2722");
     EXPECT_EQ(CNtService::GetStartMode(), START_MANUAL);
     {
         const ImportPatch answer(L"Tessel.dll", "QueryServiceConfigW", AnswerInPart);
@@ -165,6 +160,12 @@ TEST_F(Service, Odd180TheStartModeIsSetButReadAsManual) {
     EXPECT_EQ(Stored(L"Start"), L"3");
 }
 
+DWORD WINAPI GiveLongPath(HMODULE module, LPWSTR path, DWORD size) {
+    EXPECT_EQ(module, nullptr);
+    std::fill_n(path, size, L'x');
+    return size;
+}
+
 TEST_F(Service, Odd183ThePathHasNoMarksAndALongOneIsRefused) {
     service.emplace(kDisplayName, L"C:\\My service.exe");
     service->Install();
@@ -172,22 +173,33 @@ TEST_F(Service, Odd183ThePathHasNoMarksAndALongOneIsRefused) {
     service->Remove();
     TakeCalls();
     const std::wstring longText(5000, L'x');
-    for (const wchar_t* arguments : {static_cast<const wchar_t*>(nullptr), longText.c_str()}) {
-        service.emplace(longText.c_str(), arguments == nullptr ? longText.c_str() : L"short", arguments);
+    const ImportPatch ownPath(L"Tessel.dll", "GetModuleFileNameW", GiveLongPath);
+    const std::array<const wchar_t*, 2> rows[] = {{longText.c_str(), nullptr}, {L"a", longText.c_str()}, {}};
+    for (const auto& [path, arguments] : rows) {
+        service.emplace(kDisplayName, path, arguments);
         service->Install();
-        EXPECT_TRUE(TakeCalls() == Lines{L"TesselTest/0: " + (L"Unable to install " + longText).substr(0, 2047)});
+        EXPECT_EQ(calls.front().find(L"TesselTest/0: Unable to install Tessel test - "), 0u);
+        EXPECT_TRUE(EndsWith(TakeCalls().front(), L" (0x7a)\n"));
     }
     EXPECT_EQ(Stored(L"ImagePath"), L"none");
+    service.emplace(longText.c_str());
+    service->Install();
+    EXPECT_EQ(TakeCalls().front(), L"TesselTest/0: " + (L"Unable to install " + longText).substr(0, 2047));
 }
 
 /// A service manager that notes what is asked of it.
 struct Fake {
+    static inline bool managerOpens;
     static inline bool serviceOpens;
     static inline int object;
 
     static BOOL Note(const std::wstring& call) { return calls.push_back(call), TRUE; }
     static SC_HANDLE Handle() { return reinterpret_cast<SC_HANDLE>(&object); }
-    static SC_HANDLE WINAPI OpenManager(LPCWSTR, LPCWSTR, DWORD) { return Note(L"manager"), Handle(); }
+    static SC_HANDLE WINAPI OpenManager(LPCWSTR machine, LPCWSTR, DWORD) {
+        EXPECT_EQ(machine, nullptr);
+        SetLastError(ERROR_ACCESS_DENIED);
+        return Note(L"manager") && managerOpens ? Handle() : nullptr;
+    }
     static SC_HANDLE WINAPI Open(SC_HANDLE, LPCWSTR name, DWORD) {
         Note(name);
         return serviceOpens ? Handle() : nullptr;
@@ -195,7 +207,8 @@ struct Fake {
     static BOOL WINAPI Close(SC_HANDLE) { return Note(L"close"); }
     static BOOL WINAPI Start(SC_HANDLE, DWORD count, LPCWSTR* texts) { return Note(std::to_wstring(count) + texts[0]); }
     static BOOL WINAPI QueryConfig(SC_HANDLE, QUERY_SERVICE_CONFIGW*, DWORD, DWORD*) { return FALSE; }
-    static BOOL WINAPI Control(SC_HANDLE, DWORD, SERVICE_STATUS*) { return FALSE; }
+    static BOOL WINAPI Control(SC_HANDLE, DWORD control, SERVICE_STATUS*) { return control == SERVICE_CONTROL_STOP; }
+    static void WINAPI NotePause(DWORD milliseconds) { Note(std::to_wstring(milliseconds)); }
     static BOOL WINAPI Query(SC_HANDLE, SERVICE_STATUS* status) {
         status->dwCurrentState = status->dwCurrentState == 0 ? SERVICE_STOP_PENDING : SERVICE_PAUSED;
         return TRUE;
@@ -211,41 +224,52 @@ struct ServiceHandles : testing::Test {
     ImportPatch control{L"Tessel.dll", "ControlService", Fake::Control};
     ImportPatch status{L"Tessel.dll", "QueryServiceStatus", Fake::Query};
     ImportPatch show{L"Tessel.dll", "MessageBoxW", Show};
-    ImportPatch pause{L"Tessel.dll", "Sleep", Pause};
+    ImportPatch pause{L"Tessel.dll", "Sleep", Fake::NotePause};
     TestService service;
 
-    ServiceHandles() { Fake::serviceOpens = true; }
+    ServiceHandles() { Fake::managerOpens = Fake::serviceOpens = true; }
 };
 
-TEST_F(ServiceHandles, AreSharedUntilTheLastUserClosesThem) {
-    service.asksBeforeStart = true;
-    EXPECT_TRUE(CNtService::Start());
-    EXPECT_EQ(TakeCalls(), (Lines{L"manager", kName, L"1argument", L"close", L"close"}));
-    service.startArgs = nullptr;
-    EXPECT_FALSE(CNtService::Start());
-    EXPECT_EQ(TakeCalls(), (Lines{L"manager", kName, L"close", L"close"}));
-}
-
-TEST_F(ServiceHandles, Odd182TheManagerStaysOpenWithoutTheService) {
+TEST_F(ServiceHandles, Odd182AreSharedUntilTheLastUserClosesThemButTheManagerStaysOpenWithoutTheService) {
     Fake::serviceOpens = false;
     EXPECT_FALSE(CNtService::Start());
     Fake::serviceOpens = true;
     EXPECT_TRUE(CNtService::Start());
     EXPECT_EQ(TakeCalls(), (Lines{L"manager", kName, kName, L"1argument", L"close", L"close"}))
         << "and nothing is shown unless asked for";
+    service.startArgs = nullptr;
+    EXPECT_FALSE(CNtService::Start());
+    EXPECT_EQ(TakeCalls(), (Lines{L"manager", kName, L"close", L"close"}));
 }
 
 TEST_F(ServiceHandles, StoppingFailsWhenTheServiceEndsUpInAnotherState) {
     service.EnableErrorReports(true);
     service.Remove();
-    EXPECT_EQ(TakeCalls(), (Lines{L"manager", kName, L"TesselTest/0: .",
-                                  L"TesselTest/0: \nTessel test failed to stop.\n", L"close", L"close"}));
+    EXPECT_EQ(TakeCalls(),
+              (Lines{L"manager", kName, L"TesselTest/0: Stopping Tessel test.", L"1000", L"TesselTest/0: .", L"1000",
+                     L"TesselTest/0: \nTessel test failed to stop.\n", L"close", L"close"}));
+    EXPECT_FALSE(CNtService::IsRunning(nullptr));
+    EXPECT_EQ(TakeCalls(), (Lines{L"manager", kName, L"close", L"close", L"manager", kName, L"close", L"close"}));
+}
+
+TEST_F(ServiceHandles, NothingIsDoneWithoutAServiceManagerWhichIsTold) {
+    Fake::managerOpens = false;
+    service.EnableErrorReports(true);
+    EXPECT_FALSE(CNtService::Start() || CNtService::IsInstalled(nullptr));
+    service.Install();
+    const Lines asked = TakeCalls();
+    ASSERT_EQ(asked.size(), 5u);
+    for (const std::size_t shown : {1u, 4u}) {
+        EXPECT_EQ(asked[shown].find(L"TesselTest/0: OpenSCManager failed - "), 0u) << asked[shown];
+        EXPECT_TRUE(EndsWith(asked[shown], L" (0x5)\n")) << asked[shown];
+    }
 }
 
 /// The service manager and the event log as a service sees them.
 struct FakeSystem {
     static inline LPHANDLER_FUNCTION handler;
     static inline bool accepts;
+    static inline bool registers;
 
     static BOOL WINAPI Dispatch(const SERVICE_TABLE_ENTRYW* table) {
         Fake::Note(table[0].lpServiceName);
@@ -257,7 +281,7 @@ struct FakeSystem {
     static SERVICE_STATUS_HANDLE WINAPI Register(LPCWSTR name, LPHANDLER_FUNCTION function) {
         Fake::Note(name);
         handler = function;
-        return reinterpret_cast<SERVICE_STATUS_HANDLE>(&handler);
+        return registers ? reinterpret_cast<SERVICE_STATUS_HANDLE>(&handler) : nullptr;
     }
     static BOOL WINAPI Set(SERVICE_STATUS_HANDLE, SERVICE_STATUS* s) {
         std::wstring line;
@@ -269,7 +293,10 @@ struct FakeSystem {
         SetLastError(ERROR_INVALID_HANDLE);
         return accepts;
     }
-    static HANDLE WINAPI OpenLog(LPCWSTR, LPCWSTR name) { return const_cast<wchar_t*>(name); }
+    static HANDLE WINAPI OpenLog(LPCWSTR machine, LPCWSTR name) {
+        EXPECT_EQ(machine, nullptr);
+        return const_cast<wchar_t*>(name);
+    }
     static BOOL WINAPI CloseLog(HANDLE log) {
         return Fake::Note(static_cast<wchar_t*>(log) + std::wstring(L" closed"));
     }
@@ -289,16 +316,16 @@ struct ServiceDispatch : testing::Test {
     ImportPatch writeLog{L"Tessel.dll", "ReportEventW", FakeSystem::WriteLog};
     std::optional<TestService> service{std::in_place};
 
-    ServiceDispatch() { FakeSystem::accepts = true; }
+    ServiceDispatch() { FakeSystem::accepts = FakeSystem::registers = true; }
 };
 
 TEST_F(ServiceDispatch, ReportsEveryStateToTheServiceManager) {
     service->stops = false;
     service->Run();
-    EXPECT_EQ(TakeCalls(), (Lines{kName, kName, L"16 2 0 0 0 1 3000 ", L"16 4 1 0 0 0 0 ", L"16 1 1 5 0 0 0 "}));
+    EXPECT_EQ(TakeCalls(), (Lines{kName, kName, L"16 2 0 0 0 1 3000 ", L"16 4 1 0 0 0 0 ", L"16 1 1 5 0 0 7 "}));
     FakeSystem::handler(SERVICE_CONTROL_INTERROGATE);
     FakeSystem::handler(SERVICE_CONTROL_STOP);
-    EXPECT_EQ(TakeCalls(), (Lines{L"16 1 1 5 0 0 0 ", L"16 3 1 0 0 2 0 "}));
+    EXPECT_EQ(TakeCalls(), (Lines{L"16 1 1 5 0 0 7 ", L"16 3 1 0 0 2 0 "}));
     EXPECT_EQ(service->seen, (Lines{L"run", L"stop"}));
     service.reset();
     FakeSystem::handler(SERVICE_CONTROL_STOP);
@@ -317,6 +344,12 @@ TEST_F(ServiceDispatch, WritesFailuresToTheEventLogAndDoesNotRun) {
     EXPECT_EQ(log[5], L"TesselTest closed");
     EXPECT_TRUE(EndsWith(log[6], L" (0x427)")) << log[6];
     EXPECT_EQ(log[7], L"StartServiceCtrlDispatcher failed.");
+    FakeSystem::handler(SERVICE_CONTROL_STOP);
+    TakeCalls();
+    FakeSystem::registers = false;
+    FakeSystem::accepts = true;
+    service->Run();
+    EXPECT_EQ(TakeCalls(), (Lines{kName, kName}));
     EXPECT_EQ(service->seen, Lines{});
     service->AddToMessageLog(L"told", false);
     EXPECT_EQ(TakeCalls(), (Lines{L"TesselTest error.", L"told", L"TesselTest closed"}));

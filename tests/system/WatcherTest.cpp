@@ -1,6 +1,7 @@
 #include "support/ChildProcess.h"
 
 #include <gtest/gtest.h>
+#include <tessel/service.h>
 
 #include <filesystem>
 
@@ -12,25 +13,20 @@ std::wstring Order(const wchar_t* order) {
     return L"\"" + std::filesystem::path(own).replace_filename(L"watcher.exe").wstring() + L"\" " + order;
 }
 
-/// @return the service's state; 0: it is not installed
-DWORD State() {
-    SERVICE_STATUS status{};
-    const SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT);
-    const SC_HANDLE service = OpenServiceW(manager, L"TesselWatcher", SERVICE_QUERY_STATUS);
-    if (service != nullptr) {
-        QueryServiceStatus(service, &status);
-        CloseServiceHandle(service);
-    }
-    CloseServiceHandle(manager);
-    return status.dwCurrentState;
-}
+/// Asks for the watcher.
+struct Asker : CNtService {
+    Asker() : CNtService(L"TesselWatcher", nullptr, nullptr, nullptr, nullptr) {}
+    void OnServiceRun() override {}
+    void OnServiceStop() override {}
+    const wchar_t** GetStartArgs() override { return nullptr; }
+};
 
 } // namespace
 
 TEST(Watcher, IsInstalledRunsAndIsRemoved) {
+    const Asker asker;
     ASSERT_EQ(ChildProcess(Order(L"install")).ExitCode(), 0u);
-    while (State() == SERVICE_START_PENDING) SwitchToThread();
-    EXPECT_EQ(State(), DWORD{SERVICE_RUNNING});
+    while (!CNtService::IsRunning(nullptr)) SwitchToThread();
     EXPECT_EQ(ChildProcess(Order(L"remove")).ExitCode(), 0u);
-    while (State() != 0) SwitchToThread(); // the manager forgets it once its process has ended
+    EXPECT_FALSE(CNtService::IsInstalled(nullptr));
 }
