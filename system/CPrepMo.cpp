@@ -49,7 +49,7 @@ struct OldTable {
 };
 
 DWORD WriteTable(DiskDevice& disk, const wchar_t* devicePath, const DISK_GEOMETRY& geometry) {
-    if (devicePath == nullptr || *devicePath == L'\0') return ERROR_INVALID_DRIVE; // GUARD-09
+    if (devicePath == nullptr || *devicePath == L'\0') return ERROR_INVALID_DRIVE; // GUARD-09: null is empty
     if (!disk.Open(devicePath, kAccess, FILE_SHARE_WRITE)) return GetLastError();
     if (disk.WriteOnePartition(geometry)) return ERROR_SUCCESS;
     const DWORD error = GetLastError();
@@ -139,6 +139,7 @@ DWORD Format(wchar_t driveLetter) {
     const InheritedFile input(start + L"fmtin.txt");
     DWORD written = 0;
     // ODD-197: the command inherits the position behind the answer, so it cannot read it.
+    // An answer that cannot be written is as good as one that is not read.
     (void)WriteFile(input.Get(), L"\n\0", 2 * sizeof(wchar_t), &written, nullptr);
     std::wstring commandLine = std::wstring(L"Format.com ") + driveLetter + L": /fs:FAT /q";
     return Run(commandLine.data(), input.Get(), output.Get());
@@ -158,7 +159,7 @@ int CPrepMo::PartitionAndFormat(unsigned short driveLetter, const wchar_t* devic
 }
 
 int CPrepMo::Reformat(unsigned short driveLetter) {
-    if (driveLetter == 0) return ERROR_INVALID_DRIVE;
+    if (driveLetter == 0) return ERROR_INVALID_DRIVE; // GUARD-186: it would end the names and the command line
     try {
         return static_cast<int>(Format(static_cast<wchar_t>(driveLetter)));
     } catch (const std::bad_alloc&) {

@@ -1,4 +1,6 @@
+#include <foundation/Permit.h>
 #include <foundation/SharedOwners.h>
+#include <foundation/SlimLock.h>
 #include <tessel/version.h>
 
 #include <algorithm>
@@ -16,26 +18,19 @@ struct CSwVersionLayout {
 
 namespace {
 
-/// Holds the lock for a scope.
-class Locked {
-public:
-    explicit Locked(CThreadLock& lock) : m_lock(lock), m_taken(lock.Lock(INFINITE) == 0) {}
-    ~Locked() {
-        if (m_taken) (void)m_lock.Unlock(); // taken by this object, so there is room for the permit
-    }
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
+constexpr unsigned long kLockTimeoutMs = 5000;
 
-private:
-    CThreadLock& m_lock;
-    bool m_taken;
-};
+/// Keeps the count right when the lock of all processes is not to be had.
+SRWLOCK countLock = SRWLOCK_INIT;
+
+/// Zeros behind the version resource. GUARD-182: what claims more than the file has ends in them.
+constexpr DWORD kTailSize = sizeof(VS_FIXEDFILEINFO);
 
 unsigned char* LoadVersionInfo(const wchar_t* path) {
     DWORD unused = 0;
     const DWORD size = GetFileVersionInfoSizeW(path, &unused);
-    if (size == 0) return nullptr;
-    auto* const info = new (std::nothrow) unsigned char[size]{};
+    if (size == 0 || size > MAXDWORD - kTailSize) return nullptr;
+    auto* const info = new (std::nothrow) unsigned char[size + kTailSize]{};
     if (info == nullptr || GetFileVersionInfoW(path, 0, size, info)) return info;
     delete[] info;
     return nullptr;
@@ -60,7 +55,8 @@ Value QueryText(const unsigned char* info, const wchar_t* name) {
     if (translation.size < 2 * sizeof(WORD)) return {nullptr, 0}; // GUARD-182
     const auto* const language = static_cast<const WORD*>(translation.data);
     wchar_t block[40];
-    (void)std::swprintf(block, std::size(block), L"\\StringFileInfo\\%04X%04X\\", language[0], language[1]);
+    (void)std::swprintf(block, std::size(block), L"\\StringFileInfo\\%04X%04X\\", language[0],
+                        language[1]); // always fits
     try {
         return Query(info, (std::wstring(block) + name).c_str());
     } catch (const std::bad_alloc&) {
@@ -116,17 +112,20 @@ CSwVersion::~CSwVersion() {
 }
 
 void CSwVersion::CountObject() {
-    const Locked locked(mRefLock);
+    const tessel::Permit shared(mRefLock, kLockTimeoutMs); // GUARD-185
+    const tessel::SlimLock own(countLock);
     ++mRefCount;
 }
 
 void CSwVersion::UncountObject() {
-    const Locked locked(mRefLock);
+    const tessel::Permit shared(mRefLock, kLockTimeoutMs); // GUARD-185
+    const tessel::SlimLock own(countLock);
     if (--mRefCount == 0 && mFinishedWithTable != 0) mSwFileTable.RemoveAll();
 }
 
 void CSwVersion::RemoveTable() {
-    const Locked locked(mRefLock);
+    const tessel::Permit shared(mRefLock, kLockTimeoutMs); // GUARD-185
+    const tessel::SlimLock own(countLock);
     mFinishedWithTable = 1; // ODD-191: never taken back, so a later table is emptied with its last object
     if (mRefCount == 0) mSwFileTable.RemoveAll();
 }
@@ -210,7 +209,7 @@ bool CSwVersion::GetVerStringInfo(const wchar_t* name, wchar_t* value, unsigned 
     const auto* const text = static_cast<const wchar_t*>(found.data);
     const std::size_t length = wcsnlen(text, found.size);
     std::copy_n(text, std::min<std::size_t>(length, len), value);
-    if (length < len) value[length] = L'\0'; // ODD-193: a longer text is not terminated
+    if (length < len) value[length] = L'\0'; // ODD-193: a text as long as the room, or longer, is not terminated
     return true;
 }
 

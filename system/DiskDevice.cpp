@@ -23,14 +23,15 @@ static_assert(offsetof(PARTITION_INFORMATION, PartitionType) == 24);
 static_assert(offsetof(PARTITION_INFORMATION, RewritePartition) == 27);
 static_assert(sizeof(DriveLayout) == 136 && offsetof(DriveLayout, entries) == 8);
 
+// In unsigned numbers, as MediumSize().
 DriveLayout OnePartition(const DISK_GEOMETRY& geometry) {
     DriveLayout layout{};
     layout.count = 4;
     for (PARTITION_INFORMATION& entry : layout.entries) entry.RewritePartition = TRUE;
     PARTITION_INFORMATION& first = layout.entries[0];
-    first.StartingOffset.QuadPart =
-        static_cast<LONGLONG>(std::uint64_t{geometry.SectorsPerTrack} * geometry.BytesPerSector);
-    first.PartitionLength.QuadPart = MediumSize(geometry) - first.StartingOffset.QuadPart;
+    const std::uint64_t start = std::uint64_t{geometry.SectorsPerTrack} * geometry.BytesPerSector;
+    first.StartingOffset.QuadPart = static_cast<LONGLONG>(start);
+    first.PartitionLength.QuadPart = static_cast<LONGLONG>(static_cast<std::uint64_t>(MediumSize(geometry)) - start);
     first.HiddenSectors = geometry.SectorsPerTrack;
     first.PartitionNumber = 1;
     first.PartitionType = PARTITION_HUGE;

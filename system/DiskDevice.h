@@ -11,7 +11,7 @@ namespace tessel {
 
 /// A disk that is spoken to through an aligned block, as unbuffered devices ask for. It is closed with the object.
 ///
-/// An operation that gives false leaves the cause in GetLastError().
+/// An operation that gives false, except HasBlock(), leaves the cause in GetLastError().
 class DiskDevice {
 public:
     /// Bytes of the block.

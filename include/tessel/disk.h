@@ -55,7 +55,7 @@ private:
 /// Prepares a magneto-optical disk without asking: partitions it unless it is partitioned already, and formats it
 /// with the system's command.
 ///
-/// Objects have no state: any thread may use any of them, but one at a time for a drive.
+/// Objects have no state: any thread may use any of them, but only one thread of all processes at a time a drive.
 class TESSEL_API CPrepMo {
 public:
     CPrepMo() = default;
@@ -85,11 +85,13 @@ public:
     ///         ERROR_DISK_OPERATION_FAILED (1127): the drive found the table wrong; else the Win32 error
     int PartitionAndFormat(unsigned short driveLetter, const wchar_t* devicePath);
 
-    /// Formats the disk in a drive for the FAT file system by the command "Format.com", which is given 3 seconds.
+    /// Formats the disk in a drive quickly, for the FAT file system, by the command "Format.com", which is given 3
+    /// seconds. The system looks for the command beside the program first. One that is ended may still be ending when
+    /// this returns.
     ///
     /// The command's input and output are the files $$Efmtin.txt and $$Efmtout.txt (for drive E) in the folder that
-    /// the environment variable "TEMP" names, or in C:\. They stay there. Its input is at its end: a command that
-    /// waits for an answer finds none.
+    /// the environment variable "TEMP" names, or in C:\. They stay there; where they cannot be made, the command does
+    /// without. Its input is at its end: a command that waits for an answer finds none.
     /// @param driveLetter  the drive's letter, a character
     /// @return the command's exit code; 259: it took too long and was ended; ERROR_INVALID_DRIVE (15): no letter;
     ///         ERROR_NOT_ENOUGH_MEMORY (8); else the Win32 error that kept it from starting

@@ -32,8 +32,9 @@ static_assert(offsetof(CSwFile, time) == 24 && offsetof(CSwFile, path) == 40);
 /// With a negative one they tell what the object describes.
 ///
 /// Copies count as objects of their own and share the version resource.
-/// Threads: one for all objects. Only the count of objects and the emptying are locked, with a lock that all
-/// processes share: a process that is ended while it holds the lock leaves the others waiting.
+/// Threads: one for all objects. Only the count of objects and the emptying are locked, with a lock that all processes
+/// of a session share. A process that is killed while it holds that lock makes each object of the others take 5 seconds
+/// to come and 5 to go, until all have ended.
 class TESSEL_API CSwVersion {
 public:
     /// Reads a file and enters it in the table. Without memory for that the table stays as it is.

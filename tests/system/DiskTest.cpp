@@ -12,7 +12,9 @@
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <new>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -35,6 +37,7 @@ struct FakeDisk {
     DISK_GEOMETRY geometry{{{1000, 0}}, RemovableMedia, 64, 32, 512};
     Bytes written;
     HANDLE open = nullptr;
+    int closed = 0;
 
     bool Succeeds(const std::string& what) {
         const auto error = errors.find(what);
@@ -49,18 +52,19 @@ std::string Narrow(const std::wstring& text) {
     return {text.begin(), text.end()};
 }
 
-std::string Number(DWORD number) {
-    char text[12];
-    std::snprintf(text, sizeof text, " %lX", number);
-    return text;
+/// A call with its numbers in hexadecimal digits.
+std::string Line(const std::string& name, std::initializer_list<DWORD> numbers) {
+    std::ostringstream line;
+    line << name << std::hex << std::uppercase;
+    for (const DWORD number : numbers) line << ' ' << number;
+    return line.str();
 }
 
 HANDLE WINAPI Open(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
                    DWORD flags, HANDLE pattern) {
     const std::string name = Narrow(path);
     const bool inherited = security != nullptr && security->bInheritHandle;
-    disk->calls.push_back(name + Number(access) + Number(share) + Number(disposition) + Number(flags) +
-                          (inherited ? " inherited" : ""));
+    disk->calls.push_back(Line(name, {access, share, disposition, flags}) + (inherited ? " inherited" : ""));
     if (name.substr(0, 4) != "\\\\.\\") return CreateFileW(path, access, share, security, disposition, flags, pattern);
     EXPECT_EQ(disk->open, nullptr) << "one at a time";
     if (!disk->Succeeds(name)) return INVALID_HANDLE_VALUE;
@@ -68,6 +72,7 @@ HANDLE WINAPI Open(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTE
 }
 
 BOOL WINAPI Close(HANDLE handle) {
+    ++disk->closed;
     if (handle == disk->open) disk->open = nullptr;
     return CloseHandle(handle);
 }
@@ -78,7 +83,7 @@ BOOL WINAPI Control(HANDLE device, DWORD code, LPVOID in, DWORD inSize, LPVOID o
     EXPECT_EQ((reinterpret_cast<std::uintptr_t>(in) | reinterpret_cast<std::uintptr_t>(out)) % 2048, 0u);
     const std::string& order = kOrders.at(code);
     const auto* const bytes = static_cast<unsigned char*>(in);
-    disk->calls.push_back(order + Number(order == "removal" ? *bytes : inSize) + Number(outSize));
+    disk->calls.push_back(Line(order, {order == "removal" ? *bytes : inSize, outSize}));
     if (!disk->Succeeds(order)) return FALSE;
     if (order == "write") disk->written.assign(bytes, bytes + inSize);
     if (order == "layout") std::memcpy(out, disk->layout.data(), disk->layout.size());
@@ -189,28 +194,35 @@ TEST_F(MoDrive, WithoutADeviceNothingIsPartitioned) {
     machine.Set(kSettings, L"MOPHYSICALDRIVE", REG_SZ, {(L"\\\\.\\" + std::wstring(200, L'x')).c_str(), 205});
     device.errors["\\\\.\\" + std::string(27, 'x')] = ERROR_FILE_NOT_FOUND;
     EXPECT_EQ(FormatDisk(owner).Partition(), 0) << "cut to 31 characters";
-    machine.Remove(kSettings, L"MOPHYSICALDRIVE");
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"Software\\Varda");
     EXPECT_EQ(FormatDisk(owner).Partition(), 0);
     EXPECT_EQ(device.calls.size(), 2u);
+    HKEY key = nullptr;
+    EXPECT_EQ(RegOpenKeyW(HKEY_LOCAL_MACHINE, kSettings, &key), 0) << "made";
+    RegCloseKey(key);
 }
 
 namespace {
 
-BOOL WINAPI RefuseToStart(LPCWSTR, LPWSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL, DWORD, LPVOID, LPCWSTR,
-                          LPSTARTUPINFOW, LPPROCESS_INFORMATION) {
+BOOL WINAPI RefuseToStart(LPCWSTR, LPWSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL, DWORD flags, LPVOID,
+                          LPCWSTR, LPSTARTUPINFOW startup, LPPROCESS_INFORMATION) {
+    EXPECT_EQ(flags, DWORD{NORMAL_PRIORITY_CLASS});
+    EXPECT_EQ(startup->hStdError, nullptr);
     SetLastError(ERROR_CANCELLED);
     return FALSE;
 }
 
-HANDLE started = nullptr;
-HANDLE command = nullptr;
-
-/// Waits until the command runs, and has its time-out come early then.
-DWORD WINAPI WaitForCommand(HANDLE process, DWORD timeoutMs) {
+DWORD WINAPI WaitLess(HANDLE process, DWORD timeoutMs) {
     EXPECT_EQ(timeoutMs, 3000u);
-    DuplicateHandle(GetCurrentProcess(), process, GetCurrentProcess(), &command, 0, FALSE, DUPLICATE_SAME_ACCESS);
-    WaitForSingleObject(started, INFINITE);
-    return WaitForSingleObject(process, 1);
+    return WaitForSingleObject(process, 100);
+}
+
+DWORD exitCode = 0;
+
+/// Ends the command and waits until it has its files no more.
+BOOL WINAPI End(HANDLE process, UINT code) {
+    return TerminateProcess(process, code) && WaitForSingleObject(process, INFINITE) == WAIT_OBJECT_0 &&
+           GetExitCodeProcess(process, &exitCode);
 }
 
 /// The stand-in of the format command lies beside this program, where it is found before the system's; no format
@@ -218,8 +230,6 @@ DWORD WINAPI WaitForCommand(HANDLE process, DWORD timeoutMs) {
 struct PrepMo : Disk {
     CPrepMo prepMo;
     fs::path folder = fs::temp_directory_path() / ("tessel-disk-" + std::to_string(GetCurrentProcessId()));
-    const std::string volumeOpened = "\\\\.\\7: C0000000 2 3 20000000";
-    const std::string deviceOpened = "\\\\.\\PHYSICALDRIVE1 C0000000 2 3 20000000";
 
     PrepMo() {
         fs::create_directory(folder);
@@ -238,10 +248,6 @@ struct PrepMo : Disk {
         EXPECT_EQ(prepMo.PartitionAndFormat('7', 1), ERROR_CANCELLED);
         return !device.written.empty();
     }
-    PARTITION_INFORMATION& Entry(int index) {
-        device.layout[0] = static_cast<unsigned char>(index + 1);
-        return reinterpret_cast<PARTITION_INFORMATION*>(&device.layout[8])[index];
-    }
 };
 
 } // namespace
@@ -250,11 +256,13 @@ TEST_F(PrepMo, Odd197ADiskIsPartitionedAndFormattedByACommandThatFindsNoAnswer) 
     EXPECT_EQ(prepMo.PartitionAndFormat('7', L"\\\\.\\PHYSICALDRIVE1"), 7);
     const std::string start = folder.string() + "\\$$7";
     EXPECT_EQ(device.calls,
-              (Calls{volumeOpened, "layout 0 800", "geometry 0 18", deviceOpened, "write 88 0",
+              (Calls{"\\\\.\\7: C0000000 2 3 20000000", "layout 0 800", "geometry 0 18",
+                     "\\\\.\\PHYSICALDRIVE1 C0000000 2 3 20000000", "write 88 0",
                      start + "fmtout.txt C0000000 3 2 80 inherited", start + "fmtin.txt C0000000 3 2 80 inherited"}));
     EXPECT_EQ(device.written, FatTable());
     EXPECT_EQ(Contents(start + "fmtin.txt"), std::string("\n\0\0\0", 4));
-    EXPECT_EQ(Contents(start + "fmtout.txt"), "Format.com 7: /fs:FAT /q|read 1 0 at 4|show 0|class 20");
+    EXPECT_EQ(Contents(start + "fmtout.txt"), "Format.com 7: /fs:FAT /q|read 1 0 at 4|show 0");
+    EXPECT_EQ(device.closed, 6) << "volume, device, two files, thread and process";
 }
 
 TEST_F(PrepMo, AnyFailureIsTheResult) {
@@ -282,49 +290,50 @@ TEST_F(PrepMo, AnyFailureIsTheResult) {
 }
 
 TEST_F(PrepMo, Odd194AMediumWithAUsablePartitionIsNotPartitionedAnew) {
-    constexpr LONGLONG kSize = 1'048'576'000;
-    Entry(3).RecognizedPartition = TRUE;
-    Entry(3).PartitionNumber = 2;
-    Entry(3).PartitionLength.QuadPart = kSize - 1;
-    EXPECT_FALSE(Writes());
-    Entry(3).PartitionLength.QuadPart = kSize;
-    EXPECT_TRUE(Writes()) << "as long as the medium";
-    Entry(3).PartitionLength.QuadPart = 0;
-    Entry(3).PartitionNumber = 0;
-    EXPECT_TRUE(Writes()) << "without a number";
-    Entry(3).PartitionNumber = 1;
-    Entry(3).RecognizedPartition = FALSE;
-    EXPECT_TRUE(Writes()) << "unrecognised";
-    Entry(0) = {{}, {}, 0, 1, 0, 0, TRUE, 0};
-    EXPECT_FALSE(Writes());
-    device.layoutBytes = 40;
-    EXPECT_TRUE(Writes()) << "a layout of one entry";
-    device.layoutBytes = 2049;
-    EXPECT_TRUE(Writes()) << "more than there is room for";
-    Entry(3) = {{}, {}, 0, 1, 0, 0, TRUE, 0};
-    device.layoutBytes = 104;
-    device.layout[3] = 0xFF; // a count of four thousand million
-    Entry(0) = {};
-    EXPECT_TRUE(Writes()) << "the usable one is counted but not there";
-    device.layoutBytes = 136;
-    EXPECT_FALSE(Writes());
-    device.geometry.Cylinders.QuadPart = 0;
-    EXPECT_TRUE(Writes()) << "no size";
+    constexpr LONGLONG kSize = 1'048'576'000; // of 1,000 cylinders
+    const struct {
+        const char* why;
+        bool writes;
+        std::size_t entry;
+        BOOLEAN recognised;
+        DWORD number;
+        LONGLONG length;
+        DWORD bytes = 136;
+        LONGLONG cylinders = 1000;
+    } rows[] = {
+        {"shorter than the medium", false, 3, TRUE, 2, kSize - 1},
+        {"as long as the medium", true, 3, TRUE, 2, kSize},
+        {"without a number", true, 3, TRUE, 0, 0},
+        {"unrecognised", true, 3, FALSE, 1, 0},
+        {"a layout of one entry", true, 0, TRUE, 1, 0, 40},
+        {"a layout of two", false, 0, TRUE, 1, 0, 72},
+        {"more than there is room for", true, 0, TRUE, 1, 0, 2049},
+        {"counted but not there", true, 3, TRUE, 1, 0, 104},
+        {"of no size", true, 3, TRUE, 1, 0, 136, 0},
+        {"beyond 4 GB", false, 3, TRUE, 1, 10 * kSize - 1, 136, 10'000},
+        {"as long as a large medium", true, 3, TRUE, 1, 10 * kSize, 136, 10'000},
+    };
+    for (const auto& row : rows) {
+        const DWORD count = 0xFF000004;
+        PARTITION_INFORMATION entry{{}, {}, 0, row.number, 0, 0, row.recognised, 0};
+        entry.PartitionLength.QuadPart = row.length;
+        device.layout.assign(136, 0);
+        std::memcpy(device.layout.data(), &count, sizeof count);
+        std::memcpy(&device.layout[8 + row.entry * sizeof entry], &entry, sizeof entry);
+        device.layoutBytes = row.bytes;
+        device.geometry.Cylinders.QuadPart = row.cylinders;
+        EXPECT_EQ(Writes(), row.writes) << row.why;
+    }
+    device.layout.assign(136, 0);
+    device.geometry = {{{2, 0}}, RemovableMedia, 1, 0xFFFFFFFF, 0x80000001};
+    EXPECT_TRUE(Writes()) << "a device that talks nonsense";
 }
 
 TEST_F(PrepMo, ACommandThatDoesNotEndIsEnded) {
-    const std::wstring name = L"tessel-format-" + std::to_wstring(GetCurrentProcessId());
-    started = CreateEventW(nullptr, TRUE, FALSE, name.c_str());
-    SetEnvironmentVariableW(L"TESSEL_FORMAT_STARTED", name.c_str());
-    const ImportPatch wait(L"Tessel.dll", "WaitForSingleObject", WaitForCommand);
-    EXPECT_EQ(prepMo.Reformat('7'), 259);
-    DWORD exitCode = 0;
-    EXPECT_EQ(WaitForSingleObject(command, 10000), WAIT_OBJECT_0);
-    GetExitCodeProcess(command, &exitCode);
+    const ImportPatch wait(L"Tessel.dll", "WaitForSingleObject", WaitLess);
+    const ImportPatch end(L"Tessel.dll", "TerminateProcess", End);
+    EXPECT_EQ(prepMo.Reformat('8'), 259);
     EXPECT_EQ(exitCode, 259u);
-    SetEnvironmentVariableW(L"TESSEL_FORMAT_STARTED", nullptr);
-    CloseHandle(started);
-    CloseHandle(command);
 }
 
 TEST_F(PrepMo, WithoutATemporaryFolderTheRootOfCIsUsed) {

@@ -5,14 +5,17 @@
 
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
 namespace fs = std::filesystem;
 
-/// One of the libraries beside this program: with version 1.2.10.0, with 1.10.0.0 or without a version.
+/// One of the libraries beside this program: with version 1.2.10.7, with 1.10.0.0 or without a version.
 fs::path Built(const char* name) {
     wchar_t program[MAX_PATH];
     GetModuleFileNameW(nullptr, program, MAX_PATH);
@@ -63,11 +66,11 @@ struct Version : testing::Test {
 TEST_F(Version, AFileTellsItsVersionTimeSizeAndTexts) {
     const fs::path file = Copied("older");
     CSwVersion version(file.c_str());
-    EXPECT_EQ(Described(version), L"1.2.10.0 03/05/2024 16:07:08");
+    EXPECT_EQ(Described(version), L"1.2.10.7 03/05/2024 16:07:08");
     EXPECT_EQ(PathOf(version), file.wstring());
     unsigned int numbers[4] = {};
     ASSERT_EQ(version.GetBinary(&numbers[0], &numbers[1], &numbers[2], &numbers[3], -1), 1);
-    EXPECT_EQ(std::vector(numbers, numbers + 4), (std::vector{1u, 2u, 10u, 0u}));
+    EXPECT_EQ(std::vector(numbers, numbers + 4), (std::vector{1u, 2u, 10u, 7u}));
     unsigned short time[6] = {};
     ASSERT_EQ(version.GetFileTime(&time[0], &time[1], &time[2], &time[3], &time[4], &time[5], -1), 1);
     EXPECT_EQ(std::vector(time, time + 6), (std::vector<unsigned short>{3, 5, 2024, 16, 7, 8}));
@@ -119,8 +122,6 @@ TEST_F(Version, APathBeyondTheRecordIsReadAndKeptInPart) {
     CSwVersion version(deep.c_str());
     EXPECT_EQ(TextOf(version), L"Older");
     EXPECT_EQ(PathOf(version), deep.wstring().substr(0, 99));
-    CSwVersion absent(std::wstring(40000, L'x').c_str());
-    EXPECT_EQ(PathOf(absent), std::wstring(99, L'x'));
 }
 
 TEST_F(Version, Odd192AnyObjectListsTheTableButKeepsItsOwnTexts) {
@@ -131,8 +132,20 @@ TEST_F(Version, Odd192AnyObjectListsTheTableButKeepsItsOwnTexts) {
     EXPECT_EQ(CSwVersion::GetFileCount(), first + 3);
     EXPECT_EQ(Described(older, first + 3), L"untouched 0");
     EXPECT_EQ(PathOf(older, first + 3), L"untouched 0");
+    unsigned int number = 99;
+    unsigned short part = 99;
+    std::uint64_t size = 99;
+    EXPECT_EQ(older.GetBinary(&number, &number, &number, &number, first + 3), 0);
+    EXPECT_EQ(older.GetFileTime(&part, &part, &part, &part, &part, &part, first + 3), 0);
+    EXPECT_EQ(older.GetFileSize(&size, first + 3), 0);
+    EXPECT_EQ(number + part + size, 3u * 99) << "untouched";
     EXPECT_EQ(Described(older, first + 2), L"1.10.0.0 03/05/2024 16:07:08");
     EXPECT_TRUE(older == newer) << "taken over";
+    EXPECT_EQ(older.GetFileSize(&size, first), 1);
+    EXPECT_EQ(size, fs::file_size(folder / "older"));
+    EXPECT_EQ(older.GetBinary(&number, &number, &number, &number, first + 1), 1);
+    EXPECT_EQ(older.GetFileTime(&part, &part, &part, &part, &part, &part, first + 2), 1);
+    EXPECT_EQ(number + part, 0u + 8u) << "revision and second";
     EXPECT_EQ(PathOf(older), (folder / "newer").wstring());
     EXPECT_EQ(TextOf(older), L"Older");
     CSwVersion listed(first);
@@ -144,21 +157,44 @@ TEST_F(Version, Odd192AnyObjectListsTheTableButKeepsItsOwnTexts) {
     }
 }
 
+namespace {
+
+VS_FIXEDFILEINFO fixedInfo;
+
+BOOL WINAPI FindFixed(LPCVOID, LPCWSTR, LPVOID* value, PUINT size) {
+    *value = &fixedInfo;
+    *size = sizeof fixedInfo;
+    return TRUE;
+}
+
+} // namespace
+
 TEST_F(Version, VersionsAreComparedNumberByNumber) {
-    const CSwVersion older(Built("older").c_str());
-    const CSwVersion newer(Built("newer").c_str());
-    const CSwVersion same(older);
-    EXPECT_TRUE(older < newer && older <= newer && older != newer);
-    EXPECT_FALSE(older > newer || older >= newer || older == newer);
-    EXPECT_TRUE(newer > older && newer >= older);
-    EXPECT_TRUE(same == older && same <= older && same >= older);
-    EXPECT_FALSE(same != older || same < older || same > older);
+    const ImportPatch find(L"Tessel.dll", "VerQueryValueW", FindFixed);
+    std::vector<CSwVersion> versions;
+    for (const auto& [most, least] : std::initializer_list<std::pair<DWORD, DWORD>>{
+             {0, 1}, {0, 0x10000}, {1, 0}, {0x10002, 0xA0000}, {0x1000A, 0}, {0x1000A, 1}}) {
+        fixedInfo.dwFileVersionMS = most;
+        fixedInfo.dwFileVersionLS = least;
+        versions.emplace_back(Built("older").c_str());
+    }
+    for (std::size_t i = 0; i < versions.size(); ++i) {
+        for (std::size_t j = 0; j < versions.size(); ++j) {
+            const CSwVersion& left = versions[i];
+            const CSwVersion& right = versions[j];
+            EXPECT_TRUE((left < right) == (i < j) && (left <= right) == (i <= j) && (left > right) == (i > j) &&
+                        (left >= right) == (i >= j) && (left == right) == (i == j) && (left != right) == (i != j))
+                << i << ' ' << j;
+        }
+    }
 }
 
 TEST_F(Version, Odd191TheTableGoesWithTheLastObjectOnceItWasGivenUp) {
     const int first = CSwVersion::GetFileCount();
     { const CSwVersion alone(Built("older").c_str()); }
     EXPECT_EQ(CSwVersion::GetFileCount(), first + 1) << "still wanted";
+    CSwVersion::RemoveTable();
+    EXPECT_EQ(CSwVersion::GetFileCount(), 0) << "nobody is alive";
     std::optional<CSwVersion> original(std::in_place, Built("newer").c_str());
     std::optional<CSwVersion> copy(*original);
     std::optional<CSwVersion> assigned(std::in_place, 0);
@@ -166,62 +202,63 @@ TEST_F(Version, Odd191TheTableGoesWithTheLastObjectOnceItWasGivenUp) {
     CSwVersion::RemoveTable();
     original.reset();
     copy.reset();
-    EXPECT_EQ(CSwVersion::GetFileCount(), first + 2) << "an object is alive";
+    EXPECT_EQ(CSwVersion::GetFileCount(), 1) << "an object is alive";
     EXPECT_EQ(TextOf(*assigned), L"Newer");
     assigned.reset();
-    EXPECT_EQ(CSwVersion::GetFileCount(), 0);
-    { const CSwVersion later(Built("older").c_str()); }
-    EXPECT_EQ(CSwVersion::GetFileCount(), 0);
-}
-
-TEST_F(Version, RemoveTableEmptiesItAtOnceWhenNoObjectIsAlive) {
-    { const CSwVersion alone(Built("older").c_str()); }
-    CSwVersion::RemoveTable();
     EXPECT_EQ(CSwVersion::GetFileCount(), 0);
 }
 
 namespace {
 
 CThreadLock* heldElsewhere = nullptr;
-bool waitedForIt = false;
+int waits = 0;
 
-DWORD WINAPI WaitForTheHeld(HANDLE handle, DWORD timeoutMs, BOOL alertable) {
-    if (heldElsewhere != nullptr) {
-        waitedForIt = timeoutMs == INFINITE && WaitForSingleObject(handle, 0) == WAIT_TIMEOUT;
-        heldElsewhere->Unlock();
-        heldElsewhere = nullptr;
-    }
-    return WaitForSingleObjectEx(handle, timeoutMs, alertable);
+/// The first wait is in vain; before the second one the other process gives the lock back.
+DWORD WINAPI WaitForTheHeld(HANDLE handle, DWORD timeoutMs, BOOL) {
+    EXPECT_EQ(timeoutMs, 5000u);
+    if (++waits == 2) heldElsewhere->Unlock();
+    return WaitForSingleObject(handle, 0);
 }
 
 } // namespace
 
-TEST_F(Version, Odd190ObjectsOfAllProcessesAreCountedUnderOneLock) {
+TEST_F(Version, Odd190ObjectsAreCountedUnderALockThatAllProcessesShareAndThatMayBeStuck) {
     CThreadLock lock(L"CSwVersionRefLock");
-    const ImportPatch wait(L"Tessel.dll", "WaitForSingleObjectEx", WaitForTheHeld);
     ASSERT_EQ(lock.Lock(0), 0);
     heldElsewhere = &lock;
-    const CSwVersion waits(-1);
-    EXPECT_TRUE(waitedForIt);
+    {
+        const ImportPatch wait(L"Tessel.dll", "WaitForSingleObjectEx", WaitForTheHeld);
+        { const CSwVersion counted(Built("older").c_str()); }
+        CSwVersion::RemoveTable();
+    }
+    EXPECT_EQ(waits, 3) << "of the object's begin and end, and of the removal";
     EXPECT_EQ(lock.IsLocked(), 0) << "given back";
+    EXPECT_EQ(CSwVersion::GetFileCount(), 0);
 }
 
 namespace {
 
-BOOL WINAPI FindCutOff(LPCVOID, LPCWSTR, LPVOID* value, PUINT size) {
-    static const wchar_t text[] = L"\x1234\x5678\x9ABC";
-    *value = const_cast<wchar_t*>(text);
-    *size = 3;
-    return TRUE;
-}
+struct FakeResource {
+    static inline UINT translationSize;
+
+    static BOOL WINAPI Find(LPCVOID, LPCWSTR name, LPVOID* value, PUINT size) {
+        static const wchar_t text[] = L"abcd";
+        *value = const_cast<wchar_t*>(text);
+        *size = std::wstring(name) == L"\\VarFileInfo\\Translation" ? translationSize : 3;
+        return TRUE;
+    }
+};
 
 } // namespace
 
-TEST_F(Version, AResourceThatIsCutOffGivesNoVersion) {
-    const ImportPatch cut(L"Tessel.dll", "VerQueryValueW", FindCutOff);
+TEST_F(Version, AResourceThatIsCutOffIsReadAsFarAsItGoes) {
+    const ImportPatch cut(L"Tessel.dll", "VerQueryValueW", FakeResource::Find);
     CSwVersion cutOff(Built("older").c_str());
     EXPECT_EQ(Described(cutOff).substr(0, 8), L"0.0.0.0 ");
+    FakeResource::translationSize = 3;
     EXPECT_EQ(TextOf(cutOff), L"untouched false");
+    FakeResource::translationSize = 4;
+    EXPECT_EQ(TextOf(cutOff), L"abc") << "what the resource says, not what follows";
 }
 
 TEST(Array, GrowsToWhereAnElementIsSet) {
