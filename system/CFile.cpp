@@ -110,14 +110,14 @@ unsigned long CFile::CloseFile() {
 
 unsigned long CFile::ReadFile(void* buffer, unsigned long size) {
     if (m_iFile == kClosed) return Keep(NOT_OPEN), 0;
-    const int count = buffer == nullptr ? -1 : _read(m_iFile, buffer, Count(size)); // GUARD-09
+    const int count = buffer == nullptr && size > 0 ? -1 : _read(m_iFile, buffer, Count(size)); // GUARD-09
     Keep(count == -1 ? READ_FAILED : SUCCESS);
     return static_cast<unsigned long>(std::max(count, 0));
 }
 
 unsigned long CFile::WriteFile(const void* buffer, unsigned long size) {
     if (m_iFile == kClosed) return Keep(NOT_OPEN), 0;
-    const int count = buffer == nullptr ? -1 : _write(m_iFile, buffer, Count(size)); // GUARD-09
+    const int count = buffer == nullptr && size > 0 ? -1 : _write(m_iFile, buffer, Count(size)); // GUARD-09
     const auto written = static_cast<unsigned long>(std::max(count, 0));
     Keep(count == -1 || written != size ? WRITE_FAILED : SUCCESS);
     return written;

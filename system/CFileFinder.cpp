@@ -36,13 +36,20 @@ void CFileFinder::ShareWith(const CFileFinder& other) {
 
 int CFileFinder::First(const wchar_t* pattern) {
     Close();
+    SetLastError(pattern == nullptr ? ERROR_INVALID_PARAMETER : ERROR_NOT_ENOUGH_MEMORY);
     if (pattern == nullptr || m_pFindData == nullptr) return 0; // GUARD-09
-    m_hFind = FindFirstFileW(pattern, m_pFindData);
-    return m_hFind != INVALID_HANDLE_VALUE;
+    WIN32_FIND_DATAW entry;
+    m_hFind = FindFirstFileW(pattern, &entry);
+    if (m_hFind == INVALID_HANDLE_VALUE) return 0;
+    *m_pFindData = entry;
+    return 1;
 }
 
 int CFileFinder::Next() {
-    return m_hFind != INVALID_HANDLE_VALUE && FindNextFileW(m_hFind, m_pFindData);
+    WIN32_FIND_DATAW entry; // the system may leave anything in it when there is no further one
+    if (m_hFind == INVALID_HANDLE_VALUE || !FindNextFileW(m_hFind, &entry)) return 0;
+    *m_pFindData = entry;
+    return 1;
 }
 
 int CFileFinder::IsDirectory() const {

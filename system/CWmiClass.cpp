@@ -24,7 +24,7 @@ constexpr auto kNotFound = static_cast<long>(WBEM_E_NOT_FOUND);
 constexpr auto kTypeMismatch = static_cast<long>(WBEM_E_TYPE_MISMATCH);
 constexpr auto kForEver = static_cast<long>(WBEM_INFINITE);
 
-constexpr VARTYPE kNumbers[] = {VT_NULL, VT_BOOL, VT_I1, VT_UI1, VT_I2, VT_UI2, VT_I4, VT_UI4};
+constexpr VARTYPE kNumbers[] = {VT_NULL, VT_BOOL, VT_I1, VT_UI1, VT_I2, VT_UI2, VT_I4, VT_UI4, VT_INT, VT_UINT};
 
 using SystemText = std::unique_ptr<wchar_t, decltype(&SysFreeString)>;
 
@@ -60,15 +60,14 @@ long ReadNumber(CWmiClass& reader, const wchar_t* name, unsigned long& number) {
 
 template <class Character>
 long ReadText(CWmiClass& reader, const wchar_t* name, Character* buffer, unsigned int length) {
-    if (buffer == nullptr || length == 0) return E_INVALIDARG; // GUARD-09
     Value value;
     const long result = reader.GetProperty(name, value);
     if (FAILED(result)) return result;
     if (value.vt != VT_BSTR && value.vt != VT_NULL) return kTypeMismatch; // GUARD-196
     const bool none = value.vt == VT_NULL || value.bstrVal == nullptr;
     // GUARD-197: terminated also where the conversion fills the buffer.
-    (void)CopyString(buffer, none ? L"" : value.bstrVal, length);
-    return result;
+    (void)CopyString(buffer, none ? L"" : value.bstrVal, length); // it reports a buffer that is missing
+    return buffer == nullptr || length == 0 ? E_INVALIDARG : result;
 }
 
 } // namespace
@@ -146,6 +145,7 @@ void CWmiClass::Connect(const wchar_t* ns, const wchar_t* cls) {
                                      RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE))) {
         return;
     }
+    // Not forward only: GetInstance() goes back.
     (void)Succeeded(m_pServices->CreateInstanceEnum(name.get(), WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, &m_pEnum));
 }
 
@@ -159,7 +159,9 @@ bool CWmiClass::ReadNext() {
 }
 
 long CWmiClass::GetInstance(unsigned int index) {
-    if (m_pEnum == nullptr || !Succeeded(m_pEnum->Reset())) return m_lResult;
+    if (m_pEnum == nullptr) return m_lResult;
+    Forget(m_pInstance);
+    if (!Succeeded(m_pEnum->Reset())) return m_lResult;
     while (ReadNext() && index > 0) --index;
     return m_lResult;
 }

@@ -4,6 +4,7 @@
 #include <deque>
 #include <exception>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -97,17 +98,21 @@ private:
     unsigned long RemoveEntry() {
         m_path.resize(m_levels.back().pathLength);
         m_path.append(L"\\").append(m_entry.cFileName);
-        const DWORD attributes = m_entry.dwFileAttributes;
-        if (!(attributes & FILE_ATTRIBUTE_DIRECTORY)) return Removed(DeleteFileW(m_path.c_str()));
+        if (!(m_entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) return Removed(DeleteFileW(m_path.c_str()));
         if (!m_recursive || IsSelfOrParent()) return Removed(TRUE);
-        // What lies behind a link belongs to another tree.
-        if (attributes & FILE_ATTRIBUTE_REPARSE_POINT) return Removed(RemoveDirectoryW(m_path.c_str()));
+        if (IsLink()) return Removed(RemoveDirectoryW(m_path.c_str()));
         Enter();
         return 0;
     }
 
     bool IsSelfOrParent() const {
         return std::wcscmp(m_entry.cFileName, L".") == 0 || std::wcscmp(m_entry.cFileName, L"..") == 0;
+    }
+
+    /// GUARD-199: what lies behind a link belongs to another tree. Directories of other reparse points are none.
+    bool IsLink() const {
+        return (m_entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) &&
+               IsReparseTagNameSurrogate(m_entry.dwReserved0);
     }
 
     unsigned long Removed(BOOL done) {
@@ -123,7 +128,7 @@ private:
 };
 
 unsigned long RemoveAll(std::wstring path, bool recursive) {
-    if (path.empty()) return ERROR_PATH_NOT_FOUND; // all files of the drive would go
+    if (path.empty()) return ERROR_PATH_NOT_FOUND; // GUARD-200: all files of the drive would go
     path.resize(path.find_last_not_of(L'\\') + 1);
     return TreeRemover(std::move(path), recursive).Run();
 }

@@ -68,13 +68,13 @@ public:
     unsigned long CloseFile();
 
     /// Reads from the position on.
-    /// @param buffer  receives the bytes
+    /// @param buffer  receives the bytes; null fails unless the size is 0
     /// @param size    bytes to read at most; more than 2^31 - 1 counts as that
     /// @return bytes read, fewer at the end of the file; 0 with the status SUCCESS: at its end, else READ_FAILED
     unsigned long ReadFile(void* buffer, unsigned long size);
 
     /// Writes at the position, or at the end of a file that is appended to.
-    /// @param buffer  bytes to write
+    /// @param buffer  bytes to write; null fails unless the size is 0
     /// @param size    their number; of more than 2^31 - 1 so many are written
     /// @return bytes written; the status is SUCCESS only when it was all of them, else WRITE_FAILED
     unsigned long WriteFile(const void* buffer, unsigned long size);
@@ -175,8 +175,8 @@ public:
     int IsDirectory() const;
 
     /// Name of the entry, without its directory.
-    /// @return text of the object's, until the next First() or Next(); empty before the first entry; null without
-    /// memory
+    /// @return text of the object's, until the next First() or Next(); empty before the first entry; null
+    ///         without memory
     const wchar_t* GetFileName() const;
 
     /// Closes the search, unless a copy still has it; the entry stays.
@@ -210,7 +210,8 @@ public:
 
     /// Creates a mapping in the paging file, or opens the one that has the name already, as the other form does.
     /// @param name        name that processes share it by; null: none
-    /// @param sizeLow     low 32 bits of its size in bytes
+    /// @param sizeLow     low 32 bits of its size in bytes. With 0 in both the system decides, and may refuse: give the
+    ///                    handle of OpenFileMapping() to the other constructor instead
     /// @param protect     PAGE_READWRITE or another of CreateFileMapping's
     /// @param sizeHigh    high 32 bits of its size
     /// @param attributes  who may open it and whether handles are inherited; null for the system's choice
@@ -267,8 +268,7 @@ private:
 /// share are created.
 /// @param path  the path, as a rule of a file; a directory's ends with a backslash
 /// @return 0: they exist; 0xFFFFFFFF: null path; ERROR_PATH_NOT_FOUND (3): a network path without a backslash behind
-/// its
-///         share; else the Win32 error of the first directory that could not be created
+///         its share; ERROR_NOT_ENOUGH_MEMORY (8); else the Win32 error of the first directory that could not be created
 TESSEL_API unsigned long CreateDir(const wchar_t* path);
 
 /// Removes an empty directory.
@@ -277,11 +277,14 @@ TESSEL_API unsigned long CreateDir(const wchar_t* path);
 TESSEL_API unsigned long RemoveDir(const wchar_t* path);
 
 /// Removes a directory with its files. The first entry that cannot be removed ends it; what was removed until then is
-/// gone. Links and mount points to directories are removed themselves, and never followed.
-/// @param path        the directory; backslashes at its end play no part. An empty text names none
+/// gone. Links and mount points among its entries are removed themselves and never followed; when the path itself is
+/// one, what it leads to is emptied and the link removed.
+/// @param path        the directory; backslashes at its end play no part. An empty text names none, a backslash alone
+///                    the root of the current drive
 /// @param bRecursive  true: the directories in it are removed too, with all that is in them; false: they are left
 ///                    alone, and the directory itself then cannot be removed
-/// @return 0: removed; 1: null path; else the Win32 error of the entry that could not be removed: ERROR_ACCESS_DENIED
+/// @return 0: removed; 1: null path; ERROR_PATH_NOT_FOUND (3): an empty one; ERROR_NOT_ENOUGH_MEMORY (8); else the
+///         Win32 error of the entry that could not be removed: ERROR_ACCESS_DENIED
 ///         (5) for a read-only file, ERROR_SHARING_VIOLATION (32) for one in use, ERROR_DIR_NOT_EMPTY (145) for a
 ///         directory in which something was left
 TESSEL_API unsigned long RemoveDirAndFiles(const wchar_t* path, bool bRecursive);

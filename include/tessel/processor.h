@@ -13,7 +13,8 @@ struct IWbemClassObject;
 ///
 /// Connecting initialises COM on the calling thread, for many threads, and sets the security of the process. It fails
 /// on a thread that has COM for itself alone, and where the security has been set and COM is still in use: then the
-/// instrumentation cannot be read through this class.
+/// instrumentation cannot be read through this class. So while one object is alive, another comes as a copy of it only:
+/// connecting again fails with RPC_E_TOO_LATE (0x80010119).
 /// Copies share connection, enumerator and instance; going to another instance, each copy moves the enumerator for all.
 /// A copy that is made on a thread where COM cannot be initialised has none of it.
 /// Threads: the thread that made an object uses and destroys it, and copies of it that others made serve only those.
@@ -51,13 +52,13 @@ public:
 
     /// Reads a number.
     /// @param name   name of the property
-    /// @param value  receives its low 16 bits, 0 for one that is not set; stays after a failure
+    /// @param value  receives its low 16 bits, 0 for one that is not set, 0xFFFF for a true; stays after a failure
     /// @return as the form with VARIANT; 0x80041005 (WBEM_E_TYPE_MISMATCH): no whole number of up to 32 bits
     long GetProperty(const wchar_t* name, unsigned short& value);
 
     /// Reads a number.
     /// @param name   name of the property
-    /// @param value  receives it, 0 for one that is not set; stays after a failure
+    /// @param value  receives it, 0 for one that is not set, 0xFFFF for a true; stays after a failure
     /// @return as the form with VARIANT; 0x80041005 (WBEM_E_TYPE_MISMATCH): no whole number of up to 32 bits
     long GetProperty(const wchar_t* name, unsigned long& value);
 
@@ -65,14 +66,16 @@ public:
     /// @param name    name of the property
     /// @param buffer  receives the text, terminated, empty for one that is not set; stays after a failure
     /// @param length  room in bytes, terminator included; a longer text is cut
-    /// @return as the form with VARIANT; 0x80041005 (WBEM_E_TYPE_MISMATCH): no text
+    /// @return as the form with VARIANT; 0x80041005 (WBEM_E_TYPE_MISMATCH): no text; 0x80070057 (E_INVALIDARG):
+    ///         a buffer that is null or has no room, which is reported
     long GetProperty(const wchar_t* name, char* buffer, unsigned int length);
 
     /// Reads a text.
     /// @param name    name of the property
     /// @param buffer  receives the text, terminated, empty for one that is not set; stays after a failure
     /// @param length  room in characters, terminator included; a longer text is cut
-    /// @return as the form with VARIANT; 0x80041005 (WBEM_E_TYPE_MISMATCH): no text
+    /// @return as the form with VARIANT; 0x80041005 (WBEM_E_TYPE_MISMATCH): no text; 0x80070057 (E_INVALIDARG):
+    ///         a buffer that is null or has no room, which is reported
     long GetProperty(const wchar_t* name, wchar_t* buffer, unsigned int length);
 
     /// Result of connecting and of the last GetInstance(); reading a property leaves it as it is.

@@ -45,20 +45,12 @@ int NoOpen(const wchar_t*, int flags, int mode) {
     return -1;
 }
 
-int NoClose(int) {
-    return -1;
-}
-
-int NoRead(int, void*, unsigned int) {
+template <class Result, class... Arguments> Result Fails(Arguments...) {
     return -1;
 }
 
 int WriteHalf(int file, const void* data, unsigned int size) {
     return _write(file, data, size / 2);
-}
-
-long NoTell(int) {
-    return -1;
 }
 
 BOOL WINAPI SizeOver4Gb(LPCWSTR, GET_FILEEX_INFO_LEVELS, void* info) {
@@ -88,7 +80,10 @@ BOOL WINAPI NoteDirectory(LPCWSTR path, SECURITY_ATTRIBUTES*) {
 
 BOOL WINAPI NextWithLinks(HANDLE search, WIN32_FIND_DATAW* entry) {
     if (!FindNextFileW(search, entry)) return FALSE;
-    if (std::wstring(entry->cFileName) == L"link") entry->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+    const std::wstring name = entry->cFileName;
+    if (name != L"link" && name != L"far") return TRUE;
+    entry->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+    entry->dwReserved0 = name == L"link" ? IO_REPARSE_TAG_MOUNT_POINT : 0;
     return TRUE;
 }
 
@@ -105,11 +100,15 @@ TEST_F(Files, AreWrittenReadAndPositionedAndKeepTheSizeOfOpeningOdd200) {
     unsigned long position = 9;
     unsigned long size = 9;
     EXPECT_EQ(file.SeekFile(-4, SEEK_END, &position), 0u);
-    EXPECT_EQ(position, 2u);
     EXPECT_EQ(ReadAll(file), "cdef");
     EXPECT_EQ(ReadAll(file), "");
     EXPECT_EQ(file.GetLastStatus(), 0u);
     EXPECT_EQ(file.SeekFile(-1, SEEK_SET, &position), CFile::SEEK_FAILED);
+    EXPECT_EQ(position, 2u);
+    EXPECT_EQ(file.WriteFile(nullptr, 0) + file.GetLastStatus(), 0u);
+    EXPECT_EQ(file.ReadFile(nullptr, 0) + file.GetLastStatus(), 0u);
+    EXPECT_EQ(file.WriteFile(nullptr, 1) + file.GetLastStatus(), CFile::WRITE_FAILED);
+    EXPECT_EQ(file.ReadFile(nullptr, 1) + file.GetLastStatus(), CFile::READ_FAILED);
     EXPECT_EQ(file.OpenFile(path.c_str(), CFile::READ_ONLY), CFile::ALREADY_OPEN);
     EXPECT_EQ(file.Rewind(), 0u);
     EXPECT_EQ(ReadAll(file), "abcdef");
@@ -144,10 +143,10 @@ TEST_F(Files, AreOpenedWithTheFlagsOfTheirBits) {
 TEST_F(Files, TellWhatFailedAndKeepWhatCannotBeClosedWithoutItsPathOdd203) {
     CFile file(path.c_str(), CFile::READ_WRITE);
     {
-        const ImportPatch read{L"Tessel.dll", "_read", NoRead};
+        const ImportPatch read{L"Tessel.dll", "_read", Fails<int, int, void*, unsigned int>};
         const ImportPatch write{L"Tessel.dll", "_write", WriteHalf};
-        const ImportPatch tell{L"Tessel.dll", "_tell", NoTell};
-        const ImportPatch close{L"Tessel.dll", "_close", NoClose};
+        const ImportPatch tell{L"Tessel.dll", "_tell", Fails<long, int>};
+        const ImportPatch close{L"Tessel.dll", "_close", Fails<int, int>};
         EXPECT_EQ(file.WriteFile("abcd", 4), 2u);
         EXPECT_EQ(file.GetLastStatus(), CFile::WRITE_FAILED);
         EXPECT_EQ(ReadAll(file), "");
@@ -171,6 +170,7 @@ TEST_F(Files, ThatAreNotOpenSaySo) {
                      }) {
         EXPECT_EQ(status, CFile::NOT_OPEN);
     }
+    EXPECT_EQ(CFile().OpenFile(nullptr, CFile::READ_WRITE), CFile::OPEN_FAILED);
     CFile file(L"no such folder\\file", CFile::READ_WRITE);
     EXPECT_EQ(file.CloseFile(), CFile::OPEN_FAILED);
 }
@@ -252,6 +252,8 @@ TEST_F(MappedFile, IsSharedByNameAndByCopies) {
     CMemMappedFile second(name, 0x20000, PAGE_READWRITE, 0, nullptr);
     EXPECT_EQ(second.GetStatus(), DWORD{ERROR_ALREADY_EXISTS});
     EXPECT_EQ(*static_cast<char*>(second.MapView(FILE_MAP_READ, 0, 0x10000, 0)), 'x');
+    EXPECT_EQ(second.MapView(FILE_MAP_READ, 1, 0, 0), nullptr) << "4 GB behind its start";
+    EXPECT_EQ(second.MapView(FILE_MAP_READ, 0, 0, 0x20001), nullptr) << "a byte too long";
     EXPECT_EQ(second.MapView(FILE_MAP_READ, 0, 1, 0), nullptr);
     EXPECT_EQ(second.GetStatus(), DWORD{ERROR_MAPPED_ALIGNMENT});
 
@@ -268,7 +270,11 @@ TEST_F(MappedFile, ShowsAFile) {
     Make(path);
     const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     {
-        CMemMappedFile mapped(file, nullptr, 0, PAGE_READONLY, 0, nullptr);
+        SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+        CMemMappedFile mapped(file, nullptr, 0, PAGE_READONLY, 0, &inheritable);
+        DWORD flags = 0;
+        GetHandleInformation(mapped.GetHandle(), &flags);
+        EXPECT_EQ(flags, DWORD{HANDLE_FLAG_INHERIT});
         EXPECT_EQ(std::string(static_cast<char*>(mapped.MapView(FILE_MAP_READ, 0, 0, 0)), 4), "text");
         EXPECT_EQ(CMemMappedFile(file, nullptr, 0, 0, 0, nullptr).GetStatus(), DWORD{ERROR_INVALID_PARAMETER});
     }
@@ -317,13 +323,16 @@ TEST_F(Directories, LoseOnlyWhatCanBeRemoved) {
     const fs::path tree = folder / L"tree";
     const fs::path kept = tree / L"link" / L"kept";
     fs::create_directories(kept.parent_path());
+    fs::create_directory(tree / L"far");
     Make(kept);
+    Make(tree / L"far" / L"file");
     Make(tree / L"file");
     EXPECT_EQ(RemoveDirAndFiles(tree.c_str(), false), DWORD{ERROR_DIR_NOT_EMPTY});
     EXPECT_FALSE(fs::exists(tree / L"file"));
     {
         const ImportPatch next{L"Tessel.dll", "FindNextFileW", NextWithLinks};
         EXPECT_EQ(RemoveDirAndFiles(tree.c_str(), true), DWORD{ERROR_DIR_NOT_EMPTY}) << "a link is not followed";
+        EXPECT_FALSE(fs::exists(tree / L"far")) << "not a link";
     }
     SetFileAttributesW(kept.c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_EQ(RemoveDirAndFiles(tree.c_str(), true), DWORD{ERROR_ACCESS_DENIED});

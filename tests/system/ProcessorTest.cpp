@@ -1,12 +1,15 @@
 #include "support/ImportPatch.h"
+#include "support/OwnLocalMachine.h"
+#include "support/Reports.h"
 
 #include <gtest/gtest.h>
 #include <tessel/processor.h>
+#include <tessel/registry.h>
 
 #include <oleauto.h>
 #include <wbemidl.h>
 
-#include <map>
+#include <cstring>
 #include <string>
 
 namespace {
@@ -45,6 +48,7 @@ HRESULT WINAPI Secure(SECURITY_DESCRIPTOR* descriptor, LONG services, SOLE_AUTHE
 }
 
 HRESULT WINAPI Create(REFCLSID cls, IUnknown* outer, DWORD context, REFIID wanted, void** object) {
+    EXPECT_EQ(context, DWORD{CLSCTX_INPROC_SERVER});
     return failing == "create" ? RPC_E_TOO_LATE : CoCreateInstance(cls, outer, context, wanted, object);
 }
 
@@ -61,7 +65,7 @@ BSTR WINAPI NoText(const OLECHAR*) {
     return nullptr;
 }
 
-/// Instrumentation whose steps can fail; the processor's speeds are the registered one and a difference.
+/// Instrumentation whose steps can fail.
 struct Processor : testing::Test {
     ImportPatch initialise{L"Tessel.dll", "CoInitializeEx", Initialise};
     ImportPatch uninitialise{L"Tessel.dll", "CoUninitialize", Uninitialise};
@@ -82,48 +86,14 @@ unsigned long Number(CWmiClass& reader, const wchar_t* name) {
     return number;
 }
 
-using Get = HRESULT(WINAPI*)(IWbemClassObject*, LPCWSTR, long, VARIANT*, CIMTYPE*, long*);
-Get realGet = nullptr;
-std::map<std::wstring, long> speeds;
-
-HRESULT WINAPI GetSpeed(IWbemClassObject* object, LPCWSTR name, long flags, VARIANT* value, CIMTYPE* type,
-                        long* flavour) {
-    if (!speeds.contains(name)) return realGet(object, name, flags, value, type, flavour);
-    value->vt = VT_I4;
-    value->lVal = speeds[name];
-    return S_OK;
-}
-
-/// What the instances of the instrumentation answer to Get: they share one table of functions.
-Get& SlotOfGet() {
-    constexpr int slot = 4;
-    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    IWbemLocator* locator = nullptr;
-    IWbemServices* services = nullptr;
-    IWbemClassObject* cls = nullptr;
-    const BSTR space = SysAllocString(L"ROOT\\CIMV2");
-    const BSTR name = SysAllocString(L"Win32_Processor");
-    CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
-                     reinterpret_cast<void**>(&locator));
-    locator->ConnectServer(space, nullptr, nullptr, nullptr, 0, nullptr, nullptr, &services);
-    services->GetObject(name, 0, nullptr, &cls, nullptr);
-    SysFreeString(space);
-    SysFreeString(name);
-    return (*reinterpret_cast<Get**>(cls))[slot]; // all of them stay, so that the table does
-}
-
-void Replace(Get& slot, Get replacement) {
-    DWORD protection = 0;
-    VirtualProtect(&slot, sizeof slot, PAGE_READWRITE, &protection);
-    slot = replacement;
-    VirtualProtect(&slot, sizeof slot, protection, &protection);
-}
-
 } // namespace
 
 TEST_F(Processor, IsDescribedByTheInstrumentation) {
     const CWin32_Processor read(0);
     EXPECT_EQ(read.Result, 0);
+    CWmiClass reader = Reader();
+    EXPECT_EQ(read.MaxClockSpeed, Number(reader, L"MaxClockSpeed"));
+    EXPECT_EQ(read.CurrentClockSpeed, Number(reader, L"CurrentClockSpeed"));
     EXPECT_GT(read.MaxClockSpeed, 0u);
     CProcessor processor;
     EXPECT_GT(processor.GetCurrentCPUInMHz(), 0u);
@@ -146,25 +116,25 @@ TEST_F(Processor, IsDescribedByTheInstrumentation) {
 }
 
 TEST_F(Processor, HasAHighestSpeedThatLeavesOutTheRegisteredOneBelowTheMaximumOdd204) {
-    CProcessor processor;
-    const auto registered = static_cast<long>(processor.GetRegisteredCPUInMHz());
-    ASSERT_GT(registered, 3);
-    Get& get = SlotOfGet();
-    realGet = get;
-    Replace(get, GetSpeed);
-    const struct {
-        long current, maximum, highest;
-    } rows[] = {
-        {registered - 3, registered - 2, registered - 2},
-        {registered + 2, registered + 1, registered + 2},
-        {registered - 1, registered - 2, registered},
-        {0, 0, registered},
+    const OwnLocalMachine machine; // without a speed
+    failing = "initialise";        // nor is one read elsewhere, so that the object's stay
+    struct Speeds {
+        unsigned long registered, current, maximum;
     };
+    const struct {
+        Speeds speeds;
+        unsigned int highest;
+    } rows[] = {
+        {{3000, 1000, 2000}, 2000}, {{1000, 3000, 2000}, 3000}, {{3000, 2000, 1000}, 3000}, {{2500, 0, 0}, 2500}};
     for (const auto& row : rows) {
-        speeds = {{L"CurrentClockSpeed", row.current}, {L"MaxClockSpeed", row.maximum}};
-        EXPECT_EQ(processor.GetMaxCPUInMHz(), static_cast<unsigned int>(row.highest));
+        CProcessor processor;
+        std::memcpy(reinterpret_cast<char*>(&processor) + sizeof(void*), &row.speeds, sizeof row.speeds);
+        EXPECT_EQ(processor.GetMaxCPUInMHz(), row.highest);
     }
-    Replace(get, realGet);
+    failing.clear();
+    const HKEY key = CReg::OpenKey(HKEY_LOCAL_MACHINE, L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", false);
+    ASSERT_NE(key, nullptr) << "it was made";
+    CReg::CloseKey(key);
 }
 
 TEST_F(Processor, KeepsItsSpeedsWithoutInstrumentationWhoseStepsCanFailOdd205) {
@@ -222,7 +192,10 @@ TEST_F(Processor, GivesItsPropertiesOnlyAsWhatTheyAre) {
     EXPECT_EQ(low, Number(reader, L"MaxClockSpeed") & 0xFFFF);
     EXPECT_EQ(reader.GetProperty(L"Manufacturer", number), kTypeMismatch);
     EXPECT_EQ(reader.GetProperty(L"MaxClockSpeed", text, 64), kTypeMismatch);
-    EXPECT_EQ(reader.GetProperty(L"MaxClockSpeed", text, 0), E_INVALIDARG);
+    Reports reports;
+    EXPECT_EQ(reader.GetProperty(L"Manufacturer", text, 0), E_INVALIDARG);
+    EXPECT_EQ(reader.GetProperty(L"Manufacturer", static_cast<char*>(nullptr), 3), E_INVALIDARG);
+    EXPECT_EQ(reports.Take().size(), 2u);
     EXPECT_EQ(reader.GetProperty(L"No property", number), kNotFound);
     EXPECT_EQ(reader.GetProperty(nullptr, number), E_INVALIDARG);
     EXPECT_EQ(reader.GetResult(), 0);
