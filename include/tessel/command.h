@@ -13,8 +13,8 @@
 ///
 /// Program and working directory may hold references to environment variables (%NAME%), which are expanded when the
 /// program starts; one whose expansion takes more than 259 bytes is not started. All text is 8-bit; what is longer than
-/// its field is cut. Text of the registry is converted in the C runtime's locale (CopyString()), and the system reads it
-/// in its own code page: beyond ASCII the two agree when the program has set that locale.
+/// its field is cut. Text of the registry is converted in the C runtime's locale (CopyString()), and the system reads
+/// it in its own code page: beyond ASCII the two agree when the program has set that locale.
 /// Copies stand for themselves. Threads: one thread at a time uses an object.
 class TESSEL_API CCommand {
 public:
@@ -150,7 +150,8 @@ public:
     /// Starts the program in its working directory. A program without drive and directory is looked for in the working
     /// directory or, when there is none, where the system looks for programs. It inherits no handles. Whether
     /// IsStartable() is not asked.
-    /// @return process id; no handle is kept, so that once the program has ended another may get it. 0: not started; the user has been told by a message box, which was waited for, unless
+    /// @return process id; no handle is kept, so that once the program has ended another may get it. 0: not started;
+    /// the user has been told by a message box, which was waited for, unless
     ///         memory was short, which is reported
     unsigned long Execute();
 

@@ -268,7 +268,8 @@ private:
 /// share are created.
 /// @param path  the path, as a rule of a file; a directory's ends with a backslash
 /// @return 0: they exist; 0xFFFFFFFF: null path; ERROR_PATH_NOT_FOUND (3): a network path without a backslash behind
-///         its share; ERROR_NOT_ENOUGH_MEMORY (8); else the Win32 error of the first directory that could not be created
+///         its share; ERROR_NOT_ENOUGH_MEMORY (8); else the Win32 error of the first directory that could not be
+///         created
 TESSEL_API unsigned long CreateDir(const wchar_t* path);
 
 /// Removes an empty directory.

@@ -24,8 +24,8 @@ enum START_MODE : int {
 /// Install() and Remove() have none: ask IsInstalled() afterwards. A removed service counts as installed until its
 /// process has ended and whoever asked for it has closed it.
 /// Threads: the static operations may be called by any, once the object is constructed. What was last known of the
-/// service's status is shared without a lock: do not call Stop() or Remove() in the service's own process. A service that
-/// reports its own end at the moment in which it is asked to stop may be left as one that is stopping.
+/// service's status is shared without a lock: do not call Stop() or Remove() in the service's own process. A service
+/// that reports its own end at the moment in which it is asked to stop may be left as one that is stopping.
 class TESSEL_API CNtService {
 public:
     /// Makes this object the process's service; nothing is done to the machine.
