@@ -126,9 +126,10 @@ int ReadBare(const wchar_t* text, const char* mask) {
     return sum;
 }
 
-void FormatByTessel(benchmark::State& state, int layout) {
+template <class DateTime> void FormatByTessel(benchmark::State& state, int layout) {
     const auto& row = kLayouts[layout];
-    const CDateTimeEnglish time(kTime);
+    SetThreadLocale(MAKELCID(MAKELANGID(LANG_ENGLISH, SUBLANG_DEFAULT), SORT_DEFAULT));
+    const DateTime time(kTime);
     wchar_t expected[kTextSize];
     row.write(expected, kTime);
     for (auto _ : state) benchmark::DoNotOptimize(time.Format(row.id));
@@ -166,7 +167,10 @@ void Register(const std::string& name, int layout, Measurement byTessel, Measure
 const bool registered = [] {
     for (int layout = 0; layout < static_cast<int>(std::size(kLayouts)); ++layout) {
         const std::string id = " layout " + std::to_string(kLayouts[layout].id);
-        Register("Date, write" + id, layout, FormatByTessel, FormatBare);
+        Register("Date, write" + id, layout, FormatByTessel<CDateTimeEnglish>, FormatBare);
+        if (*kLayouts[layout].mask == '\0') {
+            Register("Date, write in the user's language" + id, layout, FormatByTessel<CDateTime>, FormatBare);
+        }
         if (*kLayouts[layout].mask != '\0') Register("Date, read" + id, layout, ReadByTessel, ReadBare);
     }
     return true;
