@@ -6,6 +6,7 @@
 #include <tessel/resource.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 
 struct CMailBoxLayout {
@@ -32,6 +33,12 @@ namespace {
 using tessel::LoadShared;
 using tessel::PostOfficeLock;
 using tessel::StoreShared;
+
+/// Frees a slot, so that a process that is killed in between leaves one that can be taken.
+void Clear(MAILBOX& mailbox) {
+    StoreShared<std::uint16_t>(mailbox.InUse, 0);
+    StoreShared<std::uint32_t>(mailbox.ObjId, 0);
+}
 
 unsigned short Percent(unsigned short count, int percent) {
     return static_cast<unsigned short>(count * percent / 100);
@@ -75,12 +82,12 @@ int CMailBox::RegisterMailbox(HWND hWnd) {
     for (unsigned short slot = 1; slot < m_usMailboxCount; ++slot) {
         MAILBOX& mailbox = m_pMailboxes[slot];
         if (mailbox.InUse != 0) continue;
-        mailbox.InUse = 1;
         mailbox.ProcessId = m_ulProcessId;
         mailbox.ThreadId = m_ulThreadId;
         StoreShared(mailbox.hWnd, tessel::ToShared(hWnd));
-        StoreShared<std::uint32_t>(mailbox.ObjId, m_OwnId); // last: look-ups go by it
-        m_pHeader->MailboxesInUse += 1;
+        StoreShared<std::uint32_t>(mailbox.ObjId, m_OwnId); // behind these, as look-ups go by it
+        StoreShared<std::uint16_t>(mailbox.InUse, 1);       // last: a process that is killed before leaves a free slot
+        std::atomic_ref<std::uint16_t>(m_pHeader->MailboxesInUse).fetch_add(1);
         m_usSlot = slot; // ODD-23: a slot taken before is forgotten and stays registered
         return 0;
     }
@@ -91,10 +98,11 @@ int CMailBox::UnregisterMailbox() {
     if (!IsMapped()) return 1;
     const PostOfficeLock lock(m_PostOffice);
     if (!lock || m_usSlot == 0) return 1;
-    StoreShared<std::uint32_t>(m_pMailboxes[m_usSlot].ObjId, 0);
-    m_pMailboxes[m_usSlot].InUse = 0;
+    MAILBOX& mailbox = m_pMailboxes[m_usSlot];
+    // GUARD-201: a slot that was swept may be another's by now.
+    if (mailbox.ProcessId == m_ulProcessId && mailbox.ObjId == m_OwnId) Clear(mailbox);
     m_usSlot = 0;
-    m_pHeader->MailboxesInUse -= 1;
+    std::atomic_ref<std::uint16_t>(m_pHeader->MailboxesInUse).fetch_sub(1);
     return 0;
 }
 
@@ -128,8 +136,8 @@ int CMailBox::CleanUp(ORCAOBJID keep) {
         if (mailbox->ProcessId != lastProcess) (void)resources.ResetProcess(mailbox->ProcessId); // always 0
         lastProcess = mailbox->ProcessId;
         FreeBlocksOf(mailbox->ObjId);
-        StoreShared<std::uint32_t>(mailbox->ObjId, 0); // first: look-ups go by it
-        *mailbox = MAILBOX{};                          // ODD-19: MailboxesInUse is not counted down
+        Clear(*mailbox);
+        *mailbox = MAILBOX{}; // ODD-19: MailboxesInUse is not counted down
     }
     return 0;
 }

@@ -25,6 +25,12 @@ bool lowWarningArmed = true;
 /// Greatest length that was ever to be sent; for a look with the debugger only.
 std::atomic<unsigned long> longestMessage = 0;
 
+/// Takes a free block. The exchange decides: whoever creates a post office frees the lock of a slow holder (ODD-17).
+bool Claim(SBLOCK& block, std::uint16_t number) {
+    std::uint16_t free = 0;
+    return std::atomic_ref<std::uint16_t>(block.BlkNum).compare_exchange_strong(free, number);
+}
+
 /// Length of both parts and the extra byte; a sum beyond 2^32 - 1 counts as that much.
 /// GUARD-15: the plain sum would wrap and let the parts be copied over the block's end.
 unsigned long TotalLength(unsigned long first, unsigned long second) {
@@ -43,6 +49,7 @@ void NoteLength(unsigned long length) {
 /// A message on its way.
 struct CMailBox::Message {
     HWND receiver;
+    ORCAOBJID to;
     unsigned short receiverSlot;
     unsigned long msgId;
     unsigned long length;
@@ -71,7 +78,7 @@ int CMailBox::Send(ORCAOBJID to, unsigned long msgId, unsigned long firstLength,
     if (length <= SMALL_BLOCK_SIZE && firstData == nullptr && firstLength > 0)
         return ERROR_INVALID_PARAMETER; // GUARD-09
 
-    const Message message{receiver, slot, msgId, length, firstLength, firstData, secondLength, secondData};
+    const Message message{receiver, to, slot, msgId, length, firstLength, firstData, secondLength, secondData};
     int status = ERROR_BUSY;
     for (int attempt = 0; attempt < kAttempts && status == ERROR_BUSY; ++attempt) {
         status = Deliver(message);
@@ -95,16 +102,18 @@ int CMailBox::Deliver(const Message& message) {
 int CMailBox::AllocateForSend(const Message& message, SBLOCK*& block) {
     const PostOfficeLock lock(m_PostOffice);
     if (!lock) return ERROR_INVALID_HANDLE;
+    // It was looked up without the lock: the slot may be free or another's by now.
+    if (LoadShared(m_pMailboxes[message.receiverSlot].ObjId) != message.to) return ERROR_SERVICE_NOT_FOUND;
     const int status = AllocateSmallBlock(message.length, message.receiverSlot, block);
     if (block == nullptr) return status;
-    StoreShared(m_pHeader->FreeSmallBlks, m_pHeader->FreeSmallBlks - 1);
+    std::atomic_ref<std::uint32_t>(m_pHeader->FreeSmallBlks).fetch_sub(1);
     WatchFreeBlocks();
     return status;
 }
 
 /// Reports a low free count once, until it has been high again.
 void CMailBox::WatchFreeBlocks() {
-    const std::uint32_t free = m_pHeader->FreeSmallBlks;
+    const std::uint32_t free = LoadShared(m_pHeader->FreeSmallBlks);
     if (lowWarningArmed && free < m_usLowWater) {
         lowWarningArmed = false;
         ReportUnless(false, "!\"Message resources low\"", "CMailbox", 76);
@@ -127,17 +136,16 @@ int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSl
     do {
         if (++cursor >= m_usBlockCount) cursor = 1; // block 0 is never handed out
         if (cursor == start) return ERROR_BUSY;
-    } while (LoadShared(m_pSmallBlocks[cursor].BlkNum) != 0);
+    } while (LoadShared(m_pSmallBlocks[cursor].BlkNum) != 0 || !Claim(m_pSmallBlocks[cursor], cursor));
     allocationCursor = cursor;
 
     SBLOCK& found = m_pSmallBlocks[cursor];
-    StoreShared(found.BlkNum, cursor);
-    found.RefCount += 1;
+    const std::uint32_t users = std::atomic_ref<std::uint32_t>(found.RefCount).fetch_add(1) + 1;
     found.Length = length;
     found.Receiver = m_pMailboxes[receiverSlot].ObjId;
     found.Sender = m_OwnId;
     block = &found;
-    ReportUnless(found.RefCount == 1, "pSmall[cnt].RefCount == 1", "CMailbox", 182);
+    ReportUnless(users == 1, "pSmall[cnt].RefCount == 1", "CMailbox", 182);
     return STATUS_OK;
 }
 
@@ -152,30 +160,29 @@ int CMailBox::ReleaseMemory(SBLOCK* block) {
     const bool valid = IsBlockOfPool(block);
     ReportUnless(valid, "pBlock", "CMailbox", 206);
     if (!valid) return 1;
-    const bool released = LoadShared(block->BlkNum) != 0 && FreeUnlessFree(*block);
+    const bool released = FreeUnderLock(*block);
     ReportUnless(released, "pBlock->BlkNum", "CMailbox", 207);
     return released ? 0 : 1;
 }
 
-/// GUARD-19: of two threads that release a block at once, only one does and counts it.
-bool CMailBox::FreeUnlessFree(SBLOCK& block) {
+bool CMailBox::FreeUnderLock(SBLOCK& block) {
     const PostOfficeLock lock(m_PostOffice);
-    if (!lock || block.BlkNum == 0) return false;
-    FreeBlock(block);
-    return true;
+    return lock && FreeBlock(block);
 }
 
 /// Returns a block to the pool; under the post office's lock.
-void CMailBox::FreeBlock(SBLOCK& block) {
-    StoreShared<std::uint16_t>(block.BlkNum, 0);
-    block.RefCount -= 1;
-    ReportUnless(block.RefCount == 0, "pBlock->RefCount == 0", "CMailbox", 199);
-    StoreShared(m_pHeader->FreeSmallBlks, m_pHeader->FreeSmallBlks + 1);
+/// GUARD-19: of two that release a block at once, only one does and counts it.
+bool CMailBox::FreeBlock(SBLOCK& block) {
+    if (std::atomic_ref<std::uint16_t>(block.BlkNum).exchange(0) == 0) return false;
+    const std::uint32_t users = std::atomic_ref<std::uint32_t>(block.RefCount).fetch_sub(1) - 1;
+    ReportUnless(users == 0, "pBlock->RefCount == 0", "CMailbox", 199);
+    std::atomic_ref<std::uint32_t>(m_pHeader->FreeSmallBlks).fetch_add(1);
+    return true;
 }
 
 void CMailBox::FreeBlocksOf(unsigned long receiver) {
     for (SBLOCK* block = m_pSmallBlocks; block != m_pSmallBlocks + m_usBlockCount; ++block) {
-        if (block->BlkNum != 0 && block->Receiver == receiver) FreeBlock(*block);
+        if (LoadShared(block->BlkNum) != 0 && block->Receiver == receiver) (void)FreeBlock(*block); // or it is free
     }
 }
 

@@ -97,7 +97,11 @@ bool CPost::CreateRegion() {
     if (m_hMapping == nullptr) return false;
     const bool created = GetLastError() != ERROR_ALREADY_EXISTS;
     m_pBase = static_cast<unsigned char*>(MapViewOfFile(m_hMapping, FILE_MAP_WRITE, 0, 0, POST_OFFICE_REGION_SIZE));
-    if (m_pBase == nullptr) return false;
+    if (m_pBase == nullptr) {
+        (void)CloseHandle(m_hMapping); // nobody may find a region that was never set up
+        m_hMapping = nullptr;
+        return false;
+    }
     // GUARD-18: only a process without the lock meets a region here, which another one may be using by now.
     if (!created) return true;
     std::memset(m_pBase, 0, POST_OFFICE_REGION_SIZE);

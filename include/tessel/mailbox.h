@@ -19,11 +19,13 @@ static_assert(sizeof(MONITOR_LEVEL) == 8);
 /// reads the block in place and releases it:
 /// @code
 /// case MAILBOX_NOTIFICATION:
-///     if (SBLOCK* block = mailbox.GetMessageBlock(LOWORD(lParam)); block && block->BlkNum == LOWORD(lParam)) {
-///         handle(block->MsgId, block->Data, block->Length - 1); // the counted extra byte is never written
-///         mailbox.ReleaseMemory(block);
-///     }
+///     SBLOCK* const block = mailbox.GetMessageBlock(LOWORD(lParam));
+///     if (block == nullptr || block->BlkNum != LOWORD(lParam) || block->Receiver != ownId) break; // forged, or swept
+///     const unsigned long length = *const_cast<const volatile std::uint32_t*>(&block->Length); // anyone can change it
+///     if (length >= 1 && length <= SMALL_BLOCK_SIZE) handle(block->MsgId, block->Data, length - 1);
+///     mailbox.ReleaseMemory(block);
 /// @endcode
+/// Length counts an extra byte that is never written.
 /// A block belongs to the receiver from the moment that its notification is posted; the sender does not touch it
 /// again. Messages that were sent one after the other to one receiver arrive in that order.
 ///
@@ -36,7 +38,8 @@ static_assert(sizeof(MONITOR_LEVEL) == 8);
 /// Threads: any thread may send and release; the calls that register, unregister, copy and assign one object must
 /// not overlap with others. A call waits for the lock as long as it takes.
 /// Every change is made under the post office's lock, so a caller that holds it must call only
-/// AllocateSmallBlock() and the operations that are said to take no lock.
+/// AllocateSmallBlock() and the operations that are said to take no lock. What is reported about the pool and the size
+/// of messages is reported under it: a sink must neither send, nor release, nor wait.
 class TESSEL_API CMailBox {
 public:
     /// Makes an unregistered mailbox. Without a mapped post office, a message box says so and nothing can be sent.
@@ -58,7 +61,8 @@ public:
     /// @return 0: registered; 1: no slot is free, or no post office
     int RegisterMailbox(HWND hWnd);
 
-    /// Takes the registration back.
+    /// Takes the registration back. Messages whose notifications still wait in the window's queue keep their blocks,
+    /// and CleanUp() does not find them any more: take and release them before the window goes.
     /// @return 0: done; 1: it was not registered, or no post office
     int UnregisterMailbox();
 
@@ -162,8 +166,8 @@ private:
     int Deliver(const Message& message);
     int AllocateForSend(const Message& message, SBLOCK*& block);
     void WatchFreeBlocks();
-    bool FreeUnlessFree(SBLOCK& block);
-    void FreeBlock(SBLOCK& block);
+    bool FreeUnderLock(SBLOCK& block);
+    bool FreeBlock(SBLOCK& block);
     void FreeBlocksOf(unsigned long receiver);
     bool IsBlockOfPool(const SBLOCK* block);
 

