@@ -35,7 +35,10 @@ int WriteTarget(HWND target, const wchar_t* buffer, unsigned long count) {
 }
 
 unsigned long GetVolumeSerialNumber(const wchar_t* path) {
-    if (path == nullptr) return 0; // GUARD-09
+    if (path == nullptr) { // GUARD-09
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return 0;
+    }
     wchar_t root[_MAX_DRIVE + 1] = {};
     _wsplitpath(path, root, nullptr, nullptr, nullptr);
     (void)wcscat(root, L"\\"); // the drive is two characters at most

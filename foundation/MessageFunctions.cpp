@@ -17,7 +17,7 @@ LRESULT SendAMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 int Dispatch_Pump() {
-    MSG message;
+    MSG message{};
     while (GetMessageW(&message, nullptr, 0, 0) != 0) (void)DispatchMessageW(&message); // nobody asks for the result
     return 0;
 }

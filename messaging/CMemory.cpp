@@ -117,7 +117,7 @@ CMemory::~CMemory() {
 }
 
 void CMemory::KeepName(const wchar_t* name) {
-    (void)CopyString(m_szName, name, sizeof m_szName / sizeof m_szName[0]); // a longer name is cut
+    (void)CopyString(m_szName, name, sizeof m_szName / sizeof m_szName[0]); // GUARD-203: a longer name is cut
 }
 
 // GUARD-06: copies hold the same buffers and handles by value, where each freeing them would free them twice.

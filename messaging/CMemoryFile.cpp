@@ -68,8 +68,8 @@ int CMemory::RemoveFile(const wchar_t* name) {
 
 int CMemory::ReName(const wchar_t* newName) {
     if (m_hHandle != nullptr) {
-        (void)tessel::RemoveOwner(m_hHandle); // closed for the copies as well
-        (void)CloseHandle(m_hHandle);         // ODD-13: the field keeps the closed handle
+        if (m_iKind == KIND_FILE) (void)tessel::RemoveOwner(m_hHandle); // closed for the copies as well
+        (void)CloseHandle(m_hHandle);                                   // ODD-13: the field keeps the closed handle
     }
     m_iStatus = newName == nullptr ? -1 : _wrename(m_szName, newName); // GUARD-09
     if (m_iStatus == 0) KeepName(newName);

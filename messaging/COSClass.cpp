@@ -33,6 +33,14 @@ namespace {
 constexpr UINT_PTR kHeartbeatTimer = 40039;
 constexpr UINT kHeartbeatMs = 2500;
 
+/// GUARD-202: a killed process leaves its entry, and its id comes again.
+void RemoveStaleFrames(CResource& table, unsigned long processId) {
+    while (const HWND frame = table.GetResource(tessel::kFrameType, tessel::kFrameId, processId)) {
+        if (tessel::IsOfProcess(frame, processId)) return;
+        if (table.DeleteResource(tessel::kFrameType, tessel::kFrameId, processId) != 0) return;
+    }
+}
+
 } // namespace
 
 OSClass* OSClass::m_pHost = nullptr;
@@ -50,10 +58,22 @@ OSClass::OSClass(HINSTANCE instance, const wchar_t* name, int param, const char*
     m_pHelper = new (std::nothrow) Helper{};
     m_pRegistry = new (std::nothrow) CResource;
     m_hFrame = CreateWindowFrame(instance, name);
-    if (m_pRegistry != nullptr) {
-        (void)m_pRegistry->AddResource(tessel::kFrameType, tessel::kFrameId, m_hFrame, m_ulProcessId); // reports itself
-    }
+    RegisterFrame();
     KeepCommandLine(commandLine);
+}
+
+void OSClass::RegisterFrame() {
+    if (m_pRegistry == nullptr) return;
+    RemoveStaleFrames(*m_pRegistry, m_ulProcessId);
+    (void)m_pRegistry->AddResource(tessel::kFrameType, tessel::kFrameId, m_hFrame, m_ulProcessId); // reports itself
+}
+
+/// Registers the frame window in a post office that was made after the host.
+void OSClass::RegisterFrameLate() {
+    const bool was = m_pRegistry == nullptr || m_pRegistry->GetResourceAddress() != nullptr;
+    if (was || CPostOffice().GetResourceAddr() == nullptr) return;
+    *m_pRegistry = CResource();
+    RegisterFrame();
 }
 
 // GUARD-21: each copy owns a registry and a helper, where sharing them would free them twice.
@@ -114,9 +134,10 @@ HWND OSClass::CreateWindowFrame(HINSTANCE instance, const wchar_t* name) {
 }
 
 int OSClass::OS_Pump() {
+    RegisterFrameLate();
     OnStart();
     (void)SetTimer(m_hFrame, kHeartbeatTimer, kHeartbeatMs, &TimerProc); // without it there is no heartbeat
-    MSG message;
+    MSG message{};
     while (GetMessageW(&message, nullptr, 0, 0) != 0) { // an error counts as a message
         if (m_hActiveDialog != nullptr && IsDialogMessageW(m_hActiveDialog, &message)) continue;
         (void)TranslateMessage(&message);

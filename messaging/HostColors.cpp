@@ -40,8 +40,8 @@ void OSClass::ControlPaletteChanged(HWND hWnd) {
 }
 
 void OSClass::PaintWithOwnerBrush(LPARAM drawItem) {
-    if (!tessel::IsReadable(reinterpret_cast<const void*>(drawItem), sizeof(DRAWITEMSTRUCT))) return; // GUARD-24
-    const auto& item = *reinterpret_cast<const DRAWITEMSTRUCT*>(drawItem);
+    DRAWITEMSTRUCT item;
+    if (!tessel::ReadRecord(drawItem, item)) return; // GUARD-24
     int text = 0;
     int background = 0;
     if (m_pHost == nullptr || DIALOG_INTERFACE::GetColor(item.hwndItem, text, background) != 0) return;

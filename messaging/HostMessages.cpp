@@ -63,6 +63,9 @@ INT_PTR CALLBACK OSClass::DlgProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM
         (void)WmCommand(hDlg, message, wParam, lParam);
         return TRUE;
     case WM_DRAWITEM: (void)WmCommand(hDlg, message, wParam, lParam); return FALSE;
+    case WM_DESTROY: // its handle may be another window's soon
+        if (m_pHost->m_hActiveDialog == hDlg) m_pHost->m_hActiveDialog = nullptr;
+        return FALSE;
     case WM_PALETTECHANGED:
     case WM_QUERYNEWPALETTE: return OnPaletteMessage(hDlg, message, wParam);
     default: return FALSE;
@@ -99,14 +102,14 @@ int OSClass::ProcessOsAPIs(HWND hWnd, UINT message, WPARAM wParam, LPARAM& lPara
         return WmCommand(hWnd, message, wParam, lParam);
     }
     if (m_pHost == nullptr) return 0; // GUARD-22
-    const auto* const request = reinterpret_cast<const HostRequest*>(lParam);
-    if (!tessel::IsReadable(request, sizeof *request)) { // GUARD-24: anyone can post the number
+    HostRequest request;
+    if (!tessel::ReadRecord(lParam, request)) { // GUARD-24: anyone can post the number
         lParam = 0;
     } else if (wParam == tessel::kCreateDialogRequest) {
-        lParam = reinterpret_cast<LPARAM>(m_pHost->MakeRequestedDialog(
-            static_cast<int>(request->dialogId), request->hWnd, reinterpret_cast<HINSTANCE>(request->last)));
+        lParam = reinterpret_cast<LPARAM>(m_pHost->MakeRequestedDialog(static_cast<int>(request.dialogId), request.hWnd,
+                                                                       reinterpret_cast<HINSTANCE>(request.last)));
     } else {
-        (void)m_pHost->RequestWndNotify(request->hWnd, static_cast<unsigned long>(request->last)); // tells when full
+        (void)m_pHost->RequestWndNotify(request.hWnd, static_cast<unsigned long>(request.last)); // tells when full
         lParam = 1;
     }
     return 1;

@@ -46,6 +46,7 @@ void* OSClass::StartProcess(const wchar_t* application, const unsigned char* arg
     PROCESS_INFORMATION process{};
     if (line == nullptr || !CreateProcessW(application, line.get(), nullptr, nullptr, FALSE, NORMAL_PRIORITY_CLASS,
                                            nullptr, nullptr, &startup, &process)) {
+        if (line == nullptr) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
     }
     Sleep(0);

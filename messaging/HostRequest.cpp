@@ -5,8 +5,10 @@ namespace {
 
 using tessel::HostRequest;
 
+/// GUARD-202: a killed process leaves its entry, and ids and handles are given out again.
 HWND FrameOf(unsigned long processId) {
-    return CResource().GetResource(tessel::kFrameType, tessel::kFrameId, processId);
+    const HWND frame = CResource().GetResource(tessel::kFrameType, tessel::kFrameId, processId);
+    return tessel::IsOfProcess(frame, processId) ? frame : nullptr;
 }
 
 LRESULT Ask(const HostRequest& request) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <tessel/platform.h>
+
 #include <cstddef>
+#include <cstring>
 
 namespace tessel {
 
@@ -9,5 +12,16 @@ namespace tessel {
 /// @param size     bytes
 /// @return true: all of it can be read
 bool IsReadable(const void* address, std::size_t size);
+
+/// Copies the record that a message points to, wherever it lies.
+/// @param address  its address, as the message gives it
+/// @param record   receives it
+/// @return true: copied; false: it cannot be read
+template <class Record> bool ReadRecord(LPARAM address, Record& record) {
+    const auto* const source = reinterpret_cast<const void*>(address);
+    if (!IsReadable(source, sizeof record)) return false;
+    std::memcpy(&record, source, sizeof record);
+    return true;
+}
 
 } // namespace tessel

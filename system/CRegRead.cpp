@@ -51,7 +51,8 @@ bool CReg::Prepare(const wchar_t* name, unsigned long dataLength) {
     if (nameLength > m_ulNameLen || m_pName == nullptr) AllocateName(nameLength);
     // GUARD-88: noted before the data are freed; it may be one of the texts that GetData() pointed to.
     if (m_pName != nullptr) std::wmemcpy(m_pName, name, nameLength + 1);
-    if (dataLength > m_ulDataLen || m_pData == nullptr) AllocateData(dataLength);
+    if (dataLength > m_ulDataLen || m_pData == nullptr)
+        AllocateData(dataLength == 0 ? DEFAULT_DATA_LENGTH : dataLength);
     return m_pName != nullptr && m_pData != nullptr;
 }
 

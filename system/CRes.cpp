@@ -131,7 +131,7 @@ void CResource::FreeThreadResources() {
 }
 
 int CResource::ResetProcess(unsigned long pid) {
-    if (!IsMapped()) return 0;
+    if (!IsMapped() || pid == 0) return 0; // that is the process of free records, and of those that are being filled
     for (RESOURCE& record : Records(m_pResources)) {
         if (LoadShared(record.ProcessId) == pid) Clear(record);
     }

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <list>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 /// An ordered list over the standard one; it owns its elements but not what they point to.
@@ -102,27 +104,29 @@ private:
 /// @tparam Argument  how an element is passed to the array
 template <class Element, class Argument = const Element&> class CArray {
 public:
-    /// Puts an element behind the others. Throws std::bad_alloc, and changes nothing then.
-    /// @param element  what to add
+    /// Puts an element behind the others. Throws std::bad_alloc or std::length_error, and changes nothing then.
+    /// @param element  what to add; may be one of the array's
     /// @return its index
     int Add(Argument element) {
+        Element copy(element); // the array's own move when it grows
         MakeRoom(m_elements.size() + 1);
-        m_elements.push_back(element);
+        m_elements.push_back(std::move(copy));
         return GetSize() - 1;
     }
 
     /// Stores an element, after the array has grown to it with elements of the default value where it is shorter.
-    /// Throws std::bad_alloc, and changes nothing then.
-    /// @param index    where; with a negative one nothing is stored
-    /// @param element  what
+    /// Throws std::bad_alloc or std::length_error, and changes nothing then.
+    /// @param index    where; with a negative one, or the greatest, nothing is stored
+    /// @param element  what; may be one of the array's
     void SetAtGrow(int index, Argument element) {
-        if (index < 0) return;
+        if (index < 0 || index == std::numeric_limits<int>::max()) return;
+        Element copy(element); // the array's own move when it grows
         if (index >= GetSize()) SetSize(index + 1);
-        ElementAt(index) = element;
+        ElementAt(index) = std::move(copy);
     }
 
-    /// Cuts the array, or lengthens it with elements of the default value. Throws std::bad_alloc, and changes no
-    /// element then.
+    /// Cuts the array, or lengthens it with elements of the default value. Throws std::bad_alloc or
+    /// std::length_error, and changes no element then.
     /// @param count  elements that there are afterwards; below 1: none, and the memory is freed
     /// @param grow   elements that memory is had for at a time from now on; 0: left to the array; below 0: as before
     void SetSize(int count, int grow = -1) {

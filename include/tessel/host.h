@@ -13,8 +13,9 @@
 /// DIALOG_INTERFACE::SetColor() gave them, starts processes and threads, and loads managers: modules that run on a
 /// thread of their own.
 ///
-/// Order: CPostOffice::CreateGlobalPostOffice() first, so that the frame window can be registered; then the host;
-/// then the mailboxes, registered with GetFrameWindow(). Destroy them in the reverse order.
+/// Order: CPostOffice::CreateGlobalPostOffice() first, so that the frame window is registered at once; then the host;
+/// then the mailboxes, registered with GetFrameWindow(). Destroy them in the reverse order. With a post office that is
+/// made after the host, which reports that there is none, OS_Pump() registers the window.
 /// Copies hold the same window by value and a registry of their own: pass by pointer or reference.
 /// Threads: the thread that made the host runs the loop, the window procedure and the dialogs; only what is said to
 /// may be called on others.
@@ -166,7 +167,8 @@ public:
 
     /// Enters a window in the notification table, or changes its mask.
     /// @param hWnd  the window
-    /// @param mask  the kinds of NOTIFY_KIND that it wants; 0 frees its entry
+    /// @param mask  the kinds of NOTIFY_KIND that it wants; 0 frees its entry. A window that goes keeps its entry:
+    ///              free it first, or the 1,999 entries fill up and a new window may inherit the mask with the handle
     /// @return 0: entered; 1: the table is full, which a message box tells
     int RequestWndNotify(HWND hWnd, unsigned long mask);
 
@@ -217,6 +219,8 @@ private:
     static void PaintText(const DRAWITEMSTRUCT& item, COLORREF color);
     HWND MakeRequestedDialog(int dialogId, HWND parent, HINSTANCE module);
     void KeepCommandLine(const char* commandLine);
+    void RegisterFrame();
+    void RegisterFrameLate();
 
     static OSClass* m_pHost;
     static unsigned int OrcaUiMsg;

@@ -107,7 +107,8 @@ public:
 
     /// Reads into a buffer of this object's, with a 0 byte behind the data. Otherwise like ReadMemoryDirect().
     /// @param result  receives the buffer, which stays this object's and is overwritten by the next
-    ///                ReadMemory() of it or a copy; unchanged when the range is refused or memory is short
+    ///                ReadMemory() of it or a copy; unchanged when a heap buffer or a mapping refuses the range by its
+    ///                size, or memory is short; otherwise set, with zeros for what is not there
     /// @param count   bytes to read; what a file does not hold is 0
     /// @param offset  bytes from the start, or AT_CURSOR
     /// @return 0; ERROR_HANDLE_EOF (38): the file ends before; else a Win32 error
@@ -129,8 +130,8 @@ public:
     unsigned long GetFileLength();
 
     /// The storage in memory. For a global block this allocates, each time: a smaller block than asked for is
-    /// freed first, any other stays allocated for the program to free (GlobalFree), and its content is not carried
-    /// over. The status is then 0 or the Win32 error.
+    /// freed first, any other stays allocated for the program to free (GlobalFree) unless a copy still uses it, which
+    /// then frees it, and its content is not carried over. The status is then 0 or the Win32 error.
     /// @param size  bytes wanted of a global block; unused for the other kinds
     /// @return the buffer, owned by this object; a heap buffer moves when it grows. Null when there is none or for a
     ///         file; without memory for a new block the old one, if it was not freed
@@ -141,7 +142,8 @@ public:
     /// @return 0: gone, or it was not there; else the Win32 error
     static int RemoveFile(const wchar_t* name);
 
-    /// Closes the file, also for copies, and renames the file that GetFileName() names. The object keeps the value of
+    /// Closes the file, also for copies, and renames the file that GetFileName() names: of a name of 260 characters and
+    /// more that is its start, which may be another file's. The object keeps the value of
     /// the closed handle and closes it once more at its end, when it may be another file's: destroy it at once.
     /// @param newName  new name, which GetFileName() gives after success; null gives -1
     /// @return 0, or the C runtime's result (errno tells why)

@@ -133,8 +133,8 @@ public:
 
     /// Fetches the texts of the multi-string that was read.
     /// @param texts  receives pointers to them, in order, in place of what it held; they stay valid until the next
-    ///               read or the end of this object. Unchanged when the type is wrong or there is no buffer; empty when
-    ///               memory is short for the list
+    ///               read, an assignment to this object or its end. Unchanged when the type is wrong or there is no
+    ///               buffer; empty when memory is short for the list
     /// @return 0, NO_BUFFER, or WRONG_TYPE when it is no multi-string
     unsigned long GetData(CList<const wchar_t*>& texts);
 
@@ -145,7 +145,8 @@ public:
     unsigned long GetBinaryData(unsigned char* buf, unsigned long& len);
 
     /// Writes a text or, when the type is TYPE_MULTI_STRING, texts that follow each other and end with an empty one.
-    /// Any other type becomes TYPE_STRING.
+    /// Any other type becomes TYPE_STRING. Reading a multi-string leaves that type too: SetType(TYPE_STRING) before a
+    /// plain text, behind which texts would be looked for.
     /// @param key   key that holds the value
     /// @param name  name of the value; null or empty: the key's default value
     /// @param text  what to write; null gives ERROR_INVALID_PARAMETER (87)

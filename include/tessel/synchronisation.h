@@ -180,7 +180,8 @@ private:
 ///
 /// The set holds handle values: an object that was added must outlive its place in the set.
 /// A copy has an array of its own and shares the lock's handle, which each copy closes: once one of them is
-/// destroyed the others are not locked any more and are best destroyed too. Pass by pointer or reference.
+/// destroyed the others must only be destroyed, before anything else is opened, as the handle may be another object's
+/// by then. Pass by pointer or reference.
 /// Threads: any thread may add, delete, copy and wait at the same time; a wait goes on with the objects that were
 /// in the set when it began. Destroy it, and assign to it, only when nobody uses it.
 class TESSEL_API CWait {

@@ -62,12 +62,14 @@ TESSEL_API unsigned long GetPriorityOfClass(HANDLE process);
 /// @return not 0: set; 0: failure (GetLastError())
 TESSEL_API int SetProcess(PRIORITY priority);
 
-/// Whether this is not the first process that uses the name. It marks the process as running until it ends.
+/// Whether this is not the first process that uses the name. It marks the process as running until it ends, also when
+/// another one is found, and keeps a handle: call it once, and do not poll with it.
 /// @param name  name of a mutex
 /// @return 1: another instance runs, or it cannot be told; 0: this is the first
 TESSEL_API int SingleInstance(const wchar_t* name);
 
-/// Tells a process of the workstation to end: sends its frame window WM_DESTROY, and waits until that is handled.
+/// Tells a process of the workstation to end: sends its frame window WM_DESTROY, and waits until that is handled,
+/// without end for a process that hangs.
 /// The window is not destroyed, and OSClass does nothing on the message: a program that is to be ended so replaces
 /// the frame window's procedure by one that posts WM_QUIT.
 /// @param processId  Win32 id of the process; 0 for the calling one. One without a frame window is left alone
@@ -282,7 +284,7 @@ TESSEL_API HWND LoadResourceDialog(int dialogId, HWND parent, HINSTANCE module);
 
 /// Has the host's thread note which notifications a window wants; any thread may call it, and waits for it.
 /// @param hWnd  the window
-/// @param mask  the kinds that it wants; 0 for none any more
+/// @param mask  the kinds that it wants; 0 for none any more, which a window that goes needs before
 /// @return 1: handled by the host, which tells in a message box that its table is full; 0: there is none
 TESSEL_API int RequestNotify(HWND hWnd, unsigned long mask);
 ///@}

@@ -32,6 +32,8 @@ TYPED_TEST_SUITE(CopyStringTest, Widths);
 
 TYPED_TEST(CopyStringTest, TruncatesWhereTheSourceLeavesNoRoomForTheTerminator) {
     using To = typename TypeParam::first_type;
+    EXPECT_EQ(this->Copy("abc", 8), 0u);
+    EXPECT_EQ(this->m_target[8], To('#'));
     EXPECT_EQ(this->Copy("abc", 4), 0u);
     EXPECT_EQ(this->Result(), As<To>("abc"));
     EXPECT_EQ(this->Copy("abc", 3), 1u);

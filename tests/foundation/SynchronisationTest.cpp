@@ -59,9 +59,6 @@ TEST(Semaphore, Odd05ResultConventionsDifferFromOperationToOperation) {
     EXPECT_EQ(semaphore.WaitOnSemaphoreA(0, abandoned), 0);
     CloseHandle(abandoned);
     EXPECT_EQ(semaphore.WaitOnSemaphoreA(0, ULongToHandle(0xDEAD)), ERROR_INVALID_HANDLE);
-}
-
-TEST(Semaphore, AFailedOneShowsOnlyInLaterResults) {
     CSemaphore impossible(nullptr, 2, 1);
     EXPECT_EQ(impossible.GetKeptError(), static_cast<unsigned long>(ERROR_INVALID_PARAMETER));
     EXPECT_EQ(impossible.WaitOnSemaphore(0), 1);
@@ -75,6 +72,9 @@ TEST(Semaphore, TheSignallingFormGivesItsPermitOnlyWhenItCreates) {
     EXPECT_EQ(first.WaitOnSemaphore(0), 1);
     CSemaphore opened(L"Tessel test signal", 5, 5);
     EXPECT_EQ(opened.WaitOnSemaphore(0), 1) << "opened, not created";
+    CSemaphore large(L"Tessel test maximum", 1);
+    EXPECT_EQ(large.ReleaseSemaphore(9999), 1);
+    EXPECT_EQ(large.ReleaseSemaphore(1), 0) << "the form's maximum";
     const ImportPatch open(L"Tessel.dll", "OpenSemaphoreW", OpenFindsNothing);
     const CSemaphore between(L"Tessel test signal", 5, 5);
     EXPECT_EQ(between.GetKeptError(), static_cast<unsigned long>(ERROR_ALREADY_EXISTS));
@@ -213,7 +213,8 @@ TEST_F(WaitTest, MessagesEndAWaitAndAreHandedOver) {
     MSG message;
     EXPECT_EQ(set.WaitOnAnyObjectOrMsg(signalled, message, 0), 0xFFFFFFFFu);
     PostThreadMessageW(GetCurrentThreadId(), WM_APP + 1, 2, 3);
-    EXPECT_EQ(set.WaitOnAnyObjectOrMsg(signalled, message, INFINITE), 0u);
+    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // one that was looked at counts, too
+    EXPECT_EQ(set.WaitOnAnyObjectOrMsg(signalled, message, 10'000), 0u);
     EXPECT_EQ(message.message, static_cast<UINT>(WM_APP + 1));
     EXPECT_EQ(signalled, nullptr);
     a.SetEvent();

@@ -4,7 +4,8 @@
 #include <gtest/gtest.h>
 #include <tessel/system.h>
 
-#include <thread>
+#include <cstring>
+#include <string>
 #include <vector>
 
 namespace {
@@ -41,41 +42,64 @@ void CALLBACK QuitOnTick(HWND, UINT, UINT_PTR, DWORD) {
     QuitManager();
 }
 
-struct Date {
-    unsigned short day, month, year, hour, minute, second;
-    bool exists;
-
-    friend void PrintTo(const Date& d, std::ostream* out) {
-        *out << d.year << '-' << d.month << '-' << d.day << ' ' << d.hour << ':' << d.minute << ':' << d.second;
-    }
-};
-
-class Odd60ClockTest : public testing::TestWithParam<Date> {};
-
-TEST_P(Odd60ClockTest, IsSetToDatesThatExistButNeverTo29February) {
-    const ImportPatch set(L"Tessel.dll", "SetLocalTime", NoteLocalTime);
-    clockSettings.clear();
-    const Date& date = GetParam();
-    SetDateTime(date.day, date.month, date.year, date.hour, date.minute, date.second);
-    ASSERT_EQ(clockSettings.size(), date.exists ? 1u : 0u);
-    if (!date.exists) return;
-    const SYSTEMTIME& time = clockSettings[0];
-    EXPECT_EQ(time.wDay, date.day);
-    EXPECT_EQ(time.wMonth, date.month);
-    EXPECT_EQ(time.wYear, date.year);
-    EXPECT_EQ(time.wSecond, date.second);
-    EXPECT_EQ(time.wMilliseconds, 0);
+void WINAPI TellTime(SYSTEMTIME* time) {
+    *time = {2004, 5, 1, 31, 23, 58, 59, 7};
 }
 
-INSTANTIATE_TEST_SUITE_P(Dates, Odd60ClockTest,
-                         testing::Values(Date{31, 5, 2004, 23, 59, 59, true}, Date{28, 2, 2003, 0, 0, 0, true},
-                                         Date{29, 2, 2004, 12, 0, 0, false}, Date{31, 4, 2004, 12, 0, 0, false},
-                                         Date{30, 11, 2004, 12, 0, 0, true}, Date{0, 1, 2004, 12, 0, 0, false},
-                                         Date{1, 0, 2004, 12, 0, 0, false}, Date{1, 13, 2004, 12, 0, 0, false},
-                                         Date{32, 12, 2004, 12, 0, 0, false}, Date{1, 1, 2004, 24, 0, 0, false},
-                                         Date{1, 1, 2004, 0, 60, 0, false}, Date{1, 1, 2004, 0, 0, 60, false}));
+using Steps = std::vector<std::wstring>;
+Steps steps;
+HWND foreground = nullptr;
+DWORD foregroundThread = 0;
+BOOL attaches = TRUE;
+
+HWND WINAPI TellForeground() {
+    return foreground;
+}
+
+DWORD WINAPI TellThread(HWND, DWORD*) {
+    return foregroundThread;
+}
+
+BOOL WINAPI NoteAttach(DWORD from, DWORD to, BOOL attach) {
+    EXPECT_EQ(from, GetCurrentThreadId());
+    EXPECT_EQ(to, foregroundThread);
+    steps.push_back(attach ? L"attach" : L"detach");
+    return attaches;
+}
+
+BOOL WINAPI NoteForeground(HWND) {
+    steps.push_back(L"set");
+    return 7;
+}
 
 } // namespace
+
+TEST(Clock, Odd60IsSetToTimesThatExistButNeverTo29February) {
+    const ImportPatch set(L"Tessel.dll", "SetLocalTime", NoteLocalTime);
+    for (WORD month = 0; month <= 13; ++month) {
+        for (WORD day = 0; day <= 32; ++day) {
+            const SYSTEMTIME time{2004, month, 0, day, 23, 58, 59, 0};
+            FILETIME any;
+            const bool exists = SystemTimeToFileTime(&time, &any) && !(month == 2 && day == 29);
+            clockSettings.clear();
+            SetDateTime(day, month, 2004, 23, 58, 59);
+            ASSERT_EQ(clockSettings.size(), exists ? 1u : 0u) << day << '.' << month;
+            EXPECT_TRUE(!exists || std::memcmp(&clockSettings[0], &time, sizeof time) == 0) << day << '.' << month;
+        }
+    }
+    clockSettings.clear();
+    SetDateTime(1, 1, 2004, 24, 0, 0);
+    SetDateTime(1, 1, 2004, 0, 60, 0);
+    SetDateTime(1, 1, 2004, 0, 0, 60);
+    EXPECT_TRUE(clockSettings.empty());
+}
+
+TEST(Clock, IsReadFieldByField) {
+    const ImportPatch get(L"Tessel.dll", "GetLocalTime", TellTime);
+    unsigned short t[6];
+    GetDateTime(t[0], t[1], t[2], t[3], t[4], t[5]);
+    EXPECT_EQ(std::vector(t, t + 6), (std::vector<unsigned short>{31, 5, 2004, 23, 58, 59}));
+}
 
 TEST(ProcessFunctions, EachPriorityHasItsClass) {
     const ImportPatch set(L"Tessel.dll", "SetPriorityClass", NoteClass);
@@ -117,8 +141,8 @@ TEST(MessageFunctions, TheBarePumpDispatchesUntilQuit) {
 }
 
 TEST(WindowFunctions, Odd28RectanglesAreReadAndInvalidated) {
-    const HWND window = CreateWindowExW(0, L"STATIC", L"Tessel test window", WS_POPUP | WS_VISIBLE, 10, 20, 30, 40,
-                                        nullptr, nullptr, nullptr, nullptr);
+    const HWND window = CreateWindowExW(WS_EX_TOOLWINDOW, L"STATIC", L"Tessel test window", WS_POPUP | WS_VISIBLE, 10,
+                                        20, 30, 40, nullptr, nullptr, nullptr, nullptr);
     RECT rectangle{};
     EXPECT_EQ(GetRect(window, rectangle), 0);
     EXPECT_EQ(rectangle.right, 30);
@@ -132,6 +156,29 @@ TEST(WindowFunctions, Odd28RectanglesAreReadAndInvalidated) {
     EXPECT_EQ(CloseDialog(window), 0);
     EXPECT_EQ(GetRect(window, rectangle), 1);
     EXPECT_EQ(SetRect(HWND_MESSAGE, rectangle), 1);
+}
+
+TEST(WindowFunctions, TheForegroundIsTakenFromAnotherThreadWithItsInput) {
+    const ImportPatch get(L"Tessel.dll", "GetForegroundWindow", TellForeground);
+    const ImportPatch thread(L"Tessel.dll", "GetWindowThreadProcessId", TellThread);
+    const ImportPatch attach(L"Tessel.dll", "AttachThreadInput", NoteAttach);
+    const ImportPatch set(L"Tessel.dll", "SetForegroundWindow", NoteForeground);
+    const auto take = [] {
+        steps.clear();
+        return SetForegroundWindowEx(nullptr);
+    };
+    EXPECT_EQ(take(), 0);
+    EXPECT_EQ(steps, Steps{}) << "no window has it";
+    foreground = GetDesktopWindow();
+    foregroundThread = GetCurrentThreadId();
+    EXPECT_EQ(take(), 7);
+    EXPECT_EQ(steps, Steps{L"set"});
+    foregroundThread = 77;
+    EXPECT_EQ(take(), 7);
+    EXPECT_EQ(steps, (Steps{L"attach", L"set", L"detach"}));
+    attaches = FALSE;
+    EXPECT_EQ(take(), 0);
+    EXPECT_EQ(steps, Steps{L"attach"});
 }
 
 TEST(DriveFunctions, Odd29ModulesVolumesAndSpace) {

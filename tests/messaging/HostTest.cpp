@@ -58,6 +58,28 @@ std::uintptr_t NoThread(void (*)(void*), unsigned, void*) {
     return static_cast<std::uintptr_t>(-1);
 }
 
+struct Timer {
+    HWND window;
+    UINT_PTR id;
+    UINT intervalMs;
+    TIMERPROC procedure;
+} timer{};
+
+UINT_PTR WINAPI NoteTimer(HWND window, UINT_PTR id, UINT intervalMs, TIMERPROC procedure) {
+    timer = {window, id, intervalMs, procedure};
+    return id;
+}
+
+std::wstring startedLine;
+
+BOOL WINAPI NoteStart(LPCWSTR program, LPWSTR line, LPSECURITY_ATTRIBUTES own, LPSECURITY_ATTRIBUTES thread,
+                      BOOL inherit, DWORD flags, LPVOID environment, LPCWSTR directory, LPSTARTUPINFOW startup,
+                      LPPROCESS_INFORMATION process) {
+    EXPECT_TRUE(startup->wShowWindow == SW_SHOW && startup->lpDesktop == nullptr && startup->lpTitle == nullptr);
+    startedLine = line;
+    return CreateProcessW(program, line, own, thread, inherit, flags, environment, directory, startup, process);
+}
+
 HWND released = nullptr;
 
 int WINAPI NoteRelease(HWND window, HDC context) {
@@ -117,17 +139,43 @@ TEST_F(Host, Odd36And38RegistersItsFrameWindowUntilTheFirstCopyGoes) {
     MSG message;
     EXPECT_FALSE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE)) << "that is up to the program";
     EXPECT_EQ(RequestNotify(frame, 1), 1);
+    CResource().AddResource(RESOURCE_TYPE{3}, RESOURCE_ID{3}, frame, 3);
+    const int brush = CBrush().Add(RGB(1, 2, 3));
     { const Program copy(program); }
     EXPECT_EQ(RequestNotify(frame, 1), 0);
+    EXPECT_EQ(CResource().GetResource(RESOURCE_TYPE{3}, RESOURCE_ID{3}, 3), nullptr);
+    EXPECT_EQ(CBrush().GetBrush(brush), nullptr);
     EXPECT_EQ(LoadResourceDialog(kDialog, nullptr, nullptr), nullptr);
     EXPECT_EQ(Program(std::string(1000, 'x').c_str(), L"Tessel other host").GetCommandLineText(),
               std::wstring(259, L'x'));
-}
-
-TEST_F(Host, ReportsAFrameWindowThatCannotBeMade) {
     Reports reports;
     EXPECT_EQ(program.CreateWindowFrame(GetModuleHandleW(nullptr), nullptr), nullptr);
     EXPECT_EQ(reports.Take(), Texts{"COSClass:239 hParent"});
+}
+
+TEST_F(Host, TakesThePlaceOfEntriesThatAKilledProcessOfItsIdLeft) {
+    CResource table;
+    const HWND strangers = GetDesktopWindow();
+    ASSERT_EQ(table.DeleteResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, GetCurrentProcessId()), 0);
+    table.AddResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, strangers, GetCurrentProcessId());
+    EXPECT_EQ(RequestNotify(strangers, 1), 0) << "not sent to the stranger";
+    const Program next("", L"Tessel other host");
+    EXPECT_EQ(RequestNotify(strangers, 1), 1);
+}
+
+TEST(HostProcedures, RegisterTheFrameInAPostOfficeThatComesLater) {
+    Reports reports;
+    Program program;
+    EXPECT_EQ(reports.Take().size(), 1u) << "there is no table";
+    const OpenPostOffice office;
+    program.atStart = [&program] {
+        EXPECT_EQ(RequestNotify(program.GetFrameWindow(), 1), 1);
+        program.ExitApplication(0);
+    };
+    for (int time = 0; time < 2; ++time) program.OS_Pump();
+    CResource table;
+    EXPECT_EQ(table.DeleteResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, GetCurrentProcessId()), 0);
+    EXPECT_EQ(table.DeleteResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, GetCurrentProcessId()), 1) << "once";
 }
 
 TEST(HostProcedures, DoNothingWithoutAHost) {
@@ -175,6 +223,8 @@ TEST_F(Host, Odd37AnswersRequestsOfOtherThreadsAndListsWhatIsGone) {
         other = std::thread([&] {
             dialog = LoadResourceDialog(kDialog, nullptr, nullptr);
             EXPECT_EQ(LoadResourceDialog(999, nullptr, nullptr), nullptr);
+            EXPECT_EQ(LoadResourceDialog(kDialog, nullptr, GetModuleHandleW(L"Tessel.dll")), nullptr) << "not there";
+            EXPECT_EQ(GetParent(LoadResourceDialog(kDialog, dialog, nullptr)), dialog);
             EXPECT_EQ(RequestNotify(dialog, 3), 1);
             PostThreadMessageW(thread, WM_QUIT, 0, 0);
         });
@@ -190,15 +240,6 @@ TEST_F(Host, Odd37AnswersRequestsOfOtherThreadsAndListsWhatIsGone) {
     EXPECT_EQ(resources.DeleteResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, 999), 0) << "entered without a window";
 }
 
-TEST_F(Host, GivesADialogThatTheResourceTableHasNoRoomFor) {
-    CResource resources;
-    Reports reports;
-    while (resources.AddResource(RESOURCE_TYPE{9}, RESOURCE_ID{9}, nullptr, 9) == 0) continue;
-    EXPECT_EQ(reports.Take().size(), 1u);
-    EXPECT_TRUE(IsWindow(LoadResourceDialog(kDialog, nullptr, nullptr)));
-    EXPECT_EQ(reports.Take().size(), 1u);
-}
-
 TEST_F(Host, RequestsWithoutAReadableRecordAreAnsweredWith0) {
     for (const LPARAM address : {LPARAM{0}, LPARAM{8}, LPARAM{-1}}) {
         EXPECT_EQ(SendMessageW(program.GetFrameWindow(), WM_COMMAND, 0xFFAB, address), 0);
@@ -208,7 +249,7 @@ TEST_F(Host, RequestsWithoutAReadableRecordAreAnsweredWith0) {
     EXPECT_TRUE(program.seen.empty());
 
     auto* const pages = static_cast<char*>(VirtualAlloc(nullptr, 0x2000, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
-    const auto across = reinterpret_cast<LPARAM>(pages + 0x1000 - 8);
+    const auto across = reinterpret_cast<LPARAM>(pages + 0x1000 - 7); // odd, too
     DWORD before = 0;
     VirtualProtect(pages + 0x1000, 1, PAGE_READONLY, &before);
     EXPECT_EQ(SendMessageW(program.GetFrameWindow(), WM_COMMAND, 0xFFAD, across), 1);
@@ -267,7 +308,9 @@ TEST_F(Host, Odd62StartsAProcessUnderTheNameOfTheConsoleProgram) {
     constexpr DWORD kNoSuchRole = 98;
     wchar_t own[MAX_PATH];
     GetModuleFileNameW(nullptr, own, MAX_PATH);
+    const ImportPatch start(L"Tessel.dll", "CreateProcessW", NoteStart);
     void* const process = program.StartProcess(own, reinterpret_cast<const unsigned char*>(L"--role none"));
+    EXPECT_EQ(startedLine, L"ConsoleApp.exe --role none");
     EXPECT_EQ(WaitForSingleObject(process, INFINITE), WAIT_OBJECT_0);
     DWORD code = 0;
     EXPECT_TRUE(GetExitCodeProcess(process, &code));
@@ -294,6 +337,12 @@ TEST_F(Host, SendsItsHeartbeatToAllTopLevelWindows) {
     ASSERT_TRUE(GetMessageW(&message, listener, beat, beat));
     EXPECT_EQ(message.wParam, 40039u);
     EXPECT_EQ(message.lParam, reinterpret_cast<LPARAM>(program.GetFrameWindow()));
+    const ImportPatch set(L"Tessel.dll", "SetTimer", NoteTimer);
+    program.atStart = [this] { program.ExitApplication(0); };
+    program.OS_Pump();
+    EXPECT_TRUE(timer.window == program.GetFrameWindow() && timer.id == 40039 && timer.intervalMs == 2500);
+    timer.procedure(program.GetFrameWindow(), WM_TIMER, timer.id, 0);
+    ASSERT_TRUE(GetMessageW(&message, listener, beat, beat));
     program.SetVardaMsgId(0);
     EXPECT_FALSE(PeekMessageW(&message, listener, beat, beat, PM_REMOVE));
     DestroyWindow(listener);
@@ -309,6 +358,19 @@ TEST_F(Host, Odd61DialogsGoThroughItAndBecomeActiveUnderThePointer) {
     SendMessageW(dialog, WM_SETCURSOR, reinterpret_cast<WPARAM>(dialog), HTCLIENT);
     SendMessageW(GetDlgItem(dialog, kButton), BM_CLICK, 0, 0);
     EXPECT_EQ(program.seen, (std::vector<UINT>{WM_SETCURSOR, WM_COMMAND}));
+    for (const UINT message :
+         {WM_SIZE, WM_HSCROLL, WM_VSCROLL, WM_NOTIFY, WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, WM_RBUTTONDOWN,
+          WM_RBUTTONDBLCLK, WM_MBUTTONDOWN, WM_MBUTTONDBLCLK, WM_PRINTCLIENT}) {
+        EXPECT_EQ(OSClass::DlgProc(dialog, message, 0, 0), TRUE);
+        EXPECT_EQ(program.seen.back(), message);
+    }
+    program.atStart = [this, dialog] {
+        PostMessageW(dialog, WM_KEYDOWN, VK_ESCAPE, 0);
+        program.ExitApplication(0);
+    };
+    program.seen.clear();
+    program.OS_Pump();
+    EXPECT_EQ(program.seen, std::vector<UINT>{WM_COMMAND}) << "Escape is a button of the active dialog";
     SendMessageW(dialog, WM_CLOSE, 0, 0);
     EXPECT_FALSE(IsWindow(dialog));
     EXPECT_EQ(program.seen.back(), static_cast<UINT>(WM_CLOSE));
@@ -340,7 +402,7 @@ TEST_F(Host, Odd64PaintsControlsInTheColoursOfTheirTag) {
     item.rcItem = {20, 10, 100, 40};
     const auto paint = [&](UINT state) {
         item.itemState = state;
-        OSClass::PaintWithOwnerBrush(reinterpret_cast<LPARAM>(&item));
+        EXPECT_EQ(OSClass::DlgProc(dialog, WM_DRAWITEM, 0, reinterpret_cast<LPARAM>(&item)), FALSE);
         return GetPixel(context, 20, 10);
     };
     EXPECT_EQ(paint(ODS_SELECTED), RGB(10, 200, 30));

@@ -301,6 +301,42 @@ TEST(GlobalMemory, Odd11EachRequestAllocatesAndAccessStaysInBounds) {
     EXPECT_EQ(GlobalFree(block), nullptr) << "the first block stayed allocated";
 }
 
+int globalFrees = 0;
+
+HGLOBAL WINAPI CountGlobalFree(HGLOBAL block) {
+    ++globalFrees;
+    return GlobalFree(block);
+}
+
+TEST(GlobalMemory, IsFreedOnceAlsoWhenACopyWasToBeRenamed) {
+    const ImportPatch free(L"Tessel.dll", "GlobalFree", CountGlobalFree);
+    {
+        CMemory memory(CMemory::KIND_GLOBAL, 0, nullptr, CMemory::OPENTYPE_OPEN_ALWAYS, 0);
+        ASSERT_NE(memory.GetBuffer(100), nullptr);
+        const CMemory copy = memory;
+        EXPECT_NE(memory.ReName(L"Q:\\no such folder\\x"), 0);
+    }
+    EXPECT_EQ(globalFrees, 1);
+}
+
+TEST(MappedMemory, TheLastCopyUnmapsAndCloses) {
+    void* view = nullptr;
+    {
+        const Mapping mapping(kMapping, 0x1000);
+        auto first = std::make_unique<CMemory>(Attach(0x1000));
+        CMemory second = *first;
+        { const CMemory third = second; }
+        EXPECT_EQ(first->WriteMemory(kText.data(), 4, 0), 0);
+        first.reset();
+        EXPECT_EQ(Read(second, 4, 0), kText);
+        view = second.GetBuffer(0);
+    }
+    EXPECT_NE(Attach(0x1000).GetStatus(), 0) << "no handle is left";
+    MEMORY_BASIC_INFORMATION region{};
+    VirtualQuery(view, &region, sizeof region);
+    EXPECT_EQ(region.State, DWORD{MEM_FREE});
+}
+
 TEST(Memory, AnUnknownKindHasStatus1) {
     CMemory memory(4, 0, nullptr, CMemory::OPENTYPE_OPEN_ALWAYS, 0);
     EXPECT_EQ(memory.GetStatus(), 1);

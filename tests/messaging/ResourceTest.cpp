@@ -50,11 +50,15 @@ TEST_F(Resources, Odd26EntriesAreDeletedByThreadAndByProcess) {
     EXPECT_EQ(resources.GetManagerFromThread(), 1u);
     std::thread([] {
         CResource own;
-        EXPECT_EQ(own.GetManagerFromThread(), 0xFFFFFFFFu);
         own.AddResource(kFrame, kOther, Window(0x20), 2);
+        EXPECT_EQ(own.GetManagerFromThread(), 0xFFFFFFFFu);
         own.FreeThreadResources();
         EXPECT_EQ(own.GetResource(kFrame, kOther, 2), nullptr);
     }).join();
+    RESOURCE& beingFilled = resources.GetResourceAddress()[9];
+    beingFilled.ThreadId = 7;
+    for (const unsigned long other : {0UL, GetCurrentProcessId() + 1}) EXPECT_EQ(resources.ResetProcess(other), 0);
+    EXPECT_EQ(beingFilled.ThreadId, 7u);
     EXPECT_EQ(resources.GetResource(kFrame, kManager, 1), Window(0x10));
     EXPECT_EQ(resources.ResetProcess(GetCurrentProcessId()), 0);
     EXPECT_EQ(resources.GetResource(kFrame, kManager, 1), nullptr);
@@ -69,6 +73,8 @@ TEST_F(Resources, AFullTableIsReported) {
     EXPECT_EQ(resources.AddResource(kFrame, kOther, Window(9), 9), 1);
     EXPECT_TRUE(IsReport(reports, "!result"));
     EXPECT_EQ(resources.GetResource(kFrame, kOther, POST_OFFICE_RESOURCES), Window(POST_OFFICE_RESOURCES));
+    EXPECT_EQ(resources.DeleteResource(kFrame, kOther, 5), 0);
+    EXPECT_EQ(resources.AddResource(kFrame, kOther, Window(5), 5), 0) << "a deleted one is free";
 }
 
 TEST(ResourcesWithoutAPostOffice, DoNothing) {
