@@ -42,9 +42,11 @@ CAudio::~CAudio() {
     LetGo();
 }
 
-// GUARD-100: copied as they are, the pointers would lead into the other object, and device and conversion would be
-// closed twice.
+// GUARD-100: copied as they are, the pointers would lead into the other object, and device, conversion, file and timer
+// would be closed twice.
 void CAudio::LeaveRunToOther() {
+    m_hFile = nullptr;
+    m_bTimer = 0;
     m_hStream = nullptr;
     m_hWaveIn = nullptr;
     m_hWaveOut = nullptr;
@@ -74,7 +76,6 @@ void CAudio::UseOwnBuffers() {
 
 // GUARD-101: the device would go on writing into an object that is gone or holds something else.
 void CAudio::LetGo() {
-    if (m_hWaveIn == nullptr && m_hWaveOut == nullptr) return;
     if (m_hWaveOut != nullptr) {
         if (m_nMode != MODE_PLAY_STEP) m_nMode = MODE_PLAY;
         StopWave();
@@ -167,6 +168,7 @@ unsigned long CAudio::StartError() {
     StopFile();
     StopDeviceTimer();
     ClearDeviceTime();
+    LetGo(); // a run of another mode would go on, and nobody could stop it
     ClearStreamHeadersConvert();
     m_nMode = MODE_IDLE;
     SetControls(1);

@@ -29,6 +29,9 @@ unsigned long CAudio::ForEachBuffer(unsigned long (CAudio::*step)(WAVEHDR*)) {
 
 unsigned long CAudio::OpenWaveDevice() {
     if (m_hWaveIn != nullptr || m_hWaveOut != nullptr) return 1; // GUARD-108
+    // A device that vanished has left them marked as its own.
+    for (WAVEHDR& header : m_WaveHeader) header.dwFlags = 0;
+    m_WaveHeaderStep.dwFlags = 0;
     const auto window = reinterpret_cast<DWORD_PTR>(m_hParent);
     switch (m_nMode) {
     case MODE_RECORD:

@@ -72,6 +72,7 @@ void CAudio::FinishRun() {
     StopFile();
     StopDeviceTimer();
     ClearDeviceTime();
+    LetGo(); // the close may be that of an earlier device, whose start failed
     m_nMode = MODE_IDLE;
     SetControls(1);
     UpdateDisplay(1, 1);

@@ -4,6 +4,7 @@
 #include <tessel/audioconvert.h>
 
 #include <algorithm>
+#include <climits>
 #include <cwchar>
 #include <filesystem>
 #include <fstream>
@@ -58,7 +59,7 @@ bool EndsIn(const std::wstring& name, const std::wstring& end) {
 
 bool ConvertFile(const std::wstring& from, const std::wstring& to) {
     std::vector<char> source = ReadAll(from);
-    if (source.empty()) return false;
+    if (source.empty() || source.size() > LONG_MAX) return false;
     const bool compressed = EndsIn(from, L".gsm");
     if (EndsIn(to, L".wav")) {
         return CAudio::CreateWAV(to.c_str(), source.data(), static_cast<unsigned long>(source.size()), compressed) == 0;

@@ -73,10 +73,10 @@ struct AUDIO_DATA {
 /// minutes at most. A play-step plays one block of 0.2 s.
 ///
 /// Results are 0 for success and 1 for failure; the cause is not kept.
-/// Ownership: an object that goes, or is assigned to, while a device is open stops and closes everything; otherwise its
-/// destructor closes nothing. Copies have buffers of their own and share window and file by value: each may close the
-/// file. Device and conversion stay with the object that opened them, so a copy has no run.
-/// Threads: one, that of the window, from which everything is called.
+/// Ownership: an object that goes, or is assigned to, stops and closes everything; the device's last messages still
+/// come to the window: forward them no more. Copies have buffers of their own and share the window; file, timer, device
+/// and conversion stay with the object that opened them, so a copy has no run. Threads: one, that of the window, from
+/// which everything is called.
 class TESSEL_API CAudio : protected AUDIO_DATA {
 public:
     /// What the object does.
@@ -97,16 +97,16 @@ public:
     /// @param bConvert  not 0: the file holds GSM data; 0: PCM
     explicit CAudio(int bConvert = 0);
 
-    /// Copies every field, buffers included, but device and conversion.
+    /// Copies every field, buffers included, but file, timer, device and conversion.
     /// @param other  object to copy
     CAudio(const CAudio& other);
 
-    /// Copies every field, buffers included, but device and conversion.
+    /// Copies every field, buffers included, but file, timer, device and conversion.
     /// @param other  object to copy
     /// @return this object
     CAudio& operator=(const CAudio& other);
 
-    /// Ends a run that is under way. Nothing else is released; a file that is open stays open.
+    /// Ends a run that is under way, and closes the file.
     virtual ~CAudio();
 
     /// Chooses the window that gets the notifications; before a start.
@@ -164,7 +164,8 @@ public:
     unsigned long StartPlayStep();
 
     /// Abandons a start: everything is stopped and closed, and the mode is MODE_IDLE. The device's close is still
-    /// notified, if it was open; after a playback that moves m_ulDataRead to the start of the file.
+    /// notified, if it was open; after a playback that moves m_ulDataRead to the start of the file. Start again only
+    /// after that notification, which would end the new run.
     /// @return 1
     unsigned long StartError();
 
@@ -178,7 +179,8 @@ public:
     void StopFile();
     ///@}
 
-    /// Writes a WAVE file; one that exists is replaced. After a failure there is none.
+    /// Writes a WAVE file; one that exists is replaced. When the writing fails there is none; what is refused before, a
+    /// null path, too many bytes or a file that cannot be opened, leaves an earlier one as it was.
     /// @param path         path of the file
     /// @param data         the data
     /// @param size         their bytes; for GSM data a multiple of 65

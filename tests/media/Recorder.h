@@ -30,6 +30,8 @@ public:
     using CAudio::GetTimeTotal;
     using CAudio::InitStreamHeadersConvert;
     using CAudio::OpenFile;
+    using CAudio::OpenStream;
+    using CAudio::OpenWaveDevice;
     using CAudio::ProcessTimer;
     using CAudio::ProcessWimClose;
     using CAudio::ProcessWimData;
@@ -100,6 +102,7 @@ public:
 
     int stops = 0;     ///< calls of OnStop
     int quits = 0;     ///< calls of OnQuit
+    int controls = 0;  ///< calls of SetControls
     std::string drawn; ///< the last call of UpdateDisplay
 
 private:
@@ -117,6 +120,7 @@ private:
         StopWave();
     }
     void OnQuit() override { ++quits; }
+    void SetControls(int update) override { controls += update; }
     void UpdateDisplay(int position, int all) override { drawn = std::to_string(position) + " " + std::to_string(all); }
 
     static LRESULT CALLBACK Forward(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
