@@ -1,10 +1,12 @@
 #include <foundation/SharedOwners.h>
 #include <net/RecordCutter.h>
+#include <net/Winsock.h>
 #include <tessel/commmsg.h>
 #include <tessel/msgsocket.h>
 
 #include <cstddef>
 #include <cstring>
+#include <limits>
 #include <new>
 
 struct CMsgSocketLayout {
@@ -12,6 +14,36 @@ struct CMsgSocketLayout {
     static_assert(offsetof(CMsgSocket, m_uiCapacity) == sizeof(CSocket) + sizeof(void*));
     static_assert(offsetof(CMsgSocket, m_uiFilled) == sizeof(CSocket) + sizeof(void*) + 4);
 };
+
+namespace {
+
+constexpr unsigned int kLongestData = std::numeric_limits<int>::max() - tessel::kRecordHead; // of one send
+
+struct Delivery;
+thread_local const Delivery* innermost = nullptr;
+
+/// A socket that receives and delivers on this thread, for as long as the object lives.
+struct Delivery {
+    Delivery(const CMsgSocket* receiver, bool& more) : socket(receiver), moreCame(more), outer(innermost) {
+        innermost = this;
+    }
+    ~Delivery() { innermost = outer; }
+    Delivery(const Delivery&) = delete;
+    Delivery& operator=(const Delivery&) = delete;
+
+    const CMsgSocket* socket;
+    bool& moreCame; ///< becomes true when there is more to receive then
+    const Delivery* outer;
+};
+
+/// @return the socket's own, when it is delivering on this thread; else null
+const Delivery* DeliveryOf(const CMsgSocket* socket) {
+    const Delivery* delivery = innermost;
+    while (delivery != nullptr && delivery->socket != socket) delivery = delivery->outer;
+    return delivery;
+}
+
+} // namespace
 
 CMsgSocket::CMsgSocket(unsigned int bufferSize, CSocket::MODE mode) : CSocket(mode) {
     Initialize(bufferSize);
@@ -57,7 +89,8 @@ void CMsgSocket::ReleaseBuffer() {
 }
 
 int CMsgSocket::Write(const CCommMsg* msg, unsigned int timeout) {
-    if (msg == nullptr) return WSAEFAULT; // GUARD-09
+    if (msg == nullptr) return WSAEFAULT;                   // GUARD-09
+    if (msg->GetLength() > kLongestData) return WSAENOBUFS; // GUARD-73: it would be cut, or wrap with its length word
     unsigned int previous = 0;
     int result = GetSendTimeout(&previous);
     if (result == 0) result = SetSendTimeout(timeout);
@@ -67,11 +100,15 @@ int CMsgSocket::Write(const CCommMsg* msg, unsigned int timeout) {
     return result;
 }
 
+/// Whether the buffer has room for no byte, but a whole record that was left there: there was no memory for it
+/// (GUARD-81), or its handler disconnected (ODD-87).
+bool CMsgSocket::IsFull() const {
+    return m_uiFilled == m_uiCapacity && tessel::WholeRecord(m_pBuffer, m_uiFilled);
+}
+
 /// Receives into the free part of the buffer.
 int CMsgSocket::Fill() {
-    // GUARD-81: a whole record is in a full buffer only when there was no memory for it.
-    const bool full = m_uiFilled == m_uiCapacity;
-    if (full && tessel::WholeRecord(m_pBuffer, m_uiFilled)) return 0;
+    if (IsFull()) return 0;
     // ODD-105: in front of a record that is too long for the buffer no byte is asked for, and getting none is an end.
     unsigned int received = 0;
     const int result = Recv(m_pBuffer + m_uiFilled, m_uiCapacity - m_uiFilled, &received, 0);
@@ -104,10 +141,29 @@ int CMsgSocket::Read(CCommMsg** out) {
 }
 
 void CMsgSocket::OnRead() {
-    if (Fill() != 0) {
-        OnClose();
+    if (const Delivery* const underWay = DeliveryOf(this)) {
+        underWay->moreCame = true; // GUARD-210: the record under way would be delivered, and taken off, a second time
         return;
     }
+    bool moreCame = false;
+    const Delivery delivery(this, moreCame);
+    const bool unreceived = IsFull();
+    if (Fill() == 0) {
+        Deliver();
+    } else {
+        OnClose();
+    }
+    if (moreCame || unreceived) AskForEvent();
+}
+
+/// Has what waits to be received be told again: only a receive does, and there was none.
+void CMsgSocket::AskForEvent() {
+    unsigned char next = 0;
+    if (!IsBlockingMode()) (void)Recv(&next, sizeof next, nullptr, MSG_PEEK); // also when nothing is there
+}
+
+/// Delivers the whole records in the buffer.
+void CMsgSocket::Deliver() {
     while (const auto length = tessel::WholeRecord(m_pBuffer, m_uiFilled)) {
         CCommMsg* const record = MakeRecord(*length);
         if (record == nullptr) return;

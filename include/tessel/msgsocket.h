@@ -51,7 +51,7 @@ public:
     /// Sends one record with one call; a part that the system takes before the time-out counts as sent.
     /// @param msg      record; stays the caller's
     /// @param timeout  milliseconds that this send may wait; 0 for ever. The socket's own time-out is as before then
-    /// @return 0 or a Winsock error
+    /// @return 0; WSAENOBUFS (10055): more than 2^31 - 5 bytes of data; else a Winsock error
     int Write(const CCommMsg* msg, unsigned int timeout);
 
     /// Waits for one record. It always receives first: a second record that came along with one returned before is
@@ -67,7 +67,10 @@ private:
     void Initialize(unsigned int size);
     void ShareWith(const CMsgSocket& other);
     void ReleaseBuffer();
+    bool IsFull() const;
     int Fill();
+    void AskForEvent();
+    void Deliver();
     CCommMsg* MakeRecord(unsigned int length) const;
 
     /// Receives once, and delivers the records that are complete by then. A failed receive, whatever the error, is
@@ -75,7 +78,8 @@ private:
     void OnRead() override;
 
     /// Takes a record; does nothing here, so that the record is lost: override it. It may disconnect, which ends the
-    /// delivery, but must neither destroy the object nor read from it.
+    /// delivery, but must neither destroy the object nor read from it. It may run a message loop, as a message box
+    /// does: what comes meanwhile is delivered behind it.
     /// @param msg  record, whose owner is the handler: delete it
     virtual void OnReadMsg(CCommMsg* msg);
 

@@ -201,8 +201,11 @@ struct HostilePeer : testing::Test {
 };
 
 struct HostileRecordPeer : HostilePeer {
-    /// What a thread's first record allocates for good must not come from the pool.
-    HostileRecordPeer() { delete new (0) CCommMsg; }
+    /// What a thread's first record and delivery allocate for good must not come from the pool.
+    HostileRecordPeer() {
+        delete new (0) CCommMsg;
+        Receiver().ProcessEvents();
+    }
     void TearDown() override { EXPECT_EQ(pool.overruns, 0); }
 };
 

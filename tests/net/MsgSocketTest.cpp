@@ -94,6 +94,19 @@ TEST_F(MsgSocket, RecordsCutAtAnyByteArriveWhole) {
     }
 }
 
+TEST_F(MsgSocket, WhatComesWhileAHandlerProcessesEventsIsDeliveredBehindItsRecord) {
+    Connect(CSocket::MODE_EVENT);
+    receiver->meanwhile = [this] {
+        Send(Wire("two"));
+        Hear();
+    };
+    Send(Wire("one"));
+    Hear();
+    EXPECT_EQ(receiver->records, Records{"one"});
+    Hear();
+    EXPECT_EQ(receiver->records, (Records{"one", "two"}));
+}
+
 TEST_F(MsgSocket, Odd87AHandlerThatDisconnectsLeavesTheBufferAsItIs) {
     Connect(CSocket::MODE_EVENT);
     receiver->disconnectAt = 2;
@@ -154,16 +167,16 @@ TEST_F(MsgSocket, ARecordWithoutMemoryStaysInTheBuffer) {
     closesocket(peer);
 
     Connect(CSocket::MODE_EVENT);
-    const std::string half(2000, 'x');
     {
         const ImportPatch allocation(kLibrary, "malloc", NoMemoryForKilobytes);
-        Send(Wire(half));
+        Send(Wire(longest));
         Hear();
         EXPECT_TRUE(receiver->records.empty());
     }
     Send(Wire("more"));
     Hear();
-    EXPECT_EQ(receiver->records, (Records{half, "more"}));
+    Hear();
+    EXPECT_EQ(receiver->records, (Records{longest, "more"}));
 }
 
 TEST_F(MsgSocket, WritingSendsTheWireFormAndRestoresTheTimeOut) {
@@ -181,6 +194,9 @@ TEST_F(MsgSocket, WritingSendsTheWireFormAndRestoresTheTimeOut) {
     EXPECT_EQ(timeout, 1234u);
 
     EXPECT_EQ(receiver->Write(nullptr, 50), WSAEFAULT);
+    const auto endless = Message("x");
+    std::memset(endless->GetMsg(), 0xFF, 4); // its length word
+    EXPECT_EQ(receiver->Write(endless.get(), 50), WSAENOBUFS);
     const ImportPatch set(kLibrary, "setsockopt", CountSetTimeouts);
     EXPECT_EQ(receiver->Write(large.get(), 50), WSAENOPROTOOPT);
     const ImportPatch get(kLibrary, "getsockopt", NoOption);
