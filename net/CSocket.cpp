@@ -98,7 +98,7 @@ void CSocket::ShareWith(const CSocket& other) {
     m_ulLocalAddress = other.m_ulLocalAddress;
     m_Socket = other.m_Socket;
     if (m_Socket != INVALID_SOCKET && !AddOwner(AsResource(m_Socket))) m_Socket = INVALID_SOCKET;
-    m_bConnected = other.m_bConnected;
+    m_bConnected = other.m_bConnected && m_Socket == other.m_Socket;
     m_usPort = other.m_usPort;
     m_ulTimeout = other.m_ulTimeout;
     m_pExtra = Share<void*>(other.m_pExtra, nullptr);
@@ -121,6 +121,7 @@ void CSocket::LetGo() {
 
 int CSocket::OpenSocket(int type, int protocol) {
     (void)CloseSocket();
+    m_bConnected = false;
     m_Socket = socket(AF_INET, type, protocol);
     return m_Socket == INVALID_SOCKET ? SOCKET_ERROR : 0;
 }

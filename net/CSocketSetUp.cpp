@@ -27,16 +27,18 @@ void Drain(SOCKET socket) {
 } // namespace
 
 int CSocket::InitAsync(unsigned short port, const wchar_t* interfaceAddress, const wchar_t* mask) {
+    const HANDLE earlierEvent = m_hEvent;
     m_ulLocalAddress = GetLocalNetInterfaceAddress(interfaceAddress, mask);
     // ODD-77: without a socket this counts as success, unlike the other ways to set up.
     if (OpenSocket(SOCK_STREAM, 0) == SOCKET_ERROR) return 0;
     int result = BindTo(m_ulLocalAddress, port);
     if (result == 0) result = listen(m_Socket, SOMAXCONN);
     if (result == 0) result = ConfigureMode(WM_SOCKET_ACCEPT, FD_ACCEPT);
-    return ResultOfSetUp(result);
+    return ResultOfSetUp(result, earlierEvent);
 }
 
 int CSocket::InitBroadcast(unsigned short port, const wchar_t* interfaceAddress, const wchar_t* mask) {
+    const HANDLE earlierEvent = m_hEvent;
     m_ulLocalAddress = GetLocalNetInterfaceAddress(interfaceAddress, mask);
     int result = OpenSocket(SOCK_DGRAM, IPPROTO_UDP);
     m_usPort = port;
@@ -44,11 +46,12 @@ int CSocket::InitBroadcast(unsigned short port, const wchar_t* interfaceAddress,
     if (result == 0) result = SetOption(m_Socket, SOL_SOCKET, SO_BROADCAST, kOn);
     if (result == 0) result = BindTo(INADDR_ANY, port);
     if (result == 0) result = ConfigureMode(WM_SOCKET_DATA, FD_READ);
-    return ResultOfSetUp(result);
+    return ResultOfSetUp(result, earlierEvent);
 }
 
 int CSocket::InitMulticast(unsigned short port, const wchar_t* group, unsigned int ttl, const wchar_t* interfaceAddress,
                            const wchar_t* mask) {
+    const HANDLE earlierEvent = m_hEvent;
     m_ulLocalAddress = GetLocalNetInterfaceAddress(interfaceAddress, mask);
     int result = OpenSocket(SOCK_DGRAM, IPPROTO_UDP);
     m_usPort = port;
@@ -56,11 +59,10 @@ int CSocket::InitMulticast(unsigned short port, const wchar_t* group, unsigned i
     if (result == 0) result = ConfigureMode(WM_SOCKET_DATA, FD_READ);
     if (result == 0) result = SetScope(ttl);
     if (result == 0) result = JoinGroup(group);
-    return ResultOfSetUp(result);
+    return ResultOfSetUp(result, earlierEvent);
 }
 
 int CSocket::Connect(unsigned long address, unsigned short port) {
-    m_bConnected = false;
     if (OpenSocket(SOCK_STREAM, 0) == SOCKET_ERROR) return WSAGetLastError();
     const sockaddr_in peer = Endpoint(address, port);
     // ODD-78: after a failure the socket stays open.
@@ -106,9 +108,14 @@ int CSocket::BindTo(unsigned long address, unsigned short port) {
     return bind(m_Socket, reinterpret_cast<const sockaddr*>(&own), sizeof own);
 }
 
-int CSocket::ResultOfSetUp(int result) {
+int CSocket::ResultOfSetUp(int result, HANDLE earlierEvent) {
     const int error = ErrorOf(result);
-    if (error != 0) (void)CloseSocket();
+    if (error == 0) return 0;
+    (void)CloseSocket();
+    if (m_hEvent != earlierEvent) { // made for that socket alone
+        CloseHandle(m_hEvent);
+        m_hEvent = INVALID_HANDLE_VALUE;
+    }
     return error;
 }
 

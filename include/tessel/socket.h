@@ -98,7 +98,8 @@ public:
     /// @name Set-up
     ///
     /// An address of the machine itself is chosen by GetLocalNetInterfaceAddress(). After a failure the socket is
-    /// closed.
+    /// closed. In MODE_EVENT each set-up that succeeds makes a new event; an earlier one stays open and is lost: use a
+    /// fresh object for each connection.
     ///@{
 
     /// Becomes a listening server. WM_SOCKET_ACCEPT, or the event, tells of connections that wait.
@@ -152,8 +153,9 @@ public:
     int SetMode(MODE mode, unsigned int message, long events);
 
     /// Closes a connection gracefully: tells the peer that nothing more comes, reads and drops what the peer still
-    /// sends, and closes. On a blocking socket it waits until the peer closes too. A socket that cannot be shut down
-    /// (it never was connected, it listens) stays open.
+    /// sends, and closes. On a blocking socket it waits until the peer closes too, for ever when the peer's machine is
+    /// gone; after SetMode(MODE_NONBLOCKING, 0, 0) it waits for nothing. A socket that cannot be shut down (it never
+    /// was connected, it listens) stays open.
     /// @return 0, also without a socket; else a Winsock error
     virtual int Disconnect();
     ///@}
@@ -234,15 +236,17 @@ public:
     /// @name Files
     ///@{
 
-    /// Sends a message in its stream form, and directly behind it the bytes of a file.
+    /// Sends a message in its stream form, and directly behind it the bytes of a file: at most 2,147,483,646 bytes in
+    /// all. It waits until the peer took everything, whatever the send time-out.
     /// @param head  message, by which the peer knows what comes (its size, say); stays the caller's
     /// @param path  the file, which others may read and write meanwhile
     /// @return 0; the Win32 error when the file cannot be opened; else a Winsock error
     int WriteFile(const CCommMsg* head, const wchar_t* path);
 
-    /// Receives the bytes of a file. In MODE_EVENT it waits 30 s for each next part. It reads as long as bytes come,
-    /// so a blocking socket returns only after the peer has closed, and bytes beyond the expected ones are written to
-    /// the file too: let the peer wait before it sends anything else.
+    /// Receives the bytes of a file. In MODE_EVENT it waits 30 s for each next part; in MODE_WINDOW and
+    /// MODE_NONBLOCKING the first moment without data ends it. It reads as long as bytes come, so a blocking socket
+    /// returns only after the peer has closed, and bytes beyond the expected ones are written to the file too: let the
+    /// peer wait before it sends anything else.
     /// @param path          the file, made anew; after a failure it holds what came
     /// @param expectedSize  bytes to wait for; 0 takes what is there
     /// @return 0: at least that many came; 1: the peer closed before, or nothing came in time; the Win32 error when
@@ -289,7 +293,8 @@ public:
 
     /// Calls the On... operation of each event that came, in the order accept, connect, read, write, close. In
     /// MODE_WINDOW, where Windows keeps no events to be asked for, it looks at the socket instead: a connection that
-    /// waits, data that came, or a peer that closed once all its data is read.
+    /// waits, data that came, or a peer that closed once all its data is read. A handler may disconnect, but must not
+    /// destroy the object.
     /// @return 0; else a Winsock error, and none was called
     virtual int ProcessEvents();
 
@@ -305,8 +310,8 @@ public:
     /// @return true: it is
     bool IsBlockingMode() const { return m_Mode == MODE_BLOCKING; }
 
-    /// Whether Connect() or InitConnected() succeeded, and neither did Disconnect() since nor did the wait of
-    /// WriteMessage() fail. A peer that closes changes nothing here.
+    /// Whether Connect() or InitConnected() succeeded, and neither did Disconnect() or a new set-up since nor did the
+    /// wait of WriteMessage() fail. A peer that closes changes nothing here.
     /// @return true: connected
     bool IsConnected() const { return m_bConnected; }
 
@@ -321,7 +326,8 @@ public:
     bool HasIpAddress(const CIpAddress& address) const;
 
     /// Whether the address of the chosen interface is gone from the machine.
-    /// @return true: no interface but loopback has it; false: one does
+    /// @return true: no interface but loopback has it, none was chosen, or the interfaces cannot be listed, as more
+    ///         than 10 with loopback; false: one has it
     bool AddrChanged() const;
     ///@}
 
@@ -376,16 +382,17 @@ protected:
     /// Called by ProcessEvents() when a connection waits. Does nothing here.
     virtual void OnAccept();
 
-    /// Called by ProcessEvents() when a connection is made. Does nothing here.
+    /// Called by ProcessEvents() when a connection is made; not in MODE_WINDOW. Does nothing here.
     virtual void OnConnect();
 
     /// Called by ProcessEvents() when there is data to read. Does nothing here.
     virtual void OnRead();
 
-    /// Called by ProcessEvents() when data can be sent again. Does nothing here.
+    /// Called by ProcessEvents() when data can be sent again; not in MODE_WINDOW. Does nothing here.
     virtual void OnWrite();
 
-    /// Called by ProcessEvents() when the peer has closed. Does nothing here.
+    /// Called by ProcessEvents() when the peer has closed. It may be called twice for one close, and while data is
+    /// still there to be read. Does nothing here.
     virtual void OnClose();
 
 private:
@@ -398,7 +405,7 @@ private:
     int OpenSocket(int type, int protocol);
     int CloseSocket();
     int BindTo(unsigned long address, unsigned short port);
-    int ResultOfSetUp(int result);
+    int ResultOfSetUp(int result, HANDLE earlierEvent);
     int ConfigureMode(unsigned int message, long events);
     int SelectNewEvent(long events);
     void CancelNotification();

@@ -4,6 +4,7 @@
 #include <ws2tcpip.h>
 
 #include "support/ImportPatch.h"
+#include "support/LoopbackListener.h"
 
 #include <tessel/socket.h>
 
@@ -65,22 +66,21 @@ inline unsigned short FreePort(int type = SOCK_STREAM) {
     return ntohs(own.sin_port);
 }
 
+/// What AnswerReady() says of any socket; 0: nothing in time.
+inline int readySockets = 1;
+
+inline int WSAAPI AnswerReady(int, fd_set*, fd_set*, fd_set*, const timeval*) {
+    return readySockets;
+}
+
 /// A connection over loopback. Its near end is a bare handle to adopt, or of the library's in the mode in question; the
 /// far end is bare.
 class Connection {
 public:
     Connection() {
-        const Interfaces loopback;
-        const unsigned short port = FreePort();
-        CSocket server(CSocket::MODE_BLOCKING);
-        server.InitAsync(port, kOwn, kOwnMask);
-        bare = socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in to{};
-        to.sin_family = AF_INET;
-        to.sin_port = htons(port);
-        to.sin_addr.s_addr = kLoopback;
-        connect(bare, reinterpret_cast<sockaddr*>(&to), sizeof to);
-        handle = Take(server);
+        const LoopbackListener listener;
+        bare = LoopbackListener::Connect(listener.Port());
+        handle = listener.Accept();
     }
     explicit Connection(CSocket::MODE mode) : Connection() {
         own = std::make_unique<CSocket>(handle, mode, nullptr);
@@ -105,21 +105,6 @@ public:
 
     const CSocket keepsWinsockStarted;
     SOCKET bare;
-    SOCKET handle = INVALID_SOCKET; ///< of the near end
+    SOCKET handle; ///< of the near end
     std::unique_ptr<CSocket> own;
-
-private:
-    /// Accepts with the library, whose object would keep the handle to itself.
-    static SOCKET Take(CSocket& server) {
-        const ImportPatch patch(L"Tessel.dll", "accept", &Accept);
-        CSocket* accepted = nullptr;
-        server.Accept(&accepted);
-        return last;
-    }
-    static SOCKET WSAAPI Accept(SOCKET socket, sockaddr* from, int* size) {
-        last = accept(socket, from, size);
-        WSASetLastError(WSAECONNRESET);
-        return INVALID_SOCKET;
-    }
-    static inline SOCKET last;
 };

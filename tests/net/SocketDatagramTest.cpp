@@ -16,14 +16,16 @@ std::unique_ptr<CCommMsg> Message(const std::string& text) {
     return message;
 }
 
-std::string ReceiveText(CSocket& socket) {
+std::string ReceiveText(CSocket& socket, int result = 0) {
     char text[100];
     unsigned int count = 0;
     sockaddr_in from{};
     unsigned int fromLength = sizeof from;
+    EXPECT_EQ(WaitForSingleObject(socket.GetEventHandle(), 10000), WAIT_OBJECT_0);
     EXPECT_EQ(socket.ReceiveFrom(reinterpret_cast<unsigned char*>(text), sizeof text, &from, &fromLength, &count, 0),
-              0);
+              result);
     EXPECT_EQ(fromLength, sizeof from);
+    EXPECT_TRUE(from.sin_family == AF_INET && from.sin_port != 0);
     return {text, count};
 }
 
@@ -48,23 +50,22 @@ int WSAAPI EverythingWorks(SOCKET, DWORD, void*, DWORD, void*, DWORD, DWORD* ret
     return 0;
 }
 
+HANDLE lastEvent;
+
+HANDLE WINAPI NoteEvent(SECURITY_ATTRIBUTES* attributes, BOOL manual, BOOL set, const wchar_t* name) {
+    return lastEvent = CreateEventW(attributes, manual, set, name);
+}
+
 } // namespace
 
-TEST(SocketDatagrams, ABroadcastReachesTheSubnetWithoutTheLengthWord) {
+TEST(SocketDatagrams, Odd81ABroadcastReachesTheSubnetWithoutTheLengthWord) {
     const Interfaces loopback;
-    CSocket socket;
+    CSocket socket(CSocket::MODE_EVENT);
     ASSERT_EQ(socket.InitBroadcast(FreePort(SOCK_DGRAM), kOwn, kOwnMask), 0);
     EXPECT_EQ(socket.Broadcast(Message("to all").get(), 0, true), 0);
     EXPECT_EQ(ReceiveText(socket), "to all");
-}
-
-TEST(SocketDatagrams, Odd81AnEmptyDatagramLooksLikeAPeerThatClosed) {
-    const Interfaces loopback;
-    CSocket socket;
-    ASSERT_EQ(socket.InitBroadcast(FreePort(SOCK_DGRAM), kOwn, kOwnMask), 0);
     EXPECT_EQ(socket.Broadcast(Message("").get(), 0, true), 0);
-    unsigned char room = 0;
-    EXPECT_EQ(socket.ReceiveFrom(&room, 1, nullptr, nullptr, nullptr, 0), WSAEDISCON);
+    EXPECT_EQ(ReceiveText(socket, WSAEDISCON), "");
 }
 
 TEST(SocketDatagrams, GoToTheAddressesOfTheChosenInterface) {
@@ -94,21 +95,24 @@ TEST(SocketDatagrams, GoToTheAddressesOfTheChosenInterface) {
 TEST(SocketDatagrams, AGroupIsJoinedAndReached) {
     const Interfaces loopback;
     const ImportPatch patch(L"Tessel.dll", "setsockopt", &NoteOption);
-    CSocket socket;
+    CSocket socket(CSocket::MODE_EVENT);
     ASSERT_EQ(socket.InitMulticast(FreePort(SOCK_DGRAM), kGroup, 1, kOwn, kOwnMask), 0);
     EXPECT_EQ(options, (std::vector{IP_MULTICAST_TTL, IP_MULTICAST_IF, IP_ADD_MEMBERSHIP})); // the scope is refused
     EXPECT_EQ(socket.Multicast(Message("to the group").get(), kGroup, 0), 0);
     EXPECT_EQ(ReceiveText(socket), "to the group");
 }
 
-TEST(SocketDatagrams, AGroupThatCannotBeJoinedLeavesNoSocket) {
+TEST(SocketDatagrams, AGroupThatCannotBeJoinedLeavesNeitherSocketNorEvent) {
     const ImportPatch ioctl(L"Tessel.dll", "WSAIoctl", &EverythingWorks);
     const ImportPatch patch(L"Tessel.dll", "setsockopt", &NoteOption);
-    CSocket socket;
+    const ImportPatch create(L"Tessel.dll", "CreateEventW", &NoteEvent);
+    CSocket socket(CSocket::MODE_EVENT);
     options.clear();
     for (const wchar_t* const group : {L"no group", static_cast<const wchar_t*>(nullptr)}) {
         EXPECT_NE(socket.InitMulticast(FreePort(SOCK_DGRAM), group, 1, kOwn, kOwnMask), 0);
         EXPECT_TRUE(socket.IsSocket(INVALID_SOCKET));
+        EXPECT_EQ(socket.GetEventHandle(), INVALID_HANDLE_VALUE);
+        EXPECT_FALSE(CloseHandle(lastEvent)) << "it is closed already";
     }
     EXPECT_EQ(options, (std::vector{IP_MULTICAST_IF, IP_ADD_MEMBERSHIP, IP_MULTICAST_IF, IP_ADD_MEMBERSHIP}));
 }

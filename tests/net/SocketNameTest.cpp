@@ -22,10 +22,6 @@ int WSAAPI NoteRequest(SOCKET, const char* data, int size, int, const sockaddr*,
     return size;
 }
 
-int WSAAPI AlwaysReady(int, fd_set*, fd_set*, fd_set*, const timeval*) {
-    return 1;
-}
-
 int replySize;
 
 int WSAAPI ShortReply(SOCKET, char*, int, int, sockaddr*, int*) {
@@ -105,12 +101,16 @@ TEST(SocketPing, Odd84EveryIcmpMessageCountsAsAReply) {
 
 TEST(SocketPing, SendsARequestOf45BytesAndTakesAnyReply) {
     const ImportPatch sending(L"Tessel.dll", "sendto", &NoteRequest);
-    const ImportPatch waiting(L"Tessel.dll", "select", &AlwaysReady);
+    const ImportPatch waiting(L"Tessel.dll", "select", &AnswerReady);
     const ImportPatch receiving(L"Tessel.dll", "recvfrom", &ShortReply);
     for (const int size : {SOCKET_ERROR, 0, 32}) {
         replySize = size;
         EXPECT_EQ(CSocket::Ping("127.0.0.1", 1), 1);
     }
+    readySockets = 0;
+    EXPECT_EQ(CSocket::Ping("127.0.0.1", 2), 0);
+    readySockets = 1;
+    EXPECT_EQ(identifiers.size(), 4u) << "an answer that stays out ends it";
     ASSERT_EQ(request.size(), 45u);
     EXPECT_EQ(Sum(request), 0xFFFFu);
     EXPECT_EQ(request[0], 8);
