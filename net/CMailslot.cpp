@@ -81,6 +81,7 @@ void CMailslot::LetGo() {
     tessel::CancelOverlapped(m_hMailslot, m_Overlapped);
     if (tessel::IsHandle(m_hMailslot)) (void)tessel::ReleaseHandle(m_hMailslot); // it was opened here
     m_hMailslot = INVALID_HANDLE_VALUE;
+    m_bPending = FALSE;
 }
 
 unsigned long CMailslot::KeepError(bool succeeded) {

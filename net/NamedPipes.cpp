@@ -75,6 +75,8 @@ void CClientNamedPipe::ShareWith(const CClientNamedPipe& other) {
 
 void CClientNamedPipe::LetGo() {
     tessel::CancelOverlapped(m_hPipe, m_Overlapped);
+    (void)GetStatus(); // how that ended; a server that opens anew keeps it
+    m_bPending = false;
     if (tessel::IsHandle(m_hPipe)) (void)tessel::ReleaseHandle(m_hPipe); // it was opened here
     m_hPipe = INVALID_HANDLE_VALUE;
 }
@@ -100,7 +102,7 @@ OVERLAPPED* CClientNamedPipe::Prepare(void* event) {
 
 bool CClientNamedPipe::Started(bool succeeded) {
     m_ulStatus = succeeded ? PIPE_CONNECTED : GetLastError();
-    if (m_ulStatus == ERROR_IO_PENDING) m_bPending = true;
+    m_bPending = m_ulStatus == ERROR_IO_PENDING; // what ended at once has no record to ask
     return succeeded; // ODD-88: an overlapped transfer that has started counts as a failure, unlike a mailslot's
 }
 

@@ -23,14 +23,17 @@ inline bool ReleaseHandle(HANDLE handle) {
     return CloseHandle(handle) != 0;
 }
 
-/// Cancels an overlapped operation and waits until the system does not write to its record any more.
-/// @param handle  the handle that it runs on, if any
-/// @param record  its record; one of which nothing is under way is left alone
+/// Cancels overlapped operations and waits until the system does not write to their record any more.
+/// @param handle  the handle that they run on, if any
+/// @param record  their record: several may have been started on it; one of which nothing is under way is left alone
 inline void CancelOverlapped(HANDLE handle, OVERLAPPED& record) {
     // GUARD-77: the system would write to the record when the object is no more.
-    if (!IsHandle(handle) || !CancelIoEx(handle, &record)) return; // it ended, or has another object's record
-    // The event is the caller's, who may have closed it or may take its signal: the record itself tells.
-    while (!HasOverlappedIoCompleted(&record)) Sleep(1);
+    while (IsHandle(handle) && CancelIoEx(handle, &record)) { // else it ended, or has another object's record
+        // The event is the caller's, who may have closed it or may take its signal: the record itself tells.
+        do {
+            Sleep(1);
+        } while (!HasOverlappedIoCompleted(&record));
+    }
 }
 
 } // namespace tessel

@@ -66,7 +66,7 @@ public:
     bool Write(unsigned char* buffer, unsigned long size, unsigned long* written) const;
 
     /// Result of the last operation or, while a read is pending, how that goes; never waits. A read that failed is
-    /// asked about again by each further call, until another operation starts.
+    /// asked about again by each further call, until the next one starts or the object is opened anew.
     /// @param transferred  receives the bytes of a read that has ended; otherwise unchanged; may be null
     /// @return 0: done; ERROR_IO_PENDING (997): under way; else a Win32 error
     unsigned long GetStatus(unsigned long* transferred);
@@ -86,7 +86,7 @@ public:
     unsigned long SetInfo(unsigned long readTimeout);
 
     /// Cancels a read that is pending and closes the handle, which stays open for copies. GetStatus() still tells of
-    /// that read until the next one starts, as a rule ERROR_OPERATION_ABORTED (995).
+    /// that read until the next one starts or the object is opened anew, as a rule ERROR_OPERATION_ABORTED (995).
     /// @return true: closed; false: the error is kept
     bool Close();
 
@@ -193,7 +193,7 @@ public:
 
     /// Cancels an operation that is pending and closes the handle, which stays open for copies. The status is
     /// PIPE_CLOSED; but GetStatus() still tells of an operation that it has not reported as done, as a rule
-    /// ERROR_OPERATION_ABORTED (995).
+    /// ERROR_OPERATION_ABORTED (995), until the next one starts or the object is opened anew.
     virtual void Close();
 
 private:
@@ -257,6 +257,7 @@ public:
     void Close() override;
 
     /// Waits until the client has read everything and disconnects it; the end can then await the next client. The
-    /// status is PIPE_CLOSED.
+    /// status is PIPE_CLOSED; as after Close(), GetStatus() may still tell of an operation that it has not reported as
+    /// done.
     void CloseInstance();
 };
