@@ -30,7 +30,7 @@ void WriteDotted(unsigned long value, wchar_t (&text)[kTextSize]) {
 template <class Character> Character* WriteInto(Character*& cache, unsigned long address) {
     if (cache == nullptr) cache = new (std::nothrow) Character[kTextSize];
     if (cache == nullptr) return nullptr;
-    wchar_t text[kTextSize];
+    wchar_t text[kTextSize] = {};
     WriteDotted(ntohl(address), text);
     std::transform(text, std::end(text), cache, [](wchar_t character) { return static_cast<Character>(character); });
     return cache;

@@ -26,7 +26,7 @@ bool LeadsTo(const wchar_t* localName, const wchar_t* remoteName) {
     auto length = static_cast<DWORD>(std::wcslen(remoteName)) + 1;
     const std::unique_ptr<wchar_t[]> behind(new (std::nothrow) wchar_t[length]{});
     if (behind == nullptr || WNetGetConnectionW(localName, behind.get(), &length) != NO_ERROR) return false;
-    return _wcsicmp(behind.get(), remoteName) == 0;
+    return CompareStringOrdinal(behind.get(), -1, remoteName, -1, TRUE) == CSTR_EQUAL;
 }
 
 unsigned long Connect(wchar_t* remoteName, const wchar_t* userName, const wchar_t* password, wchar_t* localName) {

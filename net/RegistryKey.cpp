@@ -9,7 +9,8 @@ namespace tessel {
 
 bool RegistryKey::Read(const wchar_t* name) const {
     unsigned long size = 0; // asked for so that the accessor grows with the value
-    return m_key != nullptr && m_registry.ReadKey(m_key, name, 0, &size) == ERROR_SUCCESS;
+    return m_key != nullptr && m_registry.ReadKey(m_key, name, 0, &size) == ERROR_SUCCESS &&
+           m_registry.GetStatus() != CReg::NO_BUFFER; // which alone tells of missing memory
 }
 
 void RegistryKey::SaveText(const wchar_t* name, const wchar_t* text) const {

@@ -101,8 +101,9 @@ public:
     void SetDhcpSetting(bool on);
 
     /// The card's address: the one that DHCP assigned when DHCP is on (the setting is not 0), else the fixed one.
-    /// @param out  receives up to ADDRESS_SIZE characters: the text in the registry, "0.0.0.0" where that is no text
-    ///             or does not fit. Left untouched when nothing is there to read: preset it. Null is ignored.
+    /// @param out  a buffer of ADDRESS_SIZE characters: receives the text in the registry, with a 0 as the last
+    ///             character however short it is; "0.0.0.0" where that is no text or does not fit. Left untouched when
+    ///             nothing is there to read: preset it. Null is ignored.
     void GetIpAddress(wchar_t* out);
 
     /// The card's subnet mask, chosen as GetIpAddress(wchar_t*) does.

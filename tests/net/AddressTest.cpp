@@ -4,7 +4,6 @@
 #include <tessel/address.h>
 
 #include <memory>
-#include <string>
 
 namespace {
 

@@ -22,10 +22,12 @@ public:
         std::vector<unsigned char> answer{0x00, 0xA0, 0xC9, 0x14, 0xC8, 0x29}; // empty: the driver refuses
     } does;
     std::vector<std::wstring> calls;
+    std::wstring asked;      // the name whose target was looked up
     HANDLE handle = nullptr; // open while the driver is asked
 
 private:
-    static DWORD WINAPI Query(const wchar_t*, wchar_t* target, DWORD) {
+    static DWORD WINAPI Query(const wchar_t* name, wchar_t* target, DWORD) {
+        s_self->asked = name;
         *target = L'\0';
         SetLastError(s_self->does.queryError);
         return s_self->does.queryError == 0 ? 1 : 0;

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <tessel/networkid.h>
 
+#include <utility>
+
 using namespace std::literals;
 
 namespace {
@@ -18,7 +20,12 @@ bool allowed = true;
 LONG lsaResult = 0;
 POLICY_PRIMARY_DOMAIN_INFO domain{};
 HANDLE tool = nullptr;
+PROCESS_INFORMATION started{};
 DWORD toolWait = WAIT_OBJECT_0;
+
+void* __cdecl NoMemory(std::size_t, std::size_t) {
+    return nullptr;
+}
 
 BOOL WINAPI SetName(const wchar_t* name) {
     seen += name;
@@ -26,20 +33,32 @@ BOOL WINAPI SetName(const wchar_t* name) {
     return allowed;
 }
 
-NTSTATUS WINAPI QueryPolicy(LSA_HANDLE, POLICY_INFORMATION_CLASS, void** information) {
+NTSTATUS WINAPI OpenPolicy(LSA_UNICODE_STRING*, LSA_OBJECT_ATTRIBUTES*, ACCESS_MASK access, LSA_HANDLE* policy) {
+    seen += std::to_wstring(access);
+    *policy = &domain;
+    return 0;
+}
+
+NTSTATUS WINAPI ClosePolicy(LSA_HANDLE policy) {
+    seen += policy == &domain ? L" closed" : L" closed something else";
+    return 0;
+}
+
+NTSTATUS WINAPI QueryPolicy(LSA_HANDLE, POLICY_INFORMATION_CLASS kind, void** information) {
+    seen += L" " + std::to_wstring(kind);
     *information = &domain;
     return lsaResult;
 }
 
 NTSTATUS WINAPI FreePolicy(void* information) {
-    seen += information == &domain ? L"freed" : L"freed something else";
+    seen += information == &domain ? L" freed" : L" freed something else";
     return 0;
 }
 
-NTSTATUS WINAPI SetPolicy(LSA_HANDLE, POLICY_INFORMATION_CLASS, void* information) {
+NTSTATUS WINAPI SetPolicy(LSA_HANDLE, POLICY_INFORMATION_CLASS kind, void* information) {
     const auto& record = *static_cast<POLICY_PRIMARY_DOMAIN_INFO*>(information);
-    seen += record.Name.Buffer + L" "s + std::to_wstring(record.Name.Length) + L" " +
-            std::to_wstring(record.Name.MaximumLength) + (record.Sid == nullptr ? L" no sid" : L" sid");
+    seen += L" " + std::to_wstring(kind) + L" " + record.Name.Buffer + L" "s + std::to_wstring(record.Name.Length) +
+            L" " + std::to_wstring(record.Name.MaximumLength) + (record.Sid == nullptr ? L" no sid" : L" sid");
     return lsaResult;
 }
 
@@ -52,11 +71,12 @@ BOOL WINAPI StartTool(const wchar_t*, wchar_t* line, SECURITY_ATTRIBUTES*, SECUR
     GetModuleFileNameW(nullptr, program, MAX_PATH);
     std::wstring own = L"\"" + std::wstring(program) + L"\" --role none";
     const DWORD suspended = toolWait == WAIT_TIMEOUT ? CREATE_SUSPENDED : 0;
-    const BOOL started =
+    const BOOL result =
         CreateProcessW(nullptr, own.data(), nullptr, nullptr, FALSE, suspended, nullptr, nullptr, startup, process);
     DuplicateHandle(GetCurrentProcess(), process->hProcess, GetCurrentProcess(), &tool, 0, FALSE,
                     DUPLICATE_SAME_ACCESS);
-    return started;
+    started = *process;
+    return result;
 }
 
 DWORD WINAPI WaitForTool(HANDLE process, DWORD milliseconds) {
@@ -130,7 +150,7 @@ TEST_F(NetworkIdTest, NamesAreValidatedUpToTheFirstBadCharacterAndAddressesAgain
     EXPECT_EQ(identity.ValidateName(L"PC 1"), VN_SPACE);
     EXPECT_EQ(identity.ValidateName(L"PC*1"), VN_BAD_CHAR);
     EXPECT_EQ(identity.ValidateName(L"PC*1 2"), VN_BAD_CHAR);
-    EXPECT_EQ(identity.ValidateName(L"Lab-PC_{2}.~"), VN_VALID);
+    EXPECT_EQ(identity.ValidateName(L"aZ9!@#$%^&()-_'{}.~"), VN_VALID);
     EXPECT_EQ(identity.ValidateIpAddr(0x0A000000, 0xFF000000), VI_NO_HOST_PART);
     EXPECT_EQ(identity.ValidateIpAddr(0x0A000001, 0xFF00FF00), VI_BAD_MASK);
     EXPECT_EQ(identity.ValidateIpAddr(0x0A000001, 0xFFFFFFFF), VI_BAD_MASK);
@@ -141,8 +161,7 @@ TEST_F(NetworkIdTest, NamesAreValidatedUpToTheFirstBadCharacterAndAddressesAgain
 }
 
 TEST_F(NetworkIdTest, Odd98DhcpDecidesWhichValuesAreReadAndMissingOnesLeaveTheTextAlone) {
-    SetAdapter(L"IpAddress", L"10.0.0.1\0"
-                             L"10.0.0.2\0\0"sv);
+    SetAdapter(L"IpAddress", L"10.0.0.1\0"s + std::wstring(120, L'2') + L"\0\0"s);
     SetAdapter(L"DhcpIpAddress", L"192.168.0.7\0"sv, REG_SZ);
     SetAdapter(L"SubnetMask", L"255.255.0.0\0\0"sv);
     SetAdapter(L"DhcpDefaultGateway", L"192.168.0.1\0\0"sv);
@@ -200,31 +219,30 @@ TEST_F(NetworkIdTest, Odd97OnlyFixedValuesThatAreThereAreSet) {
     identity.SetDefGateway(L"10.0.0.254");
     EXPECT_EQ(machine.Get(kAdapter, L"IpAddress"), L"7:10.0.0.9\0\0"sv);
     EXPECT_EQ(machine.Get(kAdapter, L"SubnetMask"), L"7:255.255.255.0\0\0"sv);
+    const ImportPatch memory(L"Tessel.dll", "calloc", NoMemory);
+    CNetworkId(identity).SetDefGateway(L"10.0.0.254");
     EXPECT_EQ(machine.Get(kAdapter, L"DefaultGateway"), L"none");
 }
 
-TEST_F(NetworkIdTest, WorkgroupNameNeedsNoTerminator) {
+TEST_F(NetworkIdTest, WorkgroupNameNeedsNoTerminatorAndIsSetWithoutASid) {
+    Reports reports;
     CNetworkId identity;
     wchar_t name[64];
     EXPECT_EQ(identity.GetWorkgroupName(name), 0U) << "the system's own";
+    const ImportPatch open(L"Tessel.dll", "LsaOpenPolicy", OpenPolicy);
     const ImportPatch query(L"Tessel.dll", "LsaQueryInformationPolicy", QueryPolicy);
     const ImportPatch release(L"Tessel.dll", "LsaFreeMemory", FreePolicy);
+    const ImportPatch set(L"Tessel.dll", "LsaSetInformationPolicy", SetPolicy);
+    const ImportPatch close(L"Tessel.dll", "LsaClose", ClosePolicy);
     wchar_t known[] = L"LABxxxx";
     domain.Name = {3 * sizeof(wchar_t), 3 * sizeof(wchar_t), known};
     EXPECT_EQ(identity.GetWorkgroupName(name), 0U);
     EXPECT_STREQ(name, L"LAB");
-    EXPECT_EQ(seen, L"freed");
+    EXPECT_EQ(std::exchange(seen, L""), L"1 3 freed closed");
+    EXPECT_EQ(identity.SetWorkgroupName(L"LAB"), 0U);
+    EXPECT_EQ(seen, L"8 3 LAB 6 8 no sid closed");
     lsaResult = static_cast<LONG>(0xC0000022);
     EXPECT_EQ(identity.GetWorkgroupName(name), DWORD{ERROR_ACCESS_DENIED});
-}
-
-TEST_F(NetworkIdTest, WorkgroupIsSetWithoutASid) {
-    Reports reports;
-    const ImportPatch set(L"Tessel.dll", "LsaSetInformationPolicy", SetPolicy);
-    CNetworkId identity;
-    EXPECT_EQ(identity.SetWorkgroupName(L"LAB"), 0U);
-    EXPECT_EQ(seen, L"LAB 6 8 no sid");
-    lsaResult = static_cast<LONG>(0xC0000022);
     EXPECT_EQ(identity.SetWorkgroupName(L"LAB"), DWORD{ERROR_ACCESS_DENIED});
     EXPECT_EQ(identity.SetWorkgroupName(std::wstring(32767, L'x').c_str()), DWORD{ERROR_INVALID_PARAMETER});
     EXPECT_EQ(reports.Take(), Texts{});
@@ -243,6 +261,8 @@ TEST_F(NetworkIdTest, ConfigurationToolIsWaitedForOrEnded) {
     identity.ReleaseDhcp();
     GetExitCodeProcess(tool, &exitCode);
     EXPECT_EQ(exitCode, 98U);
+    DWORD flags = 0;
+    EXPECT_FALSE(GetHandleInformation(started.hProcess, &flags) || GetHandleInformation(started.hThread, &flags));
     EXPECT_EQ(seen, line + L"/release 13210 5000");
 
     seen.clear();

@@ -92,8 +92,9 @@ TEST_F(NetworkShare, ADeviceThatLeadsToTheShareAlreadyIsASuccess) {
     lookUpResult = 0;
     behindDevice = L"\\\\other\\share";
     EXPECT_EQ(share->Open(remote, nullptr, nullptr, local), Code(ERROR_ALREADY_ASSIGNED));
-    behindDevice = L"\\\\SERVER\\Share";
-    EXPECT_EQ(share->Open(remote, nullptr, nullptr, local), 0u);
+    wchar_t umlaut[] = L"\\\\server\\sh\u00E4re";
+    behindDevice = L"\\\\SERVER\\Sh\u00C4re";
+    EXPECT_EQ(share->Open(umlaut, nullptr, nullptr, local), 0u);
     calls.clear();
     share.reset();
     EXPECT_EQ(calls, Calls{L"cancel Z: 0 0"});
