@@ -26,6 +26,8 @@ need_benchmark_source() {
         cd "$folder"
         apt "${options[@]}" update && apt "${options[@]}" source --download-only benchmark
     ) >>"$build/setup.log" 2>&1 || fail "the source of Google Benchmark cannot be fetched (log: build/setup.log)"
-    mkdir -p "$benchmark_source"
-    tar -xf "$folder"/benchmark_*.orig.tar.* -C "$benchmark_source" --strip-components 1
+    rm -rf "$benchmark_source" "$benchmark_source.new"
+    mkdir "$benchmark_source.new"
+    tar -xf "$folder"/benchmark_*.orig.tar.* -C "$benchmark_source.new" --strip-components 1
+    mv "$benchmark_source.new" "$benchmark_source" # only now is it whole
 }

@@ -76,7 +76,7 @@ need_build_packages() { install_packages "${build_packages[@]}"; }
 need_run_packages() {
     install_wine_for_both
     install_packages "${run_packages[@]}"
-    have_wine32 || say "no 32-bit Wine can be had on this machine: the 64-bit build is used"
+    have_wine32 || say "no 32-bit Wine could be had: the 64-bit build is used; ./dev setup tries again"
 }
 
 # The bitnesses whose programs can be run here.

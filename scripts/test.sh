@@ -15,11 +15,12 @@ for preset in $presets; do compile "$preset"; done
 start_sound
 start_wine
 failed=
+heap_checks_off
 for preset in $presets; do
     case $preset in checked*) heap_checks_on "$build/$preset/bin" ;; esac
     say "testing $preset"
     ctest --preset "$preset" -j 2 ${1:+-R "$1"} || failed+=" $preset"
-    case $preset in checked*) heap_checks_off "$build/$preset/bin" ;; esac
 done
+heap_checks_off
 [ -z "$failed" ] || fail "tests failed in:$failed"
 say "all tests passed in: $presets"

@@ -10,6 +10,8 @@ prefix_mark=$WINEPREFIX/.tessel-ready
 
 start_display() {
     local number
+    trap stop_wine EXIT
+    trap 'exit 130' INT TERM
     exec 8< <(exec Xvfb -displayfd 1 -screen 0 1280x1024x24 -nolisten tcp 2>/dev/null 9>&-)
     xvfb_pid=$!
     read -r -t 20 number <&8 || fail "Xvfb did not start"
@@ -40,7 +42,7 @@ create_prefix() {
     say "creating a Wine prefix in build/wine"
     rm -rf "$WINEPREFIX"
     timeout 300 wineboot -i >"$build/wineboot.log" 2>&1 9>&- || fail "wineboot failed (log: build/wineboot.log)"
-    timeout 60 wineserver -w
+    timeout 60 wineserver -w || fail "Wine does not come to rest (log: build/wineboot.log)"
     link_wine_files "$WINEPREFIX/drive_c/windows/system32" /usr/lib/x86_64-linux-gnu/wine/x86_64-windows
     link_wine_files "$WINEPREFIX/drive_c/windows/syswow64" /usr/lib/i386-linux-gnu/wine/i386-windows
     touch "$prefix_mark"
@@ -49,8 +51,8 @@ create_prefix() {
 # In a shell of its own: the caller's display stays as it is.
 need_prefix() (
     [ ! -e "$prefix_mark" ] || exit 0
+    sound_server= # the caller's goes on
     start_display
-    trap stop_display EXIT
     create_prefix
 )
 
@@ -59,7 +61,7 @@ need_prefix() (
 start_server() {
     trap stop_wine EXIT
     trap 'exit 130' INT TERM
-    timeout 60 wineserver -p 9>&- >/dev/null 2>&1
+    timeout 60 wineserver -p 9>&- >/dev/null 2>&1 || fail "Wine's server does not start"
     timeout 120 wine cmd /c exit >"$build/warm-up.log" 2>&1 9>&- || fail "Wine does not start (log: build/warm-up.log)"
 }
 
@@ -88,13 +90,10 @@ image_options='HKLM\Software\Microsoft\Windows NT\CurrentVersion\Image File Exec
 heap_checks_on() {
     local program
     for program in "$1"/*_tests.exe; do
-        wine reg add "$image_options\\${program##*/}" /v GlobalFlag /t REG_DWORD /d 0xF0 /f >/dev/null 2>&1 9>&-
+        wine reg add "$image_options\\${program##*/}" /v GlobalFlag /t REG_DWORD /d 0xF0 /f >/dev/null 2>&1 9>&- ||
+            fail "heap checks cannot be turned on"
     done
 }
 
-heap_checks_off() {
-    local program
-    for program in "$1"/*_tests.exe; do
-        wine reg delete "$image_options\\${program##*/}" /f >/dev/null 2>&1 9>&-
-    done
-}
+# Also those that a run which was cut off has left.
+heap_checks_off() { wine reg delete "$image_options" /f >/dev/null 2>&1 9>&- || true; }
