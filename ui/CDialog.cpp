@@ -1,6 +1,7 @@
 #include <foundation/SharedOwners.h>
 #include <ui/ControlClass.h>
 #include <ui/DialogCommands.h>
+#include <ui/DialogImages.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -19,29 +20,6 @@ struct DialogInterfaceLayout {
     static_assert(!kOn32Bits || sizeof(DIALOG_INTERFACE) == 80);
 };
 
-namespace {
-
-/// GUARD-45: a list view that outlives the image list would draw from freed memory.
-BOOL CALLBACK TakeImagesAway(HWND hWnd, LPARAM images) {
-    if (tessel::ClassifyControl(hWnd) == FT_LISTVIEW &&
-        SendMessageW(hWnd, LVM_GETIMAGELIST, LVSIL_SMALL, 0) == images) {
-        SendMessageW(hWnd, LVM_SETIMAGELIST, LVSIL_SMALL, 0);
-    }
-    return TRUE;
-}
-
-BOOL CALLBACK TakeImagesAwayBelow(HWND hWnd, LPARAM images) {
-    EnumChildWindows(hWnd, TakeImagesAway, images);
-    return TakeImagesAway(hWnd, images);
-}
-
-void DestroyImages(HIMAGELIST images) {
-    EnumThreadWindows(GetCurrentThreadId(), TakeImagesAwayBelow, reinterpret_cast<LPARAM>(images));
-    ImageList_Destroy(images);
-}
-
-} // namespace
-
 DIALOG_INTERFACE::DIALOG_INTERFACE(HWND dialog)
     : hOwnDialog(nullptr), hDialog(dialog), hCtrl(nullptr), CtrlId(0), CtrlType(FT_UNKNOWN), Command(CMD_POSITION),
       Action(DA_SHOW), X(0), Y(0), Index(0), BufferLen(0), Data(0), Color(0), hImageList(nullptr),
@@ -58,14 +36,14 @@ DIALOG_INTERFACE::DIALOG_INTERFACE(const DIALOG_INTERFACE& other) {
 
 DIALOG_INTERFACE& DIALOG_INTERFACE::operator=(const DIALOG_INTERFACE& other) {
     if (this == &other) return *this;
-    if (hImageList != nullptr) (void)tessel::RemoveOwner(hImageList); // the last one leaves it to its control
+    if (hImageList != nullptr && tessel::RemoveOwner(hImageList)) tessel::LeaveImages(hImageList, hDialog);
     ShareFields(other);
     return *this;
 }
 
 DIALOG_INTERFACE::~DIALOG_INTERFACE() {
     // GUARD-44: the last copy destroys the image list; each doing so would free it twice.
-    if (hImageList != nullptr && tessel::RemoveOwner(hImageList)) DestroyImages(hImageList);
+    if (hImageList != nullptr && tessel::RemoveOwner(hImageList)) tessel::DestroyImages(hImageList);
     // ODD-40: the first copy to go destroys the dialog, whoever else still uses it.
     if (IsWindow(hOwnDialog)) DestroyWindow(hOwnDialog);
 }

@@ -1,6 +1,8 @@
 #include <foundation/SharedOwners.h>
 #include <ui/DialogCommands.h>
+#include <ui/DialogImages.h>
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -32,20 +34,20 @@ int DIALOG_INTERFACE::InitIconList(const unsigned int* bitmapIds, HINSTANCE inst
     const HIMAGELIST before = std::exchange(hImageList, images);
     const bool complete = AddImages(images, bitmapIds, instance);
     if (selected && !complete) Send(LVM_GETIMAGELIST, LVSIL_SMALL);
-    const LRESULT replaced = selected ? SetSmallImages() : 0;
+    const HIMAGELIST replaced = selected ? SetSmallImages() : nullptr;
     if (before == nullptr || !tessel::RemoveOwner(before)) return 1;
-    // The control of an earlier call may still draw from the list that it got.
-    if (reinterpret_cast<LRESULT>(before) == replaced) ImageList_Destroy(before);
+    if (before == replaced) {
+        ImageList_Destroy(before);
+    } else {
+        tessel::LeaveImages(before, hDialog); // the control of an earlier call may still draw from it
+    }
     return 1;
 }
 
 /// @return the image list that the control had
-LRESULT DIALOG_INTERFACE::SetSmallImages() const {
-    if (CtrlType == FT_LISTVIEW) {
-        // GUARD-45: the list view would destroy the image list, and the object would once more.
-        SetWindowLongPtrW(hCtrl, GWL_STYLE, GetWindowLongPtrW(hCtrl, GWL_STYLE) | LVS_SHAREIMAGELISTS);
-    }
-    return SendData(LVM_SETIMAGELIST, LVSIL_SMALL, hImageList);
+HIMAGELIST DIALOG_INTERFACE::SetSmallImages() {
+    if (CtrlType == FT_LISTVIEW) return tessel::ShowImages(hCtrl, hImageList);
+    return reinterpret_cast<HIMAGELIST>(SendData(LVM_SETIMAGELIST, LVSIL_SMALL, hImageList));
 }
 
 int DIALOG_INTERFACE::SetListViewState(int index, int withSelection, UINT state) {

@@ -60,7 +60,8 @@ public:
     /// @param other  object to copy
     DIALOG_INTERFACE(const DIALOG_INTERFACE& other);
 
-    /// Copies every field; the dialog and the image list held before are not destroyed.
+    /// Copies every field. The dialog held before is not destroyed; nor is the image list while a list view shows it,
+    /// which frees it then as with InitIconList().
     /// @param other  object to copy
     /// @return this object
     DIALOG_INTERFACE& operator=(const DIALOG_INTERFACE& other);
@@ -334,8 +335,9 @@ public:
 
     /// Builds the small image list of a list view, of 6 by 14 pixels an image. First of all the control is sent
     /// WM_DESTROY, also without a list of bitmaps, so that it starts anew. Loading ends at the first bitmap that is
-    /// not there. The image list is this object's; one that an earlier call built is destroyed where the new one
-    /// takes its place, and else stays with the control that got it.
+    /// not there. The image list is this object's; one that an earlier call built is destroyed, unless a list view
+    /// still shows it: that one frees it then, as long as it has no other image lists. Built for a dialog of another
+    /// thread, the earlier one is destroyed only where the new one takes its place.
     /// @param bitmapIds  numbers of bitmap resources, the last followed by a 0; null for none
     /// @param instance   module that holds them
     /// @param id         control
@@ -465,7 +467,7 @@ private:
     int SetListViewFocus(int index, int withSelection);
     int ClearListViewFocus(int index, int withSelection);
     int SetListViewState(int index, int withSelection, UINT state);
-    LRESULT SetSmallImages() const;
+    HIMAGELIST SetSmallImages();
     void ShareFields(const DIALOG_INTERFACE& other);
 
     HWND hOwnDialog;

@@ -123,6 +123,14 @@ void LiveThrough() {
     dialog.FillCtrlRect(CTL_LIST, RGB(1, 2, 3), nullptr);
     ASSERT_EQ(dialog.InitIconList(pictures, module, CTL_LISTVIEW), 1);
     ASSERT_EQ(dialog.LVAdd(CTL_LISTVIEW, 0, L"a", 0, 0), 0);
+    static DIALOG_INTERFACE lasting(nullptr);
+    lasting.SetTargetDialog(dialog.GetHandle());
+    ASSERT_EQ(lasting.InitIconList(pictures, module, CTL_LISTVIEW), 1);
+    for (int left = 0; left < 2; ++left) { // to the list view, whose list goes when it gets another one
+        DIALOG_INTERFACE leaving(dialog.GetHandle());
+        ASSERT_EQ(leaving.InitIconList(pictures, module, CTL_LISTVIEW), 1);
+        leaving = DIALOG_INTERFACE(nullptr);
+    }
 }
 
 } // namespace
