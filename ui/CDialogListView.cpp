@@ -10,6 +10,7 @@ namespace {
 
 constexpr int kImageWidth = 6;
 constexpr int kImageHeight = 14;
+constexpr int kWidestColumn = 0x7FFF; // beyond, the message would mean a negative number
 
 /// Adds the bitmaps up to the first that does not load. @return whether all of them were added
 bool AddImages(HIMAGELIST images, const unsigned int* bitmapIds, HINSTANCE instance) {
@@ -88,5 +89,5 @@ int DIALOG_INTERFACE::SetLVSelected(int value, int slot) {
 
 int DIALOG_INTERFACE::LVSetColumnWidth(int id, int column, int width) {
     if (width < LVSCW_AUTOSIZE_USEHEADER || !Select(id, FT_LISTVIEW)) return 0;
-    return Send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(width, 0)) != 0 ? 1 : 0;
+    return Send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(std::min(width, kWidestColumn), 0)) != 0 ? 1 : 0;
 }

@@ -372,7 +372,7 @@ public:
     /// Sets the width of a list-view column.
     /// @param id      control
     /// @param column  column
-    /// @param width   pixels, -1 (LVSCW_AUTOSIZE) or -2 (LVSCW_AUTOSIZE_USEHEADER)
+    /// @param width   pixels, at most 32,767; -1 (LVSCW_AUTOSIZE) or -2 (LVSCW_AUTOSIZE_USEHEADER)
     /// @return 1: set; 0: refused, as every other negative width is without asking the control
     int LVSetColumnWidth(int id, int column, int width);
 
