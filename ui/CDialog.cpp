@@ -106,11 +106,12 @@ bool DIALOG_INTERFACE::Select(int id, FIELD_TYPE type) {
     return Select(id) && CtrlType == type;
 }
 
-LRESULT DIALOG_INTERFACE::Send(UINT message, LPARAM wParam, LPARAM lParam) const {
+LRESULT DIALOG_INTERFACE::Send(UINT message, LPARAM wParam, LPARAM lParam) {
+    const Commands::Kept kept(*this);
     return SendMessageW(hCtrl, message, static_cast<WPARAM>(wParam), lParam);
 }
 
-LRESULT DIALOG_INTERFACE::SendData(UINT message, LPARAM wParam, const void* data) const {
+LRESULT DIALOG_INTERFACE::SendData(UINT message, LPARAM wParam, const void* data) {
     return Send(message, wParam, reinterpret_cast<LPARAM>(data));
 }
 

@@ -54,13 +54,13 @@ bool HasFocus(HWND hWnd) {
 
 struct DIALOG_INTERFACE::Commands::Showing {
     /// ShowWindow and EnableWindow answer with the earlier state: they fail only when there is no window.
-    static int ShowOrEnable(const DIALOG_INTERFACE& dialog) {
-        switch (dialog.Action) {
-        case DA_SHOW: ShowWindow(dialog.hCtrl, SW_SHOW); break;
-        case DA_HIDE: ShowWindow(dialog.hCtrl, SW_HIDE); break;
-        default: EnableWindow(dialog.hCtrl, dialog.Action == DA_ENABLE);
+    static int ShowOrEnable(HWND control, DISPLAY_ACTION action) {
+        switch (action) {
+        case DA_SHOW: ShowWindow(control, SW_SHOW); break;
+        case DA_HIDE: ShowWindow(control, SW_HIDE); break;
+        default: EnableWindow(control, action == DA_ENABLE);
         }
-        return IsWindow(dialog.hCtrl) ? 0 : 1;
+        return IsWindow(control) ? 0 : 1;
     }
 
     static int ReOrder(const DIALOG_INTERFACE& dialog, const Order& order) {
@@ -68,8 +68,9 @@ struct DIALOG_INTERFACE::Commands::Showing {
     }
 
     static int Refresh(DIALOG_INTERFACE& dialog) {
-        (void)dialog.RefreshWindow(dialog.hCtrl);
-        UpdateWindow(dialog.hCtrl);
+        const HWND control = dialog.hCtrl; // the program's own refresh may use the object
+        (void)dialog.RefreshWindow(control);
+        UpdateWindow(control);
         return 1; // ODD-41: reported as failed even when it worked
     }
 
@@ -88,11 +89,11 @@ struct DIALOG_INTERFACE::Commands::Showing {
         return dialog.Send(LVM_UPDATE, dialog.Index) != 0 ? 0 : 1;
     }
 
-    static int TakeFocus(const DIALOG_INTERFACE& dialog) {
-        SetFocus(dialog.hCtrl);
-        if (HasFocus(dialog.hCtrl)) return 0;
-        SendMessageW(dialog.hDialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(dialog.hCtrl), TRUE);
-        return HasFocus(dialog.hCtrl) ? 0 : 1;
+    static int TakeFocus(HWND target, HWND control) {
+        SetFocus(control);
+        if (HasFocus(control)) return 0;
+        SendMessageW(target, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
+        return HasFocus(control) ? 0 : 1;
     }
 
     static int Focus(DIALOG_INTERFACE& dialog) {
@@ -103,7 +104,7 @@ struct DIALOG_INTERFACE::Commands::Showing {
             {FT_LISTVIEW, SelectInListView},
         };
         const int selected = Run(kByType, dialog, nullptr);
-        return TakeFocus(dialog) == 0 ? selected : 1;
+        return TakeFocus(dialog.hDialog, dialog.hCtrl) == 0 ? selected : 1;
     }
 };
 
@@ -115,7 +116,7 @@ int DIALOG_INTERFACE::Commands::Display(DIALOG_INTERFACE& dialog, wchar_t*) {
     case DA_SHOW:
     case DA_HIDE:
     case DA_ENABLE:
-    case DA_DISABLE: return Showing::ShowOrEnable(dialog);
+    case DA_DISABLE: return Showing::ShowOrEnable(dialog.hCtrl, dialog.Action);
     case DA_REFRESH: return Showing::Refresh(dialog);
     case DA_FOCUS: return Showing::Focus(dialog);
     default: tessel::ReportUnless(false, "Invalid Display action specified.", "CDialog", kUnknownActionLine); return 1;

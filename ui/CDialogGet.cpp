@@ -19,6 +19,7 @@ void CopyCut(wchar_t* buffer, int room, const wchar_t* text) {
 
 struct DIALOG_INTERFACE::Commands::Getting {
     static int WindowText(DIALOG_INTERFACE& dialog, wchar_t* text) {
+        const Kept kept(dialog);
         if (text != nullptr) GetWindowTextW(dialog.hCtrl, text, dialog.BufferLen);
         return 0;
     }

@@ -33,6 +33,7 @@ const DIALOG_INTERFACE::Commands::ListMessages& DIALOG_INTERFACE::Commands::Mess
 }
 
 int DIALOG_INTERFACE::Commands::SetText(DIALOG_INTERFACE& dialog, wchar_t* text) {
+    const Kept kept(dialog);
     return SetWindowTextW(dialog.hCtrl, OrEmpty(text)) ? 0 : 1;
 }
 
@@ -42,7 +43,7 @@ int DIALOG_INTERFACE::Commands::AddString(DIALOG_INTERFACE& dialog, UINT message
     return added;
 }
 
-int DIALOG_INTERFACE::Commands::ReadGauge(const DIALOG_INTERFACE& dialog) {
+int DIALOG_INTERFACE::Commands::ReadGauge(DIALOG_INTERFACE& dialog) {
     if (dialog.CtrlType != FT_PROGRESSBAR) {
         return static_cast<int>(dialog.Send(dialog.CtrlType == FT_SLIDER ? TBM_GETPOS : SBM_GETPOS));
     }
@@ -51,7 +52,7 @@ int DIALOG_INTERFACE::Commands::ReadGauge(const DIALOG_INTERFACE& dialog) {
     return static_cast<int>(position);
 }
 
-void DIALOG_INTERFACE::Commands::MoveGauge(const DIALOG_INTERFACE& dialog, int position) {
+void DIALOG_INTERFACE::Commands::MoveGauge(DIALOG_INTERFACE& dialog, int position) {
     switch (dialog.CtrlType) {
     case FT_SLIDER: dialog.Send(TBM_SETPOS, TRUE, position); break;
     case FT_PROGRESSBAR: dialog.Send(PBM_SETPOS, position); break;
@@ -61,17 +62,17 @@ void DIALOG_INTERFACE::Commands::MoveGauge(const DIALOG_INTERFACE& dialog, int p
 
 // GUARD-42: the control copies a whole text whatever room there is, so it gets a buffer of that length; an item
 // without a text is copied as a number.
-std::size_t DIALOG_INTERFACE::Commands::TextRoom(const DIALOG_INTERFACE& dialog, int index) {
+std::size_t DIALOG_INTERFACE::Commands::TextRoom(DIALOG_INTERFACE& dialog, int index) {
     const LRESULT length = dialog.Send(Messages(dialog).getTextLength, index);
     return length < 0 ? 0 : std::max(static_cast<std::size_t>(length), sizeof(ULONG_PTR)) + 1;
 }
 
-bool DIALOG_INTERFACE::Commands::ReadText(const DIALOG_INTERFACE& dialog, int index, wchar_t* text, std::size_t room) {
+bool DIALOG_INTERFACE::Commands::ReadText(DIALOG_INTERFACE& dialog, int index, wchar_t* text, std::size_t room) {
     std::fill_n(text, room, L'\0'); // a number brings no terminator
     return dialog.SendData(Messages(dialog).getText, index, text) >= 0;
 }
 
-std::unique_ptr<wchar_t[]> DIALOG_INTERFACE::Commands::ItemText(const DIALOG_INTERFACE& dialog, int index) {
+std::unique_ptr<wchar_t[]> DIALOG_INTERFACE::Commands::ItemText(DIALOG_INTERFACE& dialog, int index) {
     const std::size_t room = TextRoom(dialog, index);
     if (room == 0) return nullptr;
     std::unique_ptr<wchar_t[]> text(new (std::nothrow) wchar_t[room]);

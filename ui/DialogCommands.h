@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <span>
+#include <tuple>
 
 /// What each command does; every operation that takes an item works on the dialog's selected control.
 struct DIALOG_INTERFACE::Commands {
@@ -19,6 +20,8 @@ struct DIALOG_INTERFACE::Commands {
         UINT insert, append, erase, clear, count;
         UINT setData, getData, getText, getTextLength, select, getSelected;
     };
+    class Kept;
+
     static const ListMessages kListBox;
     static const ListMessages kComboBox;
     static const ListMessages& Messages(const DIALOG_INTERFACE& dialog);
@@ -46,15 +49,15 @@ struct DIALOG_INTERFACE::Commands {
     static int AddString(DIALOG_INTERFACE& dialog, UINT message, int index, const wchar_t* text);
 
     /// The position of a trackbar, progress bar or scroll bar.
-    static int ReadGauge(const DIALOG_INTERFACE& dialog);
-    static void MoveGauge(const DIALOG_INTERFACE& dialog, int position);
+    static int ReadGauge(DIALOG_INTERFACE& dialog);
+    static void MoveGauge(DIALOG_INTERFACE& dialog, int position);
 
     /// Characters that the text of a list-box or combo-box item needs, terminator included. @return 0: no such item
-    static std::size_t TextRoom(const DIALOG_INTERFACE& dialog, int index);
+    static std::size_t TextRoom(DIALOG_INTERFACE& dialog, int index);
     /// Reads the text into a buffer with that much room. @return false: no such item
-    static bool ReadText(const DIALOG_INTERFACE& dialog, int index, wchar_t* text, std::size_t room);
+    static bool ReadText(DIALOG_INTERFACE& dialog, int index, wchar_t* text, std::size_t room);
     /// The whole text of a list-box or combo-box item, however long. @return null: no such item, or no memory
-    static std::unique_ptr<wchar_t[]> ItemText(const DIALOG_INTERFACE& dialog, int index);
+    static std::unique_ptr<wchar_t[]> ItemText(DIALOG_INTERFACE& dialog, int index);
 
     struct Setting;
     struct Getting;
@@ -62,4 +65,26 @@ struct DIALOG_INTERFACE::Commands {
     struct Resetting;
     struct Ranging;
     struct Showing;
+};
+
+/// Keeps the fields of the operation under way for a scope in which a control may tell the dialog something.
+// GUARD-220: an operation that the dialog's procedure asks for then sets them too; this one would go on with another
+// control, index and buffer length.
+class DIALOG_INTERFACE::Commands::Kept {
+    using Values = std::tuple<HWND, int, FIELD_TYPE, COMMAND, DISPLAY_ACTION, int, int, int, int, LPARAM>;
+
+    static auto FieldsOf(DIALOG_INTERFACE& dialog) {
+        return std::tie(dialog.hCtrl, dialog.CtrlId, dialog.CtrlType, dialog.Command, dialog.Action, dialog.X, dialog.Y,
+                        dialog.Index, dialog.BufferLen, dialog.Data);
+    }
+
+public:
+    explicit Kept(DIALOG_INTERFACE& dialog) : m_dialog(dialog), m_values(FieldsOf(dialog)) {}
+    ~Kept() { FieldsOf(m_dialog) = m_values; }
+    Kept(const Kept&) = delete;
+    Kept& operator=(const Kept&) = delete;
+
+private:
+    DIALOG_INTERFACE& m_dialog;
+    Values m_values;
 };

@@ -40,7 +40,9 @@ struct CONTROL_STRING {
 /// Ownership: a dialog that the object created and an image list that it built go with it. Copies name the same
 /// dialog: the first of them to be destroyed takes it away from the others. The image list goes with the last.
 /// Threads: one object is used by one thread at a time, as a rule the dialog's own; it must be destroyed on the
-/// thread that created the dialog. Messages to another thread's dialog wait until that thread handles them.
+/// thread that created the dialog. Messages to another thread's dialog wait until that thread handles them; while an
+/// item of its list boxes or combo boxes is got, nobody may change their items. A dialog procedure may use the object
+/// while that is at work, but not destroy it.
 class TESSEL_API DIALOG_INTERFACE {
 public:
     /// Wraps an existing dialog, which stays the caller's.
@@ -461,8 +463,8 @@ private:
     int Run(COMMAND command, int id, const wchar_t* text = nullptr);
     bool Select(int id);
     bool Select(int id, FIELD_TYPE type);
-    LRESULT Send(UINT message, LPARAM wParam = 0, LPARAM lParam = 0) const;
-    LRESULT SendData(UINT message, LPARAM wParam, const void* data) const;
+    LRESULT Send(UINT message, LPARAM wParam = 0, LPARAM lParam = 0);
+    LRESULT SendData(UINT message, LPARAM wParam, const void* data);
     void Fetch(int id, wchar_t* buffer, int bufferLen);
     int SetListViewFocus(int index, int withSelection);
     int ClearListViewFocus(int index, int withSelection);

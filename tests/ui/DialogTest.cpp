@@ -29,13 +29,19 @@ HINSTANCE Module() {
     return GetModuleHandleW(nullptr);
 }
 
+DIALOG_INTERFACE* used = nullptr;
+
+/// Uses the dialog's object whenever a control tells something.
 INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM, LPARAM lParam) {
     if (message == WM_INITDIALOG) SetWindowLongPtrW(window, GWLP_USERDATA, lParam);
+    if (used != nullptr && (message == WM_COMMAND || message == WM_NOTIFY)) used->Get(CTL_STATIC, nullptr, 0);
     return FALSE;
 }
 
 class Dialog : public testing::Test {
 protected:
+    Dialog() { used = &dialog; }
+    ~Dialog() override { used = nullptr; }
     HWND Item(int id) { return GetDlgItem(dialog.GetHandle(), id); }
     LRESULT Ask(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
         return SendDlgItemMessageW(dialog.GetHandle(), id, message, wParam, lParam);
