@@ -21,12 +21,13 @@ int Ask(HWND hListBox, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
 }
 
 /// The middle of an item on the screen.
-POINT ItemCentre(HWND hListBox, int index) {
+/// @return false: the list box has no such item
+bool ItemCentre(HWND hListBox, int index, POINT& centre) {
     RECT item{};
-    (void)Ask(hListBox, LB_GETITEMRECT, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item)); // else empty
-    POINT centre{(item.left + item.right) / 2, (item.top + item.bottom) / 2};
-    (void)ClientToScreen(hListBox, &centre); // the list box has just answered
-    return centre;
+    const auto area = reinterpret_cast<LPARAM>(&item);
+    if (Ask(hListBox, LB_GETITEMRECT, static_cast<WPARAM>(index), area) == LB_ERR) return false;
+    centre = {(item.left + item.right) / 2, (item.top + item.bottom) / 2};
+    return ClientToScreen(hListBox, &centre) != FALSE;
 }
 
 } // namespace
@@ -75,5 +76,7 @@ void FormatSysMsg::ScrollCursor(HWND hListBox) {
     if (!ListBoxMoveMap.Lookup(hListBox, store)) return;
     store->SetCursor(index);
     LastListBoxIndex = Ask(hListBox, LB_SETCURSEL, static_cast<WPARAM>(index));
-    (void)CCURSOR::SetCursorPos(pointer.x, ItemCentre(hListBox, index).y); // a refused move leaves the selection
+    POINT centre{};
+    if (!ItemCentre(hListBox, index, centre)) return; // the pointer is on no item
+    (void)CCURSOR::SetCursorPos(pointer.x, centre.y); // a refused move leaves the selection
 }

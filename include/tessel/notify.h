@@ -166,7 +166,8 @@ public:
 
     /// The item that the pointer snapped to last in a list box. Takes no lock.
     /// @param hListBox  the list box
-    /// @return its index; -1: none yet, or not registered
+    /// @return its index; for a pointer that was on no item, what LB_ITEMFROMPOINT answered; -1: none yet, or not
+    ///         registered
     int GetCursor(HWND hListBox);
 
     /// Lets the pointer snap to a list box's items. Waits up to 100 ms for the lock, then gives up silently, as it

@@ -283,6 +283,17 @@ TEST_F(Notify, ListBoxThatIsReleasedWhileItAnswersIsNotSnappedTo) {
     EXPECT_EQ(SendMessageW(list, LB_GETCURSEL, 0, 0), LB_ERR);
 }
 
+TEST_F(Notify, ThePointerStaysWhereNoItemOfAListBoxIs) {
+    const HWND list = host.Add(L"ListBox");
+    host.formatter.RegisterListBoxMove(list);
+    SetCursorPos(45, 60);
+    Point(list);
+    POINT pointer;
+    GetCursorPos(&pointer);
+    EXPECT_EQ(pointer.y, 60);
+    host.formatter.ReleaseListBoxMove(list);
+}
+
 TEST_F(Notify, Odd30And33ThePointerSnapsToTheItemsOfARegisteredListBox) {
     HWND lists[] = {host.Add(L"ListBox"), host.Add(L"ListBox", 0, 200)};
     for (const HWND list : lists) {
