@@ -14,8 +14,9 @@ constexpr std::uint32_t kPatternKey = 1234;
 constexpr unsigned long kLockTimeoutMs = 1000;
 
 template <class Condition> int IndexOf(Condition condition) {
-    const BrushEntry* const found = std::find_if(brushTable.begin(), brushTable.end(), condition);
-    return found == brushTable.end() ? -1 : static_cast<int>(found - brushTable.begin());
+    const auto all = brushTable.View();
+    const auto found = std::find_if(all.begin(), all.end(), condition);
+    return found == all.end() ? -1 : static_cast<int>(found - all.begin());
 }
 
 /// Appends a brush that was made for the table.
@@ -31,7 +32,7 @@ int tessel::AppendBrush(const BrushEntry& entry) {
     const bool locked = brushTableLock.Lock(kLockTimeoutMs) == 0;
     // ODD-51: after the time-out the entry is appended all the same, without the lock.
     if (!locked) OutputDebugStringW(L"Brush Table Lock Timeout");
-    const int index = brushTable.Append(entry) ? static_cast<int>(brushTable.Size()) - 1 : -1;
+    const int index = brushTable.Append(entry);
     if (locked) (void)brushTableLock.Unlock(); // held until now
     return index;
 }
@@ -103,6 +104,7 @@ COLOR_IDX CBrush::GetRefId(int index) const {
 }
 
 void CBrush::RemoveAll() {
-    for (const BrushEntry& entry : brushTable) (void)DeleteObject(entry.hBrush); // one in use stays with its user
+    for (const BrushEntry& entry : brushTable.View())
+        (void)DeleteObject(entry.hBrush); // one in use stays with its user
     brushTable.Clear();
 }

@@ -153,9 +153,10 @@ struct Match {
 
 Match FindPicture(HINSTANCE instance, std::uint32_t resources, int x, int y, std::uint32_t iconOffset) {
     Match match;
-    for (const BrushEntry& entry : brushTable) {
+    const auto all = brushTable.View();
+    for (const BrushEntry& entry : all) {
         if (entry.Size == 0 || entry.hInstance != instance || entry.Resources != resources) continue;
-        const int index = static_cast<int>(&entry - brushTable.begin());
+        const int index = static_cast<int>(&entry - all.data());
         if (match.any < 0) match.any = index;
         const POINT offset = Wrap(x, y, UnpackSize(entry));
         if (entry.Offset != Pack(offset.x, offset.y) || entry.IconOffset != iconOffset) continue;
@@ -222,7 +223,7 @@ int CBrush::AddBitmapCopies(int index, int x, int y) {
 }
 
 int CBrush::AddBitmapIconCopies(int index, int x, int y, int iconX, int iconY, HDC hdcDest, HDC hdcSource) {
-    const BrushEntry entry = *brushTable.At(index); // by value: the table moves when it grows
+    const BrushEntry& entry = *brushTable.At(index);
     return AddBitmapIcon(entry.hInstance, LOWORD(entry.Resources), x, y, HIWORD(entry.Resources), iconX, iconY, hdcDest,
                          hdcSource);
 }

@@ -26,9 +26,11 @@ static_assert(sizeof(void*) != 4 || sizeof(BrushEntry) == 40);
 class BrushTable : public GrowingArray<BrushEntry> {
 public:
     /// An entry by its position.
-    /// @return the entry, until the table grows or is emptied; null outside the table
+    /// @return the entry, until the table is emptied; null outside the table
     const BrushEntry* At(int index) const {
-        return index >= 0 && static_cast<std::size_t>(index) < Size() ? begin() + index : nullptr;
+        const auto all = View();
+        return index >= 0 && static_cast<std::size_t>(index) < all.size() ? &all[static_cast<std::size_t>(index)]
+                                                                          : nullptr;
     }
 };
 

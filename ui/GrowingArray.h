@@ -1,10 +1,15 @@
 #pragma once
 
+#include <foundation/SlimLock.h>
+
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <span>
 #include <type_traits>
+#include <utility>
 
 namespace tessel {
 
@@ -21,47 +26,65 @@ static_assert(GrownCapacity(1, 0, 0) == 4);
 static_assert(GrownCapacity(81, 80, 80) == 90);
 static_assert(GrownCapacity(80001, 80000, 80000) == 81024);
 
-/// A growing array of plain records; those that are not filled yet are all zero. It takes no lock.
+/// A growing array of plain records; those that are not filled yet are all zero. Any thread may add and look, but
+/// nobody may look while the array is emptied.
 template <class T> class GrowingArray {
     static_assert(std::is_trivially_copyable_v<T>);
 
 public:
-    /// Elements in the array.
-    std::size_t Size() const { return m_size; }
+    /// The elements, as many as there are now. They are there until Clear().
+    std::span<const T> View() const {
+        const Block* const block = m_shown.load(std::memory_order_acquire);
+        if (block == nullptr) return {};
+        return {block->elements.get(), block->size.load(std::memory_order_acquire)};
+    }
 
     /// Adds an element at the end.
-    /// @return true: added; false: no memory, nothing changed
-    bool Append(const T& element) {
-        if (m_size == m_capacity && !Grow(m_size + 1)) return false;
-        m_elements[m_size] = element;
-        ++m_size; // last: a reader takes no lock
-        return true;
+    /// @return its index; -1: no memory, nothing changed
+    int Append(const T& element) {
+        const SlimLock lock(m_lock);
+        const std::size_t size = View().size();
+        if ((m_newest == nullptr || size == m_newest->capacity) && !Grow(size)) return -1;
+        m_newest->elements[size] = element;
+        m_newest->size.store(size + 1, std::memory_order_release); // last: a reader takes no lock
+        return static_cast<int>(size);
     }
 
     /// Empties the array and frees its memory.
     void Clear() {
-        m_size = 0;
-        m_capacity = 0;
-        m_elements.reset();
+        const SlimLock lock(m_lock);
+        m_shown.store(nullptr, std::memory_order_relaxed);
+        m_newest.reset();
     }
 
-    const T* begin() const { return m_elements.get(); }
-    const T* end() const { return m_elements.get() + m_size; }
-
 private:
-    bool Grow(std::size_t needed) {
-        const std::size_t capacity = GrownCapacity(needed, m_capacity, m_size);
-        std::unique_ptr<T[]> larger(new (std::nothrow) T[capacity]());
+    /// Elements and, until Clear(), the block that they were copied from.
+    // GUARD-221: a thread that looks something up may still be reading there.
+    struct Block {
+        std::unique_ptr<T[]> elements;
+        std::size_t capacity;
+        std::atomic<std::size_t> size;
+        std::unique_ptr<Block> former;
+    };
+
+    bool Grow(std::size_t size) {
+        const std::size_t capacity = GrownCapacity(size + 1, size, size);
+        std::unique_ptr<T[]> elements(new (std::nothrow) T[capacity]());
+        std::unique_ptr<Block> larger(elements == nullptr ? nullptr : new (std::nothrow) Block{});
         if (larger == nullptr) return false;
-        std::copy(begin(), end(), larger.get());
-        m_elements = std::move(larger);
-        m_capacity = capacity;
+        std::ranges::copy(View(), elements.get());
+        larger->elements = std::move(elements);
+        larger->capacity = capacity;
+        larger->size = size;
+        larger->former = std::move(m_newest);
+        m_newest = std::move(larger);
+        m_shown.store(m_newest.get(), std::memory_order_release);
         return true;
     }
 
-    std::unique_ptr<T[]> m_elements;
-    std::size_t m_size = 0;
-    std::size_t m_capacity = 0;
+    std::unique_ptr<Block> m_newest;
+    std::atomic<const Block*> m_shown = nullptr;
+    SRWLOCK m_lock = SRWLOCK_INIT;
 };
 
 } // namespace tessel

@@ -15,9 +15,12 @@
 /// on one side comes in on the other, so that an offset is worth the same as one that is larger by the width or
 /// height. A monochrome bitmap becomes black and white.
 ///
+/// Every new pair of offsets and every new place of a second bitmap takes one more of the 10,000 GDI objects that a
+/// process may have, until RemoveAll(): a picture that is dragged about uses them up.
+///
 /// Threads: any thread may add; appending waits for at most 1 second for the others and then goes on without them.
-/// Looking up and RemoveAll() take no lock, and a table that grows moves: fill it at the start, read it afterwards.
-/// Two threads that add one new colour at the same time can make two entries of it.
+/// Looking up takes no lock, also while others add; RemoveAll() is called when nobody looks. Two threads that add one
+/// new colour at the same time can make two entries of it.
 class TESSEL_API CBrush {
 public:
     /// Leaves the table as it is.

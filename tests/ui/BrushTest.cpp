@@ -6,6 +6,7 @@
 #include <tessel/brush.h>
 #include <tessel/status.h>
 
+#include <thread>
 #include <tuple>
 
 namespace {
@@ -89,6 +90,10 @@ TEST_F(Brush, KeepsAddedBrushesAndPatternsApartFromColours) {
 TEST_F(Brush, KeepsItsEntriesWhileItGrows) {
     for (int i = 0; i < 100; ++i) ASSERT_EQ(table.Add(static_cast<unsigned long>(i)), i);
     for (int i = 0; i < 100; ++i) ASSERT_EQ(table.GetColor(i), static_cast<unsigned long>(i));
+    const std::jthread adder([] {
+        for (int i = 0; i < 3000; ++i) CBrush().Add(nullptr, 500);
+    });
+    while (table.IsColor(3099) == 1) EXPECT_EQ(table.GetBrushIndex(99), 99);
 }
 
 TEST_F(Brush, Odd50IndexOutsideTheTableCountsAsColour) {
