@@ -30,9 +30,11 @@ constexpr const wchar_t* kFallbackTexts[kPositions] = {L"Yes", L"No", L"Cancel"}
 /// The hook of this thread's box until its window has been moved.
 thread_local HHOOK centringHook = nullptr;
 
-void RemoveHook() {
+/// @return whether there was one
+bool RemoveHook() {
     const HHOOK hook = std::exchange(centringHook, nullptr);
     if (hook != nullptr) (void)UnhookWindowsHookEx(hook); // it ends with the thread in any case
+    return hook != nullptr;
 }
 
 /// A text of the program's string table, or another where that does not load.
@@ -164,20 +166,30 @@ int CMessageBox::Run(unsigned int textId, unsigned int captionId, unsigned int t
 }
 
 int CMessageBox::Run() {
-    if (m_Resources.TemplateId == 0) return RunSystemBox();
-    return static_cast<int>(RunModal(GetModuleHandleW(nullptr), m_Resources.TemplateId, m_hOwner));
+    return m_Resources.TemplateId == 0 ? RunSystemBox() : RunOwnBox();
+}
+
+int CMessageBox::RunOwnBox() {
+    const HWND outer = m_hWnd; // this object's own box, when its loop runs another one
+    const auto button = static_cast<int>(RunModal(GetModuleHandleW(nullptr), m_Resources.TemplateId, m_hOwner));
+    if (IsWindow(outer)) m_hWnd = outer; // else nothing is touched: the object may be gone
+    return button;
 }
 
 int CMessageBox::RunSystemBox() {
-    // While this box is being made, the owner may show another one, which has a hook of its own.
-    const HHOOK outerHook =
-        std::exchange(centringHook, SetWindowsHookExW(WH_CBT, &SetInCenter, nullptr, GetCurrentThreadId()));
+    // While another box is being made, its owner shows this one: the other's hook rests, which would move our windows.
+    const bool hadHook = RemoveHook();
+    InstallHook();
     const int button = MessageBoxW(m_hOwner, m_pText, m_pCaption, m_uiType);
     const DWORD error = GetLastError();
-    RemoveHook();
-    centringHook = outerHook;
+    (void)RemoveHook(); // unless the box has been activated
+    if (hadHook) InstallHook();
     SetLastError(error); // of a box that could not be shown
     return button;
+}
+
+void CMessageBox::InstallHook() {
+    centringHook = SetWindowsHookExW(WH_CBT, &SetInCenter, nullptr, GetCurrentThreadId()); // else it is not centred
 }
 
 void CMessageBox::ComputeCenterCoords(const RECT& window, int& x, int& y) {
@@ -198,14 +210,15 @@ LRESULT CALLBACK CMessageBox::SetInCenter(int code, WPARAM wParam, LPARAM lParam
     if (code != HCBT_ACTIVATE) return 0; // ODD-54: the thread's other hooks do not hear of it
     MoveToCenter(reinterpret_cast<HWND>(wParam));
     const LRESULT result = CallNextHookEx(centringHook, code, wParam, lParam);
-    RemoveHook();
+    (void)RemoveHook(); // this very one
     return result;
 }
 
 bool CMessageBox::OnInitDialog(HWND /*focus*/) {
     PositionInCenter();
-    (void)SetWindowTextW(m_hWnd, m_pCaption);                                     // else the template's caption
-    (void)SetDlgItemTextW(m_hWnd, static_cast<int>(m_Resources.TextId), m_pText); // else the template's text
+    // A failure leaves the template's texts; null clears them.
+    (void)SetWindowTextW(m_hWnd, m_pCaption);
+    (void)SetDlgItemTextW(m_hWnd, static_cast<int>(m_Resources.TextId), m_pText);
     InitButtons();
     return true;
 }

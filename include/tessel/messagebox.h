@@ -105,7 +105,9 @@ private:
     void SetText(const wchar_t* text, unsigned long error);
     void SetCaption(const wchar_t* caption);
     unsigned long ConvertErrorCode(unsigned long error, wchar_t*& text);
+    int RunOwnBox();
     int RunSystemBox();
+    static void InstallHook();
     static void ComputeCenterCoords(const RECT& window, int& x, int& y);
     static void MoveToCenter(HWND window);
     static LRESULT CALLBACK SetInCenter(int code, WPARAM wParam, LPARAM lParam);

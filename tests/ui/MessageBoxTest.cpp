@@ -64,9 +64,29 @@ int WINAPI KeepTexts(HWND, const wchar_t* text, const wchar_t* caption, UINT typ
     return static_cast<int>(type);
 }
 
-int WINAPI ShowAnotherOnce(HWND, const wchar_t*, const wchar_t*, UINT type) {
-    return type == MB_OK ? MB_OK : CMessageBox().Run(L"", L"", MB_OK, MESSAGEBOX_NO_ERROR);
+/// Activates a new window.
+/// @return its left edge; another one than 1: a hook has centred it
+long LeftOfActivated() {
+    const HWND window = CreateWindowW(L"Static", L"", WS_POPUP, 1, 2, 30, 40, nullptr, nullptr, nullptr, nullptr);
+    SetActiveWindow(window);
+    RECT area{};
+    GetWindowRect(window, &area);
+    EXPECT_EQ(GetActiveWindow(), window);
+    DestroyWindow(window);
+    return area.left;
 }
+
+int WINAPI ShowAnotherOnce(HWND, const wchar_t*, const wchar_t*, UINT type) {
+    if (type != MB_OK) CMessageBox().Run(L"", L"", MB_OK, MESSAGEBOX_NO_ERROR);
+    EXPECT_NE(LeftOfActivated(), 1);
+    EXPECT_EQ(LeftOfActivated(), 1) << "the hook of the other box";
+    return MB_OK;
+}
+
+/// Runs itself again when button 8 is pressed.
+struct Again : CMessageBox {
+    bool OnCommand(unsigned int, int id, HWND) override { return id == 8 ? Run() == IDNO : End(id); }
+};
 
 } // namespace
 
@@ -106,13 +126,15 @@ TEST(MessageBoxes, Odd54OtherHooksHearOnlyOfTheActivationOfTheCentredSystemBox) 
 TEST(MessageBoxes, LeavesNoHookBehindWhenOneBoxBringsUpAnother) {
     const ImportPatch patch(L"Tessel.dll", "MessageBoxW", &ShowAnotherOnce);
     EXPECT_EQ(CMessageBox().Run(L"", L"", MB_YESNO, MESSAGEBOX_NO_ERROR), MB_OK);
-    const HWND window = CreateWindowW(L"Static", L"", WS_POPUP, 1, 2, 30, 40, nullptr, nullptr, nullptr, nullptr);
-    SetActiveWindow(window);
-    RECT area{};
-    GetWindowRect(window, &area);
-    EXPECT_EQ(GetActiveWindow(), window);
-    EXPECT_EQ(area.left, 1) << "centred by a hook that was left";
-    DestroyWindow(window);
+    EXPECT_EQ(LeftOfActivated(), 1);
+}
+
+TEST(MessageBoxes, AnOwnDialogThatRunsAgainFromItsLoopCanStillBeClosed) {
+    Again box;
+    const CMessageBox::RESOURCES own{IDD_BOX, IDC_MESSAGE, nullptr};
+    box.SetResources(&own);
+    const Press press({8, IDNO, IDYES}); // the second one ends the inner dialog
+    EXPECT_EQ(box.Run(L"Text", L"", MB_YESNO, MESSAGEBOX_NO_ERROR), IDYES);
 }
 
 TEST(MessageBoxes, AppendsTheTextOfAnErrorThatTheSystemKnows) {
