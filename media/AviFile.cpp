@@ -227,6 +227,7 @@ void CAviFile::CreateBitmapHeaderBuffer(int width, int height, unsigned long* pa
         if (m_pHeader == nullptr) return;
     }
     m_pPixels = m_pHeader + kFormatSize;
+    std::memset(m_pPixels, 0, static_cast<std::size_t>(RoomFor(width, height) - kFormatSize)); // of an earlier stream
     m_iWidth = width;
     m_iHeight = height;
     Head& head = *reinterpret_cast<Head*>(m_pHeader);

@@ -31,17 +31,27 @@ SRWLOCK playingLock = SRWLOCK_INIT;
 const void* playing = nullptr; // the sound that was started last without waiting for its end
 
 /// Moves behind the next chunk of a name.
+/// @param content  receives what is in it
 /// @return false: there is none, or a chunk on the way there does not lie inside the bytes
-bool PassChunk(const char* name, Bytes& rest) {
+bool PassChunk(const char* name, Bytes& rest, Bytes& content) {
     ChunkHead head;
     do {
         if (rest.size() < sizeof head) return false;
         std::memcpy(&head, rest.data(), sizeof head);
         rest = rest.subspan(sizeof head);
         if (head.length > rest.size()) return false;
+        content = rest.first(head.length);
         rest = rest.subspan(std::min<std::size_t>(rest.size(), std::size_t{head.length} + (head.length & 1)));
     } while (std::memcmp(head.name, name, sizeof head.name) != 0);
     return true;
+}
+
+/// Whether a format is as long as its tag and its own length say.
+bool IsWholeFormat(Bytes content) {
+    WAVEFORMATEX format{};
+    if (content.size() < sizeof(PCMWAVEFORMAT)) return false;
+    std::memcpy(&format, content.data(), std::min(content.size(), sizeof format));
+    return format.wFormatTag == WAVE_FORMAT_PCM || content.size() >= sizeof format + format.cbSize;
 }
 
 /// Whether whoever reads a sound by the lengths in it stays inside the bytes.
@@ -49,7 +59,9 @@ bool StaysInside(Bytes image) {
     if (image.size() < kRiffHead || std::memcmp(image.data(), "RIFF", 4) != 0) return false;
     Bytes whole = image;
     Bytes chunks = image.subspan(kRiffHead);
-    return PassChunk("RIFF", whole) && PassChunk("fmt ", chunks) && PassChunk("data", chunks);
+    Bytes content;
+    return PassChunk("RIFF", whole, content) && PassChunk("fmt ", chunks, content) && IsWholeFormat(content) &&
+           PassChunk("data", chunks, content);
 }
 
 /// Reads a file and puts zeros behind it.

@@ -99,6 +99,12 @@ HRESULT WINAPI LookAtOptions(PAVISTREAM* compressed, PAVISTREAM source, AVICOMPR
     return AVIMakeCompressedStream(compressed, source, options, handler);
 }
 
+AVISTREAMINFOW described;
+HRESULT WINAPI LookAtStream(PAVIFILE file, PAVISTREAM* stream, AVISTREAMINFOW* info) {
+    described = *info;
+    return AVIFileCreateStreamW(file, stream, info);
+}
+
 HRESULT refusal;
 HRESULT WINAPI NoteRefusal(PAVISTREAM stream, LONG position, LPVOID format, LONG size) {
     return refusal = AVIStreamSetFormat(stream, position, format, size);
@@ -129,7 +135,12 @@ TEST_F(AviFile, UncompressedImagesPlayAtTheirMillisecondsAsTheyWereDrawn) {
 
 TEST_F(AviFile, RunLengthImagesPlayAtTheirRateAsTheyWereGiven) {
     SetPalette(Grey);
+    const ImportPatch stream(L"Tessel.dll", "AVIFileCreateStreamW", LookAtStream);
+    const ImportPatch options(L"Tessel.dll", "AVIMakeCompressedStream", LookAtOptions);
     ASSERT_EQ(movie.InitializeStream(40, 6, palette, 25, 1, 0), 0u);
+    EXPECT_EQ(described.dwSuggestedBufferSize, 240u);
+    EXPECT_EQ(std::pair(described.rcFrame.right, described.rcFrame.bottom), std::pair(40L, 6L));
+    EXPECT_EQ(asked.dwQuality, 10000u);
     Pixels runs = Draw(40, 6, 1);
     std::fill(runs.begin() + 50, runs.begin() + 190, static_cast<unsigned char>(9));
     EXPECT_EQ(Write(0, Draw(40, 6, 0)), 0u);
@@ -176,6 +187,11 @@ TEST_F(AviFile, RowsThatAreNotPaddedPlayByTheirSizeAndAskewFromACodecOdd150) {
 TEST_F(AviFile, AnotherSizeIsReportedAndTheRowsThatFitAreWritten) {
     Reports reports;
     ASSERT_EQ(movie.InitializeStream(4, 3, palette, frame), 0u);
+    {
+        const ImportPatch failing(L"Tessel.dll", "AVIStreamWrite", FailingLike(AVIStreamWrite));
+        EXPECT_EQ(Write(0, Draw(4, 3, 9)), kFailure);
+    }
+    ASSERT_EQ(movie.InitializeStream(4, 3, palette, frame), 0u); // begins black
     Pixels image = Draw(4, 3, 0);
     EXPECT_EQ(Write(0, Pixels(image.begin(), image.begin() + 9)), 0u); // two rows and a byte
     EXPECT_EQ(Write(1, Draw(4, 4, 0)), 0u);
@@ -183,7 +199,7 @@ TEST_F(AviFile, AnotherSizeIsReportedAndTheRowsThatFitAreWritten) {
     EXPECT_EQ(movie.WriteFrame(2, nullptr, 12), kRefused);
     movie.Close();
     std::fill(image.begin() + 8, image.end(), static_cast<unsigned char>(0));
-    EXPECT_EQ(Played(), Colours(image) + Colours(Draw(4, 3, 0)));
+    EXPECT_EQ(Played(L"1"), Colours(image) + Colours(Draw(4, 3, 0)));
 }
 
 TEST_F(AviFile, ASecondStreamReplacesTheFirstWhateverItsSize) {

@@ -157,9 +157,11 @@ MMRESULT WINAPI SetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD
     return result;
 }
 
-/// Forgets at its end the controls that were found.
+/// Starts without controls, as in a new process, and forgets at its end those that were found.
 struct RealMixer : testing::Test {
-    ~RealMixer() override {
+    RealMixer() { Forget(); }
+    ~RealMixer() override { Forget(); }
+    static void Forget() {
         for (unsigned long* const id :
              {&CSound::mWaveInVolCtrlId, &CSound::mWaveInMuteCtrlId, &CSound::mMicVolCtrlId, &CSound::mMicMuteCtrlId,
               &CSound::mLineInVolCtrlId, &CSound::mLineInMuteCtrlId, &CSound::mSpeakerVolCtrlId,
@@ -180,16 +182,7 @@ struct Mixer : RealMixer {
                               {kLibrary, "mixerSetControlDetails", SetDetails}};
     Reports reports;
 
-    Mixer() {
-        card = {};
-        for (unsigned long* id :
-             {&CSound::mWaveInVolCtrlId, &CSound::mWaveInMuteCtrlId, &CSound::mMicVolCtrlId, &CSound::mMicMuteCtrlId,
-              &CSound::mLineInVolCtrlId, &CSound::mLineInMuteCtrlId, &CSound::mSpeakerVolCtrlId,
-              &CSound::mSpeakerMuteCtrlId, &CSound::mRecordMicLevelCtrlId, &CSound::mRecordMasterLevelCtrlId,
-              &CSound::mRecordSourcesCtrlId}) {
-            *id = CSound::INVALID_CONTROLID; // as in a new process
-        }
-    }
+    Mixer() { card = {}; }
 };
 
 } // namespace

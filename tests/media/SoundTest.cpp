@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <tessel/sound.h>
 
+#include <mmreg.h>
+
 #include <chrono>
 #include <cmath>
 #include <cstring>
@@ -20,13 +22,14 @@ void Append(std::string& to, const char* name, std::uint32_t length) {
     to.append(name, 4).append(reinterpret_cast<const char*>(&length), 4);
 }
 
+constexpr PCMWAVEFORMAT kPlain{{WAVE_FORMAT_PCM, 1, kRate, kRate, 1}, 8};
+
 /// A WAVE file with a tone of 400 Hz, 8 bits.
-std::string Tone(int milliseconds) {
+template <class Format = PCMWAVEFORMAT> std::string Tone(int milliseconds, const Format& format = kPlain) {
     const int samples = kRate * milliseconds / 1000;
     std::string chunks = "WAVE";
-    Append(chunks, "fmt ", 16);
-    const PCMWAVEFORMAT format{{WAVE_FORMAT_PCM, 1, kRate, kRate, 1}, 8};
-    chunks.append(reinterpret_cast<const char*>(&format), 16);
+    Append(chunks, "fmt ", sizeof format);
+    chunks.append(reinterpret_cast<const char*>(&format), sizeof format);
     Append(chunks, "data", static_cast<std::uint32_t>(samples));
     for (int i = 0; i < samples; ++i) chunks += static_cast<char>(128 + 100 * std::sin(i * 0.314159));
     std::string file;
@@ -93,13 +96,19 @@ TEST_F(Sound, OnlyWholeFilesAreHandedToTheSystem) {
     std::memset(endless.data() + 40, 0xFF, 4); // the length of the samples
     std::string formless = whole;
     formless.replace(12, 3, "xyz");
-    for (const std::string& bytes : {std::string(), std::string("RIFF"), std::string(100, 'R'), formless, endless,
-                                     whole.substr(0, 44), whole.substr(0, whole.size() - 20)}) {
+    PCMWAVEFORMAT shortened = kPlain;
+    shortened.wf.wFormatTag = WAVE_FORMAT_MULAW;
+    WAVEFORMATEX compressed{WAVE_FORMAT_MULAW, 1, kRate, kRate, 1, 8, 1};
+    for (const std::string& bytes :
+         {std::string(), std::string("RIFF"), std::string(100, 'R'), formless, endless, whole.substr(0, 44),
+          whole.substr(0, whole.size() - 20), Tone(10, kRate), Tone(10, shortened), Tone(10, compressed)}) {
         EXPECT_EQ(Play(bytes), STATUS_SOUND_NOT_PLAYED) << bytes.size();
     }
     EXPECT_EQ(played.size(), 0U);
     EXPECT_EQ(Play(whole.substr(0, whole.size() - 1)), 0U) << "as without a pad byte";
     EXPECT_EQ(Play(whole), 0U);
+    compressed.cbSize = 0;
+    EXPECT_EQ(Play(Tone(10, compressed)), 0U);
     std::filesystem::remove(path);
     EXPECT_EQ(CSound(name.data()).Play(1), STATUS_SOUND_NOT_PLAYED);
     EXPECT_EQ(CSound(nullptr).Play(1), STATUS_SOUND_NOT_PLAYED);
@@ -108,14 +117,15 @@ TEST_F(Sound, OnlyWholeFilesAreHandedToTheSystem) {
     for (claimedSize = 1000; claimedSize < 0x900000000; claimedSize *= 0x300000) {
         EXPECT_EQ(CSound(name.data()).Play(1), STATUS_SOUND_NOT_PLAYED) << claimedSize;
     }
-    EXPECT_EQ(played.size(), 2U);
+    EXPECT_EQ(played.size(), 3U);
 }
 
 TEST_F(Sound, IsStoppedBeforeItsLastOwnerFreesIt) {
     const ImportPatch play(kLibrary, "PlaySoundW", NotePlayed);
     Write(Tone(10));
     std::optional<CSound> sound(std::in_place, name.data());
-    std::optional<CSound> copy(*sound);
+    std::optional<CSound> copy(std::in_place, nullptr, 0);
+    *copy = CSound(*sound);
     EXPECT_EQ(sound->Play(0), 0U);
     sound.reset();
     EXPECT_EQ(copy->Play(1), 0U);
