@@ -60,6 +60,10 @@ private:
         notify.CtrlId = GetDlgCtrlID(hCtrl);
     }
 
+    /// Whether lParam points to so many bytes that can be read; anyone can post a message. To ask the system for the
+    /// memory's state would take longer than the translation.
+    bool HasRecord(UINT_PTR size) const { return IsBadReadPtr(reinterpret_cast<const void*>(lParam), size) == FALSE; }
+
     void FillRectangle(const RECT& rectangle) {
         notify.Data2 = rectangle.left;
         notify.Data3 = rectangle.top;
@@ -115,8 +119,8 @@ private:
     }
 
     void DrawItem() {
+        if (!HasRecord(sizeof(DRAWITEMSTRUCT))) return; // GUARD-30: nothing says what is to be drawn
         const auto* const item = reinterpret_cast<const DRAWITEMSTRUCT*>(lParam);
-        if (item == nullptr) return; // GUARD-30: nothing says what is to be drawn
         Fill(NK_PAINT, FN_PAINT, item->hwndItem);
         notify.CtrlId = static_cast<int>(item->CtlID);
         notify.Data1 = static_cast<int>(item->itemAction);
@@ -124,8 +128,8 @@ private:
     }
 
     void Notify() {
-        if (lParam == 0) return; // GUARD-30: nothing says what happened
         NMHDR header;
+        if (!HasRecord(sizeof header)) return; // GUARD-30: nothing says what happened
         // A copy, since the packed records of key presses may lie anywhere.
         std::memcpy(&header, reinterpret_cast<const void*>(lParam), sizeof header);
         const int code = static_cast<int>(header.code);

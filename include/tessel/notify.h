@@ -161,7 +161,8 @@ public:
     /// @param wParam   as received
     /// @param lParam   as received; what it points to is read during the call
     /// @return the record, this object's, which the next call overwrites, also one that a control causes during
-    ///         this call; null: not a message that is translated (button releases are not), the record is all 0
+    ///         this call; null: not a message that is translated (button releases are not), or what it points to
+    ///         cannot be read; the record is all 0
     NOTIFY* NaturalizeMsg(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam);
 
     /// The item that the pointer snapped to last in a list box. Takes no lock.

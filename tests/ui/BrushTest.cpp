@@ -12,11 +12,14 @@
 namespace {
 
 const HINSTANCE kModule = GetModuleHandleW(nullptr);
+DWORD waitResult = 0;
+std::vector<DWORD> waits;
 unsigned unlocks = 0;
 std::wstring debuggerText;
 
-DWORD WINAPI NeverInTime(HANDLE, DWORD, BOOL) {
-    return WAIT_TIMEOUT;
+DWORD WINAPI NoteWait(HANDLE, DWORD timeoutMs, BOOL) {
+    waits.push_back(timeoutMs);
+    return waitResult;
 }
 BOOL WINAPI CountRelease(HANDLE, LONG, LONG*) {
     ++unlocks;
@@ -68,7 +71,9 @@ TEST_F(Brush, SharesOneEntryForOneColour) {
     EXPECT_EQ(table.GetBrushIndex(CI_LIME), lime);
     EXPECT_EQ(table.GetRefId(lime), CI_LIME);
     EXPECT_EQ(table.IsColor(lime), 1);
+    const HBRUSH red = table.GetBrush(0);
     table.RemoveAll();
+    EXPECT_EQ(GetObjectType(red), 0u);
     EXPECT_EQ(table.GetBrushIndex(CI_LIME), -1);
     EXPECT_EQ(other.Add(CI_LIME), 0);
 }
@@ -83,6 +88,7 @@ TEST_F(Brush, KeepsAddedBrushesAndPatternsApartFromColours) {
     const unsigned char bits[] = {0, 255, 0, 0, 255, 255, 0, 255};
     EXPECT_EQ(table.Add(4, 2, bits), 2);
     EXPECT_EQ(Paint(table.GetBrush(2)), "kWkkWWkW");
+    EXPECT_EQ(table.IsColor(2), 0);
     EXPECT_EQ(table.Add(4, 2, bits), 3);
     EXPECT_EQ(table.GetBrushIndex(1234), 2);
 }
@@ -108,13 +114,18 @@ TEST_F(Brush, Odd50IndexOutsideTheTableCountsAsColour) {
 
 TEST_F(Brush, Odd51IsAppendedWithoutTheLockAfterItsTimeout) {
     {
-        const ImportPatch wait(L"Tessel.dll", "WaitForSingleObjectEx", &NeverInTime);
+        const ImportPatch wait(L"Tessel.dll", "WaitForSingleObjectEx", &NoteWait);
         const ImportPatch release(L"Tessel.dll", "ReleaseSemaphore", &CountRelease);
         const ImportPatch debugger(L"Tessel.dll", "OutputDebugStringW", &KeepText);
+        waitResult = WAIT_TIMEOUT;
         EXPECT_EQ(table.Add(RGB(1, 2, 3)), 0);
+        EXPECT_EQ(unlocks, 0u);
+        waitResult = WAIT_OBJECT_0;
+        EXPECT_EQ(table.Add(RGB(4, 5, 6)), 1);
+        EXPECT_EQ(unlocks, 1u);
     }
     EXPECT_EQ(debuggerText, L"Brush Table Lock Timeout");
-    EXPECT_EQ(unlocks, 0u);
+    EXPECT_EQ(waits, std::vector<DWORD>(2, 1000));
     EXPECT_EQ(table.GetColor(0), RGB(1, 2, 3));
 }
 
@@ -123,6 +134,7 @@ TEST_F(Brush, BitmapIsShiftedAndCopiedForOtherOffsets) {
     EXPECT_EQ(table.AddBitmap(kModule, 999, 0, 0), -1);
     const int shifted = table.AddBitmap(kModule, IDB_BASE, 1, 1);
     EXPECT_EQ(Paint(table.GetBrush(shifted)), "kkkkWRGB");
+    EXPECT_EQ(table.IsColor(shifted), 0);
     EXPECT_EQ(table.GetBitmapBrushIndex(kModule, IDB_BASE, 5, -1), shifted);
     const int copy = table.GetBitmapBrushIndex(kModule, IDB_BASE, 0, 0);
     EXPECT_EQ(copy, shifted + 1);
@@ -137,6 +149,8 @@ TEST_F(Brush, BitmapIconIsLaidOnItsBitmapAndShiftedWithIt) {
     EXPECT_EQ(table.GetBitmapIconBrushIndex(kModule, IDB_BASE, 4, 0, IDB_ICON, 1, 1, nullptr, nullptr), plain);
     const int cut = table.GetBitmapIconBrushIndex(kModule, IDB_BASE, 1, 0, IDB_ICON, 3, 0, nullptr, nullptr);
     EXPECT_EQ(Paint(table.GetBrush(cut)), "YRGBkkkk");
+    const int left = table.GetBitmapIconBrushIndex(kModule, IDB_BASE, 0, 0, IDB_ICON, -1, 0, nullptr, nullptr);
+    EXPECT_EQ(Paint(table.GetBrush(left)), "AGBWkkkk");
 }
 
 TEST_F(Brush, BitmapIconIsComposedInLentMemoryContextsOnly) {

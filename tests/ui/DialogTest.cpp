@@ -149,8 +149,8 @@ TEST_P(TextControls, TakeTheirTextFromSetAddAndReset) {
     EXPECT_EQ(Get(id, noIndex), Got(L"set", noIndex, kData));
     EXPECT_EQ(Get(id, noIndex, 3), Got(L"se", noIndex, kData));
     EXPECT_EQ(Get(id, noIndex, 0), Got(L"untouched", noIndex, kData));
-    dialog.Set(id, 0, nullptr, 7);
-    EXPECT_EQ(Text(id), L"set");
+    dialog.Set(id, 5, nullptr, 7);
+    EXPECT_EQ(Get(id, 5), Got(L"set", id == CTL_CHECK ? 1 : 5, kData));
     EXPECT_EQ(dialog.Add(id, 3, L"added", 7), 3);
     EXPECT_EQ(Text(id), L"added");
     EXPECT_EQ(dialog.Reset(id, L"a,b"), 0);
@@ -203,7 +203,7 @@ TEST_F(Dialog, Odd46AListBoxWithoutASelectionGivesItsTextAndItsCount) {
 
 TEST_F(Dialog, AComboBoxHasATextOfItsOwn) {
     dialog.Reset(CTL_COMBO, L"apple,banana");
-    dialog.Set(CTL_COMBO, -1, L"own", 7);
+    dialog.Set(CTL_COMBO, -2, L"own", 7);
     EXPECT_EQ(Get(CTL_COMBO, -2), Got(L"own", -2, 0));
     EXPECT_EQ(Get(CTL_COMBO, -1), Got(L"", -1, 0));
     dialog.Set(CTL_COMBO, -3, L"BANANA", 7);
@@ -217,6 +217,8 @@ TEST_F(Dialog, AComboBoxHasATextOfItsOwn) {
     EXPECT_EQ(index, -1);
     EXPECT_EQ(dialog.ShowDropDown(CTL_COMBO, 1), 1);
     EXPECT_EQ(Ask(CTL_COMBO, CB_GETDROPPEDSTATE), 1);
+    dialog.ShowDropDown(CTL_COMBO, 0);
+    EXPECT_EQ(Ask(CTL_COMBO, CB_GETDROPPEDSTATE), 0);
 }
 
 TEST_P(Gauges, Odd44And48MoveByPositionAndStep) {
@@ -236,12 +238,16 @@ TEST_P(Gauges, Odd44And48MoveByPositionAndStep) {
     dialog.Reset(id, L"a");
     EXPECT_EQ(Get(id, 9), Got(L"", 0, 0));
     EXPECT_EQ(id == CTL_SLIDER ? Ask(id, TBM_GETPAGESIZE) : 10, 10);
+    EXPECT_EQ(id == CTL_SLIDER ? Ask(id, TBM_GETNUMTICS) : 21, 21);
+    dialog.Range(id, 50, 60, 1);
+    EXPECT_EQ(Get(id, 9), Got(L"", 50, 0));
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, Gauges, testing::Values(CTL_SLIDER, CTL_PROGRESS, CTL_SCROLL));
 
 TEST_F(Dialog, ATabControlHoldsTextAndDataAndSelectsWhatIsSet) {
     dialog.Reset(CTL_TAB, L"a,b,,c");
+    EXPECT_EQ(Get(CTL_TAB, 2), Got(L"c", 2, 2));
     EXPECT_EQ(dialog.Add(CTL_TAB, 0, L"first", kData), 0);
     EXPECT_EQ(Get(CTL_TAB, 0, 3), Got(L"fi", 0, kData));
     dialog.Set(CTL_TAB, 3, nullptr, 8);
@@ -299,6 +305,8 @@ TEST_F(Dialog, Odd45AnIconListStartsWithWmDestroyAndIsFreedOnce) {
     Ask(CTL_LISTVIEW, LVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item));
     EXPECT_EQ(item.iImage, 1);
     EXPECT_EQ(other.SetLVFocus(CTL_LISTVIEW, -1, 1), 1) << "no item";
+    EXPECT_EQ(other.Display(CTL_LISTVIEW, DA_FOCUS, 0), 0);
+    EXPECT_EQ(Ask(CTL_LISTVIEW, LVM_GETITEMSTATE, 0, 3), LVIS_FOCUSED | LVIS_SELECTED);
     const auto images = reinterpret_cast<HIMAGELIST>(Ask(CTL_LISTVIEW, LVM_GETIMAGELIST, LVSIL_SMALL));
     EXPECT_EQ(ImageList_GetImageCount(images), 2);
     {
@@ -335,6 +343,8 @@ TEST_F(Dialog, Odd41ShowsEnablesAndRefreshesButReportsARefreshAsFailed) {
     EXPECT_EQ(dialog.Display(CTL_EDIT, DA_DISABLE, 0), 0);
     EXPECT_FALSE(IsWindowEnabled(Item(CTL_EDIT)));
     EXPECT_EQ(dialog.Display(CTL_EDIT, DA_FOCUS, 0), 1) << "disabled";
+    EXPECT_EQ(dialog.Display(CTL_EDIT, DA_ENABLE, 0), 0);
+    EXPECT_TRUE(IsWindowEnabled(Item(CTL_EDIT)));
     dialog.Display(CTL_MISSING, DA_SHOW, 0);
     struct Refreshing : DIALOG_INTERFACE {
         using DIALOG_INTERFACE::DIALOG_INTERFACE;
@@ -380,8 +390,10 @@ TEST_F(Dialog, Odd43AnEditSelectsFromItsStartAndAComboBoxWhatIsSaid) {
     EXPECT_EQ(dialog.GetCount(CTL_EDIT, count), 0);
     EXPECT_EQ(count, 10);
     EXPECT_EQ(dialog.SetTextLimit(CTL_EDIT, 7) + dialog.SetTextLimit(CTL_COMBO, 7), 2);
-    EXPECT_EQ(Ask(CTL_EDIT, EM_GETLIMITTEXT), 7);
+    for (const HWND edit : {Item(CTL_EDIT), GetWindow(Item(CTL_COMBO), GW_CHILD)})
+        EXPECT_EQ(SendMessageW(edit, EM_GETLIMITTEXT, 0, 0), 7);
     EXPECT_EQ(dialog.SetReadOnly(CTL_EDIT, 1), 1);
+    EXPECT_NE(GetWindowLongPtrW(Item(CTL_EDIT), GWL_STYLE) & ES_READONLY, 0);
     for (const int other : {CTL_RICH, CTL_LIST})
         EXPECT_EQ(dialog.SetTextLimit(other, 7) + dialog.SetReadOnly(other, 1), 0);
 }

@@ -26,11 +26,14 @@ public:
 
     std::wstring message, caption, buttonTexts;
     bool centred = false;
+    HWND owner = nullptr;
     int firstCode = -1;
+    bool hearsOfTheEnd = false;
 
 private:
     static LRESULT CALLBACK Hook(int code, WPARAM wParam, LPARAM lParam) {
         if (current->firstCode == -1) current->firstCode = code;
+        if (code == HCBT_DESTROYWND) current->hearsOfTheEnd = true;
         if (code == HCBT_ACTIVATE && current->message.empty()) current->Look(reinterpret_cast<HWND>(wParam));
         return CallNextHookEx(current->m_hook, code, wParam, lParam);
     }
@@ -42,6 +45,7 @@ private:
         for (HWND label = nullptr; message.empty();)
             message = TextOf(label = FindWindowExW(box, label, L"Static", nullptr));
         caption = TextOf(box);
+        owner = GetWindow(box, GW_OWNER);
         for (int id = IDOK; id <= IDNO; ++id) {
             const std::wstring text = TextOf(GetDlgItem(box, id));
             if (text != L"-") buttonTexts += std::to_wstring(id) + L':' + text + L' ';
@@ -56,10 +60,12 @@ private:
 
 constexpr unsigned int kButtonTexts[] = {IDS_MISSING, IDS_SECOND, IDS_MISSING};
 
-/// What the system's box was last asked to show, joined by bars.
+/// What the system's box was last asked to show, joined by bars, and for whom.
 std::wstring shown;
+HWND shownOwner;
 
-int WINAPI KeepTexts(HWND, const wchar_t* text, const wchar_t* caption, UINT type) {
+int WINAPI KeepTexts(HWND owner, const wchar_t* text, const wchar_t* caption, UINT type) {
+    shownOwner = owner;
     shown = std::wstring(text) + L'|' + (caption == nullptr ? L"" : caption);
     return static_cast<int>(type);
 }
@@ -102,16 +108,21 @@ TEST(MessageBoxes, Odd52And53OwnDialogHasTheButtonsOfThePlainTypesAndEndsWithOne
         {MB_ICONWARNING, IDYES, kButtonTexts, L""},
     };
     Reports reports;
+    const HWND owner = CreateWindowW(L"Static", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
     for (const auto& [type, pressed, ids, texts] : rows) {
-        CMessageBox box(nullptr, L"Text", L"Caption", type, MESSAGEBOX_NO_ERROR);
+        CMessageBox box(owner, L"Text", L"Caption", type, MESSAGEBOX_NO_ERROR);
         const CMessageBox::RESOURCES own{IDD_BOX, IDC_MESSAGE, ids};
         box.SetResources(&own);
+        CMessageBox assigned;
+        assigned = CMessageBox(box);
         const Press press({8, pressed});
-        EXPECT_EQ(box.Run(), pressed) << type;
+        EXPECT_EQ(assigned.Run(), pressed) << type;
+        EXPECT_EQ(press.owner, owner);
         EXPECT_EQ(press.buttonTexts, texts) << type;
         EXPECT_EQ(press.message + L'|' + press.caption, L"Text|Caption");
         EXPECT_TRUE(press.centred);
     }
+    DestroyWindow(owner);
     EXPECT_EQ(reports.Take(), Texts{"MessageBox:289 Unsupported MessageBox type!"});
 }
 
@@ -121,6 +132,7 @@ TEST(MessageBoxes, Odd54OtherHooksHearOnlyOfTheActivationOfTheCentredSystemBox) 
     EXPECT_EQ(press.message + L'|' + press.caption, L"Text|Caption");
     EXPECT_TRUE(press.centred);
     EXPECT_EQ(press.firstCode, HCBT_ACTIVATE);
+    EXPECT_TRUE(press.hearsOfTheEnd);
 }
 
 TEST(MessageBoxes, LeavesNoHookBehindWhenOneBoxBringsUpAnother) {
@@ -139,16 +151,21 @@ TEST(MessageBoxes, AnOwnDialogThatRunsAgainFromItsLoopCanStillBeClosed) {
 
 TEST(MessageBoxes, AppendsTheTextOfAnErrorThatTheSystemKnows) {
     const ImportPatch patch(L"Tessel.dll", "MessageBoxW", &KeepTexts);
-    CMessageBox box(nullptr, L"Text ", nullptr, MB_ICONWARNING, ERROR_ACCESS_DENIED);
+    CMessageBox box(GetDesktopWindow(), L"Text ", nullptr, MB_ICONWARNING, ERROR_ACCESS_DENIED);
     const CMessageBox copy(box);
     for (CMessageBox each : {box, copy}) {
         EXPECT_EQ(each.Run(), MB_ICONWARNING);
         EXPECT_TRUE(shown.starts_with(L"Text 00000005: "));
+        EXPECT_GT(shown.find(L'|'), 15u) << "the system's text";
+        EXPECT_EQ(shownOwner, GetDesktopWindow());
     }
     for (const unsigned long error : {0xDEADBEEFUL, MESSAGEBOX_NO_ERROR}) {
         box.Run(L"Text", nullptr, MESSAGEBOX_SAME_TYPE, error);
         EXPECT_EQ(shown, L"Text|");
     }
+    box.Run(nullptr, L"Caption", MB_OK, MESSAGEBOX_NO_ERROR);
+    EXPECT_EQ(box.Run(nullptr, nullptr, MESSAGEBOX_SAME_TYPE, MESSAGEBOX_NO_ERROR), MB_OK);
+    EXPECT_EQ(shown, L"Text|Caption");
 }
 
 TEST(MessageBoxes, ReadsTextsByNumberFromTheProgram) {

@@ -218,7 +218,7 @@ TEST_F(Notify, MessagesFillWhatTheirKindUsesAndNothingElse) {
         EXPECT_EQ(FieldsOf(*Translate(message, wParam, lParam)), fields) << message;
     }
     for (const UINT message : {WM_LBUTTONUP, WM_RBUTTONUP, WM_MBUTTONUP, WM_SIZE, WM_DRAWITEM, WM_NOTIFY}) {
-        EXPECT_EQ(Translate(message), nullptr) << message;
+        for (const LPARAM record : {0, 16}) EXPECT_EQ(Translate(message, 0, record), nullptr) << message;
     }
 }
 
@@ -258,6 +258,9 @@ TEST_F(Notify, FocusFollowsThePointerAndPlacesTheCaret) {
     const HWND lines = host.Add(L"Edit", ES_MULTILINE);
     const HWND button = host.Add(L"Button");
     for (const HWND edit : {line, lines}) Send(WM_SETTEXT, 0, L"abc")(edit);
+    SetFocus(nullptr);
+    Point(line);
+    EXPECT_EQ(GetFocus(), nullptr);
     SetFocus(line);
     const std::pair<HWND, HWND> steps[] = {{text, line}, {lines, lines}, {line, line}, {button, button}, {text, text}};
     for (const auto& [pointed, focus] : steps) {
@@ -306,6 +309,11 @@ TEST_F(Notify, Odd30And33ThePointerSnapsToTheItemsOfARegisteredListBox) {
     POINT corner{9, item.top + 1};
     ClientToScreen(lists[0], &corner);
     SetCursorPos(corner.x, corner.y);
+    EXPECT_EQ(Translate(WM_SETCURSOR, reinterpret_cast<WPARAM>(lists[0]), HTVSCROLL)->Data1, HTVSCROLL);
+    FormatSysMsg::SetCommonDlgActive(1);
+    Point(lists[0]);
+    EXPECT_EQ(host.formatter.GetCursor(lists[0]), -1) << "on the scroll bar, or below a common dialog";
+    FormatSysMsg::SetCommonDlgActive(0);
     Point(lists[0]);
     POINT pointer;
     GetCursorPos(&pointer);
@@ -327,10 +335,8 @@ TEST_F(Notify, Odd30And33ThePointerSnapsToTheItemsOfARegisteredListBox) {
     SetCursorPos(corner.x + 200, corner.y);
     Point(lists[1]);
     EXPECT_EQ(host.formatter.GetCursor(lists[1]), 1);
-    for (const int again : {0, 1}) {
-        host.formatter.ReleaseListBoxMove(lists[1]);
-        EXPECT_EQ(host.formatter.GetCursor(lists[1]), -1) << again;
-    }
+    host.formatter.ReleaseListBoxMove(lists[1]);
+    EXPECT_EQ(host.formatter.GetCursor(lists[1]), -1);
     SetCursorPos(corner.x + 200, corner.y);
     Point(lists[1]);
     GetCursorPos(&pointer);
