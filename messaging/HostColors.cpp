@@ -1,4 +1,4 @@
-#include <messaging/ReadableMemory.h>
+#include <foundation/ReadableMemory.h>
 #include <tessel/brush.h>
 #include <tessel/dialog.h>
 #include <tessel/host.h>

@@ -1,9 +1,9 @@
+#include <foundation/ReadableMemory.h>
 #include <tessel/mailbox.h>
 #include <tessel/notify.h>
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <iterator>
 
 static_assert(sizeof(void*) != 4 || sizeof(NOTIFY) == 40);
@@ -60,10 +60,6 @@ private:
         notify.CtrlId = GetDlgCtrlID(hCtrl);
     }
 
-    /// Whether lParam points to so many bytes that can be read; anyone can post a message. To ask the system for the
-    /// memory's state would take longer than the translation.
-    bool HasRecord(UINT_PTR size) const { return IsBadReadPtr(reinterpret_cast<const void*>(lParam), size) == FALSE; }
-
     void FillRectangle(const RECT& rectangle) {
         notify.Data2 = rectangle.left;
         notify.Data3 = rectangle.top;
@@ -119,19 +115,17 @@ private:
     }
 
     void DrawItem() {
-        if (!HasRecord(sizeof(DRAWITEMSTRUCT))) return; // GUARD-30: nothing says what is to be drawn
-        const auto* const item = reinterpret_cast<const DRAWITEMSTRUCT*>(lParam);
-        Fill(NK_PAINT, FN_PAINT, item->hwndItem);
-        notify.CtrlId = static_cast<int>(item->CtlID);
-        notify.Data1 = static_cast<int>(item->itemAction);
-        FillRectangle(item->rcItem);
+        DRAWITEMSTRUCT item;
+        if (!tessel::ReadRecord(lParam, item)) return; // GUARD-30: nothing says what is to be drawn
+        Fill(NK_PAINT, FN_PAINT, item.hwndItem);
+        notify.CtrlId = static_cast<int>(item.CtlID);
+        notify.Data1 = static_cast<int>(item.itemAction);
+        FillRectangle(item.rcItem);
     }
 
     void Notify() {
         NMHDR header;
-        if (!HasRecord(sizeof header)) return; // GUARD-30: nothing says what happened
-        // A copy, since the packed records of key presses may lie anywhere.
-        std::memcpy(&header, reinterpret_cast<const void*>(lParam), sizeof header);
+        if (!tessel::ReadRecord(lParam, header)) return; // GUARD-30: nothing says what happened
         const int code = static_cast<int>(header.code);
         Fill(NK_CONTROL, formatter.GetFunctionID(header.hwndFrom, code), header.hwndFrom);
         notify.CtrlId = static_cast<int>(wParam);
