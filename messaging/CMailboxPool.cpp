@@ -13,7 +13,6 @@ namespace {
 using tessel::LoadShared;
 using tessel::PostOfficeLock;
 using tessel::ReportUnless;
-using tessel::StoreShared;
 
 constexpr int kAttempts = 100;
 constexpr unsigned long kAttemptPauseMs = 1;

@@ -1,5 +1,5 @@
-#include <messaging/HostRequest.h>
 #include <foundation/ReadableMemory.h>
+#include <messaging/HostRequest.h>
 #include <tessel/host.h>
 #include <tessel/mailbox.h>
 
