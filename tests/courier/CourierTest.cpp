@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <tessel/mailbox.h>
 
-#include <filesystem>
 #include <fstream>
 
 namespace {
@@ -17,10 +16,7 @@ protected:
     ~Courier() override { fs::remove_all(folder); }
 
     std::wstring Command(const fs::path& to, const std::wstring& options = L"") {
-        wchar_t program[MAX_PATH];
-        GetModuleFileNameW(nullptr, program, MAX_PATH);
-        const fs::path courier = fs::path(program).parent_path() / COURIER;
-        return L"\"" + courier.wstring() + L"\" \"" + file.wstring() + L"\" \"" + to.wstring() + L"\" " + options;
+        return Quoted(Beside(COURIER)) + Quoted(file) + Quoted(to) + options;
     }
     void MakeFile(std::size_t size) {
         std::string content;

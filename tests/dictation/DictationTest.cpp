@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 
 namespace {
@@ -21,10 +20,7 @@ protected:
     ~Dictating() override { fs::remove_all(folder); }
 
     std::wstring Order(const wchar_t* order, const wchar_t* file, const std::wstring& more = L"") {
-        wchar_t own[MAX_PATH];
-        GetModuleFileNameW(nullptr, own, MAX_PATH);
-        return L"\"" + fs::path(own).replace_filename(L"dictation.exe").wstring() + L"\" " + order + L" \"" +
-               (folder / file).wstring() + L"\" " + more;
+        return Quoted(Beside(L"dictation.exe")) + order + L" " + Quoted(folder / file) + more;
     }
     std::string Judge(const std::wstring& tool, const wchar_t* file, const wchar_t* options = L"") {
         const UnixAnswer answer = RunUnix(tool + L" '" + UnixPath(folder / file) + L"' " + options);
@@ -48,8 +44,7 @@ TEST_F(Dictating, WhatIsHeardIsRecordedCompressedAndMadeAWaveFile) {
     EXPECT_NE(levels.find("@@@"), std::string::npos) << levels;
     EXPECT_EQ(recorder.ExitCode(), 0u);
 
-    const std::wstring wave = L"\"" + (folder / L"heard.wav").wstring() + L"\"";
-    EXPECT_EQ(ChildProcess(Order(L"convert", L"heard.gsm", wave)).ExitCode(), 0u);
+    EXPECT_EQ(ChildProcess(Order(L"convert", L"heard.gsm", Quoted(folder / L"heard.wav"))).ExitCode(), 0u);
     EXPECT_EQ(Judge(L"soxi -e", L"heard.wav"), "GSM\n");
     EXPECT_GE(std::atof(Judge(L"soxi -D", L"heard.wav").c_str()), 5.0);
     // The tone alone: whatever is loud.
@@ -63,10 +58,9 @@ TEST_F(Dictating, StepsAndConvertsThereAndBackAndTellsFailures) {
     EXPECT_EQ(steps.WaitUntil("1.6 s"), "");
     EXPECT_EQ(steps.ExitCode(), 0u);
 
-    const auto path = [this](const wchar_t* file) { return L"\"" + (folder / file).wstring() + L"\""; };
-    EXPECT_EQ(ChildProcess(Order(L"convert", L"tone.pcm", path(L"tone.gsm"))).ExitCode(), 0u);
+    EXPECT_EQ(ChildProcess(Order(L"convert", L"tone.pcm", Quoted(folder / L"tone.gsm"))).ExitCode(), 0u);
     EXPECT_EQ(fs::file_size(folder / L"tone.gsm"), 3u * 1625);
-    EXPECT_EQ(ChildProcess(Order(L"convert", L"tone.gsm", path(L"back.pcm"))).ExitCode(), 0u);
+    EXPECT_EQ(ChildProcess(Order(L"convert", L"tone.gsm", Quoted(folder / L"back.pcm"))).ExitCode(), 0u);
     const std::string back = Judge(L"sox -t raw -r 8000 -c 1 -e unsigned-integer -b 8", L"back.pcm", L"-n stat");
     EXPECT_NEAR(std::atof(back.substr(back.find("frequency:") + 10).c_str()), 700, 35) << back;
 

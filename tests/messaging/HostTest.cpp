@@ -306,10 +306,9 @@ TEST_F(Host, ManagersLiveAsLongAsTheirMainAndSeveralAtOnce) {
 
 TEST_F(Host, Odd62StartsAProcessUnderTheNameOfTheConsoleProgram) {
     constexpr DWORD kNoSuchRole = 98;
-    wchar_t own[MAX_PATH];
-    GetModuleFileNameW(nullptr, own, MAX_PATH);
+    const std::wstring own = OwnProgram();
     const ImportPatch start(L"Tessel.dll", "CreateProcessW", NoteStart);
-    void* const process = program.StartProcess(own, reinterpret_cast<const unsigned char*>(L"--role none"));
+    void* const process = program.StartProcess(own.c_str(), reinterpret_cast<const unsigned char*>(L"--role none"));
     EXPECT_EQ(startedLine, L"ConsoleApp.exe --role none");
     EXPECT_EQ(WaitForSingleObject(process, INFINITE), WAIT_OBJECT_0);
     DWORD code = 0;

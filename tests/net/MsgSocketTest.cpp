@@ -9,7 +9,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -38,9 +37,7 @@ int WINAPI NoOption(SOCKET, int, int, char*, int*) {
 
 /// The Unix path of the peer beside this program; empty where programs are not run by Wine.
 std::wstring PeerScript() {
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    return UnixPath(std::filesystem::path(program).parent_path() / L"peer.sh");
+    return UnixPath(Beside(L"peer.sh"));
 }
 
 std::unique_ptr<CCommMsg> Message(const std::string& text) {

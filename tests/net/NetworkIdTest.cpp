@@ -1,4 +1,5 @@
 #include "NetworkCard.h"
+#include "support/ChildProcess.h"
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
@@ -67,9 +68,7 @@ BOOL WINAPI StartTool(const wchar_t*, wchar_t* line, SECURITY_ATTRIBUTES*, SECUR
                       DWORD flags, void*, const wchar_t*, STARTUPINFOW* startup, PROCESS_INFORMATION* process) {
     seen += line + L" "s + std::to_wstring(inherit) + std::to_wstring(flags) + std::to_wstring(startup->dwFlags) +
             std::to_wstring(startup->wShowWindow);
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring own = L"\"" + std::wstring(program) + L"\" --role none";
+    std::wstring own = Quoted(OwnProgram()) + L"--role none";
     const DWORD suspended = toolWait == WAIT_TIMEOUT ? CREATE_SUSPENDED : 0;
     const BOOL result =
         CreateProcessW(nullptr, own.data(), nullptr, nullptr, FALSE, suspended, nullptr, nullptr, startup, process);

@@ -1,6 +1,5 @@
 #include "ChildProcess.h"
 
-#include <filesystem>
 #include <iostream>
 #include <map>
 
@@ -11,15 +10,9 @@ std::map<std::string, Role::Function>& Roles() {
     return roles;
 }
 
-std::wstring OwnProgram() {
-    wchar_t path[MAX_PATH];
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return path;
-}
-
 std::wstring CommandLine(const std::wstring& program, const std::string& role,
                          const std::vector<std::string>& arguments) {
-    std::wstring line = L"\"" + program + L"\" --role " + std::wstring(role.begin(), role.end());
+    std::wstring line = Quoted(program) + L"--role " + std::wstring(role.begin(), role.end());
     for (const std::string& argument : arguments) line += L" " + std::wstring(argument.begin(), argument.end());
     return line;
 }
@@ -109,6 +102,20 @@ DWORD ChildProcess::ExitCode() {
 
 Role::Role(const char* name, Function function) {
     Roles()[name] = function;
+}
+
+std::filesystem::path OwnProgram() {
+    wchar_t path[MAX_PATH];
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return path;
+}
+
+std::filesystem::path Beside(const std::filesystem::path& name) {
+    return OwnProgram().replace_filename(name);
+}
+
+std::wstring Quoted(const std::filesystem::path& program) {
+    return L"\"" + program.wstring() + L"\" ";
 }
 
 std::wstring PeerProgram() {

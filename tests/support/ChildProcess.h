@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include <functional>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -40,6 +40,13 @@ struct Role {
     using Function = int (*)(const std::vector<std::string>& arguments);
     Role(const char* name, Function function);
 };
+
+/// Where this program is, and a file of that name in the same folder.
+std::filesystem::path OwnProgram();
+std::filesystem::path Beside(const std::filesystem::path& name);
+
+/// A path in quotation marks and a blank, as a command line starts.
+std::wstring Quoted(const std::filesystem::path& program);
 
 /// The other build's program of the same name (32-bit for a 64-bit one and the reverse); empty when it is not there.
 std::wstring PeerProgram();

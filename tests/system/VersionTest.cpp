@@ -1,3 +1,4 @@
+#include "support/ChildProcess.h"
 #include "support/ImportPatch.h"
 
 #include <gtest/gtest.h>
@@ -18,9 +19,7 @@ namespace fs = std::filesystem;
 
 /// One of the libraries beside this program: with version 1.2.10.7, with 1.10.0.0 or without a version.
 fs::path Built(const char* name) {
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    return fs::path(program).replace_filename(std::string("version_") + name + ".dll");
+    return Beside(std::string("version_") + name + ".dll");
 }
 
 std::wstring Described(CSwVersion& version, int index = -1) {

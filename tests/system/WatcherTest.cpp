@@ -3,14 +3,10 @@
 #include <gtest/gtest.h>
 #include <tessel/service.h>
 
-#include <filesystem>
-
 namespace {
 
 std::wstring Order(const wchar_t* order) {
-    wchar_t own[MAX_PATH];
-    GetModuleFileNameW(nullptr, own, MAX_PATH);
-    return L"\"" + std::filesystem::path(own).replace_filename(L"watcher.exe").wstring() + L"\" " + order;
+    return Quoted(Beside(L"watcher.exe")) + order;
 }
 
 /// Asks for the watcher.

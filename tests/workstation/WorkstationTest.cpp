@@ -5,24 +5,16 @@
 #include <gtest/gtest.h>
 #include <tessel/mailbox.h>
 
-#include <filesystem>
-
 namespace {
 
 namespace fs = std::filesystem;
-
-std::wstring Program(const wchar_t* name) {
-    wchar_t own[MAX_PATH];
-    GetModuleFileNameW(nullptr, own, MAX_PATH);
-    return L"\"" + fs::path(own).replace_filename(name).wstring() + L"\" ";
-}
 
 class WorkstationRun : public testing::Test {
 protected:
     ~WorkstationRun() override { fs::remove_all(folder); }
 
     std::wstring Command(const std::wstring& options) {
-        return Program(L"workstation.exe") + L"--hidden --folder \"" + folder.wstring() + L"\" " + options;
+        return Quoted(Beside(L"workstation.exe")) + L"--hidden --folder " + Quoted(folder) + options;
     }
     /// What a Unix tool says of a file in the folder.
     std::string Ask(const std::wstring& tool, const wchar_t* file, const std::wstring& what) {
@@ -42,7 +34,7 @@ protected:
 } // namespace
 
 TEST_F(WorkstationRun, SavesWhatWasAcquiredAndLeavesNothingBehind) {
-    ChildProcess workstation(Command(L"--run 2 --movie \"" + (folder / L"movie.avi").wstring() + L"\""));
+    ChildProcess workstation(Command(L"--run 2 --movie " + Quoted(folder / L"movie.avi")));
     EXPECT_EQ(workstation.WaitUntil("workstation: 2048 lines sent"),
               ", 1024 received by the archive, 1024 by the screen, 0 lost");
     EXPECT_EQ(workstation.WaitUntil("workstation: 2 images saved"), ", 0 of them different from what was generated");
@@ -63,17 +55,17 @@ TEST_F(WorkstationRun, ObeysAConsoleAndRunsOnceOnAMachine) {
     while (observer.GetMailBox(ORCAOBJID{3002}, slot) == nullptr) Sleep(1); // the last to be loaded
     EXPECT_EQ(ChildProcess(Command(L"")).ExitCode(), 1u);
     for (const wchar_t* order : {L"start 1", L"start", L"stop", L"exit"}) {
-        EXPECT_EQ(ChildProcess(Program(L"console.exe") + order).ExitCode(), 0u);
+        EXPECT_EQ(ChildProcess(Quoted(Beside(L"console.exe")) + order).ExitCode(), 0u);
     }
     EXPECT_EQ(workstation.ExitCode(), 0u);
     ExpectNothingLeft();
 }
 
 TEST_F(WorkstationRun, EndsWithALineWhenTheConsoleIsMissingOrFails) {
-    for (const std::wstring& console : {std::wstring(L"no-such.exe"), Program(L"hello.exe")}) {
+    for (const std::wstring& console : {std::wstring(L"no-such.exe"), Quoted(Beside(L"hello.exe"))}) {
         ChildProcess workstation(Command(L"--run 1 --console " + console));
         EXPECT_EQ(workstation.ExitCode(), 1u);
         ExpectNothingLeft();
     }
-    EXPECT_EQ(ChildProcess(Program(L"console.exe") + L"exit").ExitCode(), 1u) << "there is no workstation";
+    EXPECT_EQ(ChildProcess(Quoted(Beside(L"console.exe")) + L"exit").ExitCode(), 1u) << "there is no workstation";
 }
