@@ -5,7 +5,8 @@
 #include <optional>
 #include <span>
 
-/// A message that was looked at once: what it says cannot change while it is used.
+/// A message whose id, sender and length were read once. The data are the block's and may change at any time, as all
+/// processes can write there: copy what is checked.
 struct Mail {
     SBLOCK* block;
     ORCAOBJID from;
@@ -22,6 +23,14 @@ inline std::optional<Mail> OpenMail(CMailBox& mailbox, LPARAM number, ORCAOBJID 
     const unsigned long length = *const_cast<const volatile std::uint32_t*>(&block->Length);
     if (length < 1 || length > SMALL_BLOCK_SIZE) return std::nullopt;
     return Mail{block, ORCAOBJID{block->Sender}, block->MsgId, {block->Data, length - 1}};
+}
+
+/// Has the message of a notification handled, if it is what it claims to be, and gives back its block.
+template <class Handler> void WithMail(CMailBox& mailbox, LPARAM number, ORCAOBJID to, Handler handle) {
+    const std::optional<Mail> mail = OpenMail(mailbox, number, to);
+    if (!mail) return;
+    handle(*mail);
+    (void)mailbox.ReleaseMemory(mail->block); // in use until now
 }
 
 /// Gives back the blocks that nobody will fetch any more: the receiver has ended, and nobody sends to it.

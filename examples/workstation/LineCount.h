@@ -3,6 +3,8 @@
 #include "Protocol.h"
 #include "TestImage.h"
 
+#include <common/Mail.h>
+
 #include <cstring>
 #include <optional>
 
@@ -12,12 +14,13 @@ struct Line {
     std::span<const std::uint8_t> pixels;
 };
 
-/// Reads a WORK_LINE; nothing when the message is something else.
-inline std::optional<Line> ReadLine(unsigned long id, std::span<const unsigned char> data) {
+/// Reads a WORK_LINE; nothing when the message is something else, or somebody else's.
+inline std::optional<Line> ReadLine(const Mail& mail) {
     Line line{};
-    if (id != WORK_LINE || data.size() != sizeof line.head + kImageWidth) return std::nullopt;
-    std::memcpy(&line.head, data.data(), sizeof line.head);
-    line.pixels = data.subspan(sizeof line.head);
+    if (mail.id != WORK_LINE || mail.from != kAcquisitionId) return std::nullopt;
+    if (mail.data.size() != sizeof line.head + kImageWidth) return std::nullopt;
+    std::memcpy(&line.head, mail.data.data(), sizeof line.head);
+    line.pixels = mail.data.subspan(sizeof line.head);
     if (line.head.image == 0 || line.head.line >= kImageHeight) return std::nullopt;
     return line;
 }

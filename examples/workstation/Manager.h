@@ -1,5 +1,6 @@
 #pragma once
 
+#include "LineCount.h"
 #include "Station.h"
 
 /// A station that is a manager of the workstation: it reports what it has done, and ends when it is told to.
@@ -12,8 +13,13 @@ public:
 protected:
     /// Does what is due.
     virtual void Work() {}
-    /// An order or a line has arrived.
+    /// Says what the workstation has not heard yet.
+    /// @return false: there was no room for all of it
+    virtual bool SayRest() { return true; }
+    /// An order of the workstation has arrived.
     virtual void OnOrder(const Mail& mail) = 0;
+    /// A line has arrived.
+    virtual void OnLine(const Line& /*line*/) {}
 
     ManagerStatus m_status{};
 
@@ -22,18 +28,18 @@ private:
 
     void OnTick() final {
         Work();
+        (void)SayRest(); // again at the next tick
         if (GetTickCount() - m_reported < kStatusMs) return;
         m_reported = GetTickCount();
         Report(WORK_STATUS);
     }
 
     void OnMail(const Mail& mail) final {
-        if (mail.id != WORK_EXIT) {
-            OnOrder(mail);
-            return;
-        }
+        if (const auto line = ReadLine(mail)) return OnLine(*line);
+        if (mail.from != kWorkstationId) return;
+        if (mail.id != WORK_EXIT) return OnOrder(mail);
         Leave();
-        while (Report(WORK_GONE) == ERROR_BUSY) Sleeper(1);
+        while (!SayRest() || Report(WORK_GONE) == ERROR_BUSY) Sleeper(1);
     }
 
     int Report(WORK_MESSAGE message) {

@@ -52,7 +52,7 @@ bool Station::IsThere(ORCAOBJID id) {
 LRESULT CALLBACK Station::WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     auto& station = *reinterpret_cast<Station*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     if (message == MAILBOX_NOTIFICATION) {
-        station.OnNotification(lParam);
+        WithMail(station.m_mailbox, lParam, station.m_id, [&station](const Mail& mail) { station.OnMail(mail); });
     } else if (message == WM_TIMER) {
         station.OnTick();
     } else if (message == station.m_heartbeat) {
@@ -61,11 +61,4 @@ LRESULT CALLBACK Station::WindowProc(HWND window, UINT message, WPARAM wParam, L
         return DefWindowProcW(window, message, wParam, lParam);
     }
     return 0;
-}
-
-void Station::OnNotification(LPARAM number) {
-    const std::optional<Mail> mail = OpenMail(m_mailbox, number, m_id);
-    if (!mail) return;
-    OnMail(*mail);
-    (void)m_mailbox.ReleaseMemory(mail->block); // in use until now
 }

@@ -46,7 +46,6 @@ protected:
 
 private:
     static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-    void OnNotification(LPARAM number);
 
     ORCAOBJID m_id;
     CMailBox m_mailbox;

@@ -74,11 +74,12 @@ void Workstation::OnMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lPara
 
 void Workstation::OnFrameEvent(const NOTIFY& event) {
     if (event.Kind == NK_APP) {
-        OnNotification(event.Data1);
+        WithMail(m_mailbox, event.Data1, kWorkstationId, [this](const Mail& mail) { OnMail(mail); });
     } else if (event.Kind == NK_TIMER && event.CtrlId == kImageTimer) {
         m_screen->RefreshImage();
     } else if (event.Kind == NK_TIMER && event.CtrlId == kStateTimer) {
         ShowState();
+        TellConsole();
         WatchConsole();
         if (m_leaving) EndManagers();
     }
@@ -103,15 +104,8 @@ void Workstation::OnButton(int id) {
     }
 }
 
-void Workstation::OnNotification(LPARAM number) {
-    const std::optional<Mail> mail = OpenMail(m_mailbox, number, kWorkstationId);
-    if (!mail) return;
-    OnMail(*mail);
-    (void)m_mailbox.ReleaseMemory(mail->block); // in use until now
-}
-
 void Workstation::OnMail(const Mail& mail) {
-    if (const auto line = ReadLine(mail.id, mail.data)) {
+    if (const auto line = ReadLine(mail)) {
         m_lines.Count(line->head);
         m_screen->SetLine(line->head.line, line->pixels);
     } else if (mail.from == kConsoleId && mail.id == WORK_EXIT) {
@@ -156,7 +150,12 @@ void Workstation::OnSaved(std::uint32_t image) {
     ++m_saved;
     if (LoadImageFile(ImagePath(m_options.folder, image)) != MakeImage(image)) ++m_different;
     std::printf("workstation: image %lu saved\n", static_cast<unsigned long>(image));
-    (void)Send(kConsoleId, WORK_SAVED, BytesOf(image)); // there need not be a console
+    m_untold.Add(image);
+    TellConsole();
+}
+
+void Workstation::TellConsole() {
+    (void)m_untold.Tell([this](auto number) { return Send(kConsoleId, WORK_SAVED, number); }); // again with the state
 }
 
 void Workstation::StartConsole() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LineCount.h"
+#include "SavedImages.h"
 #include "Screen.h"
 
 #include <common/Mail.h>
@@ -52,13 +53,13 @@ private:
     void OnFrameEvent(const NOTIFY& event);
     void OnDialogEvent(const NOTIFY& event, LPARAM lParam);
     void OnButton(int id);
-    void OnNotification(LPARAM number);
     void OnMail(const Mail& mail);
     void OnManager(LoadedManager& manager, const Mail& mail);
     void OnReady(const LoadedManager& manager);
     void OnSaved(std::uint32_t image);
 
     void LoadManagers();
+    void TellConsole();
     void StartConsole();
     void WatchConsole();
     void Start(std::uint32_t images);
@@ -79,6 +80,7 @@ private:
     LineCount m_lines;
     std::optional<std::uint32_t> m_imagesToStart;
     std::uint32_t m_saved = 0;
+    SavedImages m_untold; ///< to the console
     std::uint32_t m_different = 0;
     HANDLE m_console = nullptr;
     bool m_consoleEnded = false;

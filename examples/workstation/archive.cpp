@@ -1,6 +1,6 @@
 #include "Bitmap.h"
-#include "LineCount.h"
 #include "Manager.h"
+#include "SavedImages.h"
 
 #include <algorithm>
 #include <string>
@@ -26,12 +26,10 @@ private:
             m_folder = TextOf(mail);
         } else if (mail.id == WORK_MOVIE) {
             StartMovie(TextOf(mail));
-        } else if (const auto line = ReadLine(mail.id, mail.data)) {
-            OnLine(*line);
         }
     }
 
-    void OnLine(const Line& line) {
+    void OnLine(const Line& line) override {
         m_lines.Count(line.head);
         m_status.received = m_lines.received;
         m_status.lost = m_lines.lost;
@@ -44,7 +42,12 @@ private:
     void Save(std::uint32_t image) {
         (void)SaveImage(ImagePath(m_folder, image), m_image);
         Film();
-        while (Send(kWorkstationId, WORK_SAVED, BytesOf(image)) == ERROR_BUSY) Sleeper(1);
+        m_saved.Add(image);
+        (void)SayRest(); // again at the next tick
+    }
+
+    bool SayRest() override {
+        return m_saved.Tell([this](auto number) { return Send(kWorkstationId, WORK_SAVED, number); });
     }
 
     /// A movie that cannot be made is one without images.
@@ -68,6 +71,7 @@ private:
     LineCount m_lines;
     Image m_image = Image(kImageWidth * kImageHeight);
     std::uint32_t m_linesOfImage = 0;
+    SavedImages m_saved;
 };
 
 } // namespace

@@ -1,9 +1,8 @@
 #include "Station.h"
 
+#include <common/Arguments.h>
+
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <string_view>
 
 namespace {
 
@@ -39,7 +38,7 @@ public:
 
 private:
     void OnMail(const Mail& mail) override {
-        if (mail.id == WORK_SAVED && --m_imagesLeft == 0) Leave();
+        if (mail.from == kWorkstationId && mail.id == WORK_SAVED && --m_imagesLeft == 0) Leave();
     }
 
     /// Waits no longer when the workstation has ended.
@@ -50,20 +49,27 @@ private:
     std::uint32_t m_imagesLeft = 0;
 };
 
-/// @return whether the arguments are an order, and it was carried out
-bool Obey(Console& console, std::string_view order, std::uint32_t images) {
-    if (order == "run" && images > 0) return console.RunImages(images);
-    if (order == "start") return console.Order(WORK_START, images);
-    return console.Order(order == "stop" ? WORK_STOP : WORK_EXIT);
+/// @param images  how many the order is about; 0: it names none
+/// @return whether the order is one
+bool IsOrder(const std::wstring& order, std::uint32_t images) {
+    if (images > 0) return order == L"start" || order == L"run";
+    return order == L"start" || order == L"stop" || order == L"exit";
+}
+
+/// @return whether the order was carried out
+bool Obey(Console& console, const std::wstring& order, std::uint32_t images) {
+    if (order == L"run") return console.RunImages(images);
+    if (order == L"start") return console.Order(WORK_START, images);
+    return console.Order(order == L"stop" ? WORK_STOP : WORK_EXIT);
 }
 
 } // namespace
 
-int main(int argc, char** argv) {
-    const std::string_view order = argc < 2 ? "" : argv[1];
-    const auto images = static_cast<std::uint32_t>(argc < 3 ? 0 : std::strtoul(argv[2], nullptr, 10));
-    const bool known = order == "start" || order == "stop" || order == "exit" || (order == "run" && images > 0);
-    if (!known) {
+int main() {
+    const std::vector<std::wstring> arguments = Arguments();
+    const std::wstring order = arguments.empty() ? L"" : arguments[0];
+    const std::uint32_t images = arguments.size() == 2 && IsNumber(arguments[1]) ? Number(arguments[1]) : 0;
+    if (arguments.size() > (images > 0 ? 2U : 1U) || !IsOrder(order, images)) {
         std::fputs(kUsage, stderr);
         return 1;
     }

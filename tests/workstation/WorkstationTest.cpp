@@ -1,4 +1,5 @@
 #include "support/ChildProcess.h"
+#include "support/MessageWindow.h"
 #include "support/OpenPostOffice.h"
 #include "support/UnixTool.h"
 
@@ -49,11 +50,29 @@ TEST_F(WorkstationRun, SavesWhatWasAcquiredAndLeavesNothingBehind) {
     ExpectNothingLeft();
 }
 
+TEST_F(WorkstationRun, SavesWhileAllBlocksHoldLines) {
+    const MessageWindow window;
+    observer.RegisterMailbox(window.Get());
+    ChildProcess workstation(Command(L"--run 3"));
+    workstation.WaitUntil("workstation: image 1 saved");
+    while (observer.GetFreeBlockCount() > 3) observer.Send(ORCAOBJID{1}, 1, 0, nullptr, 0, nullptr);
+    EXPECT_EQ(workstation.ExitCode(), 0u);
+    while (const LPARAM block = window.Take(MAILBOX_NOTIFICATION)) {
+        observer.ReleaseMemory(observer.GetMessageBlock(static_cast<unsigned int>(block)));
+    }
+    observer.UnregisterMailbox();
+    ExpectNothingLeft();
+}
+
 TEST_F(WorkstationRun, ObeysAConsoleAndRunsOnceOnAMachine) {
     ChildProcess workstation(Command(L""));
     unsigned short slot = 0;
     while (observer.GetMailBox(ORCAOBJID{3002}, slot) == nullptr) Sleep(1); // the last to be loaded
     EXPECT_EQ(ChildProcess(Command(L"")).ExitCode(), 1u);
+    EXPECT_EQ(observer.Send(ORCAOBJID{3002}, 3, 0, nullptr, 0, nullptr), 0) << "an end that nobody ordered";
+    for (const wchar_t* noOrder : {L"start abc", L"run -1", L"stop 1"}) {
+        EXPECT_EQ(ChildProcess(Quoted(Beside(L"console.exe")) + noOrder).ExitCode(), 1u);
+    }
     for (const wchar_t* order : {L"start 1", L"start", L"stop", L"exit"}) {
         EXPECT_EQ(ChildProcess(Quoted(Beside(L"console.exe")) + order).ExitCode(), 0u);
     }
