@@ -12,12 +12,12 @@ constexpr double kBytesPerSecond = 8000; // on the device's side
 } // namespace
 
 Dictation::Dictation(const std::wstring& file, bool compressed)
-    : CAudio(compressed), m_ready(file.size() < MAX_PATH),
+    : CAudio(compressed),
       m_window(CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)) {
+    if (m_window == nullptr || file.size() >= MAX_PATH) return;
     SetWindowLongPtrW(m_window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     SetWindowLongPtrW(m_window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&WindowProc));
     SetParentWindow(m_window);
-    if (!m_ready) return;
     std::wcscpy(GetPath(), file.c_str());
     m_ready = AttachToFile() == 0;
 }

@@ -53,7 +53,7 @@ private:
     unsigned long DeviceBytes(unsigned long fileBytes) const;
     bool Run(unsigned long started);
 
-    bool m_ready;
+    bool m_ready = false;
     bool m_running = false;
     bool m_failed = false;
     HearSamples m_hear = nullptr;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cwchar>
+#include <filesystem>
 
 namespace {
 
@@ -31,11 +32,17 @@ void PrintLevel(double seconds, const unsigned char* samples, unsigned long coun
     std::fflush(stdout);
 }
 
-/// A number of the command line; what is below zero, or no number, counts as zero.
+/// Whether a text is a number, and not one below zero.
+bool IsAmount(const std::wstring& text) {
+    wchar_t* end = nullptr;
+    const double number = std::wcstod(text.c_str(), &end);
+    return !text.empty() && *end == L'\0' && number >= 0;
+}
+
+/// A number of the command line.
 double Number(const std::vector<std::wstring>& arguments, std::size_t index, double otherwise) {
     constexpr double kMost = 1500; // steps of five minutes
-    const double number = index < arguments.size() ? std::wcstod(arguments[index].c_str(), nullptr) : otherwise;
-    return number > 0 ? std::min(number, kMost) : 0;
+    return std::min(index < arguments.size() ? std::wcstod(arguments[index].c_str(), nullptr) : otherwise, kMost);
 }
 
 bool PlaySteps(Dictation& dictation, unsigned long count) {
@@ -48,6 +55,8 @@ bool PlaySteps(Dictation& dictation, unsigned long count) {
 }
 
 bool Execute(const std::wstring& order, const std::vector<std::wstring>& arguments) {
+    std::error_code none; // a file that cannot be looked at cannot be played
+    if (order != L"record" && !std::filesystem::exists(arguments[1], none)) return false; // else it would be made
     Dictation dictation(arguments[1], EndsIn(arguments[1], L".gsm"));
     if (!dictation.IsReady()) return false;
     running = &dictation;
@@ -77,8 +86,10 @@ int main() {
     const std::vector<std::wstring> arguments = Arguments();
     const std::wstring order = arguments.size() < 2 ? L"" : arguments[0];
     const bool runs = order == L"record" || order == L"play" || order == L"step";
-    if (!runs && (order != L"convert" || arguments.size() != 3)) return Fail(kUsage);
+    const bool isOrder = runs ? std::all_of(arguments.begin() + 2, arguments.end(), &IsAmount)
+                              : order == L"convert" && arguments.size() == 3;
+    if (!isOrder) return Fail(kUsage);
     (void)TesselGsmInstall(); // without a codec at all, what is compressed fails by itself
     const bool done = runs ? Execute(order, arguments) : ConvertFile(arguments[1], arguments[2]);
-    return done ? 0 : Fail("dictation: it did not work: is there a device, a codec, room on the disk?\n");
+    return done ? 0 : Fail("dictation: it did not work: is there the file, a device, a codec, room on the disk?\n");
 }

@@ -65,5 +65,9 @@ TEST_F(Dictating, StepsAndConvertsThereAndBackAndTellsFailures) {
     EXPECT_NEAR(std::atof(back.substr(back.find("frequency:") + 10).c_str()), 700, 35) << back;
 
     EXPECT_EQ(ChildProcess(Order(L"play", L"missing/tone.pcm")).ExitCode(), 1u);
+    EXPECT_EQ(ChildProcess(Order(L"play", L"mistyped.pcm")).ExitCode(), 1u);
+    EXPECT_FALSE(fs::exists(folder / L"mistyped.pcm"));
     EXPECT_EQ(ChildProcess(Order(L"sing", L"tone.pcm")).ExitCode(), 1u);
+    EXPECT_EQ(ChildProcess(Order(L"record", L"tone.pcm", L"1 2O")).ExitCode(), 1u) << "not a number";
+    EXPECT_EQ(fs::file_size(folder / L"tone.pcm"), 3u * tone::kSecond);
 }
