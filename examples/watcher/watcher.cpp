@@ -47,6 +47,7 @@ int main() {
         watcher.Install();
         return CNtService::Start() ? 0 : 1;
     } else if (order == L"remove") {
+        if (!CNtService::IsInstalled(nullptr)) return 1; // or without the rights to see it
         watcher.Remove();
         constexpr int tenths = 50; // the service manager forgets it once its process has ended
         for (int tenth = 0; tenth < tenths && CNtService::IsInstalled(nullptr); ++tenth) Sleeper(100);

@@ -25,4 +25,5 @@ TEST(Watcher, IsInstalledRunsAndIsRemoved) {
     while (!CNtService::IsRunning(nullptr)) SwitchToThread();
     EXPECT_EQ(ChildProcess(Order(L"remove")).ExitCode(), 0u);
     EXPECT_FALSE(CNtService::IsInstalled(nullptr));
+    EXPECT_EQ(ChildProcess(Order(L"remove")).ExitCode(), 1u) << "there is none";
 }
