@@ -1,12 +1,20 @@
+#include "common/Arguments.h"
+
 #include <tessel/tessel.h>
 
 #include <cstdio>
 
 int main() {
+    CEvent opened(L"Tessel launcher", 1);
+    const std::vector<std::wstring> arguments = Arguments();
+    if (!arguments.empty()) { // this is the application: it lasts until it is watched
+        constexpr unsigned long patienceMs = 10000;
+        (void)opened.WaitOnEvent(patienceMs); // when they are over, nobody watches
+        return static_cast<int>(Number(arguments[0]));
+    }
     char description[] = "[Application - 0]\r\n"
-                         "WorkDir=%SystemRoot%\r\n"
-                         "PathFileName=%ComSpec%\r\n"
-                         "Arguments=/c exit $CODE\r\n";
+                         "PathFileName=launcher.exe\r\n"
+                         "Arguments=$CODE\r\n";
     CCommand command;
     command.InitializeFromText(description);
     command.SubstituteArgument("$CODE", "42");
@@ -15,7 +23,11 @@ int main() {
     if (id == 0) return 1; // the user has read why
     DWORD code = 0;
     const HANDLE process = OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE, id);
-    if (process == nullptr) return 2; // it has ended already, or is not ours to open
+    opened.SetEvent();
+    if (process == nullptr) {
+        std::fprintf(stderr, "launcher: process %lu is not ours to open\n", id);
+        return 2;
+    }
     WaitForSingleObject(process, INFINITE);
     GetExitCodeProcess(process, &code);
     CloseHandle(process);

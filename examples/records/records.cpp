@@ -12,8 +12,9 @@ int main() {
     FormatSysMsg translator;
     const WPARAM changed = MAKEWPARAM(42, EN_CHANGE);
     const NOTIFY* const record = translator.NaturalizeMsg(dialog, WM_COMMAND, changed, reinterpret_cast<LPARAM>(edit));
-    wchar_t text[16];
+    if (record == nullptr || record->Function != FN_CHANGE) return 1;
+    wchar_t text[16] = L"";
     controls.Get(record->CtrlId, text, 16);
     std::printf("control %d changed: %ls\n", static_cast<int>(record->CtrlId), text);
-    return record->Function == FN_CHANGE ? 0 : 1;
+    return 0;
 }

@@ -4,6 +4,10 @@
 
 int main() {
     const HKEY key = CReg::OpenVardaKey(nullptr, true, L"Example");
+    if (key == nullptr) {
+        std::fputs("settings: the key cannot be opened: are you an administrator?\n", stderr);
+        return 1;
+    }
     CReg registry;
     CList<const wchar_t*> rooms;
     rooms.AddTail(L"CT 1");

@@ -21,7 +21,10 @@ int main() {
 
     CCommMsg* received = nullptr;
     if (result == 0) result = receiver.Read(&received);
-    if (result == 0) std::printf("%u bytes: %s\n", received->GetLength(), reinterpret_cast<char*>(received->GetData()));
+    if (result == 0) { // whoever sent it need not have ended the text
+        const unsigned int length = received->GetLength();
+        std::printf("%u bytes: %.*s\n", length, static_cast<int>(length), reinterpret_cast<char*>(received->GetData()));
+    }
     delete received;
     delete sender;
     return result;
