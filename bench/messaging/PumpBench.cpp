@@ -1,3 +1,5 @@
+#include "support/OpenPostOffice.h"
+
 #include <benchmark/benchmark.h>
 #include <tessel/host.h>
 #include <tessel/mailbox.h>
@@ -38,15 +40,12 @@ private:
 };
 
 void PumpTessel(benchmark::State& state) {
-    CPostOffice::CreateGlobalPostOffice();
-    {
-        Program program(state);
-        for (auto _ : state) {
-            program.OS_Pump();
-            if (program.TakeSeen() != kMessages) state.SkipWithError("messages are missing");
-        }
+    const OpenPostOffice office;
+    Program program(state);
+    for (auto _ : state) {
+        program.OS_Pump();
+        if (program.TakeSeen() != kMessages) state.SkipWithError("messages are missing");
     }
-    CPostOffice::DestroyGlobalPostOffice();
 }
 
 int seen = 0;

@@ -1,8 +1,10 @@
-#include <winsock2.h> // before windows.h, which the others bring
+#include "support/LoopbackListener.h" // Winsock, before windows.h
 
 #include "Transports.h"
 
 #include "BareOffice.h"
+#include "support/MessageWindow.h"
+#include "support/OpenPostOffice.h"
 
 #include <tessel/mailbox.h>
 
@@ -14,10 +16,6 @@ namespace {
 constexpr ORCAOBJID kServer{61};
 constexpr ORCAOBJID kClient{62};
 
-HWND MakeWindow() {
-    return CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
-}
-
 std::string Text(HWND window) {
     return std::to_string(HandleToULong(window));
 }
@@ -28,15 +26,8 @@ HWND Window(const std::string& text) {
 
 class MailboxTransport : public Transport {
 public:
-    explicit MailboxTransport(bool server)
-        : m_mailbox((CPostOffice::CreateGlobalPostOffice(), server ? kServer : kClient)),
-          m_peer(server ? kClient : kServer), m_window(MakeWindow()) {
-        m_mailbox.RegisterMailbox(m_window);
-    }
-    ~MailboxTransport() override {
-        m_mailbox.UnregisterMailbox();
-        DestroyWindow(m_window);
-        CPostOffice::DestroyGlobalPostOffice();
+    explicit MailboxTransport(bool server) : m_mailbox(server ? kServer : kClient), m_peer(server ? kClient : kServer) {
+        m_mailbox.RegisterMailbox(m_window.Get());
     }
     std::string Address() override { return {}; }
     void Connect(const std::string&) override {}
@@ -45,41 +36,39 @@ public:
                        nullptr);
     }
     void Receive(void* data, std::size_t size) override {
-        MSG message;
-        GetMessageW(&message, m_window, MAILBOX_NOTIFICATION, MAILBOX_NOTIFICATION);
-        SBLOCK* const block = m_mailbox.GetMessageBlock(static_cast<unsigned int>(message.lParam));
+        const LPARAM number = m_window.Wait(MAILBOX_NOTIFICATION);
+        SBLOCK* const block = m_mailbox.GetMessageBlock(static_cast<unsigned int>(number));
         std::memcpy(data, block->Data, size);
         m_mailbox.ReleaseMemory(block);
     }
 
 private:
+    OpenPostOffice m_office;
+    MessageWindow m_window;
     CMailBox m_mailbox;
     ORCAOBJID m_peer;
-    HWND m_window;
 };
 
 class BareTransport : public Transport {
 public:
-    ~BareTransport() override { DestroyWindow(m_window); }
-    std::string Address() override { return Text(m_window); }
+    std::string Address() override { return Text(m_window.Get()); }
     void Connect(const std::string& peer) override { m_peer = Window(peer); }
     void Send(const void* data, std::size_t size) override { m_office.Send(m_peer, data, size); }
-    void Receive(void* data, std::size_t size) override { m_office.Receive(m_window, data, size); }
+    void Receive(void* data, std::size_t size) override { m_office.Receive(m_window.Get(), data, size); }
 
 private:
     BareOffice m_office;
-    HWND m_window = MakeWindow();
+    MessageWindow m_window;
     HWND m_peer = nullptr;
 };
 
 class CopyDataTransport : public Transport {
 public:
     CopyDataTransport() {
-        SetWindowLongPtrW(m_window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-        SetWindowLongPtrW(m_window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&WindowProc));
+        SetWindowLongPtrW(m_window.Get(), GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+        SetWindowLongPtrW(m_window.Get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&WindowProc));
     }
-    ~CopyDataTransport() override { DestroyWindow(m_window); }
-    std::string Address() override { return Text(m_window); }
+    std::string Address() override { return Text(m_window.Get()); }
     void Connect(const std::string& peer) override { m_peer = Window(peer); }
     void Send(const void* data, std::size_t size) override {
         COPYDATASTRUCT copy{1, static_cast<DWORD>(size), const_cast<void*>(data)};
@@ -105,7 +94,7 @@ private:
         return TRUE;
     }
 
-    HWND m_window = MakeWindow();
+    MessageWindow m_window;
     HWND m_peer = nullptr;
     bool m_arrived = false;
     unsigned char m_data[kMaximum];
@@ -176,7 +165,7 @@ public:
         WSAStartup(MAKEWORD(2, 2), &data);
         m_socket = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
         if (!server) return;
-        sockaddr_in address = Loopback(0);
+        sockaddr_in address = LoopbackListener::Endpoint(0);
         bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
         listen(m_socket, 1);
     }
@@ -193,7 +182,7 @@ public:
             m_socket = accept(listener, nullptr, nullptr);
             closesocket(listener);
         } else {
-            sockaddr_in address = Loopback(static_cast<u_short>(std::stoul(peer)));
+            sockaddr_in address = LoopbackListener::Endpoint(static_cast<u_short>(std::stoul(peer)));
             connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
         }
         const int noDelay = 1;
@@ -212,13 +201,6 @@ public:
     }
 
 private:
-    static sockaddr_in Loopback(u_short port) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        return address;
-    }
     SOCKET m_socket;
     bool m_server;
 };

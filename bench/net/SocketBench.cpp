@@ -1,4 +1,4 @@
-#include <winsock2.h> // before windows.h, which the others bring
+#include "support/LoopbackListener.h" // Winsock, before windows.h
 
 #include "support/ChildProcess.h"
 
@@ -24,25 +24,11 @@ constexpr int kHeadData = 4;
 constexpr int kRound = 4 + kHeadData + kFileSize;
 constexpr std::size_t kChunk = 65536;
 
-sockaddr_in Loopback(unsigned short port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
-
 /// Takes files until the other side closes.
 int TakeFiles(const std::vector<std::string>&) {
-    const CSocket startsWinsock;
-    const SOCKET server = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in own = Loopback(0);
-    int size = sizeof own;
-    bind(server, reinterpret_cast<sockaddr*>(&own), size);
-    listen(server, 1);
-    getsockname(server, reinterpret_cast<sockaddr*>(&own), &size);
-    Say("listening " + std::to_string(ntohs(own.sin_port)));
-    const SOCKET peer = accept(server, nullptr, nullptr);
+    const LoopbackListener listener;
+    Say("listening " + std::to_string(listener.Port()));
+    const SOCKET peer = listener.Accept();
     std::vector<char> chunk(kChunk);
     int missing = kRound;
     for (int got = 1; got > 0;) {
@@ -61,7 +47,7 @@ struct Transfer {
     Transfer() {
         std::ofstream(path, std::ios::binary) << std::string(kFileSize, 'x');
         const auto port = static_cast<unsigned short>(std::stoul(receiver.WaitUntil("listening ")));
-        const sockaddr_in to = Loopback(port);
+        const sockaddr_in to = LoopbackListener::Endpoint(port);
         connect(bare, reinterpret_cast<const sockaddr*>(&to), sizeof to);
     }
     ~Transfer() {

@@ -41,7 +41,7 @@ public:
         return WithoutDelay(connected);
     }
 
-private:
+    /// A port on 127.0.0.1.
     static sockaddr_in Endpoint(u_short port) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
@@ -49,6 +49,8 @@ private:
         address.sin_addr.s_addr = Address();
         return address;
     }
+
+private:
     static SOCKET WithoutDelay(SOCKET socket) {
         const int noDelay = 1;
         setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&noDelay), sizeof noDelay);
