@@ -221,13 +221,15 @@ void CAviFile::CreateBitmapHeaderBuffer(int width, int height, unsigned long* pa
     header = nullptr;
     if (palette == nullptr) return;         // GUARD-09
     if (!IsPossible(width, height)) return; // GUARD-142
-    if (!CanKeepHeader(width, height)) {
+    if (CanKeepHeader(width, height)) {
+        std::memset(m_pHeader, 0,
+                    static_cast<std::size_t>(RoomFor(width, height))); // it has an earlier stream's pixels
+    } else {
         ReleaseHeader();
         m_pHeader = Allocate(RoomFor(width, height));
         if (m_pHeader == nullptr) return;
     }
     m_pPixels = m_pHeader + kFormatSize;
-    std::memset(m_pPixels, 0, static_cast<std::size_t>(RoomFor(width, height) - kFormatSize)); // of an earlier stream
     m_iWidth = width;
     m_iHeight = height;
     Head& head = *reinterpret_cast<Head*>(m_pHeader);
