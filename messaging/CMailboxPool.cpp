@@ -101,7 +101,8 @@ int CMailBox::Deliver(const Message& message) {
 int CMailBox::AllocateForSend(const Message& message, SBLOCK*& block) {
     const PostOfficeLock lock(m_PostOffice);
     if (!lock) return ERROR_INVALID_HANDLE;
-    // It was looked up without the lock: the slot may be free or another's by now.
+    if (!IsMapped()) return ERROR_NOT_ENOUGH_MEMORY;
+    // GUARD-206: it was looked up without the lock, and the slot may be free or another's by now.
     if (LoadShared(m_pMailboxes[message.receiverSlot].ObjId) != message.to) return ERROR_SERVICE_NOT_FOUND;
     const int status = AllocateSmallBlock(message.length, message.receiverSlot, block);
     if (block == nullptr) return status;

@@ -131,7 +131,8 @@ void CResource::FreeThreadResources() {
 }
 
 int CResource::ResetProcess(unsigned long pid) {
-    if (!IsMapped() || pid == 0) return 0; // that is the process of free records, and of those that are being filled
+    // GUARD-204: 0 is the process of free records, and of those that are just being filled.
+    if (!IsMapped() || pid == 0) return 0;
     for (RESOURCE& record : Records(m_pResources)) {
         if (LoadShared(record.ProcessId) == pid) Clear(record);
     }

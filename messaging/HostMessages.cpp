@@ -63,7 +63,7 @@ INT_PTR CALLBACK OSClass::DlgProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM
         (void)WmCommand(hDlg, message, wParam, lParam);
         return TRUE;
     case WM_DRAWITEM: (void)WmCommand(hDlg, message, wParam, lParam); return FALSE;
-    case WM_DESTROY: // its handle may be another window's soon
+    case WM_DESTROY: // GUARD-205: its handle may be another window's soon
         if (m_pHost->m_hActiveDialog == hDlg) m_pHost->m_hActiveDialog = nullptr;
         return FALSE;
     case WM_PALETTECHANGED:

@@ -5,4 +5,4 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 take_turn
-find "$build" -mindepth 1 -maxdepth 1 ! -name .lock -exec rm -rf {} +
+find "$build/" -mindepth 1 -maxdepth 1 ! -name .lock -exec rm -rf {} +

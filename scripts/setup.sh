@@ -11,5 +11,5 @@ need_run_packages
 install_packages "${lint_packages[@]}" "${bench_packages[@]}" "${sound_packages[@]}" "${judge_packages[@]}"
 [ "${1:-}" = --packages ] || need_prefix
 # What sudo made is the user's, as all else here.
-[ -z "${SUDO_UID:-}" ] || chown -R --reference="$root" "$build"
+[ -z "${SUDO_UID:-}" ] || [ "$(id -u)" != 0 ] || chown -R --reference="$root" "$build"
 say "everything is in place"

@@ -39,8 +39,8 @@ bool AreZero(const int (&values)[kDateTimeFieldCount]) {
     return true;
 }
 
-/// What is stored of a value. GUARD-163: one that the field cannot hold stays invalid, also when other fields are set
-/// later.
+/// What is stored of a value. GUARD-163: one that the field cannot hold never becomes valid, also when other fields are
+/// set later.
 WORD Stored(int value, const DateTimeField& field) {
     return IsBetween(value, 0, 0xFFFF) ? static_cast<WORD>(value) : field.refused;
 }

@@ -167,7 +167,7 @@ public:
     void SetStatus(DateTimeStatus status) { m_Status = status; }
 
     /// Stores components, valid or not, and computes the day of the week. One that its 16 bits cannot hold is stored as
-    /// 0 in a date and 65535 in a time, so that it stays invalid.
+    /// 0 in a date and 65535 in a time, so that it never becomes valid.
     /// @param year         1850 to 65535
     /// @param month        1 to 12
     /// @param day          1 to the month's length
@@ -184,8 +184,9 @@ public:
     /// @param id    layout of the text
     /// @param text  text to read
     /// @return the new status. DTS_INVALID: the text is null, has another length than the layout, an hour or indicator
-    ///         that the 12-hour clock does not have (in these cases the components stay), or stands for no date and
-    ///         time. DTS_NULL: every component is 0, or the layout is not read, which sets all of them to 0
+    ///         that the 12-hour clock does not have, or the object's two indicators are the same (in these cases the
+    ///         components stay), or it stands for no date and time. DTS_NULL: every component is 0, or the layout is
+    ///         not read, which sets all of them to 0
     DateTimeStatus SetDateTime(FORMAT_ID id, const wchar_t* text);
 
     /// Stores a date, the time of day stays.
@@ -210,8 +211,7 @@ public:
     /// Writes date and time in a layout.
     /// @param id  layout; one that does not exist is reported and gives an empty text
     /// @return text in the object's own buffer, valid until its next Format() and as long as the object lives; empty
-    /// unless
-    ///         the status is DTS_VALID
+    ///         unless the status is DTS_VALID
     const wchar_t* Format(FORMAT_ID id) const;
 
     /// Writes date and time in a layout into the caller's buffer.

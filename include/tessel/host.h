@@ -15,7 +15,7 @@
 ///
 /// Order: CPostOffice::CreateGlobalPostOffice() first, so that the frame window is registered at once; then the host;
 /// then the mailboxes, registered with GetFrameWindow(). Destroy them in the reverse order. With a post office that is
-/// made after the host, which reports that there is none, OS_Pump() registers the window.
+/// made between the host, which reports that there is none, and OS_Pump(), that registers the window.
 /// Copies hold the same window by value and a registry of their own: pass by pointer or reference.
 /// Threads: the thread that made the host runs the loop, the window procedure and the dialogs; only what is said to
 /// may be called on others.

@@ -18,12 +18,14 @@ static_assert(sizeof(MONITOR_LEVEL) == 8);
 /// the shared pool, and posts MAILBOX_NOTIFICATION with the block's number to that window, whose procedure
 /// reads the block in place and releases it:
 /// @code
-/// case MAILBOX_NOTIFICATION:
+/// case MAILBOX_NOTIFICATION: { // ownId: whom the mailbox is for
 ///     SBLOCK* const block = mailbox.GetMessageBlock(LOWORD(lParam));
 ///     if (block == nullptr || block->BlkNum != LOWORD(lParam) || block->Receiver != ownId) break; // forged, or swept
 ///     const unsigned long length = *const_cast<const volatile std::uint32_t*>(&block->Length); // anyone can change it
 ///     if (length >= 1 && length <= SMALL_BLOCK_SIZE) handle(block->MsgId, block->Data, length - 1);
 ///     mailbox.ReleaseMemory(block);
+///     break;
+/// }
 /// @endcode
 /// Length counts an extra byte that is never written.
 /// A block belongs to the receiver from the moment that its notification is posted; the sender does not touch it

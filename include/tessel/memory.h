@@ -143,8 +143,8 @@ public:
     static int RemoveFile(const wchar_t* name);
 
     /// Closes the file, also for copies, and renames the file that GetFileName() names: of a name of 260 characters and
-    /// more that is its start, which may be another file's. The object keeps the value of
-    /// the closed handle and closes it once more at its end, when it may be another file's: destroy it at once.
+    /// more that is its start, which may be another file's. The object keeps the value of the closed handle and closes
+    /// it once more at its end, when it may be another file's: destroy it at once.
     /// @param newName  new name, which GetFileName() gives after success; null gives -1
     /// @return 0, or the C runtime's result (errno tells why)
     int ReName(const wchar_t* newName);

@@ -59,7 +59,7 @@ public:
     void FreeThreadResources();
 
     /// Deletes every entry of a process. Takes no lock: for one that has ended.
-    /// @param pid  Win32 id of the process
+    /// @param pid  Win32 id of the process; 0 names none
     /// @return 0
     int ResetProcess(unsigned long pid);
 
