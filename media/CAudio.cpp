@@ -168,7 +168,8 @@ unsigned long CAudio::StartError() {
     StopFile();
     StopDeviceTimer();
     ClearDeviceTime();
-    LetGo(); // a run of another mode would go on, and nobody could stop it
+    LetGo();           // a run of another mode would go on, and nobody could stop it
+    ClearDeviceTime(); // of that one
     ClearStreamHeadersConvert();
     m_nMode = MODE_IDLE;
     SetControls(1);

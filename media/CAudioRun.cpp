@@ -72,7 +72,8 @@ void CAudio::FinishRun() {
     StopFile();
     StopDeviceTimer();
     ClearDeviceTime();
-    LetGo(); // the close may be that of an earlier device, whose start failed
+    LetGo();           // the close may be that of an earlier device, whose start failed
+    ClearDeviceTime(); // of the run that this ended
     m_nMode = MODE_IDLE;
     SetControls(1);
     UpdateDisplay(1, 1);

@@ -1,3 +1,4 @@
+#include <foundation/SharedOwners.h>
 #include <ui/ControlClass.h>
 #include <ui/DialogImages.h>
 
@@ -5,6 +6,9 @@ namespace {
 
 /// Marks a list view that an image list was left to, which is the property's value.
 constexpr const wchar_t* kLeft = L"Tessel image list";
+
+/// Marks a list view that was made to share its image lists, as it did not by itself.
+constexpr const wchar_t* kMadeToShare = L"Tessel shares image lists";
 
 /// The current thread's list views that show an image list.
 struct Shown {
@@ -39,9 +43,20 @@ Shown Search(HIMAGELIST images, bool takesAway) {
     return shown;
 }
 
-void SetSharing(HWND listView, bool shares) {
-    const LONG_PTR style = GetWindowLongPtrW(listView, GWL_STYLE) & ~LONG_PTR{LVS_SHAREIMAGELISTS};
-    SetWindowLongPtrW(listView, GWL_STYLE, shares ? style | LVS_SHAREIMAGELISTS : style);
+/// GUARD-45: else it would destroy the image list, and the object would once more.
+void MakeShare(HWND listView) {
+    const LONG_PTR style = GetWindowLongPtrW(listView, GWL_STYLE);
+    if ((style & LVS_SHAREIMAGELISTS) != 0) return;
+    if (SetPropW(listView, kMadeToShare, listView)) // without the mark it shares for good
+        SetWindowLongPtrW(listView, GWL_STYLE, style | LVS_SHAREIMAGELISTS);
+}
+
+/// Whether a search finds a window: in one of the current thread's windows on the desktop.
+bool IsFound(HWND hWnd) {
+    const HWND top = GetAncestor(hWnd, GA_ROOT);
+    const DWORD own = GetCurrentThreadId();
+    return GetWindowThreadProcessId(hWnd, nullptr) == own && GetWindowThreadProcessId(top, nullptr) == own &&
+           GetAncestor(top, GA_PARENT) == GetDesktopWindow();
 }
 
 } // namespace
@@ -62,12 +77,17 @@ void tessel::LeaveImages(HIMAGELIST images, HWND dialog) {
     // A list view frees all of its image lists or none, and of several the first would free this one.
     const bool hasOthers =
         ImagesOf(shown.listView, LVSIL_NORMAL) != nullptr || ImagesOf(shown.listView, LVSIL_STATE) != nullptr;
-    if (shown.count > 1 || hasOthers || !SetPropW(shown.listView, kLeft, images)) return;
-    SetSharing(shown.listView, false);
+    const bool shares = GetPropW(shown.listView, kMadeToShare) != nullptr;
+    if (shown.count > 1 || hasOthers || !shares || !SetPropW(shown.listView, kLeft, images)) return;
+    (void)RemovePropW(shown.listView, kMadeToShare);
+    const LONG_PTR style = GetWindowLongPtrW(shown.listView, GWL_STYLE);
+    SetWindowLongPtrW(shown.listView, GWL_STYLE, style & ~LONG_PTR{LVS_SHAREIMAGELISTS});
 }
 
 HIMAGELIST tessel::ShowImages(HWND listView, HIMAGELIST images) {
-    SetSharing(listView, true); // GUARD-45: else it would destroy the image list, and the object would once more
+    MakeShare(listView);
+    // GUARD-45: what no search finds may draw from the image list at any time, so that it stays for good.
+    if (!IsFound(listView)) (void)AddOwner(images); // without memory for that it may go too early
     const auto left = reinterpret_cast<HIMAGELIST>(RemovePropW(listView, kLeft));
     const auto before = reinterpret_cast<HIMAGELIST>(
         SendMessageW(listView, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(images)));

@@ -77,6 +77,6 @@ void FormatSysMsg::ScrollCursor(HWND hListBox) {
     store->SetCursor(index);
     LastListBoxIndex = Ask(hListBox, LB_SETCURSEL, static_cast<WPARAM>(index));
     POINT centre{};
-    if (!ItemCentre(hListBox, index, centre)) return; // the pointer is on no item
+    if (!ItemCentre(hListBox, index, centre)) return; // GUARD-222: the pointer is on no item
     (void)CCURSOR::SetCursorPos(pointer.x, centre.y); // a refused move leaves the selection
 }

@@ -172,7 +172,10 @@ int CMessageBox::Run() {
 int CMessageBox::RunOwnBox() {
     const HWND outer = m_hWnd; // this object's own box, when its loop runs another one
     const auto button = static_cast<int>(RunModal(GetModuleHandleW(nullptr), m_Resources.TemplateId, m_hOwner));
+    if (outer == nullptr) return button;
+    const DWORD error = GetLastError();
     if (IsWindow(outer)) m_hWnd = outer; // else nothing is touched: the object may be gone
+    SetLastError(error);
     return button;
 }
 

@@ -165,7 +165,7 @@ public:
 
     /// Abandons a start: everything is stopped and closed, and the mode is MODE_IDLE. The device's close is still
     /// notified, if it was open; after a playback that moves m_ulDataRead to the start of the file. Start again only
-    /// after that notification, which would end the new run.
+    /// after that notification, which would end the new run and have OnQuit() called twice.
     /// @return 1
     unsigned long StartError();
 

@@ -19,8 +19,8 @@
 /// process may have, until RemoveAll(): a picture that is dragged about uses them up.
 ///
 /// Threads: any thread may add; appending waits for at most 1 second for the others and then goes on without them.
-/// Looking up takes no lock, also while others add; RemoveAll() is called when nobody looks. Two threads that add one
-/// new colour at the same time can make two entries of it.
+/// Looking up takes no lock, also while others add; RemoveAll() is called when nobody looks or adds. Two threads that
+/// add one new colour at the same time can make two entries of it.
 class TESSEL_API CBrush {
 public:
     /// Leaves the table as it is.

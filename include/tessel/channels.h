@@ -193,7 +193,7 @@ public:
 
     /// Cancels an operation that is pending and closes the handle, which stays open for copies. The status is
     /// PIPE_CLOSED; but GetStatus() still tells of an operation that it has not reported as done, as a rule
-    /// ERROR_OPERATION_ABORTED (995), until the next one starts or the object is opened anew.
+    /// ERROR_OPERATION_ABORTED (995), until the next one starts or, on a client, it is opened anew.
     virtual void Close();
 
 private:
@@ -241,8 +241,8 @@ public:
     /// is closed.
     /// @param mode        direction
     /// @param overlapped  true: operations need an event and never wait
-    /// @return true: created, the status is as it was before; false: the status is the Win32 error, or nothing changed
-    ///         for another mode
+    /// @return true: created, the status is as it was before, or that of an operation that this cancelled; false: the
+    ///         status is the Win32 error, or nothing changed for another mode
     bool Open(CClientNamedPipe::MODE mode, bool overlapped);
 
     /// Waits for a client or, on an overlapped pipe, starts to. The status is then PIPE_CONNECTED, ERROR_IO_PENDING

@@ -336,10 +336,11 @@ public:
     int SetButtonImage(int id, HBITMAP bitmap);
 
     /// Builds the small image list of a list view, of 6 by 14 pixels an image. First of all the control is sent
-    /// WM_DESTROY, also without a list of bitmaps, so that it starts anew. Loading ends at the first bitmap that is
-    /// not there. The image list is this object's; one that an earlier call built is destroyed, unless a list view
-    /// still shows it: that one frees it then, as long as it has no other image lists. Built for a dialog of another
-    /// thread, the earlier one is destroyed only where the new one takes its place.
+    /// WM_DESTROY, also without a list of bitmaps, so that it starts anew; where there is no such control the dialog
+    /// itself gets it, whose procedure must not destroy this object then. Loading ends at the first bitmap that is not
+    /// there. The image list is this object's; one that an earlier call built is destroyed, unless a list view still
+    /// shows it: that one frees it then, as long as it has no other image lists. Built for another thread's
+    /// dialog it stays for good.
     /// @param bitmapIds  numbers of bitmap resources, the last followed by a 0; null for none
     /// @param instance   module that holds them
     /// @param id         control

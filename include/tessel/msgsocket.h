@@ -79,7 +79,8 @@ private:
 
     /// Takes a record; does nothing here, so that the record is lost: override it. It may disconnect, which ends the
     /// delivery, but must neither destroy the object nor read from it. It may run a message loop, as a message box
-    /// does: what comes meanwhile is delivered behind it.
+    /// does: what comes meanwhile is delivered behind it. A close is told at once, though: a handler of it that
+    /// disconnects loses what is not delivered yet.
     /// @param msg  record, whose owner is the handler: delete it
     virtual void OnReadMsg(CCommMsg* msg);
 

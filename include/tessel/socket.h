@@ -98,8 +98,8 @@ public:
     /// @name Set-up
     ///
     /// An address of the machine itself is chosen by GetLocalNetInterfaceAddress(). After a failure the socket is
-    /// closed. In MODE_EVENT each set-up that succeeds makes a new event; an earlier one stays open and is lost: use a
-    /// fresh object for each connection.
+    /// closed. In MODE_EVENT each set-up that gets as far as that makes a new event, and an earlier one stays open and
+    /// is lost: use a fresh object for each connection.
     ///@{
 
     /// Becomes a listening server. WM_SOCKET_ACCEPT, or the event, tells of connections that wait.

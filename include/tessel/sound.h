@@ -51,7 +51,8 @@ public:
     CSound(HWND hwnd, int bDefaults);
 
     /// Reads a sound for Play(int), opens the mixer and calls Initialize(). A file that cannot be read, is no RIFF file
-    /// or is not whole leaves the object without a sound, which Play(int) tells.
+    /// or is not whole, or whose format is shorter than its tag asks for, leaves the object without a sound, which
+    /// Play(int) tells.
     /// @param file  path of a WAVE file, less than 4 GB
     explicit CSound(wchar_t* file);
 
