@@ -47,8 +47,8 @@ Shown Search(HIMAGELIST images, bool takesAway) {
 void MakeShare(HWND listView) {
     const LONG_PTR style = GetWindowLongPtrW(listView, GWL_STYLE);
     if ((style & LVS_SHAREIMAGELISTS) != 0) return;
-    if (SetPropW(listView, kMadeToShare, listView)) // without the mark it shares for good
-        SetWindowLongPtrW(listView, GWL_STYLE, style | LVS_SHAREIMAGELISTS);
+    (void)SetPropW(listView, kMadeToShare, listView); // without the mark it shares for good
+    SetWindowLongPtrW(listView, GWL_STYLE, style | LVS_SHAREIMAGELISTS);
 }
 
 /// Whether a search finds a window: in one of the current thread's windows on the desktop.
