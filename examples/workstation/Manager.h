@@ -37,8 +37,11 @@ private:
     void OnMail(const Mail& mail) final {
         if (const auto line = ReadLine(mail)) return OnLine(*line);
         if (mail.from != kWorkstationId) return;
-        if (mail.id != WORK_EXIT) return OnOrder(mail);
-        Leave();
+        if (mail.id == WORK_EXIT) return Leave();
+        OnOrder(mail);
+    }
+
+    void OnLeft() final {
         while (!SayRest() || Report(WORK_GONE) == ERROR_BUSY) Sleeper(1);
     }
 

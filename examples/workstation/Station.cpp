@@ -27,6 +27,11 @@ Station::~Station() {
 void Station::Run() {
     MSG message;
     while (m_open && GetAMessage(&message, nullptr, 0, 0) > 0) DispatchAMessage(&message);
+    Leave();
+    while (PeekMessageW(&message, m_window, MAILBOX_NOTIFICATION, MAILBOX_NOTIFICATION, PM_REMOVE)) {
+        WithMail(m_mailbox, message.lParam, m_id, [](const Mail&) {}); // its block may be the last that is free
+    }
+    OnLeft();
 }
 
 void Station::TickEvery(unsigned int ms) {

@@ -17,7 +17,7 @@ public:
     /// @return whether the mailbox is registered
     bool IsOpen() const { return m_open; }
 
-    /// Handles messages until Leave().
+    /// Handles messages until Leave(), then gives back the blocks of those that came too late.
     void Run();
 
 protected:
@@ -25,6 +25,8 @@ protected:
     virtual void OnMail(const Mail& mail) = 0;
     /// The time of TickEvery() has passed.
     virtual void OnTick() = 0;
+    /// Run() has ended: no block is held any more, so the last words wait for room without taking it.
+    virtual void OnLeft() {}
 
     /// Starts the ticks.
     /// @param ms  milliseconds
