@@ -24,10 +24,20 @@ void StartWatchdog() {
     CloseHandle(started);
 }
 
+/// Whatever this program starts ends with it, also when the watchdog ends it.
+void KeepProgramsInJob() {
+    const HANDLE job = CreateJobObjectW(nullptr, nullptr); // its closing, at the end of this program, ends them
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
+    AssignProcessToJobObject(job, GetCurrentProcess());
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     StartWatchdog();
+    KeepProgramsInJob();
     int exitCode = 0;
     if (RunRole(argc, argv, exitCode)) return exitCode;
     testing::InitGoogleTest(&argc, argv);

@@ -44,8 +44,8 @@ TEST_F(WorkstationRun, SavesWhatWasAcquiredAndLeavesNothingBehind) {
     EXPECT_EQ(Ask(L"ffprobe", L"movie.avi", L"-of csv=p=0 -show_entries frame=width,height,pts_time"),
               "0.000000,512,512\n0.100000,512,512\n");
     const std::wstring pixels = L"-fps_mode passthrough -f rawvideo -pix_fmt rgb24 -";
-    EXPECT_EQ(Ask(L"ffmpeg", L"movie.avi", pixels),
-              Ask(L"ffmpeg", L"image-1.bmp", pixels) + Ask(L"ffmpeg", L"image-2.bmp", pixels));
+    const std::string images = Ask(L"ffmpeg", L"image-1.bmp", pixels) + Ask(L"ffmpeg", L"image-2.bmp", pixels);
+    EXPECT_TRUE(Ask(L"ffmpeg", L"movie.avi", pixels) == images) << "too long to be printed";
     EXPECT_EQ(fs::file_size(folder / L"image-2.bmp"), 1078u + 512 * 512);
     ExpectNothingLeft();
 }
