@@ -21,7 +21,7 @@
 class TESSEL_API CMsgSocket : public CSocket {
 public:
     /// Bytes of the buffer, unless the constructor is told otherwise.
-    static constexpr unsigned int BUFFER_SIZE = 4096;
+    enum : unsigned int { BUFFER_SIZE = 4096 };
 
     /// Makes an object without a socket. Without memory for the buffer every receive fails (WSAEFAULT).
     /// @param bufferSize  bytes of the longest record with its length word

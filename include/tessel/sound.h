@@ -41,7 +41,7 @@ public:
     };
 
     /// Identifier of a control that has not been found.
-    static constexpr unsigned long INVALID_CONTROLID = 0xFFFFFFFF;
+    enum : unsigned long { INVALID_CONTROLID = 0xFFFFFFFF };
 
     /// Opens the mixer; a failure is only reported. Finds no controls.
     /// @param hwnd       window that the system tells of changes of controls and lines (MM_MIXM_CONTROL_CHANGE and
