@@ -1,6 +1,7 @@
 #include "Recorder.h"
 #include "Tone.h"
 #include "support/ImportPatch.h"
+#include "support/OpenObjects.h"
 #include "support/Reports.h"
 #include "support/UnixTool.h"
 
@@ -150,13 +151,6 @@ bool IsIdle(Recorder& recorder) {
            recorder->m_hFile == nullptr && recorder->m_hStream == nullptr && recorder->m_hWaveIn == nullptr &&
            recorder->m_hWaveOut == nullptr && (recorder->m_WaveHeader[0].dwFlags & WHDR_PREPARED) == 0 &&
            (recorder->m_StreamHeader[0].fdwStatus & ACMSTREAMHEADER_STATUSF_PREPARED) == 0;
-}
-
-/// The handle that the system gives out next, the lowest that is free: each one that is left open makes it higher.
-ULONG_PTR NextHandle() {
-    const HANDLE next = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    CloseHandle(next);
-    return reinterpret_cast<ULONG_PTR>(next);
 }
 
 } // namespace
@@ -549,9 +543,9 @@ TEST_F(Audio, ManyRunsLeaveNoHandleOpen) {
         }
     };
     runs(1);
-    const ULONG_PTR before = NextHandle();
+    const long before = KernelHandles();
     runs(10);
-    EXPECT_LE(NextHandle(), before);
+    EXPECT_LE(KernelHandles(), before);
 }
 
 TEST_F(Audio, WaveFilesAreWholeOrNotThere) {

@@ -1,6 +1,7 @@
 #include "dialog.h"
 
 #include "support/ImportPatch.h"
+#include "support/OpenObjects.h"
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
@@ -84,35 +85,6 @@ COLORREF textColour;
 
 COLORREF WINAPI NoteTextColour(HDC, COLORREF colour) {
     return textColour = colour;
-}
-
-/// The highest entry of the system's table that a hundred objects get.
-template <class Handle> long HighestEntry(Handle (*create)(), BOOL(WINAPI* destroy)(Handle)) {
-    Handle handles[100];
-    long highest = 0;
-    for (Handle& handle : handles) {
-        handle = create();
-        highest = std::max(highest, static_cast<long>(LOWORD(reinterpret_cast<ULONG_PTR>(handle))));
-    }
-    for (const Handle handle : handles) destroy(handle);
-    return highest;
-}
-
-HGDIOBJ CreateBrush() {
-    return CreateSolidBrush(RGB(1, 2, 3));
-}
-
-HMENU CreateAMenu() {
-    return CreateMenu();
-}
-
-/// How many GDI and USER objects the process has. For a system that does not count them (0), the entries that new
-/// ones get: those of objects that were given back are used again first, so both grow with what is left behind.
-Pair GuiObjects() {
-    const DWORD gdi = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
-    const DWORD user = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS);
-    if (gdi + user != 0) return {gdi, user};
-    return {HighestEntry(CreateBrush, DeleteObject), HighestEntry(CreateAMenu, DestroyMenu)};
 }
 
 /// Makes a dialog with a list and a list view, which the library fills, measures, colours and gives pictures.
