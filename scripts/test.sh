@@ -15,12 +15,13 @@ for preset in $presets; do compile "$preset"; done
 start_sound
 start_wine
 failed=
-heap_checks_off
+clear_heap_flags
 for preset in $presets; do
-    case $preset in checked*) heap_checks_on "$build/$preset/bin" ;; esac
+    # Tails and freed blocks are checked, and the whole heap with every call.
+    case $preset in checked*) set_heap_flags 0xF0 "$build/$preset/bin"/*_tests.exe ;; esac
     say "testing $preset"
     ctest --preset "$preset" -j 2 ${1:+-R "$1"} || failed+=" $preset"
 done
-heap_checks_off
+clear_heap_flags
 [ -z "$failed" ] || fail "tests failed in:$failed"
 say "all tests passed in: $presets"

@@ -86,14 +86,15 @@ stop_wine() {
 
 image_options='HKLM\Software\Microsoft\Windows NT\CurrentVersion\Image File Execution Options'
 
-# Turns Wine's heap checks on for each test program of a folder: free and tail checks, validation of parameters.
-heap_checks_on() {
-    local program
-    for program in "$1"/*_tests.exe; do
-        wine reg add "$image_options\\${program##*/}" /v GlobalFlag /t REG_DWORD /d 0xF0 /f >/dev/null 2>&1 9>&- ||
-            fail "heap checks cannot be turned on"
+# set_heap_flags FLAGS PROGRAM...: how Wine keeps the heaps of programs.
+set_heap_flags() {
+    local flags=$1 program
+    shift
+    for program; do
+        wine reg add "$image_options\\${program##*/}" /v GlobalFlag /t REG_DWORD /d "$flags" /f >/dev/null 2>&1 9>&- ||
+            fail "the flags of heaps cannot be set"
     done
 }
 
 # Also those that a run which was cut off has left.
-heap_checks_off() { wine reg delete "$image_options" /f >/dev/null 2>&1 9>&- || true; }
+clear_heap_flags() { wine reg delete "$image_options" /f >/dev/null 2>&1 9>&- || true; }

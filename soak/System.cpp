@@ -1,0 +1,103 @@
+#include "Subject.h"
+
+#include "support/ChildProcess.h"
+
+#include <tessel/command.h>
+#include <tessel/datetime.h>
+#include <tessel/file.h>
+#include <tessel/processor.h>
+#include <tessel/registry.h>
+#include <tessel/service.h>
+#include <tessel/version.h>
+
+#include <cstring>
+#include <cwchar>
+
+namespace {
+
+void UseRegistry() {
+    const HKEY key = CReg::OpenKey(HKEY_CURRENT_USER, L"Tessel soak", true);
+    CReg registry;
+    CList<const wchar_t*> texts;
+    texts.AddTail(L"one");
+    texts.AddTail(L"two");
+    Require(registry.SaveKey(key, L"texts", texts) == 0 && registry.SaveKey(key, L"number", 7UL) == 0,
+            "values are kept");
+    unsigned long number = 0;
+    Require(registry.ReadKey(key, L"number", 0, nullptr) == 0 && registry.GetData(number) == 0 && number == 7,
+            "a number is read");
+    unsigned long size = 0;
+    Require(registry.ReadKey(key, L"texts", 0, &size) == 0 && registry.GetData(texts) == 0, "texts are read");
+    CReg::CloseKey(key);
+    Require(CReg::RemoveKey(HKEY_CURRENT_USER, L"Tessel soak") == 0, "the key is removed");
+}
+
+void UseFiles() {
+    const std::wstring folder = std::filesystem::current_path().wstring() + L"\\soak\\";
+    Require(CreateDir((folder + L"inner\\").c_str()) == 0, "directories are made");
+    char buffer[1000] = "soak";
+    {
+        CFile file((folder + L"inner\\file").c_str(), CFile::TRUNCATE);
+        Require(file.WriteFile(buffer, sizeof buffer) == sizeof buffer && file.Rewind() == 0, "a file is written");
+        CFile copy(file);
+        Require(copy.ReadFile(buffer, sizeof buffer) == sizeof buffer, "a file is read");
+    }
+    CFileFinder finder;
+    Require(finder.First((folder + L"*").c_str()) != 0, "entries are found");
+    finder.Close();
+    Require(RemoveDirAndFiles(folder.c_str(), true) == 0, "the tree is removed");
+}
+
+void WriteDates() {
+    for (int id = FID_DATE_PACKED; id <= FID_DAY_BRIEF; ++id) {
+        const CDateTime now = CDateTime::GetLocalTime();
+        wchar_t text[64];
+        Require(now.GetFormattedString(FORMAT_ID{id}, text, 64) == 0, "a date is written");
+        if (id == FID_RECORD_MILLISECONDS) Require(CDateTime(FORMAT_ID{id}, text) == now, "a date is read");
+    }
+}
+
+void ReadVersions() {
+    wchar_t text[100];
+    CSwVersion version(L"version.dll");
+    Require(version.GetString(text, -1) == 1, "there is a version");
+    CSwVersion copy(version);
+    Require(copy == version, "a copy has the same");
+    CSwVersion::RemoveTable();
+}
+
+int Leave(const std::vector<std::string>&) {
+    return 7;
+}
+const Role leave("leave", Leave);
+
+void Launch() {
+    CCommand command;
+    std::string text = "[Application - 0]\r\nPathFileName=" + OwnProgram().string() + "\r\nArguments=--role leave\r\n";
+    command.InitializeFromText(text.data());
+    const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, command.Execute());
+    // It may have ended before.
+    if (process != nullptr) Require(WaitForSingleObject(process, 10000) == WAIT_OBJECT_0, "the program ends");
+    CloseHandle(process);
+}
+
+void AskForServices() {
+    Require(!CNtService::IsInstalled(L"Tessel soak"), "there is no such service");
+}
+
+void AskForProcessor() {
+    wchar_t name[64];
+    CProcessor processor;
+    processor.GetName(name, 64);
+    Require(processor.GetMaxCPUInMHz() > 0, "the processor has a speed");
+}
+
+const Subject registry("registry", UseRegistry);
+const Subject files("files", UseFiles);
+const Subject dates("dates", WriteDates);
+const Subject versions("versions", ReadVersions);
+const Subject launcher("launcher", Launch);
+const Subject services("services", AskForServices);
+const Subject processor("processor", AskForProcessor);
+
+} // namespace
