@@ -37,9 +37,9 @@ void KeepProgramsInJob() {
 
 int main(int argc, char** argv) {
     StartWatchdog();
-    KeepProgramsInJob();
     int exitCode = 0;
     if (RunRole(argc, argv, exitCode)) return exitCode;
+    KeepProgramsInJob();
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
