@@ -1,4 +1,4 @@
-#include "ControlWindow.h"
+#include "support/ControlWindow.h"
 
 #include <benchmark/benchmark.h>
 #include <tessel/dialog.h>
