@@ -8,10 +8,11 @@
 #include <tessel/processor.h>
 #include <tessel/registry.h>
 #include <tessel/service.h>
+#include <tessel/synchronisation.h>
 #include <tessel/version.h>
 
-#include <cstring>
-#include <cwchar>
+#include <string>
+#include <thread>
 
 namespace {
 
@@ -66,8 +67,9 @@ void ReadVersions() {
     CSwVersion::RemoveTable();
 }
 
+/// A program that ends when it is watched.
 int Leave(const std::vector<std::string>&) {
-    return 7;
+    return CEvent(L"Tessel soak program", 1).WaitOnEvent(10000) == 0 ? 7 : 1;
 }
 const Role leave("leave", Leave);
 
@@ -75,10 +77,15 @@ void Launch() {
     CCommand command;
     std::string text = "[Application - 0]\r\nPathFileName=" + OwnProgram().string() + "\r\nArguments=--role leave\r\n";
     command.InitializeFromText(text.data());
-    const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, command.Execute());
-    // It may have ended before.
-    if (process != nullptr) Require(WaitForSingleObject(process, 10000) == WAIT_OBJECT_0, "the program ends");
+    CEvent started(L"Tessel soak program", 1);
+    const unsigned long id = command.Execute();
+    Require(id != 0, "a program is started");
+    const HANDLE process = OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE, id);
+    started.SetEvent(); // until then it is there
+    DWORD code = 0;
+    const bool ended = WaitForSingleObject(process, 10000) == WAIT_OBJECT_0 && GetExitCodeProcess(process, &code);
     CloseHandle(process);
+    Require(ended && code == 7, "the program ends with its code");
 }
 
 void AskForServices() {
@@ -86,10 +93,10 @@ void AskForServices() {
 }
 
 void AskForProcessor() {
-    wchar_t name[64];
-    CProcessor processor;
-    processor.GetName(name, 64);
-    Require(processor.GetMaxCPUInMHz() > 0, "the processor has a speed");
+    wchar_t name[64] = L"";
+    // On a thread of its own, as windows have made COM single-threaded on this one.
+    std::thread([&name] { CProcessor().GetName(name, 64); }).join();
+    Require(name[0] != L'\0', "the processor has a name");
 }
 
 const Subject registry("registry", UseRegistry);
