@@ -1,3 +1,4 @@
+#include <foundation/Launcher.h>
 #include <tessel/host.h>
 
 #include <process.h>
@@ -37,19 +38,9 @@ std::unique_ptr<wchar_t[]> MakeCommandLine(const wchar_t* arguments) {
 void* OSClass::StartProcess(const wchar_t* application, const unsigned char* arguments) {
     const auto* const text = reinterpret_cast<const wchar_t*>(arguments);
     const auto line = MakeCommandLine(text == nullptr ? L"" : text);
-    STARTUPINFOW startup{};
-    GetStartupInfoW(&startup);
-    startup.lpDesktop = nullptr;
-    startup.lpTitle = nullptr;
-    startup.dwFlags |= STARTF_USESHOWWINDOW;
-    startup.wShowWindow = SW_SHOW;
+    if (line == nullptr) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     PROCESS_INFORMATION process{};
-    if (line == nullptr || !CreateProcessW(application, line.get(), nullptr, nullptr, FALSE, NORMAL_PRIORITY_CLASS,
-                                           nullptr, nullptr, &startup, &process)) {
-        if (line == nullptr) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return nullptr;
-    }
-    Sleep(0);
+    if (line == nullptr || !tessel::StartShown(application, line.get(), process)) return nullptr;
     return process.hProcess; // ODD-62: nobody closes the thread's handle
 }
 

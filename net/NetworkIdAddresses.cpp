@@ -1,3 +1,4 @@
+#include <foundation/Launcher.h>
 #include <net/RegistryKey.h>
 #include <tessel/networkid.h>
 #include <tessel/status.h>
@@ -14,28 +15,12 @@ constexpr wchar_t kIpAddress[] = L"IpAddress";
 constexpr wchar_t kSubnetMask[] = L"SubnetMask";
 constexpr wchar_t kDefaultGateway[] = L"DefaultGateway";
 
-/// Runs a program without a window.
+/// Runs a program without a window for up to 5 seconds.
 /// @return its exit code; 259 when it could not be started, or had to be ended
 DWORD Run(wchar_t* commandLine) {
-    constexpr DWORD kWaitMs = 5000;
-    constexpr DWORD kEnded = 259;
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESHOWWINDOW;
-    startup.wShowWindow = SW_HIDE;
-    PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, commandLine, nullptr, nullptr, TRUE, NORMAL_PRIORITY_CLASS, nullptr, nullptr, &startup,
-                        &process)) {
-        return kEnded;
-    }
-    DWORD exitCode = kEnded;
-    if (WaitForSingleObject(process.hProcess, kWaitMs) == WAIT_TIMEOUT) {
-        (void)TerminateProcess(process.hProcess, kEnded); // one that ended meanwhile is as good
-    } else {
-        (void)GetExitCodeProcess(process.hProcess, &exitCode); // an open process has one
-    }
-    (void)CloseHandle(process.hThread); // both were opened just now
-    (void)CloseHandle(process.hProcess);
+    constexpr DWORD kTimeoutMs = 5000;
+    DWORD exitCode = STILL_ACTIVE;
+    (void)tessel::RunHidden(commandLine, nullptr, kTimeoutMs, exitCode); // a failure leaves the code as it was
     return exitCode;
 }
 

@@ -1,3 +1,4 @@
+#include <foundation/Launcher.h>
 #include <foundation/Report.h>
 #include <tessel/command.h>
 #include <tessel/registry.h>
@@ -78,19 +79,10 @@ bool Expand(const char* path, char (&expanded)[CCommand::PATH_SIZE]) {
 
 /// @return id of the process; 0: it could not be started (GetLastError())
 DWORD Start(char* commandLine, const char* directory) {
-    STARTUPINFOA startup{};
-    GetStartupInfoA(&startup);
-    startup.lpDesktop = nullptr;
-    startup.lpTitle = nullptr;
-    startup.dwFlags = STARTF_USESHOWWINDOW;
-    startup.wShowWindow = SW_SHOW;
     PROCESS_INFORMATION process{};
-    if (CreateProcessA(nullptr, commandLine, nullptr, nullptr, FALSE, NORMAL_PRIORITY_CLASS, nullptr,
-                       *directory == '\0' ? nullptr : directory, &startup, &process) == FALSE)
-        return 0;
+    if (!tessel::StartShown(commandLine, directory, process)) return 0;
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
-    Sleep(0);
     return process.dwProcessId;
 }
 

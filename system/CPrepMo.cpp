@@ -1,3 +1,4 @@
+#include <foundation/Launcher.h>
 #include <system/DiskDevice.h>
 #include <tessel/disk.h>
 
@@ -102,35 +103,12 @@ private:
     HANDLE m_file;
 };
 
-/// Waits for a process, and ends it after 3 seconds.
-DWORD ResultOf(HANDLE process) {
-    constexpr DWORD kWaitMs = 3000;
-    DWORD exitCode = STILL_ACTIVE;
-    if (WaitForSingleObject(process, kWaitMs) == WAIT_TIMEOUT) {
-        (void)TerminateProcess(process, STILL_ACTIVE); // one that ended meanwhile is as good
-    } else {
-        (void)GetExitCodeProcess(process, &exitCode); // an open process has one
-    }
-    return exitCode;
-}
-
-/// Runs a command without a window.
-DWORD Run(wchar_t* commandLine, HANDLE input, HANDLE output) {
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESHOWWINDOW | STARTF_USESTDHANDLES;
-    startup.wShowWindow = SW_HIDE;
-    startup.hStdInput = input;
-    startup.hStdOutput = output;
-    PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, commandLine, nullptr, nullptr, TRUE, NORMAL_PRIORITY_CLASS, nullptr, nullptr, &startup,
-                        &process)) {
-        return GetLastError();
-    }
-    const DWORD result = ResultOf(process.hProcess);
-    (void)CloseHandle(process.hThread); // both were opened just now
-    (void)CloseHandle(process.hProcess);
-    return result;
+/// Runs a command without a window for up to 3 seconds.
+/// @return its exit code; 259 when it had to be ended, the system's error when it could not be started
+DWORD Run(wchar_t* commandLine, const tessel::StandardStreams& streams) {
+    constexpr DWORD kTimeoutMs = 3000;
+    DWORD exitCode = 0;
+    return tessel::RunHidden(commandLine, &streams, kTimeoutMs, exitCode) ? exitCode : GetLastError();
 }
 
 DWORD Format(wchar_t driveLetter) {
@@ -142,7 +120,7 @@ DWORD Format(wchar_t driveLetter) {
     // An answer that cannot be written is as good as one that is not read.
     (void)WriteFile(input.Get(), L"\n\0", 2 * sizeof(wchar_t), &written, nullptr);
     std::wstring commandLine = std::wstring(L"Format.com ") + driveLetter + L": /fs:FAT /q";
-    return Run(commandLine.data(), input.Get(), output.Get());
+    return Run(commandLine.data(), {input.Get(), output.Get()});
 }
 
 } // namespace
