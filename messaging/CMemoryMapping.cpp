@@ -1,3 +1,4 @@
+#include <foundation/Handle.h>
 #include <tessel/memory.h>
 
 namespace {
@@ -19,15 +20,11 @@ HANDLE AttachToMapping(unsigned long size, const wchar_t* name, DWORD& error) {
 
 int CMemory::OpenMapping(unsigned long size, const wchar_t* name) {
     DWORD error = 0;
-    m_hMapping = AttachToMapping(m_ulSize, name, error);
-    if (m_hMapping == nullptr) return static_cast<int>(error);
-    m_pBuffer = static_cast<unsigned char*>(MapViewOfFile(m_hMapping, FILE_MAP_WRITE, 0, 0, m_ulSize));
-    int status = 0;
-    if (m_pBuffer == nullptr) {
-        status = static_cast<int>(GetLastError());
-        (void)CloseHandle(m_hMapping); // just opened
-        m_hMapping = nullptr;
-    }
+    tessel::Handle mapping(AttachToMapping(m_ulSize, name, error));
+    if (!mapping) return static_cast<int>(error);
+    m_pBuffer = static_cast<unsigned char*>(MapViewOfFile(mapping.Get(), FILE_MAP_WRITE, 0, 0, m_ulSize));
+    const int status = m_pBuffer == nullptr ? static_cast<int>(GetLastError()) : 0;
+    if (m_pBuffer != nullptr) m_hMapping = mapping.Release();
     KeepName(name);
     m_ulSize = m_ulRequestedSize = size; // ODD-14: only now, so that the size is the caller's word
     return status;

@@ -1,3 +1,4 @@
+#include <foundation/Handle.h>
 #include <foundation/Report.h>
 #include <messaging/CPost.h>
 #include <messaging/LiveRegions.h>
@@ -82,30 +83,28 @@ CPost::~CPost() {
 }
 
 bool CPost::OpenRegion() {
-    m_hMapping = OpenFileMappingW(FILE_MAP_WRITE, FALSE, POST_OFFICE_REGION_NAME);
-    if (m_hMapping == nullptr) return false;
-    m_pBase = static_cast<unsigned char*>(MapViewOfFile(m_hMapping, FILE_MAP_WRITE, 0, 0, 0));
-    if (m_pBase != nullptr) return true;
-    (void)CloseHandle(m_hMapping); // just opened
-    m_hMapping = nullptr;
-    return false;
+    return MapRegion(OpenFileMappingW(FILE_MAP_WRITE, FALSE, POST_OFFICE_REGION_NAME), 0);
 }
 
 bool CPost::CreateRegion() {
-    m_hMapping = CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, POST_OFFICE_REGION_SIZE,
-                                    POST_OFFICE_REGION_NAME);
-    if (m_hMapping == nullptr) return false;
+    HANDLE const mapping = CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, POST_OFFICE_REGION_SIZE,
+                                              POST_OFFICE_REGION_NAME);
     const bool created = GetLastError() != ERROR_ALREADY_EXISTS;
-    m_pBase = static_cast<unsigned char*>(MapViewOfFile(m_hMapping, FILE_MAP_WRITE, 0, 0, POST_OFFICE_REGION_SIZE));
-    if (m_pBase == nullptr) {
-        (void)CloseHandle(m_hMapping); // nobody may find a region that was never set up
-        m_hMapping = nullptr;
-        return false;
-    }
+    if (!MapRegion(mapping, POST_OFFICE_REGION_SIZE)) return false;
     // GUARD-18: only a process without the lock meets a region here, which another one may be using by now.
     if (!created) return true;
     std::memset(m_pBase, 0, POST_OFFICE_REGION_SIZE);
     std::memcpy(m_pBase, &kNewHeader, sizeof kNewHeader);
+    return true;
+}
+
+// A mapping that cannot be viewed is closed: nobody may find a region that was never set up.
+bool CPost::MapRegion(HANDLE mapping, std::size_t size) {
+    tessel::Handle owned(mapping);
+    if (!owned) return false;
+    m_pBase = static_cast<unsigned char*>(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, size));
+    if (m_pBase == nullptr) return false;
+    m_hMapping = owned.Release();
     return true;
 }
 

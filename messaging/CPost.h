@@ -3,6 +3,8 @@
 #include <tessel/postoffice.h>
 #include <tessel/synchronisation.h>
 
+#include <cstddef>
+
 /// The one post office of the process: the lock and the mapped region. CPostOffice is its front.
 ///
 /// Owns the semaphore, the mapping and the view. The addresses are null while the region is unmapped.
@@ -20,6 +22,7 @@ private:
 
     bool OpenRegion();
     bool CreateRegion();
+    bool MapRegion(HANDLE mapping, std::size_t size);
     void FindTables();
     void Unmap();
 

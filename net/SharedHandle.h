@@ -1,14 +1,10 @@
 #pragma once
 
+#include <foundation/Handle.h>
 #include <foundation/SharedOwners.h>
 #include <tessel/platform.h>
 
 namespace tessel {
-
-/// Whether a field holds a handle that can be closed: neither none nor the mark of a failed or closed one.
-inline bool IsHandle(HANDLE handle) {
-    return handle != nullptr && handle != INVALID_HANDLE_VALUE;
-}
 
 /// Makes a copy one more owner of a handle.
 /// @return the handle; INVALID_HANDLE_VALUE when there is no memory to note the owner
