@@ -2,29 +2,31 @@
 
 namespace tessel {
 
-/// Counts who holds a resource that objects share by value, so that the last of them frees it.
+/// Counts the owners of a resource that objects share by value, so that the last of them frees it.
 ///
 /// A resource is entered only once it is shared: one without an entry has a single owner.
 /// Any thread may call these functions.
 
-/// Notes one more owner.
+/// Adds an owner.
 /// @param resource  address or handle value
-/// @return true: noted; false: no memory, the new owner must not keep the resource
+/// @return true: added; false: out of memory, and the new owner must not keep the resource
 bool AddOwner(const void* resource);
 
-/// Makes a copy one more owner.
-/// @param resource  what the copied object has; may be null
-/// @return the resource; null: there is none, or no memory to note the owner
-template <class Resource> Resource* Share(Resource* resource) {
-    return resource != nullptr && AddOwner(resource) ? resource : nullptr;
+/// Makes a copy an owner of what the original holds.
+/// @param resource  address or handle that the original holds
+/// @param none      value that stands for no resource, besides null
+/// @return the resource; @p none when there is no memory to count the owner
+template <class Resource> Resource* Share(Resource* resource, Resource* none = nullptr) {
+    if (resource == nullptr || resource == none) return resource;
+    return AddOwner(resource) ? resource : none;
 }
 
-/// Whether others hold the resource too.
+/// Whether a resource has several owners.
 /// @param resource  address or handle value
-/// @return true: it has several owners; false: one at most
+/// @return true: it has; false: one at most
 bool IsShared(const void* resource);
 
-/// Takes one owner away.
+/// Removes an owner.
 /// @param resource  address or handle value
 /// @return true: it was the last, which now frees the resource; false: others still hold it
 bool RemoveOwner(const void* resource);

@@ -1,3 +1,4 @@
+#include <foundation/Layout.h>
 #include <foundation/SharedField.h>
 #include <messaging/LiveRegions.h>
 #include <messaging/PostOfficeLock.h>
@@ -10,22 +11,21 @@
 #include <cstddef>
 
 struct CMailBoxLayout {
-    static constexpr bool kOn32Bits = sizeof(void*) == 4;
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_PostOffice) == 4);
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_pHeader) == 8);
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_pMailboxes) == 12);
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_pSmallBlocks) == 16);
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_ulThreadId) == 20);
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_ulProcessId) == 24);
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_OwnId) == 28);
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_usMailboxCount) == 32);
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_usBlockCount) == 34);
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_usLowWater) == 36);
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_usHighWater) == 38);
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_ulSpare1) == 40);
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_usSlot) == 44);
-    static_assert(!kOn32Bits || offsetof(CMailBox, m_ulSpare2) == 48);
-    static_assert(!kOn32Bits || sizeof(CMailBox) == 52);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_PostOffice) == 4);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_pHeader) == 8);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_pMailboxes) == 12);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_pSmallBlocks) == 16);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_ulThreadId) == 20);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_ulProcessId) == 24);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_OwnId) == 28);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_usMailboxCount) == 32);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_usBlockCount) == 34);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_usLowWater) == 36);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_usHighWater) == 38);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_ulSpare1) == 40);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_usSlot) == 44);
+    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_ulSpare2) == 48);
+    static_assert(!tessel::kOn32Bits || sizeof(CMailBox) == 52);
 };
 
 namespace {

@@ -1,3 +1,4 @@
+#include <foundation/Layout.h>
 #include <foundation/SharedOwners.h>
 #include <messaging/MappedView.h>
 #include <tessel/memory.h>
@@ -12,34 +13,25 @@
 #include <limits>
 
 struct CMemoryLayout {
-    static constexpr bool kOn32Bits = sizeof(void*) == 4;
     static_assert(offsetof(CMemory, m_hHandle) == sizeof(void*));
     static_assert(offsetof(CMemory, m_szName) == 3 * sizeof(void*));
-    static_assert(!kOn32Bits || offsetof(CMemory, m_pBuffer) == 532);
-    static_assert(!kOn32Bits || offsetof(CMemory, m_iKind) == 540);
-    static_assert(!kOn32Bits || offsetof(CMemory, m_ulReadCursor) == 548);
-    static_assert(!kOn32Bits || offsetof(CMemory, m_ulRequestedSize) == 560);
-    static_assert(!kOn32Bits || offsetof(CMemory, m_iNewFile) == 568);
-    static_assert(!kOn32Bits || sizeof(CMemory) == 572);
+    static_assert(!tessel::kOn32Bits || offsetof(CMemory, m_pBuffer) == 532);
+    static_assert(!tessel::kOn32Bits || offsetof(CMemory, m_iKind) == 540);
+    static_assert(!tessel::kOn32Bits || offsetof(CMemory, m_ulReadCursor) == 548);
+    static_assert(!tessel::kOn32Bits || offsetof(CMemory, m_ulRequestedSize) == 560);
+    static_assert(!tessel::kOn32Bits || offsetof(CMemory, m_iNewFile) == 568);
+    static_assert(!tessel::kOn32Bits || sizeof(CMemory) == 572);
 };
 
 namespace {
 
-using tessel::AddOwner;
 using tessel::RemoveOwner;
+using tessel::Share;
 
 constexpr unsigned long kLastOffset = std::numeric_limits<unsigned long>::max();
 
 bool EndsInRange(unsigned long offset, unsigned long count) {
     return count <= kLastOffset - offset;
-}
-
-/// Makes a copy an owner of the resource, or leaves it without.
-/// @param status  becomes ERROR_NOT_ENOUGH_MEMORY when it has to be left without
-template <class Resource> Resource Share(Resource resource, int& status) {
-    if (resource == nullptr || AddOwner(resource)) return resource;
-    status = ERROR_NOT_ENOUGH_MEMORY;
-    return nullptr;
 }
 
 /// Whether a file's handle is open; ReName() leaves a closed one behind, which has no owners to count.
@@ -122,13 +114,15 @@ void CMemory::KeepName(const wchar_t* name) {
 
 // GUARD-06: copies hold the same buffers and handles by value, where each freeing them would free them twice.
 void CMemory::ShareWith(const CMemory& other) {
-    m_iStatus = other.m_iStatus;
-    m_pBuffer = Share(other.m_pBuffer, m_iStatus);
-    m_pReadCopy = Share(other.m_pReadCopy, m_iStatus);
-    m_hMapping = Share(other.m_hMapping, m_iStatus);
-    m_hHandle = other.m_hHandle;
+    m_pBuffer = Share(other.m_pBuffer);
+    m_pReadCopy = Share(other.m_pReadCopy);
+    m_hMapping = Share(other.m_hMapping);
+    const bool hasFile = other.m_iKind == KIND_FILE && IsOpen(other.m_hHandle);
+    m_hHandle = hasFile ? Share(other.m_hHandle) : other.m_hHandle;
+    const bool complete = m_pBuffer == other.m_pBuffer && m_pReadCopy == other.m_pReadCopy &&
+                          m_hMapping == other.m_hMapping && m_hHandle == other.m_hHandle;
+    m_iStatus = complete ? other.m_iStatus : ERROR_NOT_ENOUGH_MEMORY;
     if (other.m_iKind == KIND_GLOBAL) m_hHandle = m_pBuffer;
-    if (other.m_iKind == KIND_FILE && IsOpen(other.m_hHandle)) m_hHandle = Share(other.m_hHandle, m_iStatus);
     std::copy(std::begin(other.m_szName), std::end(other.m_szName), m_szName);
     m_iKind = other.m_iKind;
     m_ulSize = m_pBuffer == nullptr && m_iKind != KIND_MAPPING ? 0 : other.m_ulSize;

@@ -1,3 +1,4 @@
+#include <foundation/Layout.h>
 #include <foundation/Report.h>
 #include <messaging/HostRequest.h>
 #include <tessel/brush.h>
@@ -14,18 +15,17 @@
 #include <new>
 
 struct OSClassLayout {
-    static constexpr bool kOn32Bits = sizeof(void*) == 4;
     static constexpr std::size_t kBehindPalette = 16008 + sizeof(COrcaPalette);
     static_assert(offsetof(OSClass, m_Notify) == sizeof(void*));
-    static_assert(!kOn32Bits || offsetof(OSClass, m_iEntries) == 16004);
-    static_assert(!kOn32Bits || offsetof(OSClass, m_Palette) == 16008);
-    static_assert(!kOn32Bits || offsetof(OSClass, m_pRegistry) == kBehindPalette);
-    static_assert(!kOn32Bits || offsetof(OSClass, m_hInstance) == kBehindPalette + 8);
-    static_assert(!kOn32Bits || offsetof(OSClass, m_ulProcessId) == kBehindPalette + 12);
-    static_assert(!kOn32Bits || offsetof(OSClass, m_hFrame) == kBehindPalette + 16);
-    static_assert(!kOn32Bits || offsetof(OSClass, m_hActiveDialog) == kBehindPalette + 24);
-    static_assert(!kOn32Bits || offsetof(OSClass, m_szCommandLine) == kBehindPalette + 28);
-    static_assert(!kOn32Bits || offsetof(OSClass, m_iExitCode) == kBehindPalette + 548);
+    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_iEntries) == 16004);
+    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_Palette) == 16008);
+    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_pRegistry) == kBehindPalette);
+    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_hInstance) == kBehindPalette + 8);
+    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_ulProcessId) == kBehindPalette + 12);
+    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_hFrame) == kBehindPalette + 16);
+    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_hActiveDialog) == kBehindPalette + 24);
+    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_szCommandLine) == kBehindPalette + 28);
+    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_iExitCode) == kBehindPalette + 548);
 };
 
 namespace {
