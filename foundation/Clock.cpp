@@ -1,4 +1,4 @@
-#include <tessel/system.h>
+#include <tessel/foundation/clock.h>
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include <foundation/ProcessObjects.h>
+#include <foundation/ErrorMode.h>
 #include <foundation/Report.h>
-#include <tessel/status.h>
+#include <tessel/foundation/errormode.h>
 
 namespace {
 

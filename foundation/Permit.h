@@ -1,6 +1,6 @@
 #pragma once
 
-#include <tessel/synchronisation.h>
+#include <tessel/foundation/semaphore.h>
 
 namespace tessel {
 

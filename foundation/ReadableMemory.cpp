@@ -1,6 +1,6 @@
 #include <foundation/ReadableMemory.h>
 
-#include <tessel/platform.h>
+#include <tessel/foundation/platform.h>
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #include <foundation/Report.h>
 #include <foundation/SharedOwners.h>
-#include <tessel/avifile.h>
+#include <tessel/media/avifile.h>
 
 #include <vfw.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <tessel/waveformat.h>
+#include <tessel/media/waveformat.h>
 
 namespace tessel {
 

@@ -1,9 +1,9 @@
 #include <foundation/SlimLock.h>
-#include <net/RegistryKey.h>
-#include <tessel/address.h>
-#include <tessel/networkid.h>
-#include <tessel/status.h>
-#include <tessel/strings.h>
+#include <system/RegistryKey.h>
+#include <tessel/foundation/status.h>
+#include <tessel/foundation/strings.h>
+#include <tessel/net/etheraddr.h>
+#include <tessel/net/networkid.h>
 
 #include <cstddef>
 #include <cwchar>

@@ -1,7 +1,7 @@
 #include <foundation/Launcher.h>
-#include <net/RegistryKey.h>
-#include <tessel/networkid.h>
-#include <tessel/status.h>
+#include <system/RegistryKey.h>
+#include <tessel/foundation/status.h>
+#include <tessel/net/networkid.h>
 
 #include <cwchar>
 #include <iterator>

@@ -1,5 +1,5 @@
 #include <foundation/Report.h>
-#include <tessel/networkid.h>
+#include <tessel/net/networkid.h>
 
 #include <algorithm>
 #include <cwchar>

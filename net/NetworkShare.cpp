@@ -1,6 +1,6 @@
 #include <foundation/Report.h>
 #include <foundation/SharedOwners.h>
-#include <tessel/networkshare.h>
+#include <tessel/net/networkshare.h>
 
 #include <winnetwk.h>
 

@@ -2,7 +2,7 @@
 
 #include <foundation/Handle.h>
 #include <foundation/SharedOwners.h>
-#include <tessel/platform.h>
+#include <tessel/foundation/platform.h>
 
 namespace tessel {
 

@@ -32,7 +32,7 @@ check_tidy() {
     for folder in "$gcc" "$gcc/i686-w64-mingw32" "$gcc/backward" /usr/i686-w64-mingw32/include; do
         include+=(--extra-arg=-isystem"$folder")
     done
-    sources foundation messaging net media system ui companions examples | grep '\.cpp$' |
+    sources foundation messaging net media system ui library companions examples | grep '\.cpp$' |
         xargs -P "$(nproc)" -n 4 clang-tidy -p build/win32 --quiet --warnings-as-errors='*' \
             --extra-arg=--target=i686-w64-windows-gnu --extra-arg=-nostdinc++ "${include[@]}" 2>"$build/clang-tidy.log"
 }
@@ -42,7 +42,7 @@ check_documentation() { doxygen docs/Doxyfile >/dev/null; }
 # Each oddity has one row in docs/oddities.md and, for those that are kept, a test that names it.
 check_oddities() {
     local in_code in_docs id ok=0
-    in_code=$(sources foundation messaging net media system ui | xargs grep -ohE '\b(ODD|GUARD)-[0-9]+' | sort -u)
+    in_code=$(sources foundation messaging net media system ui library | xargs grep -ohE '\b(ODD|GUARD)-[0-9]+' | sort -u)
     in_docs=$(grep -oE '^\| (ODD|GUARD)-[0-9]+' docs/oddities.md | cut -c 3- | sort)
     diff <(echo "$in_code") <(echo "$in_docs") || ok=1
     while read -r id; do

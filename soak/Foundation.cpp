@@ -1,6 +1,8 @@
 #include "Subject.h"
 
-#include <tessel/synchronisation.h>
+#include <tessel/foundation/event.h>
+#include <tessel/foundation/semaphore.h>
+#include <tessel/foundation/wait.h>
 
 namespace {
 

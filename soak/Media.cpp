@@ -1,7 +1,7 @@
 #include "Subject.h"
 
-#include <tessel/audioconvert.h>
-#include <tessel/avifile.h>
+#include <tessel/media/audioconvert.h>
+#include <tessel/media/avifile.h>
 #include <tesselgsm/driver.h>
 
 #include <cstring>

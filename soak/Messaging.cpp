@@ -3,12 +3,12 @@
 #include "support/MessageWindow.h"
 #include "support/OpenPostOffice.h"
 
-#include <tessel/file.h>
-#include <tessel/host.h>
-#include <tessel/identifier.h>
-#include <tessel/mailbox.h>
-#include <tessel/memory.h>
-#include <tessel/resource.h>
+#include <tessel/foundation/identifier.h>
+#include <tessel/foundation/memory.h>
+#include <tessel/messaging/host.h>
+#include <tessel/messaging/mailbox.h>
+#include <tessel/messaging/resource.h>
+#include <tessel/system/file.h>
 
 #include <cstring>
 

@@ -2,11 +2,12 @@
 
 #include "support/LoopbackListener.h" // Winsock, before windows.h
 
-#include <tessel/channels.h>
-#include <tessel/commmsg.h>
-#include <tessel/msgsocket.h>
-#include <tessel/networkid.h>
-#include <tessel/synchronisation.h>
+#include <tessel/foundation/event.h>
+#include <tessel/net/commmsg.h>
+#include <tessel/net/mailslot.h>
+#include <tessel/net/msgsocket.h>
+#include <tessel/net/namedpipe.h>
+#include <tessel/net/networkid.h>
 
 #include <cstring>
 #include <memory>

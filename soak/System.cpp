@@ -2,14 +2,14 @@
 
 #include "support/ChildProcess.h"
 
-#include <tessel/command.h>
-#include <tessel/datetime.h>
-#include <tessel/file.h>
-#include <tessel/processor.h>
-#include <tessel/registry.h>
-#include <tessel/service.h>
-#include <tessel/synchronisation.h>
-#include <tessel/version.h>
+#include <tessel/foundation/event.h>
+#include <tessel/system/command.h>
+#include <tessel/system/datetime.h>
+#include <tessel/system/file.h>
+#include <tessel/system/processor.h>
+#include <tessel/system/registry.h>
+#include <tessel/system/service.h>
+#include <tessel/system/version.h>
 
 #include <string>
 #include <thread>

@@ -2,9 +2,9 @@
 
 #include "support/ControlWindow.h"
 
-#include <tessel/brush.h>
-#include <tessel/dialog.h>
-#include <tessel/notify.h>
+#include <tessel/ui/brush.h>
+#include <tessel/ui/dialoginterface.h>
+#include <tessel/ui/notify.h>
 
 #include <string>
 

@@ -1,5 +1,5 @@
 #include <system/DateTimeFields.h>
-#include <tessel/datetime.h>
+#include <tessel/system/datetime.h>
 
 #include <cstddef>
 

@@ -1,7 +1,7 @@
 #include <foundation/Report.h>
 #include <system/DateTimeFields.h>
-#include <tessel/datetime.h>
-#include <tessel/strings.h>
+#include <tessel/foundation/strings.h>
+#include <tessel/system/datetime.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <tessel/platform.h>
+#include <tessel/foundation/platform.h>
 
 namespace tessel {
 

@@ -1,6 +1,5 @@
-#include <foundation/ProcessObjects.h>
 #include <foundation/Report.h>
-#include <tessel/brush.h>
+#include <tessel/ui/brush.h>
 #include <ui/BrushTable.h>
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <tessel/platform.h>
+#include <tessel/foundation/platform.h>
+#include <tessel/foundation/semaphore.h>
 #include <ui/GrowingArray.h>
 
 #include <cstdint>
@@ -38,5 +39,11 @@ public:
 /// @param entry  its brush becomes the table's; it stays the caller's when nothing is appended
 /// @return the index; -1: no memory
 int AppendBrush(const BrushEntry& entry);
+
+/// Serialises appending to the brush table.
+extern CThreadLock brushTableLock;
+
+/// The brushes that all parts of the process share.
+extern BrushTable brushTable;
 
 } // namespace tessel

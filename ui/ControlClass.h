@@ -1,7 +1,7 @@
 #pragma once
 
-#include <tessel/fieldtype.h>
-#include <tessel/platform.h>
+#include <tessel/foundation/platform.h>
+#include <tessel/ui/fieldtype.h>
 
 namespace tessel {
 

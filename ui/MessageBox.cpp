@@ -1,5 +1,5 @@
 #include <foundation/Report.h>
-#include <tessel/messagebox.h>
+#include <tessel/ui/messagebox.h>
 
 #include <cstddef>
 #include <cwchar>

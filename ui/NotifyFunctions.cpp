@@ -1,4 +1,4 @@
-#include <tessel/notify.h>
+#include <tessel/ui/notify.h>
 #include <ui/ControlClass.h>
 
 #include <commctrl.h>

@@ -1,4 +1,4 @@
-#include <tessel/views.h>
+#include <tessel/ui/views.h>
 
 static_assert(sizeof(CListViewOrca) == sizeof(CListView));
 static_assert(sizeof(CTreeViewOrca) == sizeof(CTreeView));

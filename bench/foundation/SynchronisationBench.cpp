@@ -1,5 +1,7 @@
 #include <benchmark/benchmark.h>
-#include <tessel/synchronisation.h>
+#include <tessel/foundation/event.h>
+#include <tessel/foundation/semaphore.h>
+#include <tessel/foundation/wait.h>
 
 #include <algorithm>
 #include <deque>

@@ -1,5 +1,5 @@
 #include <benchmark/benchmark.h>
-#include <tessel/avifile.h>
+#include <tessel/media/avifile.h>
 
 #include <vfw.h>
 

@@ -1,7 +1,7 @@
 #include "media/Tone.h"
 
 #include <benchmark/benchmark.h>
-#include <tessel/audioconvert.h>
+#include <tessel/media/audioconvert.h>
 #include <tesselgsm/driver.h>
 
 #include <string>

@@ -2,9 +2,9 @@
 #include "support/OpenPostOffice.h"
 
 #include <benchmark/benchmark.h>
-#include <tessel/mailbox.h>
+#include <tessel/messaging/mailbox.h>
 
-#include <tessel/synchronisation.h>
+#include <tessel/foundation/event.h>
 
 #include <memory>
 #include <thread>

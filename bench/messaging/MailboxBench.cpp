@@ -5,7 +5,7 @@
 #include "support/OpenPostOffice.h"
 
 #include <benchmark/benchmark.h>
-#include <tessel/mailbox.h>
+#include <tessel/messaging/mailbox.h>
 
 #include <cstring>
 

@@ -1,8 +1,8 @@
 #include "support/OpenPostOffice.h"
 
 #include <benchmark/benchmark.h>
-#include <tessel/host.h>
-#include <tessel/mailbox.h>
+#include <tessel/messaging/host.h>
+#include <tessel/messaging/mailbox.h>
 
 #include <utility>
 

@@ -6,7 +6,7 @@
 #include "support/MessageWindow.h"
 #include "support/OpenPostOffice.h"
 
-#include <tessel/mailbox.h>
+#include <tessel/messaging/mailbox.h>
 
 #include <cstring>
 #include <stdexcept>

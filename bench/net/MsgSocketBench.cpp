@@ -3,8 +3,8 @@
 #include "support/ChildProcess.h"
 
 #include <benchmark/benchmark.h>
-#include <tessel/commmsg.h>
-#include <tessel/msgsocket.h>
+#include <tessel/net/commmsg.h>
+#include <tessel/net/msgsocket.h>
 
 #include <array>
 #include <cstring>

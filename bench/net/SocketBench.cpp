@@ -3,8 +3,8 @@
 #include "support/ChildProcess.h"
 
 #include <benchmark/benchmark.h>
-#include <tessel/commmsg.h>
-#include <tessel/socket.h>
+#include <tessel/net/commmsg.h>
+#include <tessel/net/socket.h>
 
 #include <mswsock.h>
 

@@ -1,5 +1,5 @@
 #include <benchmark/benchmark.h>
-#include <tessel/datetime.h>
+#include <tessel/system/datetime.h>
 
 #include <cctype>
 #include <cstdlib>

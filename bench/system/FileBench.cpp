@@ -1,5 +1,5 @@
 #include <benchmark/benchmark.h>
-#include <tessel/file.h>
+#include <tessel/system/file.h>
 
 #include <fcntl.h>
 #include <io.h>

@@ -1,5 +1,5 @@
 #include <benchmark/benchmark.h>
-#include <tessel/registry.h>
+#include <tessel/system/registry.h>
 
 #include <cwchar>
 

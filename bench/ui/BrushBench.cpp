@@ -1,5 +1,5 @@
 #include <benchmark/benchmark.h>
-#include <tessel/brush.h>
+#include <tessel/ui/brush.h>
 
 namespace {
 

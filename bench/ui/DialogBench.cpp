@@ -1,7 +1,7 @@
 #include "support/ControlWindow.h"
 
 #include <benchmark/benchmark.h>
-#include <tessel/dialog.h>
+#include <tessel/ui/dialoginterface.h>
 
 #include <cwchar>
 #include <string>

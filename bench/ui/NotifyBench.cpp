@@ -1,8 +1,8 @@
 #include "support/ControlWindow.h"
 
 #include <benchmark/benchmark.h>
-#include <tessel/mailbox.h>
-#include <tessel/notify.h>
+#include <tessel/messaging/mailbox.h>
+#include <tessel/ui/notify.h>
 
 #include <string>
 

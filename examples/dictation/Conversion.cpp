@@ -1,7 +1,7 @@
 #include "Conversion.h"
 
-#include <tessel/audio.h>
-#include <tessel/audioconvert.h>
+#include <tessel/media/audio.h>
+#include <tessel/media/audioconvert.h>
 
 #include <algorithm>
 #include <climits>

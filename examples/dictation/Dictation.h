@@ -1,6 +1,6 @@
 #pragma once
 
-#include <tessel/audio.h>
+#include <tessel/media/audio.h>
 
 #include <string>
 

@@ -2,7 +2,7 @@
 #include "support/OpenPostOffice.h"
 
 #include <gtest/gtest.h>
-#include <tessel/mailbox.h>
+#include <tessel/messaging/mailbox.h>
 
 #include <fstream>
 

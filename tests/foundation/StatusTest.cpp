@@ -1,7 +1,8 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/status.h>
+#include <tessel/foundation/errormode.h>
+#include <tessel/foundation/module.h>
 
 TEST(Library, KnowsItsModuleAndReadsItsOwnTexts) {
     const HINSTANCE module = TesselGetModuleInstance();

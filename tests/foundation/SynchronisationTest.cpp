@@ -1,7 +1,9 @@
 #include "support/ImportPatch.h"
 
 #include <gtest/gtest.h>
-#include <tessel/synchronisation.h>
+#include <tessel/foundation/event.h>
+#include <tessel/foundation/semaphore.h>
+#include <tessel/foundation/wait.h>
 
 #include <thread>
 

@@ -2,7 +2,12 @@
 #include "support/MessageWindow.h"
 
 #include <gtest/gtest.h>
-#include <tessel/system.h>
+#include <tessel/foundation/clock.h>
+#include <tessel/foundation/drive.h>
+#include <tessel/foundation/message.h>
+#include <tessel/foundation/module.h>
+#include <tessel/foundation/process.h>
+#include <tessel/foundation/window.h>
 
 #include <cstring>
 #include <string>

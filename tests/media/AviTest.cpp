@@ -3,7 +3,7 @@
 #include "support/UnixTool.h"
 
 #include <gtest/gtest.h>
-#include <tessel/avifile.h>
+#include <tessel/media/avifile.h>
 
 #include <vfw.h>
 

@@ -2,8 +2,8 @@
 
 #include <support/ImportPatch.h>
 #include <support/UnixTool.h>
-#include <tessel/audio.h>
-#include <tessel/audioconvert.h>
+#include <tessel/media/audio.h>
+#include <tessel/media/audioconvert.h>
 #include <tesselgsm/driver.h>
 
 #include <gtest/gtest.h>

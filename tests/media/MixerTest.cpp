@@ -2,7 +2,7 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/sound.h>
+#include <tessel/media/sound.h>
 
 #include <algorithm>
 #include <optional>

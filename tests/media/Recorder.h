@@ -1,7 +1,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <tessel/audio.h>
+#include <tessel/media/audio.h>
 
 #include <algorithm>
 #include <filesystem>

@@ -2,7 +2,7 @@
 #include "support/UnixTool.h"
 
 #include <gtest/gtest.h>
-#include <tessel/sound.h>
+#include <tessel/media/sound.h>
 
 #include <mmreg.h>
 

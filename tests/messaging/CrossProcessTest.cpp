@@ -2,8 +2,8 @@
 #include "support/MessageWindow.h"
 
 #include <gtest/gtest.h>
-#include <tessel/mailbox.h>
-#include <tessel/resource.h>
+#include <tessel/messaging/mailbox.h>
+#include <tessel/messaging/resource.h>
 
 #include <array>
 #include <cstring>

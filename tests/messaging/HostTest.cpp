@@ -4,12 +4,14 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/brush.h>
-#include <tessel/dialog.h>
-#include <tessel/host.h>
-#include <tessel/mailbox.h>
-#include <tessel/synchronisation.h>
-#include <tessel/system.h>
+#include <tessel/foundation/event.h>
+#include <tessel/foundation/message.h>
+#include <tessel/foundation/semaphore.h>
+#include <tessel/messaging/host.h>
+#include <tessel/messaging/hostrequest.h>
+#include <tessel/messaging/mailbox.h>
+#include <tessel/ui/brush.h>
+#include <tessel/ui/dialoginterface.h>
 
 #include <functional>
 #include <thread>

@@ -4,7 +4,7 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/mailbox.h>
+#include <tessel/messaging/mailbox.h>
 
 #include <cstring>
 #include <utility>

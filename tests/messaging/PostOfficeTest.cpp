@@ -3,8 +3,8 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/mailbox.h>
-#include <tessel/synchronisation.h>
+#include <tessel/foundation/semaphore.h>
+#include <tessel/messaging/mailbox.h>
 
 #include <algorithm>
 #include <cstring>

@@ -2,7 +2,7 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/resource.h>
+#include <tessel/messaging/resource.h>
 
 #include <thread>
 

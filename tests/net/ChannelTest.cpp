@@ -2,7 +2,8 @@
 #include "support/ImportPatch.h"
 
 #include <gtest/gtest.h>
-#include <tessel/channels.h>
+#include <tessel/net/mailslot.h>
+#include <tessel/net/namedpipe.h>
 
 #include <functional>
 #include <optional>

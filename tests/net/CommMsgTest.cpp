@@ -1,5 +1,5 @@
 #include <gtest/gtest.h>
-#include <tessel/commmsg.h>
+#include <tessel/net/commmsg.h>
 
 #include <cstring>
 #include <memory>

@@ -2,7 +2,7 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/address.h>
+#include <tessel/net/etheraddr.h>
 
 #include <string>
 

@@ -3,8 +3,8 @@
 #include "support/ImportPatch.h"
 
 #include <gtest/gtest.h>
-#include <tessel/commmsg.h>
-#include <tessel/msgsocket.h>
+#include <tessel/net/commmsg.h>
+#include <tessel/net/msgsocket.h>
 
 #include <algorithm>
 #include <cstdlib>

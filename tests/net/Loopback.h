@@ -6,7 +6,7 @@
 #include "support/ImportPatch.h"
 #include "support/LoopbackListener.h"
 
-#include <tessel/socket.h>
+#include <tessel/net/socket.h>
 
 #include <algorithm>
 #include <memory>

@@ -3,7 +3,7 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/networkid.h>
+#include <tessel/net/networkid.h>
 
 #include <utility>
 

@@ -2,7 +2,7 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/networkshare.h>
+#include <tessel/net/networkshare.h>
 
 #include <winnetwk.h>
 

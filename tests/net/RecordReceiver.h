@@ -1,7 +1,7 @@
 #pragma once
 
-#include <tessel/commmsg.h>
-#include <tessel/msgsocket.h>
+#include <tessel/net/commmsg.h>
+#include <tessel/net/msgsocket.h>
 
 #include <functional>
 #include <string>

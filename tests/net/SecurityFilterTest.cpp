@@ -1,7 +1,7 @@
 #include "support/OwnLocalMachine.h"
 
 #include <gtest/gtest.h>
-#include <tessel/securityfilter.h>
+#include <tessel/net/securityfilter.h>
 
 #include <algorithm>
 

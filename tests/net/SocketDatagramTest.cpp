@@ -1,7 +1,7 @@
 #include "Loopback.h"
 
 #include <gtest/gtest.h>
-#include <tessel/commmsg.h>
+#include <tessel/net/commmsg.h>
 
 #include <cstring>
 #include <string>

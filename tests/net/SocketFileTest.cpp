@@ -3,7 +3,7 @@
 #include "support/ChildProcess.h"
 
 #include <gtest/gtest.h>
-#include <tessel/commmsg.h>
+#include <tessel/net/commmsg.h>
 
 #include <cstring>
 #include <filesystem>

@@ -3,7 +3,7 @@
 #include "support/MessageWindow.h"
 
 #include <gtest/gtest.h>
-#include <tessel/address.h>
+#include <tessel/net/ipaddress.h>
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <tessel/postoffice.h>
+#include <tessel/messaging/postoffice.h>
 
 /// The process's post office for as long as the object lives; the first member of a fixture.
 struct OpenPostOffice {

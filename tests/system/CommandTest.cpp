@@ -4,8 +4,8 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/command.h>
-#include <tessel/registry.h>
+#include <tessel/system/command.h>
+#include <tessel/system/registry.h>
 
 #include <array>
 #include <cstdlib>

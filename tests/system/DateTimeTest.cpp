@@ -2,8 +2,8 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/datetime.h>
-#include <tessel/status.h>
+#include <tessel/foundation/status.h>
+#include <tessel/system/datetime.h>
 
 #include <chrono>
 #include <climits>

@@ -2,7 +2,7 @@
 #include "support/OwnLocalMachine.h"
 
 #include <gtest/gtest.h>
-#include <tessel/disk.h>
+#include <tessel/system/disk.h>
 
 #include <winioctl.h>
 

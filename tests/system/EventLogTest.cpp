@@ -3,7 +3,7 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/eventlog.h>
+#include <tessel/system/eventlog.h>
 
 #include <algorithm>
 #include <cstdlib>

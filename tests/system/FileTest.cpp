@@ -2,7 +2,7 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/file.h>
+#include <tessel/system/file.h>
 
 #include <fcntl.h>
 #include <io.h>

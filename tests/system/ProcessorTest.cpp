@@ -3,8 +3,8 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/processor.h>
-#include <tessel/registry.h>
+#include <tessel/system/processor.h>
+#include <tessel/system/registry.h>
 
 #include <oleauto.h>
 #include <wbemidl.h>

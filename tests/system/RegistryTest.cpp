@@ -1,7 +1,7 @@
 #include "support/OwnLocalMachine.h"
 
 #include <gtest/gtest.h>
-#include <tessel/registry.h>
+#include <tessel/system/registry.h>
 
 #include <string>
 #include <utility>

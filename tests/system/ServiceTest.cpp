@@ -2,8 +2,8 @@
 #include "support/ImportPatch.h"
 
 #include <gtest/gtest.h>
-#include <tessel/service.h>
-#include <tessel/synchronisation.h>
+#include <tessel/foundation/event.h>
+#include <tessel/system/service.h>
 
 #include <algorithm>
 #include <array>

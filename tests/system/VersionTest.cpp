@@ -2,7 +2,7 @@
 #include "support/ImportPatch.h"
 
 #include <gtest/gtest.h>
-#include <tessel/version.h>
+#include <tessel/system/version.h>
 
 #include <climits>
 #include <filesystem>

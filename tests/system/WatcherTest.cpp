@@ -1,7 +1,7 @@
 #include "support/ChildProcess.h"
 
 #include <gtest/gtest.h>
-#include <tessel/service.h>
+#include <tessel/system/service.h>
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/brush.h>
-#include <tessel/status.h>
+#include <tessel/foundation/module.h>
+#include <tessel/ui/brush.h>
 
 #include <thread>
 #include <tuple>

@@ -3,7 +3,7 @@
 #include "support/Reports.h"
 
 #include <gtest/gtest.h>
-#include <tessel/messagebox.h>
+#include <tessel/ui/messagebox.h>
 
 #include <tuple>
 

@@ -2,7 +2,7 @@
 
 #include <commctrl.h>
 #include <gtest/gtest.h>
-#include <tessel/notify.h>
+#include <tessel/ui/notify.h>
 
 #include <algorithm>
 #include <functional>

@@ -2,7 +2,7 @@
 
 #include <fenestra/dialog.h>
 #include <gtest/gtest.h>
-#include <tessel/views.h>
+#include <tessel/ui/views.h>
 
 #include <commctrl.h>
 

@@ -4,7 +4,7 @@
 #include "support/UnixTool.h"
 
 #include <gtest/gtest.h>
-#include <tessel/mailbox.h>
+#include <tessel/messaging/mailbox.h>
 
 namespace {
 

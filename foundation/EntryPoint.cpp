@@ -1,7 +1,0 @@
-#include <foundation/Library.h>
-
-/// Called by the system under its loader lock: it does nothing that waits.
-extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID /*reserved*/) {
-    tessel::KeepModule(module, reason == DLL_PROCESS_ATTACH);
-    return TRUE;
-}

@@ -1,0 +1,133 @@
+#include <tessel/foundation/identifier.h>
+
+#include <rpc.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <cwchar>
+
+struct COCuidLayout {
+    static_assert(sizeof(OCUID) == 32);
+    static_assert(offsetof(OCUID, Reserved) == 16);
+    static_assert(offsetof(COCuid, m_Uid) == sizeof(void*));
+    static_assert(offsetof(COCuid, m_szText) == sizeof(void*) + 32);
+    static_assert(offsetof(COCuid, m_iPresent) == sizeof(void*) + 160);
+};
+
+namespace {
+
+/// Compares the identifiers alone, without what is reserved.
+bool AreEqual(const OCUID& left, const OCUID& right) {
+    UUID first = left.Uuid;
+    UUID second = right.Uuid;
+    RPC_STATUS status = RPC_S_OK;
+    return UuidCompare(&first, &second, &status) == 0;
+}
+
+} // namespace
+
+COCuid::COCuid(int create) : m_Uid{}, m_szText{}, m_iPresent(0) {
+    if (create == 1) (void)Create(); // whoever asks finds it in the presence
+}
+
+unsigned long COCuid::Create() {
+    if (m_iPresent != 0) return OCUID_ALREADY_HELD;
+    OCUID made{};
+    const RPC_STATUS created = UuidCreate(&made.Uuid);
+    if (created != RPC_S_OK && created != RPC_S_UUID_LOCAL_ONLY) return OCUID_NOT_CREATED;
+    if (ToString(&made, m_szText, TEXT_SIZE) != 0) return OCUID_NOT_CREATED;
+    m_Uid = made;
+    m_iPresent = 1;
+    return 0;
+}
+
+int COCuid::ToString(const OCUID* uid, wchar_t* text, unsigned long size) {
+    if (uid == nullptr || text == nullptr) return 1; // GUARD-09
+    UUID uuid = uid->Uuid;
+    RPC_WSTR converted = nullptr;
+    if (UuidToStringW(&uuid, &converted) != RPC_S_OK) return 1;
+    std::wcsncpy(text, reinterpret_cast<const wchar_t*>(converted), size); // ODD-160: open when the room is filled
+    (void)RpcStringFreeW(&converted);                                      // it cannot fail for a text that was made
+    return 0;
+}
+
+int COCuid::ToUid(wchar_t* text, OCUID* uid) {
+    if (uid == nullptr) return 1; // GUARD-09
+    *uid = OCUID{};
+    return UuidFromStringW(reinterpret_cast<RPC_WSTR>(text), &uid->Uuid) == RPC_S_OK ? 0 : 1;
+}
+
+int COCuid::operator==(const OCUID* other) const {
+    if (m_iPresent == 0 || other == nullptr) return 0; // GUARD-09
+    return std::memcmp(&m_Uid, other, sizeof m_Uid) == 0;
+}
+
+int COCuid::operator==(const COCuid* other) const {
+    if (m_iPresent == 0 || other == nullptr) return 0; // GUARD-09
+    return AreEqual(m_Uid, other->m_Uid);              // ODD-161: whether the other holds one is not looked at
+}
+
+int COCuid::operator==(const COCuid& other) const {
+    return m_iPresent != 0 && other.m_iPresent != 0 && AreEqual(m_Uid, other.m_Uid);
+}
+
+int COCuid::SetUid(const COCuid* source, int overwrite) {
+    if (m_iPresent != 0 && overwrite != 1) return 0;
+    if (source != nullptr && source->m_iPresent != 0) {
+        *this = *source;
+        return 1;
+    }
+    Clear();
+    return 0;
+}
+
+int COCuid::SetUid(const OCUID* source, int overwrite) {
+    if (m_iPresent != 0 && overwrite != 1) return 0;
+    if (source != nullptr) m_Uid = *source;
+    if (source == nullptr || ToString(&m_Uid, m_szText, TEXT_SIZE) != 0) {
+        Clear();
+        return 0;
+    }
+    return m_iPresent = 1;
+}
+
+// NOLINTBEGIN(misc-unconventional-assign-operator): callers look at the results.
+int COCuid::operator=(const OCUID* source) {
+    if (m_iPresent != 0 || source == nullptr) return 0; // GUARD-09
+    m_Uid = *source;
+    (void)ToString(&m_Uid, m_szText, TEXT_SIZE); // ODD-162: without its text the identifier counts as set too
+    m_iPresent = 1;
+    return 1;
+}
+
+// ODD-163: 0 is success here, and what is held is replaced, the reverse of the assignment of a record.
+int COCuid::operator=(const COCuid* source) {
+    if (source == nullptr || source->m_iPresent == 0) return 1; // GUARD-09
+    *this = *source;
+    return 0;
+}
+
+int COCuid::operator=(const wchar_t* text) {
+    wchar_t kept[TEXT_SIZE]{}; // the text may be this object's own
+    // GUARD-150: a text that fills the field is cut by its last character; the field would be read beyond its end.
+    if (text != nullptr) std::wcsncpy(kept, text, TEXT_SIZE - 1);
+    std::copy_n(kept, TEXT_SIZE, m_szText);
+    const int failed = ToUid(m_szText, &m_Uid);
+    m_iPresent = failed == 0;
+    return failed;
+}
+// NOLINTEND(misc-unconventional-assign-operator)
+
+void COCuid::Clear() {
+    constexpr std::size_t kCleared = 32;
+    m_iPresent = 0;
+    m_Uid = OCUID{};
+    std::fill_n(m_szText, kCleared, L'\0'); // ODD-164: the last four characters of an identifier stay
+}
+
+void COCuid::SetToZero() {
+    constexpr OCUID kNil{};
+    m_iPresent = 0;
+    *this = &kNil;
+}

@@ -1,0 +1,147 @@
+#include <foundation/Report.h>
+#include <tessel/foundation/strings.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <cwctype>
+
+namespace {
+
+using tessel::ReportUnless;
+
+std::size_t Length(const char* text) {
+    return std::strlen(text);
+}
+
+std::size_t Length(const wchar_t* text) {
+    return std::wcslen(text);
+}
+
+/// Reports bad arguments on three lines from @p firstLine on.
+/// @return true: the copy can be made; false: only an empty string could be written, and was
+template <class Target, class Source>
+bool CanCopy(Target* dest, const Source* src, unsigned int size, unsigned int firstLine) {
+    ReportUnless(dest != nullptr, "pDest", "StringConversions", firstLine);
+    ReportUnless(src != nullptr, "pSrc", "StringConversions", firstLine + 1);
+    ReportUnless(size > 0, "DestSizeInChars > 0", "StringConversions", firstLine + 2);
+    if (dest != nullptr && src != nullptr && size > 0) return true; // GUARD-01
+    if (dest != nullptr && size > 0) dest[0] = 0;
+    return false;
+}
+
+/// Terminates a truncated copy.
+/// @return 1: truncated; 0: complete
+template <class Target, class Source> unsigned long Finish(Target* dest, const Source* src, unsigned int size) {
+    if (Length(src) < size) return 0;
+    dest[size - 1] = 0;
+    return 1;
+}
+
+/// Copies through one of the runtime's conversions, which leave the text open where a character cannot
+/// be converted or where it grows to just the room there is.
+template <class Target, class Source>
+void Convert(std::size_t (*convert)(Target*, const Source*, std::size_t), Target* dest, const Source* src,
+             unsigned int size) {
+    constexpr auto kFailed = static_cast<std::size_t>(-1);
+    std::size_t converted = convert(dest, src, size);
+    if (converted == kFailed) { // GUARD-02: once more into a cleared buffer, so that the text is closed
+        std::memset(dest, 0, size * sizeof(Target));
+        converted = convert(dest, src, size); // fails at the same place
+    }
+    dest[std::min<std::size_t>(converted, size - 1)] = 0;
+}
+
+bool IsSpace(char character) {
+    // GUARD-03: a negative index would read in front of the runtime's character table.
+    return character >= 0 && std::isspace(character) != 0;
+}
+
+bool IsSpace(wchar_t character) {
+    return std::iswspace(character) != 0;
+}
+
+template <class Char> Char* TrimLeftOf(Char* text) {
+    if (text == nullptr) return text;
+    const Char* start = text;
+    while (IsSpace(*start)) ++start;
+    if (start != text) std::memmove(text, start, (Length(start) + 1) * sizeof(Char));
+    return text;
+}
+
+} // namespace
+
+unsigned long CopyString(char* dest, const char* src, unsigned int destSizeInChars) {
+    if (!CanCopy(dest, src, destSizeInChars, 13)) return 1;
+    std::strncpy(dest, src, destSizeInChars);
+    return Finish(dest, src, destSizeInChars);
+}
+
+unsigned long CopyString(char* dest, const wchar_t* src, unsigned int destSizeInChars) {
+    if (!CanCopy(dest, src, destSizeInChars, 34)) return 1;
+    Convert(std::wcstombs, dest, src, destSizeInChars);
+    return Finish(dest, src, destSizeInChars);
+}
+
+unsigned long CopyString(wchar_t* dest, const char* src, unsigned int destSizeInChars) {
+    if (!CanCopy(dest, src, destSizeInChars, 55)) return 1;
+    Convert(std::mbstowcs, dest, src, destSizeInChars);
+    return Finish(dest, src, destSizeInChars);
+}
+
+unsigned long CopyString(wchar_t* dest, const wchar_t* src, unsigned int destSizeInChars) {
+    if (!CanCopy(dest, src, destSizeInChars, 76)) return 1;
+    std::wcsncpy(dest, src, destSizeInChars);
+    return Finish(dest, src, destSizeInChars);
+}
+
+void UNICODE_TO_ASCII(char* dest, const wchar_t* src) {
+    if (dest == nullptr || src == nullptr) return; // GUARD-04
+    do {
+        *dest++ = static_cast<char>(*src & 0xFF);
+    } while (*src++ != L'\0');
+}
+
+void ASCII_TO_UNICODE(wchar_t* dest, const char* src) {
+    if (dest == nullptr || src == nullptr) return; // GUARD-04
+    do {
+        // ODD-02: bytes are signed, so 0xE9 becomes 0xFFE9.
+        *dest++ = static_cast<wchar_t>(static_cast<signed char>(*src));
+    } while (*src++ != '\0');
+}
+
+char* TrimLeft(char* text) {
+    return TrimLeftOf(text);
+}
+
+wchar_t* TrimLeft(wchar_t* text) {
+    return TrimLeftOf(text);
+}
+
+// ODD-03: reaching the first character leaves everything as it is, so a letter and two blanks stay.
+char* TrimRight(char* text) {
+    if (text == nullptr || *text == '\0') return text;
+    for (char* last = text + std::strlen(text) - 1; last != text; --last) {
+        if (IsSpace(*last)) continue;
+        last[1] = '\0';
+        break;
+    }
+    return text;
+}
+
+// ODD-04: each blank is cut as it is passed, so only the first character, never tested, is sure to stay.
+wchar_t* TrimRight(wchar_t* text) {
+    if (text == nullptr || *text == L'\0') return text;
+    for (wchar_t* last = text + std::wcslen(text) - 1; last != text && IsSpace(*last); --last) *last = L'\0';
+    return text;
+}
+
+char* Trim(char* text) {
+    return TrimRight(TrimLeft(text));
+}
+
+wchar_t* Trim(wchar_t* text) {
+    return TrimRight(TrimLeft(text));
+}

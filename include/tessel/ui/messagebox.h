@@ -1,0 +1,124 @@
+#pragma once
+
+#include <fenestra/dialog.h>
+#include <tessel/foundation/platform.h>
+
+/// Error code of a message without an error.
+inline constexpr unsigned long MESSAGEBOX_NO_ERROR = 0xFFFFFFFF;
+
+/// Type that leaves a box the type it has.
+inline constexpr unsigned int MESSAGEBOX_SAME_TYPE = 0xFFFFFFFF;
+
+/// Shows a message with a caption and a standard set of buttons, in the centre of the primary screen, and waits for a
+/// button.
+///
+/// The message can be followed by the system's text for an error code. Without SetResources() it is the system's
+/// message box. With it, the application's own dialog template is run, which is to have a static control for the
+/// message and a button for each id of the set:
+/// @code
+/// MB_OK               IDOK
+/// MB_OKCANCEL         IDOK, IDCANCEL
+/// MB_ABORTRETRYIGNORE IDABORT, IDRETRY, IDIGNORE
+/// MB_YESNOCANCEL      IDYES, IDNO, IDCANCEL
+/// MB_YESNO            IDYES, IDNO
+/// MB_RETRYCANCEL      IDRETRY, IDCANCEL
+/// @endcode
+/// Icons and other flags are for the system's box only. Texts by number and the template come from the program's own
+/// resources, not from a DLL's.
+///
+/// Copies have texts of their own. A text for which there is no memory is shown as empty.
+/// Threads: one thread at a time uses an object; each may run boxes of its own.
+class TESSEL_API CMessageBox : public CDialog {
+public:
+    /// An application's own dialog for the message.
+    struct RESOURCES {
+        unsigned long TemplateId;      ///< resource id of the dialog template; 0: the system's message box
+        unsigned long TextId;          ///< dialog-item id of the static control for the message
+        const unsigned int* ButtonIds; ///< string resource ids of the button texts, one for each position of the set;
+                                       ///< the caller keeps the array alive. A string that does not load, or a null
+                                       ///< array, gives "Yes", "No" and "Cancel", by position
+    };
+
+    /// Makes an empty box: no texts, no owner, MB_OK.
+    CMessageBox();
+
+    /// Makes a box with texts.
+    /// @param owner    window that is disabled while the box is shown; null for none
+    /// @param text     message, copied; may be null
+    /// @param caption  caption, copied; may be null
+    /// @param type     MB_ value
+    /// @param error    Win32 error whose text follows the message; MESSAGEBOX_NO_ERROR for none
+    CMessageBox(HWND owner, const wchar_t* text, const wchar_t* caption, unsigned int type, unsigned long error);
+
+    /// Makes a box with texts of the program's string table; a missing one reads "Message text not found." or
+    /// "Caption text not found.".
+    /// @param owner      window that is disabled while the box is shown; null for none
+    /// @param textId     string resource id of the message, 1023 characters at most
+    /// @param captionId  string resource id of the caption, 255 characters at most
+    /// @param type       MB_ value
+    /// @param error      Win32 error whose text follows the message; MESSAGEBOX_NO_ERROR for none
+    CMessageBox(HWND owner, unsigned int textId, unsigned int captionId, unsigned int type, unsigned long error);
+
+    /// Copies everything, the texts included.
+    /// @param other  box to copy
+    CMessageBox(const CMessageBox& other);
+
+    /// Copies everything, the texts included.
+    /// @param other  box to copy
+    /// @return this object
+    CMessageBox& operator=(const CMessageBox& other);
+
+    /// Releases the texts.
+    ~CMessageBox() override;
+
+    /// Chooses between the system's box and a dialog of the application's own.
+    /// @param resources  copied; null chooses the system's box
+    void SetResources(const RESOURCES* resources);
+
+    /// Replaces texts and type, then runs the box.
+    /// @param text     message, copied, with the error's text behind it; null leaves message and error as they are
+    /// @param caption  caption, copied; null leaves it as it is
+    /// @param type     MB_ value; MESSAGEBOX_SAME_TYPE leaves it as it is
+    /// @param error    Win32 error; MESSAGEBOX_NO_ERROR for none
+    /// @return as Run()
+    int Run(const wchar_t* text, const wchar_t* caption, unsigned int type, unsigned long error);
+
+    /// Replaces the texts by those of the program's string table, with the same limits and the same texts for missing
+    /// ones as in the constructor, then runs the box.
+    /// @param textId     string resource id of the message
+    /// @param captionId  string resource id of the caption
+    /// @param type       MB_ value; MESSAGEBOX_SAME_TYPE leaves it as it is
+    /// @param error      Win32 error; MESSAGEBOX_NO_ERROR for none
+    /// @return as Run()
+    int Run(unsigned int textId, unsigned int captionId, unsigned int type, unsigned long error);
+
+    /// Shows the box and waits for a button. In a dialog of the application's own the ids 1 to 7 end it; a type
+    /// outside 0 to 5 is reported there, and the buttons keep the template's texts.
+    /// @return the id of the button pressed; 0 or, from a dialog of the application's own, -1: the box could not be
+    ///         shown (GetLastError())
+    int Run();
+
+private:
+    friend struct CMessageBoxLayout;
+
+    void Initialize(HWND owner, const wchar_t* text, const wchar_t* caption, unsigned int type, unsigned long error);
+    void SetText(const wchar_t* text, unsigned long error);
+    void SetCaption(const wchar_t* caption);
+    unsigned long ConvertErrorCode(unsigned long error, wchar_t*& text);
+    int RunOwnBox();
+    int RunSystemBox();
+    static void InstallHook();
+    static void ComputeCenterCoords(const RECT& window, int& x, int& y);
+    static void MoveToCenter(HWND window);
+    static LRESULT CALLBACK SetInCenter(int code, WPARAM wParam, LPARAM lParam);
+    bool OnInitDialog(HWND focus) override;
+    void InitButtons();
+    void PositionInCenter();
+    bool OnCommand(unsigned int code, int id, HWND control) override;
+
+    HWND m_hOwner;
+    wchar_t* m_pText;
+    wchar_t* m_pCaption;
+    unsigned int m_uiType;
+    RESOURCES m_Resources;
+};

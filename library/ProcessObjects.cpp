@@ -1,0 +1,36 @@
+#include <foundation/ErrorMode.h>
+#include <messaging/office/ResourceLock.h>
+#include <tessel/foundation/identifier.h>
+#include <tessel/system/service.h>
+#include <tessel/system/version.h>
+#include <tessel/ui/notify.h>
+#include <ui/BrushTable.h>
+
+namespace tessel {
+
+// They exist from before the entry point runs on attach until after it has run on detach, and are
+// constructed in this order. Unless something else is said they are unnamed, so no other process shares them.
+CMutex errorModeMutex;
+CThreadLock brushTableLock;
+BrushTable brushTable;
+
+} // namespace tessel
+
+// At unload the map goes without the records of list boxes that are still registered.
+CMap<HWND, hWndStore*, FormatSysMsg::WindowHash> FormatSysMsg::ListBoxMoveMap(17);
+CSemaphore FormatSysMsg::ListBoxLock(nullptr, 1, 1);
+
+namespace tessel {
+
+CSemaphore resourceTableLock(nullptr, 1, 1);
+
+} // namespace tessel
+
+COCuid COCuid::oInit;
+
+/// Guards the handles that the operations on the service share.
+CMutex CNtService::mHandleMutex;
+
+CArray<CSwFile, CSwFile> CSwVersion::mSwFileTable;
+// ODD-190: the one lock here with a name; all processes share it, although each has a table of its own.
+CThreadLock CSwVersion::mRefLock(L"CSwVersionRefLock");

@@ -1,0 +1,214 @@
+#include <media/WaveFormats.h>
+#include <tessel/media/audio.h>
+
+#include <cstddef>
+
+struct CAudioLayout {
+    static constexpr bool kOn32Bits = sizeof(void*) == 4;
+    static_assert(!kOn32Bits || offsetof(CAudio, m_bConvert) == 4);
+    static_assert(!kOn32Bits || offsetof(CAudio, m_hFile) == 28);
+    static_assert(!kOn32Bits || offsetof(CAudio, m_ulDataWrite) == 1072);
+    static_assert(!kOn32Bits || offsetof(CAudio, m_ulDataRead) == 1088);
+    static_assert(!kOn32Bits || offsetof(CAudio, m_pAudio) == 1104);
+    static_assert(!kOn32Bits || offsetof(CAudio, m_ulSizeAudio) == 1128);
+    static_assert(!kOn32Bits || offsetof(CAudio, m_cAudio) == 1168);
+    static_assert(!kOn32Bits || offsetof(CAudio, m_hStream) == 22344);
+    static_assert(!kOn32Bits || sizeof(ACMSTREAMHEADER) == 84);
+    static_assert(!kOn32Bits || offsetof(CAudio, m_hWaveIn) == 22600);
+    static_assert(!kOn32Bits || offsetof(CAudio, m_FormatPCM) == 22608);
+};
+
+CAudio::CAudio(int bConvert) : AUDIO_DATA{} {
+    InitWaveFormatPCM(&m_FormatPCM);
+    InitWaveFormatGSM(&m_FormatGSM);
+    SetConvert(bConvert);
+    ClearStreamHeadersConvert();
+    InitWaveHeaders();
+}
+
+CAudio::CAudio(const CAudio& other) : AUDIO_DATA(other) {
+    LeaveRunToOther();
+}
+
+CAudio& CAudio::operator=(const CAudio& other) {
+    if (this == &other) return *this;
+    LetGo();
+    static_cast<AUDIO_DATA&>(*this) = other;
+    LeaveRunToOther();
+    return *this;
+}
+
+CAudio::~CAudio() {
+    LetGo();
+}
+
+// GUARD-100: copied as they are, the pointers would lead into the other object, and device, conversion, file and timer
+// would be closed twice.
+void CAudio::LeaveRunToOther() {
+    m_hFile = nullptr;
+    m_bTimer = 0;
+    m_hStream = nullptr;
+    m_hWaveIn = nullptr;
+    m_hWaveOut = nullptr;
+    for (ACMSTREAMHEADER& header : m_StreamHeader) header = ACMSTREAMHEADER{};
+    m_StreamHeaderStep = ACMSTREAMHEADER{};
+    for (WAVEHDR& header : m_WaveHeader) header = WAVEHDR{};
+    m_WaveHeaderStep = WAVEHDR{};
+    UseOwnBuffers();
+    InitStreamHeaders();
+    ClearStreamHeadersConvert();
+    InitWaveHeaders();
+}
+
+void CAudio::UseOwnBuffers() {
+    const bool converts = m_bConvert != 0;
+    for (int i = 0; i < 2; ++i) {
+        m_pAudio[i] = m_cAudio[i];
+        m_pCompress[i] = converts ? m_cCompress[i] : m_cAudio[i];
+    }
+    m_pAudioStep = m_cAudioStep;
+    m_pCompressStep = converts ? m_cCompressStep : m_cAudioStep;
+    m_ulSizeAudio = sizeof m_cAudio[0];
+    m_ulSizeCompress = converts ? sizeof m_cCompress[0] : sizeof m_cAudio[0];
+    m_ulSizeAudioStep = sizeof m_cAudioStep;
+    m_ulSizeCompressStep = converts ? sizeof m_cCompressStep : sizeof m_cAudioStep;
+}
+
+// GUARD-101: the device would go on writing into an object that is gone or holds something else.
+void CAudio::LetGo() {
+    if (m_hWaveOut != nullptr) {
+        if (m_nMode != MODE_PLAY_STEP) m_nMode = MODE_PLAY;
+        StopWave();
+    }
+    if (m_hWaveIn != nullptr) {
+        m_nMode = MODE_RECORD;
+        StopWave();
+    }
+    StopStream();
+    StopFile();
+    StopDeviceTimer();
+}
+
+void CAudio::SetParentWindow(HWND window) {
+    m_hParent = window;
+}
+
+void CAudio::SetModeIdle() {
+    m_nMode = MODE_IDLE;
+}
+
+void CAudio::SetModeRecord() {
+    m_nMode = MODE_RECORD;
+}
+
+void CAudio::SetModePlay() {
+    m_nMode = MODE_PLAY;
+}
+
+void CAudio::SetModePlayStep() {
+    m_nMode = MODE_PLAY_STEP;
+}
+
+void CAudio::SetMod(int bMod) {
+    m_bMod = bMod;
+}
+
+int CAudio::GetMod() const {
+    return m_bMod;
+}
+
+wchar_t* CAudio::GetPath() {
+    return m_szPath;
+}
+
+void CAudio::SetConvert(int bConvert) {
+    constexpr unsigned long kLongest = 300; // seconds
+    const bool converts = bConvert != 0;
+    m_bConvert = bConvert;
+    UseOwnBuffers();
+    m_ulRatioAudio = 64;
+    m_ulRatioCompress = converts ? 13 : 64;
+    m_ulMaxAudio = kLongest * tessel::kFormatPCM.nAvgBytesPerSec;
+    m_ulMaxCompress = kLongest * FileBytesPerSecond();
+    m_ulBlockAudio = tessel::kBlockPCM;
+    m_ulBlockCompress = converts ? tessel::kBlockGSM : tessel::kBlockPCM;
+    InitStreamHeaders();
+}
+
+unsigned long CAudio::StartRecord() {
+    if (TruncateFile() || OpenFile() || SeekFile()) return StartError();
+    InitStreamHeadersConvert();
+    if (OpenStream() || PrepareStreamHeaders() || OpenWaveDevice() || PrepareWaveHeaders() || AddWaveBuffers() ||
+        StartWaveDevice())
+        return StartError();
+    return 0;
+}
+
+unsigned long CAudio::StartPlay() {
+    if (OpenFile() || SeekFile()) return StartError();
+    InitStreamHeadersConvert();
+    return StartOutput();
+}
+
+unsigned long CAudio::StartPlayStep() {
+    if (OpenFile() || SeekFile()) return StartError();
+    return StartOutput();
+}
+
+unsigned long CAudio::StartOutput() {
+    if (OpenStream() || PrepareStreamHeaders() || OpenWaveDevice() || PrepareWaveHeaders() || ReadBuffers() ||
+        UncompressBuffers() || AddWaveBuffers() || StartWaveDevice())
+        return StartError();
+    return 0;
+}
+
+unsigned long CAudio::StartError() {
+    StopWave();
+    StopStream();
+    StopFile();
+    StopDeviceTimer();
+    ClearDeviceTime();
+    LetGo();           // a run of another mode would go on, and nobody could stop it
+    ClearDeviceTime(); // of that one
+    ClearStreamHeadersConvert();
+    m_nMode = MODE_IDLE;
+    SetControls(1);
+    UpdateDisplay(1, 1);
+    return 1;
+}
+
+// What fails while a run is stopped cannot be mended, and the later steps are still to be done.
+void CAudio::StopWave() {
+    (void)RemoveWaveBuffers();
+    (void)UnprepareWaveHeaders();
+    (void)CloseWaveDevice();
+}
+
+void CAudio::StopStream() {
+    (void)UnprepareStreamHeaders();
+    (void)CloseStream();
+    ClearStreamHeadersConvert();
+}
+
+void CAudio::StopFile() {
+    (void)CloseFile();
+}
+
+void CAudio::SetControls(int) {}
+
+void CAudio::UpdateDisplay(int, int) {}
+
+void CAudio::OnStop() {}
+
+void CAudio::OnQuit() {}
+
+// ODD-110: what failed is reported here and forgotten
+void CAudio::ClearError() {}
+
+void CAudio::SetFileError(unsigned int) {}
+
+void CAudio::SetStreamError(unsigned int) {}
+
+void CAudio::SetWaveError(unsigned int) {}
+
+void CAudio::GetError(unsigned int&, wchar_t*) const {}

@@ -1,0 +1,131 @@
+#include <foundation/Report.h>
+#include <tessel/media/audio.h>
+
+#include <algorithm>
+
+using tessel::ReportUnless;
+
+namespace {
+
+bool SeekTo(HANDLE file, unsigned long offset) {
+    LARGE_INTEGER wanted{};
+    LARGE_INTEGER reached{};
+    wanted.QuadPart = offset;
+    return SetFilePointerEx(file, wanted, &reached, FILE_BEGIN) && reached.QuadPart == wanted.QuadPart;
+}
+
+} // namespace
+
+unsigned long CAudio::KeepFileError(bool succeeded) {
+    if (!succeeded) SetFileError(GetLastError());
+    return succeeded ? 0 : 1;
+}
+
+HANDLE CAudio::OpenPath(unsigned long access, unsigned long disposition) {
+    m_szPath[MAX_PATH - 1] = L'\0'; // GUARD-102: the owner may have filled all of the room
+    const HANDLE file = CreateFileW(m_szPath, access, 0, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return file != INVALID_HANDLE_VALUE ? file : nullptr;
+}
+
+unsigned long CAudio::AttachToFile() {
+    m_ulDataWrite = 0;
+    m_ulDataRead = 0;
+    const unsigned long failed = OpenFile() || SizeFile();
+    return CloseFile() | failed;
+}
+
+unsigned long CAudio::DetachFromFile() {
+    m_ulDataWrite = 0;
+    m_ulDataRead = 0;
+    return 0;
+}
+
+unsigned long CAudio::OpenFile() {
+    constexpr unsigned long kAccess[] = {GENERIC_READ | GENERIC_WRITE, GENERIC_WRITE, GENERIC_READ, GENERIC_READ};
+    const bool known = m_nMode >= MODE_IDLE && m_nMode <= MODE_PLAY_STEP;
+    const HANDLE file = known ? OpenPath(kAccess[m_nMode], OPEN_ALWAYS) : nullptr;
+    const unsigned long failed = KeepFileError(file != nullptr);
+    (void)CloseFile(); // only now: the same file, not shared, does not open twice
+    m_hFile = file;
+    return failed;
+}
+
+unsigned long CAudio::CloseFile() {
+    const HANDLE file = m_hFile;
+    m_hFile = nullptr;
+    return KeepFileError(file == nullptr || CloseHandle(file));
+}
+
+unsigned long CAudio::SizeFile() {
+    const unsigned long size = m_hFile != nullptr ? GetFileSize(m_hFile, nullptr) : INVALID_FILE_SIZE;
+    if (size == INVALID_FILE_SIZE) return KeepFileError(false);
+    m_ulDataWrite = size;
+    return 0;
+}
+
+unsigned long CAudio::SeekFile() {
+    if (m_hFile == nullptr || m_nMode < MODE_RECORD || m_nMode > MODE_PLAY_STEP) return 1;
+    return KeepFileError(SeekTo(m_hFile, m_nMode == MODE_RECORD ? m_ulDataWrite : m_ulDataRead));
+}
+
+unsigned long CAudio::TruncateFile() {
+    if (m_nMode != MODE_RECORD) return 0;
+    if (m_ulDataRead < m_ulDataWrite) {
+        const HANDLE file = OpenPath(GENERIC_WRITE, OPEN_EXISTING);
+        const bool cut = file != nullptr && SeekTo(file, m_ulDataRead) && SetEndOfFile(file);
+        (void)KeepFileError(cut);
+        if (file != nullptr) (void)CloseHandle(file); // it was opened here
+        if (cut) m_ulDataWrite = m_ulDataRead;        // ODD-111: the file does not count as modified
+    }
+    ReportUnless(m_ulDataRead == m_ulDataWrite, "m_ulDataRead == m_ulDataWrite", "CAudio", 412);
+    return m_ulDataRead == m_ulDataWrite ? 0 : 1;
+}
+
+unsigned long CAudio::ClearFile() {
+    const HANDLE file = OpenPath(GENERIC_WRITE, TRUNCATE_EXISTING);
+    if (KeepFileError(file != nullptr && CloseHandle(file)) != 0) return 1;
+    if (m_ulDataWrite != 0) m_bMod = 1;
+    m_ulDataWrite = 0;
+    m_ulDataRead = 0;
+    return 0;
+}
+
+unsigned long CAudio::WriteBuffers() {
+    if (m_nMode != MODE_RECORD) return 1;
+    return WriteBuffer(&m_StreamHeader[0]) || WriteBuffer(&m_StreamHeader[1]);
+}
+
+unsigned long CAudio::WriteBuffer(ACMSTREAMHEADER* header) {
+    if (m_nMode != MODE_RECORD || m_ulDataWrite == m_ulMaxCompress) return 0;
+    if (header == nullptr) return 1; // GUARD-09
+    // GUARD-103: no more than the buffer holds, whatever is said to be in use
+    const auto used = static_cast<unsigned long>(std::min<DWORD_PTR>(header->dwDstUser, header->cbDstLength));
+    // ODD-112: data beyond the limit make this difference wrap, so they are added to and reported
+    const unsigned long count = std::min(used, m_ulMaxCompress - m_ulDataWrite);
+    if (count == 0) return 0;
+    DWORD written = 0;
+    const bool done = WriteFile(m_hFile, header->pbDst, count, &written, nullptr) && written == count;
+    m_ulDataWrite += written;
+    if (KeepFileError(done) != 0) return 1; // ODD-111: the file does not count as modified
+    m_bMod = 1;
+    ReportUnless(m_ulDataWrite <= m_ulMaxCompress, "m_ulDataWrite <= m_ulMaxCompress", "CAudio", 478);
+    return 0;
+}
+
+unsigned long CAudio::ReadBuffers() {
+    return m_nMode != MODE_RECORD ? ForEachBuffer(&CAudio::ReadBuffer) : 1;
+}
+
+unsigned long CAudio::ReadBuffer(ACMSTREAMHEADER* header) {
+    if (m_nMode != MODE_PLAY && m_nMode != MODE_PLAY_STEP) return 0;
+    if (m_ulDataRead == m_ulDataWrite) return 0; // ODD-113: the buffer is played with what it held before
+    if (header == nullptr) return 1;             // GUARD-09
+    const unsigned long count = std::min<unsigned long>(header->cbSrcLength, m_ulDataWrite - m_ulDataRead);
+    DWORD read = 0;
+    (void)KeepFileError(ReadFile(m_hFile, header->pbSrc, count, &read, nullptr) != 0);
+    SetUncompressUse(header, read);
+    m_ulDataRead += read;
+    if (read == 0) return 1;
+    ReportUnless(m_ulDataRead <= m_ulDataWrite, "m_ulDataRead <= m_ulDataWrite", "CAudio", 531);
+    return 0;
+}

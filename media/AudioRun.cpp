@@ -1,0 +1,135 @@
+#include <media/AudioRatio.h>
+#include <media/WaveFormats.h>
+#include <tessel/media/audio.h>
+
+#include <algorithm>
+#include <cstdint>
+
+using tessel::InRatio;
+
+namespace {
+
+double Seconds(unsigned long bytes, unsigned long bytesPerSecond) {
+    return static_cast<double>(bytes) / bytesPerSecond;
+}
+
+} // namespace
+
+// GUARD-106: a posted message can carry any address
+ACMSTREAMHEADER* CAudio::StreamHeaderOf(const WAVEHDR* header) {
+    const bool own = header == &m_WaveHeader[0] || header == &m_WaveHeader[1];
+    return own && header->dwUser < 2 ? &m_StreamHeader[header->dwUser] : nullptr;
+}
+
+unsigned long CAudio::RecordedByPosition() const {
+    const unsigned long written = InRatio(m_ulDataWrite, m_ulRatioCompress, m_ulRatioAudio);
+    return written < m_Record.ulPosition ? std::min(m_ulSizeAudio, m_Record.ulPosition - written) : 0;
+}
+
+unsigned long CAudio::StoreRecorded(WAVEHDR* header) {
+    ACMSTREAMHEADER* const stream = StreamHeaderOf(header);
+    if (stream == nullptr) return 1;
+    const unsigned long recorded = header->dwBytesRecorded;
+    SetCompressUse(stream, recorded != 0 ? recorded : RecordedByPosition());
+    if (CompressBuffer(stream) || WriteBuffer(stream)) return 1;
+    return m_bStop || m_hWaveIn == nullptr ? 0 : AddWaveBuffer(header);
+}
+
+void CAudio::ProcessWimData(HWAVEIN, WAVEHDR* header) {
+    if (StoreRecorded(header) != 0) OnStop();
+}
+
+void CAudio::ProcessWimClose(HWAVEIN) {
+    m_ulDataRead = m_ulDataWrite;
+    FinishRun();
+}
+
+unsigned long CAudio::PlayOn(WAVEHDR* header) {
+    if (m_bStop || m_hWaveOut == nullptr || m_ulDataRead == m_ulDataWrite) return 0;
+    ACMSTREAMHEADER* const stream = StreamHeaderOf(header);
+    return stream == nullptr || ReadBuffer(stream) || UncompressBuffer(stream) || AddWaveBuffer(header);
+}
+
+void CAudio::ProcessWomDone(HWAVEOUT, WAVEHDR* header) {
+    if (m_nMode != MODE_PLAY_STEP) {
+        if (PlayOn(header) != 0) OnStop();
+        return;
+    }
+    if (header == &m_WaveHeaderStep) // GUARD-106
+        m_Play.ulPosition = static_cast<unsigned long>(
+            std::min<std::uint64_t>(m_Play.ulLimit, std::uint64_t{m_Play.ulPosition} + header->dwBufferLength));
+    UpdateDisplay(1, 0);
+    OnStop();
+}
+
+void CAudio::ProcessWomClose(HWAVEOUT) {
+    m_ulDataRead = InRatio(m_Play.ulPosition, m_ulRatioAudio, m_ulRatioCompress);
+    FinishRun();
+}
+
+void CAudio::FinishRun() {
+    StopStream();
+    StopFile();
+    StopDeviceTimer();
+    ClearDeviceTime();
+    LetGo();           // the close may be that of an earlier device, whose start failed
+    ClearDeviceTime(); // of the run that this ended
+    m_nMode = MODE_IDLE;
+    SetControls(1);
+    UpdateDisplay(1, 1);
+    m_bStop = 0;
+    OnQuit();
+}
+
+void CAudio::ProcessTimer(unsigned int) {
+    if (!m_bTimer) return;
+    (void)UpdateDeviceTime(); // the position then stays where it was
+    UpdateDisplay(1, 0);
+}
+
+unsigned long CAudio::StartDeviceTimer() {
+    m_bTimer = 1;
+    return SetTimer(m_hParent, TIMER_ID, TIMER_INTERVAL, nullptr) != 0 ? 0 : 1;
+}
+
+void CAudio::StopDeviceTimer() {
+    if (!m_bTimer) return;
+    m_bTimer = 0;
+    (void)KillTimer(m_hParent, TIMER_ID); // a window that is gone took it along
+}
+
+unsigned long CAudio::UpdateDeviceTime() {
+    if (m_nMode != MODE_RECORD && m_nMode != MODE_PLAY) return 0;
+    unsigned long bytes = 0;
+    if (GetDevicePosition(bytes) != 0) return 1;
+    AUDIO_TIME& time = m_nMode == MODE_RECORD ? m_Record : m_Play;
+    const auto reached =
+        static_cast<unsigned long>(std::min<std::uint64_t>(time.ulLimit, std::uint64_t{time.ulBase} + bytes));
+    time.ulPosition = reached - reached % m_ulBlockAudio; // ODD-116: never a limit that is no whole number of blocks
+    if (time.ulPosition == time.ulLimit) OnStop();
+    return 0;
+}
+
+// ODD-117: a play-step's position stays. ODD-118: the close that follows a failed start finds position 0
+void CAudio::ClearDeviceTime() {
+    if (m_nMode == MODE_RECORD) m_Record = AUDIO_TIME{};
+    if (m_nMode == MODE_PLAY) m_Play = AUDIO_TIME{};
+}
+
+unsigned long CAudio::FileBytesPerSecond() const {
+    return m_bConvert ? tessel::kFormatGSM.wfx.nAvgBytesPerSec : tessel::kFormatPCM.nAvgBytesPerSec;
+}
+
+unsigned long CAudio::GetTimeCurrent(double& seconds) const {
+    switch (m_nMode) {
+    case MODE_IDLE: seconds = Seconds(m_ulDataRead, FileBytesPerSecond()); break;
+    case MODE_RECORD: seconds = Seconds(m_Record.ulPosition, tessel::kFormatPCM.nAvgBytesPerSec); break;
+    default: seconds = Seconds(m_Play.ulPosition, tessel::kFormatPCM.nAvgBytesPerSec); break;
+    }
+    return 0;
+}
+
+unsigned long CAudio::GetTimeTotal(double& seconds) const {
+    seconds = Seconds(m_nMode == MODE_RECORD ? m_ulMaxCompress : m_ulDataWrite, FileBytesPerSecond());
+    return 0;
+}

@@ -1,0 +1,59 @@
+#include <foundation/Report.h>
+#include <media/WaveFormats.h>
+#include <tessel/media/audio.h>
+
+#include <climits>
+
+namespace {
+
+struct Chunk {
+    const char* id; ///< four characters
+    const void* data;
+    unsigned long size;
+};
+
+FOURCC Code(const char* id) {
+    return mmioFOURCC(id[0], id[1], id[2], id[3]);
+}
+
+bool WriteChunk(HMMIO file, const Chunk& chunk) {
+    const auto size = static_cast<LONG>(chunk.size);
+    MMCKINFO info{};
+    info.ckid = Code(chunk.id);
+    return mmioCreateChunk(file, &info, 0) == 0 &&
+           mmioWrite(file, static_cast<const char*>(chunk.data), size) == size && mmioAscend(file, &info, 0) == 0;
+}
+
+bool WriteChunks(HMMIO file, const Chunk (&chunks)[3]) {
+    MMCKINFO riff{};
+    riff.fccType = Code("WAVE");
+    if (mmioCreateChunk(file, &riff, MMIO_CREATERIFF) != 0) return false;
+    for (const Chunk& chunk : chunks)
+        if (!WriteChunk(file, chunk)) return false;
+    return mmioAscend(file, &riff, 0) == 0;
+}
+
+bool WriteRiff(const wchar_t* path, const Chunk (&chunks)[3]) {
+    // The function does not write to the path.
+    const HMMIO file = mmioOpenW(const_cast<wchar_t*>(path), nullptr, MMIO_CREATE | MMIO_WRITE | MMIO_ALLOCBUF);
+    if (file == nullptr) return false;
+    const bool written = WriteChunks(file, chunks);
+    const bool closed = mmioClose(file, 0) == 0; // it writes what was kept back
+    if (!written || !closed) (void)DeleteFileW(path);
+    return written && closed;
+}
+
+} // namespace
+
+unsigned long CAudio::CreateWAV(const wchar_t* path, const char* data, unsigned long size, int bCompressed) {
+    if (data == nullptr || size == 0) return 0;
+    const bool gsm = bCompressed != 0;
+    const unsigned long align = gsm ? tessel::kFormatGSM.wfx.nBlockAlign : tessel::kFormatPCM.nBlockAlign;
+    tessel::ReportUnless(size % align == 0, "(ulSizeAudio % ulBlockAlign) == 0", "CAudio", 1287);
+    if (size % align != 0) return 1;
+    if (path == nullptr || size > LONG_MAX) return 1; // GUARD-107: such a size counts as negative
+    const unsigned int samples = size / align * (gsm ? tessel::kFormatGSM.wSamplesPerBlock : 1);
+    const Chunk format = gsm ? Chunk{"fmt ", &tessel::kFormatGSM, sizeof tessel::kFormatGSM}
+                             : Chunk{"fmt ", &tessel::kFormatPCM, sizeof tessel::kFormatPCM};
+    return WriteRiff(path, {format, {"fact", &samples, sizeof samples}, {"data", data, size}}) ? 0 : 1;
+}

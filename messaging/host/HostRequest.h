@@ -1,0 +1,37 @@
+#pragma once
+
+#include <tessel/messaging/resource.h>
+
+namespace tessel {
+
+/// Key of a process's frame window in the resource table; its owner is the process id.
+inline constexpr RESOURCE_TYPE kFrameType{1};
+/// Which of the resources of that type.
+inline constexpr RESOURCE_ID kFrameId{2};
+
+/// WM_COMMAND requests that other threads send to the frame window.
+inline constexpr unsigned long kCreateDialogRequest = 0xFFAB;
+/// Enters a window in the notification table.
+inline constexpr unsigned long kNotifyRequest = 0xFFAD;
+
+/// What such a request carries; lParam is its address.
+struct HostRequest {
+    unsigned long command;  ///< the request once more
+    unsigned long reserved; ///< 0
+    unsigned long dialogId; ///< resource number of the template; 0 for a notification
+    HWND hWnd;              ///< parent of the dialog, or the window to be notified
+    UINT_PTR last;          ///< module of the template, or the notification mask
+};
+static_assert(sizeof(void*) != 4 || sizeof(HostRequest) == 20);
+
+/// Whether a window is there and belongs to a process.
+/// @param hWnd       the window; may be null or gone
+/// @param processId  the process
+/// @return true: it does
+inline bool IsOfProcess(HWND hWnd, unsigned long processId) {
+    DWORD owner = 0;
+    (void)GetWindowThreadProcessId(hWnd, &owner); // 0 when the window is gone
+    return owner == processId;
+}
+
+} // namespace tessel

@@ -1,0 +1,126 @@
+#include <foundation/Handle.h>
+#include <foundation/MappedView.h>
+#include <foundation/Report.h>
+#include <messaging/office/LiveRegions.h>
+#include <messaging/office/Post.h>
+
+#include <cstddef>
+#include <cstring>
+#include <new>
+
+struct CPostLayout {
+    static_assert(offsetof(CPost, m_pLock) == 0);
+    static_assert(offsetof(CPost, m_hMapping) == sizeof(void*));
+    static_assert(offsetof(CPost, m_pBase) == 2 * sizeof(void*));
+    static_assert(offsetof(CPost, m_pHeader) == 3 * sizeof(void*));
+    static_assert(offsetof(CPost, m_pMailboxes) == 4 * sizeof(void*));
+    static_assert(offsetof(CPost, m_pResources) == 5 * sizeof(void*));
+    static_assert(offsetof(CPost, m_pSmallBlocks) == 6 * sizeof(void*));
+    static_assert(sizeof(CPost) == 7 * sizeof(void*));
+};
+
+namespace {
+
+constexpr unsigned long kConstructionTimeoutMs = 5000;
+
+constexpr FILE_HEADER kNewHeader{.FileSize = POST_OFFICE_REGION_SIZE,
+                                 .MailboxSize = sizeof(MAILBOX),
+                                 .MailboxCount = POST_OFFICE_MAILBOXES,
+                                 .MailboxesInUse = 0,
+                                 .Reserved1 = 0,
+                                 .MailboxOffset = MAILBOX_TABLE_OFFSET,
+                                 .ResourceSize = sizeof(RESOURCE),
+                                 .ResourceCount = POST_OFFICE_RESOURCES,
+                                 .ResourcesInUse = 0,
+                                 .Reserved2 = 0,
+                                 .ResourceOffset = RESOURCE_TABLE_OFFSET,
+                                 .SmallBlkSize = SMALL_BLOCK_SIZE,
+                                 .SmallBlkCount = SMALL_BLOCK_COUNT,
+                                 .SmallBlksInUse = 0,
+                                 .Reserved3 = 0,
+                                 .SmallBlkOffset = SMALL_BLOCK_OFFSET,
+                                 // ODD-15: one more than can be handed out, since the first block never is
+                                 .FreeSmallBlks = SMALL_BLOCK_COUNT,
+                                 .RecordFlag = 0};
+
+bool TableFits(std::uint32_t offset, std::size_t tableSize, std::size_t regionSize) {
+    // Behind the header, and aligned: fields are read and written atomically.
+    return offset >= sizeof(FILE_HEADER) && offset % alignof(std::uint32_t) == 0 && offset <= regionSize &&
+           tableSize <= regionSize - offset;
+}
+
+/// Whether the tables that a header describes lie inside the region.
+/// GUARD-11: the region is made by whoever came first, and its offsets are used as they are found.
+bool TablesFit(const FILE_HEADER& header, std::size_t regionSize) {
+    return TableFits(header.MailboxOffset, POST_OFFICE_MAILBOXES * sizeof(MAILBOX), regionSize) &&
+           TableFits(header.ResourceOffset, POST_OFFICE_RESOURCES * sizeof(RESOURCE), regionSize) &&
+           TableFits(header.SmallBlkOffset, SMALL_BLOCK_COUNT * sizeof(SBLOCK), regionSize);
+}
+
+} // namespace
+
+int CPost::m_iConstructing = 0;
+
+CPost::CPost()
+    : m_pLock(nullptr), m_hMapping(nullptr), m_pBase(nullptr), m_pHeader(nullptr), m_pMailboxes(nullptr),
+      m_pResources(nullptr), m_pSmallBlocks(nullptr) {
+    m_iConstructing = 1;
+    m_pLock = new (std::nothrow) CSemaphore(POST_OFFICE_LOCK_NAME, 1, 1);
+    const bool locked = m_pLock != nullptr && m_pLock->WaitOnSemaphore(kConstructionTimeoutMs) == 0;
+    tessel::ReportUnless(locked, "!LockTimeout && _T(\"Failed to get semaphore named:\") SEMAPHORE_NAME", "CPost", 50);
+    if (!OpenRegion() && !CreateRegion()) {
+        (void)MessageBoxW(nullptr, L"Unable to Create Memory Map.", L"System Error", MB_OK);
+        return; // ODD-16: with the lock still taken
+    }
+    FindTables();
+    // ODD-17: given back even where it was not obtained, which frees a lock whose holder died.
+    if (m_pLock != nullptr) (void)m_pLock->ReleaseSemaphoreA();
+}
+
+CPost::~CPost() {
+    Unmap();
+    delete m_pLock;
+}
+
+bool CPost::OpenRegion() {
+    return MapRegion(OpenFileMappingW(FILE_MAP_WRITE, FALSE, POST_OFFICE_REGION_NAME), 0);
+}
+
+bool CPost::CreateRegion() {
+    HANDLE const mapping = CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, POST_OFFICE_REGION_SIZE,
+                                              POST_OFFICE_REGION_NAME);
+    const bool created = GetLastError() != ERROR_ALREADY_EXISTS;
+    if (!MapRegion(mapping, POST_OFFICE_REGION_SIZE)) return false;
+    // GUARD-18: only a process without the lock meets a region here, which another one may be using by now.
+    if (!created) return true;
+    std::memset(m_pBase, 0, POST_OFFICE_REGION_SIZE);
+    std::memcpy(m_pBase, &kNewHeader, sizeof kNewHeader);
+    return true;
+}
+
+// A mapping that cannot be viewed is closed: nobody may find a region that was never set up.
+bool CPost::MapRegion(HANDLE mapping, std::size_t size) {
+    tessel::Handle owned(mapping);
+    if (!owned) return false;
+    m_pBase = static_cast<unsigned char*>(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, size));
+    if (m_pBase == nullptr) return false;
+    m_hMapping = owned.Release();
+    return true;
+}
+
+void CPost::FindTables() {
+    const std::size_t size = tessel::MappedBytes(m_pBase);
+    FILE_HEADER header{}; // a copy: what was checked cannot change any more
+    if (size >= sizeof header) std::memcpy(&header, m_pBase, sizeof header);
+    if (!TablesFit(header, size) || !tessel::AddRegion(m_pBase, size)) return Unmap();
+    m_pHeader = reinterpret_cast<FILE_HEADER*>(m_pBase);
+    m_pMailboxes = reinterpret_cast<MAILBOX*>(m_pBase + header.MailboxOffset);
+    m_pResources = reinterpret_cast<RESOURCE*>(m_pBase + header.ResourceOffset);
+    m_pSmallBlocks = reinterpret_cast<SBLOCK*>(m_pBase + header.SmallBlkOffset);
+}
+
+void CPost::Unmap() {
+    tessel::RemoveRegion(m_pBase);
+    if (UnmapViewOfFile(m_pBase)) (void)CloseHandle(m_hMapping); // mapped, hence open
+    m_pBase = nullptr;
+}

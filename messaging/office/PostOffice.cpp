@@ -1,0 +1,74 @@
+#include <foundation/SharedField.h>
+#include <messaging/office/Post.h>
+
+#include <new>
+#include <span>
+
+namespace {
+
+using tessel::LoadShared;
+
+/// The whole mailbox table; empty while the region is unmapped.
+std::span<const MAILBOX> Mailboxes() {
+    const MAILBOX* const table = CPostOffice().GetPostOfficeAddr();
+    return {table, table == nullptr ? 0U : POST_OFFICE_MAILBOXES};
+}
+
+} // namespace
+
+CPost* CPostOffice::mpGlobalPostOffice = nullptr;
+
+void CPostOffice::CreateGlobalPostOffice() {
+    mpGlobalPostOffice = new (std::nothrow) CPost; // ODD-18: an earlier one is lost
+}
+
+void CPostOffice::DestroyGlobalPostOffice() {
+    delete mpGlobalPostOffice;
+    mpGlobalPostOffice = nullptr;
+}
+
+// GUARD-12: in every operation, a process without a post office is one with an unmapped one.
+int CPostOffice::LockThreadSafe(unsigned long timeoutMs) {
+    if (mpGlobalPostOffice == nullptr || mpGlobalPostOffice->m_pLock == nullptr) return 1;
+    return mpGlobalPostOffice->m_pLock->WaitOnSemaphore(timeoutMs);
+}
+
+void CPostOffice::UnlockThreadSafe() {
+    if (mpGlobalPostOffice == nullptr || mpGlobalPostOffice->m_pLock == nullptr) return;
+    (void)mpGlobalPostOffice->m_pLock->ReleaseSemaphoreA(); // fails only when it was not taken
+}
+
+int CPostOffice::IsManager(ORCAOBJID id, unsigned long processId) {
+    for (const MAILBOX& mailbox : Mailboxes()) {
+        if (LoadShared(mailbox.ObjId) != id) continue; // ODD-25: free records have the id 0, and match it
+        if (processId == 0 || LoadShared(mailbox.ProcessId) == processId) return 1;
+    }
+    return 0;
+}
+
+int CPostOffice::GetManagerInfo(ORCAOBJID id, MAILBOX* out) {
+    if (out == nullptr) return 1; // GUARD-09
+    *out = MAILBOX{};
+    for (const MAILBOX& mailbox : Mailboxes()) {
+        if (LoadShared(mailbox.ObjId) != id) continue;
+        *out = mailbox;
+        return 0;
+    }
+    return 1;
+}
+
+FILE_HEADER* CPostOffice::GetHeaderAddr() {
+    return mpGlobalPostOffice == nullptr ? nullptr : mpGlobalPostOffice->m_pHeader;
+}
+
+MAILBOX* CPostOffice::GetPostOfficeAddr() {
+    return mpGlobalPostOffice == nullptr ? nullptr : mpGlobalPostOffice->m_pMailboxes;
+}
+
+RESOURCE* CPostOffice::GetResourceAddr() {
+    return mpGlobalPostOffice == nullptr ? nullptr : mpGlobalPostOffice->m_pResources;
+}
+
+SBLOCK* CPostOffice::GetSmallBlockAddr() {
+    return mpGlobalPostOffice == nullptr ? nullptr : mpGlobalPostOffice->m_pSmallBlocks;
+}

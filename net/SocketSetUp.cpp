@@ -1,0 +1,137 @@
+#include <net/DottedText.h>
+#include <net/Winsock.h>
+#include <tessel/net/socket.h>
+
+#include <new>
+
+using tessel::Endpoint;
+using tessel::ErrorOf;
+
+namespace {
+
+constexpr long kStreamEvents = FD_READ | FD_CLOSE;
+
+template <class Value> int SetOption(SOCKET socket, int level, int name, const Value& value) {
+    return setsockopt(socket, level, name, reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+/// Reads and drops what the peer still sends, until it closes.
+void Drain(SOCKET socket) {
+    char dropped[2048];
+    int got = 0;
+    do {
+        got = recv(socket, dropped, sizeof dropped, 0);
+    } while (got != 0 && got != SOCKET_ERROR);
+}
+
+} // namespace
+
+int CSocket::InitAsync(unsigned short port, const wchar_t* interfaceAddress, const wchar_t* mask) {
+    const HANDLE earlierEvent = m_hEvent;
+    m_ulLocalAddress = GetLocalNetInterfaceAddress(interfaceAddress, mask);
+    // ODD-77: without a socket this counts as success, unlike the other ways to set up.
+    if (OpenSocket(SOCK_STREAM, 0) == SOCKET_ERROR) return 0;
+    int result = BindTo(m_ulLocalAddress, port);
+    if (result == 0) result = listen(m_Socket, SOMAXCONN);
+    if (result == 0) result = ConfigureMode(WM_SOCKET_ACCEPT, FD_ACCEPT);
+    return ResultOfSetUp(result, earlierEvent);
+}
+
+int CSocket::InitBroadcast(unsigned short port, const wchar_t* interfaceAddress, const wchar_t* mask) {
+    const HANDLE earlierEvent = m_hEvent;
+    m_ulLocalAddress = GetLocalNetInterfaceAddress(interfaceAddress, mask);
+    int result = OpenSocket(SOCK_DGRAM, IPPROTO_UDP);
+    m_usPort = port;
+    constexpr BOOL kOn = TRUE;
+    if (result == 0) result = SetOption(m_Socket, SOL_SOCKET, SO_BROADCAST, kOn);
+    if (result == 0) result = BindTo(INADDR_ANY, port);
+    if (result == 0) result = ConfigureMode(WM_SOCKET_DATA, FD_READ);
+    return ResultOfSetUp(result, earlierEvent);
+}
+
+int CSocket::InitMulticast(unsigned short port, const wchar_t* group, unsigned int ttl, const wchar_t* interfaceAddress,
+                           const wchar_t* mask) {
+    const HANDLE earlierEvent = m_hEvent;
+    m_ulLocalAddress = GetLocalNetInterfaceAddress(interfaceAddress, mask);
+    int result = OpenSocket(SOCK_DGRAM, IPPROTO_UDP);
+    m_usPort = port;
+    if (result == 0) result = BindTo(INADDR_ANY, port);
+    if (result == 0) result = ConfigureMode(WM_SOCKET_DATA, FD_READ);
+    if (result == 0) result = SetScope(ttl);
+    if (result == 0) result = JoinGroup(group);
+    return ResultOfSetUp(result, earlierEvent);
+}
+
+int CSocket::Connect(unsigned long address, unsigned short port) {
+    if (OpenSocket(SOCK_STREAM, 0) == SOCKET_ERROR) return WSAGetLastError();
+    const sockaddr_in peer = Endpoint(address, port);
+    // ODD-78: after a failure the socket stays open.
+    if (connect(m_Socket, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) == SOCKET_ERROR) {
+        return WSAGetLastError();
+    }
+    return InitConnected();
+}
+
+int CSocket::Accept(CSocket** out) {
+    if (out == nullptr) return WSAEFAULT;
+    const SOCKET accepted = accept(m_Socket, nullptr, nullptr);
+    if (accepted == INVALID_SOCKET) return WSAGetLastError();
+    auto* const connection = new (std::nothrow) CSocket(accepted, m_Mode, m_hWindow);
+    if (connection == nullptr) {
+        closesocket(accepted);
+        return WSAENOBUFS;
+    }
+    *out = connection;
+    return 0;
+}
+
+int CSocket::InitConnected() {
+    m_bConnected = true;
+    return ErrorOf(ConfigureMode(WM_SOCKET_DATA, kStreamEvents));
+}
+
+int CSocket::Disconnect() {
+    if (m_Socket == INVALID_SOCKET) {
+        m_bConnected = false;
+        return 0;
+    }
+    CancelNotification();
+    // ODD-79: a socket that cannot be shut down stays open, and connected if it was.
+    if (shutdown(m_Socket, SD_SEND) == SOCKET_ERROR) return WSAGetLastError();
+    Drain(m_Socket);
+    m_bConnected = false;
+    return ErrorOf(CloseSocket());
+}
+
+int CSocket::BindTo(unsigned long address, unsigned short port) {
+    const sockaddr_in own = Endpoint(address, port);
+    return bind(m_Socket, reinterpret_cast<const sockaddr*>(&own), sizeof own);
+}
+
+int CSocket::ResultOfSetUp(int result, HANDLE earlierEvent) {
+    const int error = ErrorOf(result);
+    if (error == 0) return 0;
+    (void)CloseSocket();
+    if (m_hEvent != earlierEvent) { // made for that socket alone
+        CloseHandle(m_hEvent);
+        m_hEvent = INVALID_HANDLE_VALUE;
+    }
+    return error;
+}
+
+int CSocket::SetScope(unsigned int ttl) {
+    DWORD returned = 0;
+    const int result =
+        WSAIoctl(m_Socket, SIO_MULTICAST_SCOPE, &ttl, sizeof ttl, nullptr, 0, &returned, nullptr, nullptr);
+    if (result == 0 || WSAGetLastError() != WSAEOPNOTSUPP) return result;
+    return SetOption(m_Socket, IPPROTO_IP, IP_MULTICAST_TTL, ttl); // the same, where the system lacks the former
+}
+
+int CSocket::JoinGroup(const wchar_t* group) {
+    // It fails where the chosen interface cannot multicast; joining tells.
+    (void)SetOption(m_Socket, IPPROTO_IP, IP_MULTICAST_IF, m_ulLocalAddress);
+    ip_mreq membership{};
+    membership.imr_multiaddr.s_addr = group == nullptr ? INADDR_NONE : tessel::ReadDotted<tessel::kSocketText>(group);
+    membership.imr_interface.s_addr = m_ulLocalAddress;
+    return SetOption(m_Socket, IPPROTO_IP, IP_ADD_MEMBERSHIP, membership);
+}

@@ -1,0 +1,67 @@
+#include <system/DiskDevice.h>
+#include <tessel/system/disk.h>
+#include <tessel/system/registry.h>
+
+#include <shlobj.h>
+
+#include <cstddef>
+
+struct FormatDiskLayout {
+    static_assert(offsetof(FormatDisk, m_hOwner) == sizeof(void*));
+    static_assert(offsetof(FormatDisk, m_szDrive) == 2 * sizeof(void*));
+    static_assert(offsetof(FormatDisk, m_szDevice) == 2 * sizeof(void*) + 16);
+};
+
+namespace {
+
+/// Reads a text of any length; what has no room is cut off.
+template <unsigned long room> void ReadText(HKEY key, const wchar_t* name, wchar_t (&text)[room]) {
+    CReg registry;
+    unsigned long bytes = 0; // asked for, so that the value is read whole
+    if (registry.ReadKey(key, name, 0, &bytes) == ERROR_SUCCESS) (void)registry.GetData(text, room, 0);
+}
+
+bool PartitionMedium(tessel::DiskDevice& disk) {
+    DWORD bytes = 0;
+    DISK_GEOMETRY geometry{};
+    return disk.HasMedium() && disk.ReadLayout(bytes) && disk.ReadGeometry(geometry) &&
+           disk.WriteOnePartition(geometry);
+}
+
+} // namespace
+
+FormatDisk::FormatDisk(HWND owner) : m_hOwner(owner), m_szDrive{}, m_szDevice{} {
+    (void)GetMoDriveLetter(); // it has no failure
+}
+
+int FormatDisk::GetMoDriveLetter() {
+    const HKEY key = CReg::OpenVardaKey(L"FileDefs", true, L"RunTime");
+    ReadText(key, L"PathToMo", m_szDrive);
+    ReadText(key, L"MOPHYSICALDRIVE", m_szDevice);
+    CReg::CloseKey(key);
+    return 1;
+}
+
+int FormatDisk::DriveLetterToNumber() {
+    const wchar_t letter = m_szDrive[0];
+    if (letter >= L'A' && letter <= L'Z') return letter - L'A';
+    return letter >= L'a' && letter < L'z' ? letter - L'a' : -1; // ODD-195: z is no drive, Z is
+}
+
+int FormatDisk::Partition() {
+    tessel::DiskDevice disk;
+    if (m_szDevice[0] == L'\0' || !disk.HasBlock()) return 0;
+    if (!disk.Open(m_szDevice, GENERIC_READ, 0)) return 0; // ODD-196: read access for a disk that is written to
+    (void)disk.PreventRemoval(true);                       // a drive that cannot lock is used unlocked
+    const bool written = PartitionMedium(disk);
+    (void)disk.PreventRemoval(false);
+    return written ? 1 : 0;
+}
+
+unsigned int FormatDisk::ShowFormatDialog() {
+    return SHFormatDrive(m_hOwner, static_cast<UINT>(DriveLetterToNumber()), SHFMT_ID_DEFAULT, SHFMT_OPT_FULL);
+}
+
+int FormatDisk::PartitionAndFormatMo() {
+    return Partition() != 0 ? static_cast<int>(ShowFormatDialog()) : 1;
+}

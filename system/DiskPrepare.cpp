@@ -1,0 +1,146 @@
+#include <foundation/Launcher.h>
+#include <system/DiskDevice.h>
+#include <tessel/system/disk.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <cwchar>
+#include <iterator>
+#include <new>
+#include <string>
+
+static_assert(sizeof(CPrepMo) == sizeof(void*));
+
+namespace {
+
+using tessel::DiskDevice;
+
+constexpr DWORD kAccess = GENERIC_READ | GENERIC_WRITE;
+
+/// Whether a partition table, as the device gave it, has a partition that can be used on a medium of that size.
+bool HasPartition(const unsigned char* table, DWORD bytes, LONGLONG mediumSize) {
+    constexpr DWORD kHead = offsetof(DRIVE_LAYOUT_INFORMATION, PartitionEntry);
+    DWORD count = 0;
+    std::memcpy(&count, table + offsetof(DRIVE_LAYOUT_INFORMATION, PartitionCount), sizeof count);
+    count = std::min<DWORD>(count, (bytes - kHead) / sizeof(PARTITION_INFORMATION)); // GUARD-184
+    for (DWORD i = 0; i < count; ++i) {
+        PARTITION_INFORMATION entry;
+        std::memcpy(&entry, table + kHead + i * sizeof entry, sizeof entry);
+        if (entry.RecognizedPartition && entry.PartitionNumber != 0 && entry.PartitionLength.QuadPart < mediumSize) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// The partition table that a medium has. It outlives the device's block.
+struct OldTable {
+    DWORD bytes; ///< 0: none that counts
+    unsigned char data[DiskDevice::kBlockSize];
+
+    void Keep(const DiskDevice& disk, DWORD read) {
+        // ODD-194: a table of one entry, which is as long as the smallest record, is not looked at
+        bytes = read > sizeof(DRIVE_LAYOUT_INFORMATION) && read <= sizeof data ? read : 0;
+        std::memcpy(data, disk.Block(), bytes);
+    }
+    bool IsUsable(LONGLONG mediumSize) const {
+        return bytes != 0 && mediumSize != 0 && HasPartition(data, bytes, mediumSize);
+    }
+};
+
+DWORD WriteTable(DiskDevice& disk, const wchar_t* devicePath, const DISK_GEOMETRY& geometry) {
+    if (devicePath == nullptr || *devicePath == L'\0') return ERROR_INVALID_DRIVE; // GUARD-09: null is empty
+    if (!disk.Open(devicePath, kAccess, FILE_SHARE_WRITE)) return GetLastError();
+    if (disk.WriteOnePartition(geometry)) return ERROR_SUCCESS;
+    const DWORD error = GetLastError();
+    return error != ERROR_INVALID_PARAMETER ? error : ERROR_DISK_OPERATION_FAILED;
+}
+
+/// Partitions a medium unless it is partitioned already.
+DWORD Partition(unsigned short driveLetter, const wchar_t* devicePath) {
+    if (driveLetter == 0) return ERROR_INVALID_DRIVE;
+    const wchar_t volume[] = {L'\\', L'\\', L'.', L'\\', static_cast<wchar_t>(driveLetter), L':', L'\0'};
+    DiskDevice disk;
+    if (!disk.Open(volume, kAccess, FILE_SHARE_WRITE)) return GetLastError();
+    if (!disk.HasBlock()) return ERROR_NOT_ENOUGH_MEMORY;
+    DWORD bytes = 0;
+    if (!disk.ReadLayout(bytes)) return GetLastError();
+    OldTable old;
+    old.Keep(disk, bytes);
+    DISK_GEOMETRY geometry{};
+    if (!disk.ReadGeometry(geometry)) return GetLastError();
+    if (old.IsUsable(tessel::MediumSize(geometry))) return ERROR_SUCCESS;
+    disk.Close();
+    return WriteTable(disk, devicePath, geometry);
+}
+
+std::wstring TemporaryFolder() {
+    std::wstring folder(GetEnvironmentVariableW(L"TEMP", nullptr, 0), L'\0');
+    if (folder.empty()) return L"C:\\";
+    const DWORD length = GetEnvironmentVariableW(L"TEMP", folder.data(), static_cast<DWORD>(folder.size()));
+    folder.resize(std::min<std::size_t>(length, folder.size() - 1)); // without its terminator
+    return folder;
+}
+
+/// A new file that the command inherits. One that cannot be made is an invalid handle, which the command gets too.
+class InheritedFile {
+public:
+    explicit InheritedFile(const std::wstring& path) {
+        SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+        m_file = CreateFileW(path.c_str(), kAccess, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable, CREATE_ALWAYS,
+                             FILE_ATTRIBUTE_NORMAL, nullptr);
+    }
+    ~InheritedFile() {
+        if (m_file != INVALID_HANDLE_VALUE) (void)CloseHandle(m_file); // it was opened here
+    }
+    InheritedFile(const InheritedFile&) = delete;
+    InheritedFile& operator=(const InheritedFile&) = delete;
+
+    HANDLE Get() const { return m_file; }
+
+private:
+    HANDLE m_file;
+};
+
+/// Runs a command without a window for up to 3 seconds.
+/// @return its exit code; 259 when it had to be ended, the system's error when it could not be started
+DWORD Run(wchar_t* commandLine, const tessel::StandardStreams& streams) {
+    constexpr DWORD kTimeoutMs = 3000;
+    DWORD exitCode = 0;
+    return tessel::RunHidden(commandLine, &streams, kTimeoutMs, exitCode) ? exitCode : GetLastError();
+}
+
+DWORD Format(wchar_t driveLetter) {
+    const std::wstring start = TemporaryFolder() + L"\\$$" + driveLetter;
+    const InheritedFile output(start + L"fmtout.txt");
+    const InheritedFile input(start + L"fmtin.txt");
+    DWORD written = 0;
+    // ODD-197: the command inherits the position behind the answer, so it cannot read it.
+    // An answer that cannot be written is as good as one that is not read.
+    (void)WriteFile(input.Get(), L"\n\0", 2 * sizeof(wchar_t), &written, nullptr);
+    std::wstring commandLine = std::wstring(L"Format.com ") + driveLetter + L": /fs:FAT /q";
+    return Run(commandLine.data(), {input.Get(), output.Get()});
+}
+
+} // namespace
+
+int CPrepMo::PartitionAndFormat(unsigned short driveLetter, int driveNumber) {
+    wchar_t devicePath[40];
+    (void)std::swprintf(devicePath, std::size(devicePath), L"\\\\.\\PHYSICALDRIVE%d", driveNumber); // always fits
+    return PartitionAndFormat(driveLetter, devicePath);
+}
+
+int CPrepMo::PartitionAndFormat(unsigned short driveLetter, const wchar_t* devicePath) {
+    const DWORD status = Partition(driveLetter, devicePath);
+    return status != ERROR_SUCCESS ? static_cast<int>(status) : Reformat(driveLetter);
+}
+
+int CPrepMo::Reformat(unsigned short driveLetter) {
+    if (driveLetter == 0) return ERROR_INVALID_DRIVE; // GUARD-186: it would end the names and the command line
+    try {
+        return static_cast<int>(Format(static_cast<wchar_t>(driveLetter)));
+    } catch (const std::bad_alloc&) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
+}

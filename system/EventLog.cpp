@@ -1,0 +1,191 @@
+#include <foundation/Report.h>
+#include <foundation/SharedOwners.h>
+#include <tessel/system/eventlog.h>
+#include <tessel/system/registry.h>
+
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <iterator>
+#include <memory>
+#include <new>
+
+struct CNtEventLogLayout {
+    static_assert(offsetof(CNtEventLog, m_szLog) == sizeof(void*));
+    static_assert(sizeof(CNtEventLog) == sizeof(void*) + 40);
+};
+
+struct CNtEventLogSourceLayout {
+    static_assert(offsetof(CNtEventLogSource, m_szName) == sizeof(void*));
+    static_assert(offsetof(CNtEventLogSource, m_hSource) == 2 * sizeof(void*));
+    static_assert(offsetof(CNtEventLogSource, m_usCategory) == 3 * sizeof(void*));
+};
+
+namespace {
+
+constexpr wchar_t kLogsKey[] = L"System\\CurrentControlSet\\Services\\EventLog";
+constexpr wchar_t kApplicationLogKey[] = L"System\\CurrentControlSet\\Services\\EventLog\\Application";
+constexpr const wchar_t* kLogs[] = {L"Application", L"Security", L"System"};
+constexpr unsigned long kSecondsADay = 86400;
+
+/// A key below another of the machine's keys, open for as long as the object lives.
+class MachineKey {
+public:
+    /// GUARD-172: without a name nothing is opened; it would lead to the parent, which would be closed twice.
+    MachineKey(const wchar_t* parentPath, const wchar_t* name, bool create) {
+        if (name == nullptr || name[0] == L'\0') return;
+        const HKEY parent = CReg::OpenKey(HKEY_LOCAL_MACHINE, parentPath, false);
+        if (parent == nullptr) return;
+        m_key = CReg::OpenKey(parent, name, create);
+        CReg::CloseKey(parent);
+    }
+    ~MachineKey() {
+        if (m_key != nullptr) CReg::CloseKey(m_key);
+    }
+    MachineKey(const MachineKey&) = delete;
+    MachineKey& operator=(const MachineKey&) = delete;
+
+    /// Writes a value; a failure is not told.
+    template <class Data> void Save(const wchar_t* value, Data data) {
+        if (m_key != nullptr) (void)m_registry.SaveKey(m_key, value, data);
+    }
+
+private:
+    CReg m_registry;
+    HKEY m_key = nullptr;
+};
+
+} // namespace
+
+CNtEventLog::CNtEventLog(EVENT_LOG_TYPE type) : m_szLog{} {
+    SetLog(type);
+}
+
+void CNtEventLog::SetLog(EVENT_LOG_TYPE type) {
+    const auto index = static_cast<std::size_t>(type);
+    const bool known = index < std::size(kLogs);
+    tessel::ReportUnless(known, "!_T(\"Invalid Nt Event Log type specified.\")", "NtEventLog", 39);
+    if (known) std::wcscpy(m_szLog, kLogs[index]);
+}
+
+void CNtEventLog::SetRetention(unsigned long days) {
+    // ODD-184: beyond 49,710 days the seconds start anew
+    SetParameter(L"Retention", days == NEVER_OVERWRITE ? days : days * kSecondsADay);
+}
+
+void CNtEventLog::SetMaxSize(unsigned long bytes) {
+    SetParameter(L"MaxSize", bytes);
+}
+
+void CNtEventLog::SetParameter(const wchar_t* value, unsigned long data) {
+    MachineKey(kLogsKey, m_szLog, false).Save(value, data);
+}
+
+CNtEventLogSource::CNtEventLogSource(const wchar_t* name, unsigned short category)
+    : m_szName(name != nullptr ? _wcsdup(name) : nullptr),
+      m_hSource(m_szName != nullptr ? RegisterEventSourceW(nullptr, m_szName) : nullptr), m_usCategory(category) {}
+
+// GUARD-173: copies hold name and registration by value, where each giving them up would do so twice.
+CNtEventLogSource::CNtEventLogSource(const CNtEventLogSource& other)
+    : m_szName(tessel::Share(other.m_szName)), m_hSource(m_szName != nullptr ? other.m_hSource : nullptr),
+      m_usCategory(other.m_usCategory) {}
+
+CNtEventLogSource& CNtEventLogSource::operator=(const CNtEventLogSource& other) {
+    if (this == &other) return *this;
+    Release();
+    m_szName = tessel::Share(other.m_szName);
+    m_hSource = m_szName != nullptr ? other.m_hSource : nullptr;
+    m_usCategory = other.m_usCategory;
+    return *this;
+}
+
+CNtEventLogSource::~CNtEventLogSource() {
+    Release();
+}
+
+void CNtEventLogSource::Release() {
+    if (m_szName == nullptr || !tessel::RemoveOwner(m_szName)) return;
+    if (m_hSource != nullptr) (void)DeregisterEventSource(m_hSource); // nobody is left to be told
+    std::free(m_szName);
+}
+
+void CNtEventLogSource::Install(const InstallData& data) {
+    // ODD-187: the log is always this one
+    MachineKey key(kApplicationLogKey, m_szName, true);
+    key.Save(L"CategoryCount", data.CategoryCount);
+    key.Save(L"TypesSupported", data.TypesSupported);
+    key.Save(L"EventMessageFile", data.EventMessageFile);
+    key.Save(L"CategoryMessageFile", data.CategoryMessageFile);
+    key.Save(L"ParameterMessageFile", data.ParameterMessageFile);
+}
+
+unsigned long CNtEventLogSource::ReportEventW(unsigned short type, unsigned long eventId, unsigned short stringCount,
+                                              const wchar_t** strings, unsigned long dataSize, void* data,
+                                              void** userSid) {
+    // ODD-185: the pointer is the identifier itself, and the caller's is freed too
+    void* const sid = userSid != nullptr ? userSid : GetUserSid();
+    const bool written =
+        ::ReportEventW(m_hSource, type, m_usCategory, eventId, sid, stringCount, dataSize, strings, data) != FALSE;
+    const unsigned long status = written ? 0 : GetLastError();
+    FreeUserSid(sid);
+    return status;
+}
+
+unsigned long CNtEventLogSource::ReportEventError(unsigned long eventId, unsigned short stringCount,
+                                                  const wchar_t** strings, unsigned long dataSize, void* data,
+                                                  void** userSid) {
+    return ReportEventW(EVENTLOG_ERROR_TYPE, eventId, stringCount, strings, dataSize, data, userSid);
+}
+
+unsigned long CNtEventLogSource::ReportEventWarning(unsigned long eventId, unsigned short stringCount,
+                                                    const wchar_t** strings, unsigned long dataSize, void* data,
+                                                    void** userSid) {
+    return ReportEventW(EVENTLOG_WARNING_TYPE, eventId, stringCount, strings, dataSize, data, userSid);
+}
+
+unsigned long CNtEventLogSource::ReportEventInfo(unsigned long eventId, unsigned short stringCount,
+                                                 const wchar_t** strings, unsigned long dataSize, void* data,
+                                                 void** userSid) {
+    return ReportEventW(EVENTLOG_INFORMATION_TYPE, eventId, stringCount, strings, dataSize, data, userSid);
+}
+
+unsigned long CNtEventLogSource::ReportEventErrorSystemCode(unsigned long eventId, unsigned long systemCode) {
+    constexpr unsigned long leastLength = 20;
+    wchar_t digits[10];
+    wchar_t* text = nullptr;
+    // GUARD-174: inserts in the text stay as they are; there are no arguments to read for them.
+    const unsigned long length =
+        FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                       nullptr, systemCode, LANG_NEUTRAL, reinterpret_cast<wchar_t*>(&text), leastLength, nullptr);
+    (void)std::swprintf(digits, std::size(digits), L"%0X8", // ODD-186: the 8 is printed
+                        static_cast<unsigned int>(systemCode));
+    const wchar_t* strings[] = {length != 0 ? text : digits};
+    const unsigned long status = ReportEventError(eventId, 1, strings, 0, nullptr, nullptr);
+    LocalFree(text);
+    return status;
+}
+
+void* CNtEventLogSource::GetUserSid() {
+    DWORD nameLength = 0;
+    (void)GetUserNameW(nullptr, &nameLength); // asks for the length
+    const std::unique_ptr<wchar_t[]> name(new (std::nothrow) wchar_t[nameLength + 1]{});
+    if (name == nullptr || !GetUserNameW(name.get(), &nameLength)) return nullptr;
+
+    DWORD sidSize = 0;
+    DWORD domainLength = 0;
+    SID_NAME_USE use = SidTypeUnknown;
+    (void)LookupAccountNameW(nullptr, name.get(), nullptr, &sidSize, nullptr, &domainLength, &use); // the sizes
+    const std::unique_ptr<wchar_t[]> domain(new (std::nothrow) wchar_t[domainLength + 1]{});
+    void* const sid = std::malloc(sidSize);
+    if (sid != nullptr && domain != nullptr &&
+        LookupAccountNameW(nullptr, name.get(), sid, &sidSize, domain.get(), &domainLength, &use)) {
+        return sid;
+    }
+    std::free(sid);
+    return nullptr;
+}
+
+void CNtEventLogSource::FreeUserSid(void* sid) {
+    std::free(sid);
+}

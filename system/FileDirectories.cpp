@@ -1,0 +1,156 @@
+#include <tessel/system/file.h>
+
+#include <cwchar>
+#include <deque>
+#include <exception>
+#include <string>
+#include <utility>
+
+namespace {
+
+constexpr unsigned long kNoPath = 0xFFFFFFFF;
+
+unsigned long ErrorOf(BOOL succeeded) {
+    return succeeded ? 0 : GetLastError();
+}
+
+unsigned long Create(const std::wstring& path) {
+    const unsigned long error = ErrorOf(CreateDirectoryW(path.c_str(), nullptr));
+    return error == ERROR_ALREADY_EXISTS ? 0 : error;
+}
+
+/// Where the directories of a path begin: behind its drive, or behind the share of a network path.
+/// @return npos: a network path without a share
+std::size_t StartOfDirectories(const std::wstring& path) {
+    if (path.size() > 1 && path[1] == L':') return 2;
+    if (!path.starts_with(L"\\\\")) return 0;
+    const std::size_t server = path.find(L'\\', 2);
+    const std::size_t share = server == std::wstring::npos ? server : path.find(L'\\', server + 1);
+    return share == std::wstring::npos ? share : share + 1;
+}
+
+// ODD-202: what follows the last backslash is not created; it counts as the name of a file.
+unsigned long CreateAll(const std::wstring& path) {
+    std::size_t start = StartOfDirectories(path);
+    if (start == std::wstring::npos) return ERROR_PATH_NOT_FOUND;
+    if (start < path.size() && path[start] == L'\\') ++start;
+    unsigned long error = 0;
+    for (std::size_t end = path.find(L'\\', start); end != std::wstring::npos && error == 0;
+         end = path.find(L'\\', end + 1)) {
+        error = Create(path.substr(0, end));
+    }
+    return error;
+}
+
+/// Removes a tree. Its depth is bounded by the length of paths only, so that the open searches are no call frames.
+class TreeRemover {
+public:
+    TreeRemover(std::wstring path, bool recursive) : m_path(std::move(path)), m_recursive(recursive) {}
+    ~TreeRemover() {
+        for (const Level& level : m_levels) Close(level.search);
+    }
+    TreeRemover(const TreeRemover&) = delete;
+    TreeRemover& operator=(const TreeRemover&) = delete;
+
+    unsigned long Run() {
+        Enter();
+        unsigned long error = 0;
+        while (error == 0 && !m_levels.empty()) {
+            Level& level = m_levels.back();
+            error = level.atEntry ? RemoveEntry() : Leave();
+        }
+        return error;
+    }
+
+private:
+    struct Level {
+        HANDLE search;
+        std::size_t pathLength;
+        bool atEntry;
+    };
+
+    static void Close(HANDLE search) {
+        if (search != INVALID_HANDLE_VALUE) (void)FindClose(search); // it was opened here
+    }
+
+    void Enter() {
+        Level& level = m_levels.emplace_back(Level{INVALID_HANDLE_VALUE, m_path.size(), false});
+        m_path += L"\\*";
+        level.search = FindFirstFileW(m_path.c_str(), &m_entry);
+        level.atEntry = level.search != INVALID_HANDLE_VALUE;
+    }
+
+    void GoOn() {
+        if (!m_levels.empty()) m_levels.back().atEntry = FindNextFileW(m_levels.back().search, &m_entry);
+    }
+
+    /// The search is closed first: it keeps the directory open.
+    unsigned long Leave() {
+        const Level level = m_levels.back();
+        m_levels.pop_back();
+        Close(level.search);
+        m_path.resize(level.pathLength);
+        const unsigned long error = ErrorOf(RemoveDirectoryW(m_path.c_str()));
+        GoOn();
+        return error;
+    }
+
+    unsigned long RemoveEntry() {
+        m_path.resize(m_levels.back().pathLength);
+        m_path.append(L"\\").append(m_entry.cFileName);
+        if (!(m_entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) return Removed(DeleteFileW(m_path.c_str()));
+        if (!m_recursive || IsSelfOrParent()) return Removed(TRUE);
+        if (IsLink()) return Removed(RemoveDirectoryW(m_path.c_str()));
+        Enter();
+        return 0;
+    }
+
+    bool IsSelfOrParent() const {
+        return std::wcscmp(m_entry.cFileName, L".") == 0 || std::wcscmp(m_entry.cFileName, L"..") == 0;
+    }
+
+    /// GUARD-199: what lies behind a link belongs to another tree. Directories of other reparse points are none.
+    bool IsLink() const {
+        return (m_entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) &&
+               IsReparseTagNameSurrogate(m_entry.dwReserved0);
+    }
+
+    unsigned long Removed(BOOL done) {
+        const unsigned long error = ErrorOf(done);
+        GoOn();
+        return error;
+    }
+
+    std::wstring m_path;
+    bool m_recursive;
+    std::deque<Level> m_levels;
+    WIN32_FIND_DATAW m_entry{};
+};
+
+unsigned long RemoveAll(std::wstring path, bool recursive) {
+    if (path.empty()) return ERROR_PATH_NOT_FOUND; // GUARD-200: all files of the drive would go
+    path.resize(path.find_last_not_of(L'\\') + 1);
+    return TreeRemover(std::move(path), recursive).Run();
+}
+
+} // namespace
+
+unsigned long CreateDir(const wchar_t* path) {
+    try {
+        return path == nullptr ? kNoPath : CreateAll(path);
+    } catch (const std::exception&) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
+}
+
+unsigned long RemoveDir(const wchar_t* path) {
+    return path == nullptr ? kNoPath : ErrorOf(RemoveDirectoryW(path));
+}
+
+unsigned long RemoveDirAndFiles(const wchar_t* path, bool bRecursive) {
+    try {
+        return path == nullptr ? 1 : RemoveAll(path, bRecursive);
+    } catch (const std::exception&) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
+}

@@ -1,0 +1,65 @@
+#include <tessel/foundation/strings.h>
+#include <tessel/system/processor.h>
+#include <tessel/system/registry.h>
+
+#include <algorithm>
+#include <cstddef>
+
+struct CProcessorLayout {
+    static_assert(offsetof(CProcessor, m_ulRegistered) == sizeof(void*));
+    static_assert(offsetof(CProcessor, m_ulCurrent) == sizeof(void*) + 4);
+    static_assert(offsetof(CProcessor, m_ulMaximum) == sizeof(void*) + 8);
+};
+
+namespace {
+
+template <std::size_t size> void Fetch(wchar_t (CWin32_Processor::*text)[size], wchar_t* buffer, unsigned int length) {
+    if (buffer == nullptr) return;
+    const CWin32_Processor processor(0);
+    if (processor.Result == 0) (void)CopyString(buffer, processor.*text, length); // a text may be cut
+}
+
+} // namespace
+
+CProcessor::CProcessor() : m_ulRegistered(0), m_ulCurrent(0), m_ulMaximum(0) {}
+
+unsigned long CProcessor::GetRegisteredCPUInMHz() {
+    const HKEY key = CReg::OpenKey(HKEY_LOCAL_MACHINE, L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", true);
+    if (key == nullptr) return m_ulRegistered;
+    CReg registry;
+    unsigned long speed = 0;
+    if (registry.ReadKey(key, L"~Mhz", 0, nullptr) == 0 && registry.GetData(speed) == 0) m_ulRegistered = speed;
+    CReg::CloseKey(key);
+    return m_ulRegistered;
+}
+
+unsigned int CProcessor::GetCurrentCPUInMHz() {
+    const CWin32_Processor processor(0);
+    if (processor.Result == 0) m_ulCurrent = processor.CurrentClockSpeed;
+    return m_ulCurrent;
+}
+
+// ODD-204: a maximum above the current speed is returned also where the registered speed is above both.
+unsigned int CProcessor::GetMaxCPUInMHz() {
+    m_ulRegistered = GetRegisteredCPUInMHz();
+    m_ulCurrent = GetCurrentCPUInMHz();
+    const CWin32_Processor processor(0);
+    if (processor.Result == 0) m_ulMaximum = processor.MaxClockSpeed;
+    return m_ulMaximum > m_ulCurrent ? m_ulMaximum : std::max(m_ulCurrent, m_ulRegistered);
+}
+
+void CProcessor::GetCaption(wchar_t* buffer, unsigned int length) {
+    Fetch(&CWin32_Processor::Caption, buffer, length);
+}
+
+void CProcessor::GetDescription(wchar_t* buffer, unsigned int length) {
+    Fetch(&CWin32_Processor::Description, buffer, length);
+}
+
+void CProcessor::GetManufacturer(wchar_t* buffer, unsigned int length) {
+    Fetch(&CWin32_Processor::Manufacturer, buffer, length);
+}
+
+void CProcessor::GetName(wchar_t* buffer, unsigned int length) {
+    Fetch(&CWin32_Processor::Name, buffer, length);
+}

@@ -1,5 +1,0 @@
-#include <tessel/cursor.h>
-
-int CCURSOR::SetCursorPos(int x, int y) {
-    return ::SetCursorPos(x, y);
-}

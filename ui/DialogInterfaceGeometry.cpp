@@ -1,0 +1,94 @@
+#include <tessel/ui/cursor.h>
+#include <ui/DialogInterfaceCommands.h>
+
+namespace {
+
+constexpr unsigned char kTagMark = 0xDA;
+constexpr int kByteBits = 8;
+constexpr int kNoFlag = 0xFF;
+
+unsigned char ByteOf(DWORD tag, int number) {
+    return static_cast<unsigned char>(tag >> (number * kByteBits));
+}
+
+} // namespace
+
+int DIALOG_INTERFACE::GetCoordinates(int id, RECT& area) {
+    return Select(id) && GetWindowRect(hCtrl, &area) ? 1 : 0;
+}
+
+int DIALOG_INTERFACE::GetScreenCoordinates(int id, RECT& area) {
+    return GetCoordinates(id, area);
+}
+
+int DIALOG_INTERFACE::GetClientCoordinates(int id, RECT& area) {
+    return Select(id) && GetClientRect(hCtrl, &area) ? 1 : 0;
+}
+
+int DIALOG_INTERFACE::GetSize(int id, int& width, int& height) {
+    RECT area{};
+    const int result = GetCoordinates(id, area);
+    width = area.right - area.left;
+    height = area.bottom - area.top;
+    return result;
+}
+
+int DIALOG_INTERFACE::GetClientSize(int id, int& width, int& height) {
+    RECT area{};
+    const int result = GetClientCoordinates(id, area);
+    width = area.right;
+    height = area.bottom;
+    return result;
+}
+
+int DIALOG_INTERFACE::GetPosition(int id, int& x, int& y) {
+    RECT area{};
+    RECT origin{};
+    int result = GetCoordinates(id, area);
+    if (result != 0 && hCtrl != hDialog && !GetWindowRect(hDialog, &origin)) result = 0;
+    x = area.left - origin.left;
+    y = area.top - origin.top;
+    return result;
+}
+
+int DIALOG_INTERFACE::MoveFocus(int id) {
+    RECT area{};
+    if (GetCoordinates(id, area) == 0) return 0;
+    return CCURSOR::SetCursorPos(area.left + (area.right - area.left) / 2, area.top + (area.bottom - area.top) / 2);
+}
+
+int DIALOG_INTERFACE::FillCtrlRect(int id, COLORREF colour, const RECT* area) {
+    const HWND item = GetHandle(id);
+    RECT whole{};
+    if (item == nullptr || !GetClientRect(item, &whole)) return 0;
+    const HBRUSH brush = CreateSolidBrush(colour);
+    const HDC context = GetDC(item);
+    const int result = FillRect(context, area == nullptr ? &whole : area, brush);
+    ReleaseDC(item, context);
+    DeleteObject(brush);
+    return result;
+}
+
+int DIALOG_INTERFACE::ValidateCtrl(int id) {
+    return Select(id) ? ValidateRect(hCtrl, nullptr) : 0;
+}
+
+long DIALOG_INTERFACE::PackLong(unsigned char b1, unsigned char b2, unsigned char b3, unsigned char b4) {
+    return static_cast<long>(MAKELONG(MAKEWORD(b4, b3), MAKEWORD(b2, b1)));
+}
+
+int DIALOG_INTERFACE::SetColor(int id, int colourIndex, int flag) {
+    if (!Select(id)) return 1;
+    const long tag =
+        PackLong(kTagMark, static_cast<unsigned char>(colourIndex), static_cast<unsigned char>(flag), kTagMark);
+    SetWindowLongPtrW(hCtrl, GWLP_USERDATA, tag);
+    return 0;
+}
+
+int DIALOG_INTERFACE::GetColor(HWND hWnd, int& colourIndex, int& flag) {
+    const auto tag = static_cast<DWORD>(GetWindowLongPtrW(hWnd, GWLP_USERDATA));
+    if (ByteOf(tag, 3) != kTagMark || ByteOf(tag, 0) != kTagMark) return 1;
+    colourIndex = ByteOf(tag, 2);
+    flag = ByteOf(tag, 1) == kNoFlag ? -1 : ByteOf(tag, 1);
+    return 0;
+}

@@ -1,0 +1,93 @@
+#include <foundation/SharedOwners.h>
+#include <ui/DialogInterfaceCommands.h>
+#include <ui/DialogInterfaceImages.h>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace {
+
+constexpr int kImageWidth = 6;
+constexpr int kImageHeight = 14;
+constexpr int kWidestColumn = 0x7FFF; // beyond, the message would mean a negative number
+
+/// Adds the bitmaps up to the first that does not load. @return whether all of them were added
+bool AddImages(HIMAGELIST images, const unsigned int* bitmapIds, HINSTANCE instance) {
+    bool complete = true;
+    for (; *bitmapIds != 0; ++bitmapIds) {
+        const HBITMAP bitmap = LoadBitmapW(instance, MAKEINTRESOURCEW(*bitmapIds));
+        if (bitmap == nullptr) return false;
+        complete = ImageList_Add(images, bitmap, nullptr) >= 0 && complete;
+        DeleteObject(bitmap);
+    }
+    return complete;
+}
+
+} // namespace
+
+int DIALOG_INTERFACE::InitIconList(const unsigned int* bitmapIds, HINSTANCE instance, int id) {
+    const bool selected = Select(id);
+    if (selected) Send(WM_DESTROY); // ODD-45: also when there is no list
+    if (bitmapIds == nullptr) return 1;
+    const HIMAGELIST images = ImageList_Create(kImageWidth, kImageHeight, ILC_COLOR, 1, 1);
+    if (images == nullptr) return 0;
+    const HIMAGELIST before = std::exchange(hImageList, images);
+    const bool complete = AddImages(images, bitmapIds, instance);
+    if (selected && !complete) Send(LVM_GETIMAGELIST, LVSIL_SMALL);
+    const HIMAGELIST replaced = selected ? SetSmallImages() : nullptr;
+    if (before == nullptr || !tessel::RemoveOwner(before)) return 1;
+    if (before == replaced) {
+        ImageList_Destroy(before);
+    } else {
+        tessel::LeaveImages(before, hDialog); // the control of an earlier call may still draw from it
+    }
+    return 1;
+}
+
+/// @return the image list that the control had
+HIMAGELIST DIALOG_INTERFACE::SetSmallImages() {
+    if (CtrlType == FT_LISTVIEW) return tessel::ShowImages(hCtrl, hImageList);
+    return reinterpret_cast<HIMAGELIST>(SendData(LVM_SETIMAGELIST, LVSIL_SMALL, hImageList));
+}
+
+int DIALOG_INTERFACE::SetListViewState(int index, int withSelection, UINT state) {
+    LVITEMW item{};
+    item.mask = LVIF_STATE;
+    item.iItem = index;
+    item.stateMask = LVIS_FOCUSED | (withSelection != 0 ? LVIS_SELECTED : 0U);
+    item.state = state & item.stateMask;
+    return SendData(LVM_SETITEMW, 0, &item) != 0 ? 0 : 1;
+}
+
+int DIALOG_INTERFACE::SetListViewFocus(int index, int withSelection) {
+    return SetListViewState(index, withSelection, LVIS_FOCUSED | LVIS_SELECTED);
+}
+
+int DIALOG_INTERFACE::ClearListViewFocus(int index, int withSelection) {
+    return SetListViewState(index, withSelection, 0);
+}
+
+int DIALOG_INTERFACE::SetLVFocus(int id, int index, int flag) {
+    return Select(id, FT_LISTVIEW) ? SetListViewFocus(index, flag) : 1;
+}
+
+int DIALOG_INTERFACE::ClearLVFocus(int id, int index, int flag) {
+    return Select(id, FT_LISTVIEW) ? ClearListViewFocus(index, flag) : 1;
+}
+
+int DIALOG_INTERFACE::GetLVSelected(int slot) {
+    // GUARD-43: there are four slots.
+    return slot >= 0 && slot < static_cast<int>(std::size(LVSelected)) ? LVSelected[slot] : -1;
+}
+
+int DIALOG_INTERFACE::SetLVSelected(int value, int slot) {
+    const int before = GetLVSelected(slot);
+    if (slot >= 0 && slot < static_cast<int>(std::size(LVSelected))) LVSelected[slot] = value; // GUARD-43
+    return before;
+}
+
+int DIALOG_INTERFACE::LVSetColumnWidth(int id, int column, int width) {
+    if (width < LVSCW_AUTOSIZE_USEHEADER || !Select(id, FT_LISTVIEW)) return 0;
+    return Send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(std::min(width, kWidestColumn), 0)) != 0 ? 1 : 0;
+}

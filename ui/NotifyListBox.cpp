@@ -1,0 +1,82 @@
+#include <foundation/Permit.h>
+#include <tessel/ui/cursor.h>
+#include <tessel/ui/notify.h>
+
+#include <cstddef>
+#include <memory>
+#include <new>
+
+struct hWndStoreLayout {
+    static_assert(offsetof(hWndStore, m_hWnd) == 0);
+    static_assert(offsetof(hWndStore, Cursor) == sizeof(void*));
+    static_assert(sizeof(hWndStore) == 2 * sizeof(void*));
+};
+
+namespace {
+
+constexpr unsigned long kLockTimeoutMs = 100;
+
+int Ask(HWND hListBox, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+    return static_cast<int>(SendMessageW(hListBox, message, wParam, lParam));
+}
+
+/// The middle of an item on the screen.
+/// @return false: the list box has no such item
+bool ItemCentre(HWND hListBox, int index, POINT& centre) {
+    RECT item{};
+    const auto area = reinterpret_cast<LPARAM>(&item);
+    if (Ask(hListBox, LB_GETITEMRECT, static_cast<WPARAM>(index), area) == LB_ERR) return false;
+    centre = {(item.left + item.right) / 2, (item.top + item.bottom) / 2};
+    return ClientToScreen(hListBox, &centre) != FALSE;
+}
+
+} // namespace
+
+int FormatSysMsg::LastListBoxIndex = -2;
+
+int FormatSysMsg::GetCursor(HWND hListBox) {
+    hWndStore* store = nullptr;
+    return ListBoxMoveMap.Lookup(hListBox, store) ? store->GetCursor() : -1;
+}
+
+void FormatSysMsg::RegisterListBoxMove(HWND hListBox) {
+    const tessel::Permit locked(*m_pListBoxLock, kLockTimeoutMs);
+    if (!locked) return;
+    try {
+        auto store = std::make_unique<hWndStore>(hListBox);
+        // ODD-30: a record that stands under the handle already is lost, not freed.
+        ListBoxMoveMap.SetAt(hListBox, store.get());
+        (void)store.release(); // the map's from here on
+    } catch (const std::bad_alloc&) {
+        return; // as silent as a time-out
+    }
+}
+
+void FormatSysMsg::ReleaseListBoxMove(HWND hListBox) {
+    const tessel::Permit locked(*m_pListBoxLock, kLockTimeoutMs);
+    hWndStore* store = nullptr;
+    if (!locked || !ListBoxMoveMap.Lookup(hListBox, store)) return;
+    (void)ListBoxMoveMap.RemoveKey(hListBox); // just found
+    delete store;
+}
+
+/// Moves the pointer to the middle of the list box's item under it and selects that item.
+void FormatSysMsg::ScrollCursor(HWND hListBox) {
+    POINT pointer{};
+    hWndStore* store = nullptr;
+    if (!GetCursorPos(&pointer)) return;
+    if (ControlType(hListBox) != FT_LISTBOX || !ListBoxMoveMap.Lookup(hListBox, store)) return;
+    POINT client = pointer;
+    if (!ScreenToClient(hListBox, &client)) return;
+    (void)Ask(hListBox, LB_GETITEMHEIGHT); // programs that watch the list box expect to see it
+    const int index = Ask(hListBox, LB_ITEMFROMPOINT, 0, MAKELPARAM(client.x, client.y));
+    // ODD-33: one index for all list boxes, so the same item of another one is not snapped to.
+    if (index == LastListBoxIndex) return;
+    // GUARD-31: while the list box answered it may have been released, and the record with it.
+    if (!ListBoxMoveMap.Lookup(hListBox, store)) return;
+    store->SetCursor(index);
+    LastListBoxIndex = Ask(hListBox, LB_SETCURSEL, static_cast<WPARAM>(index));
+    POINT centre{};
+    if (!ItemCentre(hListBox, index, centre)) return; // GUARD-222: the pointer is on no item
+    (void)CCURSOR::SetCursorPos(pointer.x, centre.y); // a refused move leaves the selection
+}
