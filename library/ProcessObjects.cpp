@@ -1,5 +1,5 @@
 #include <foundation/ErrorMode.h>
-#include <messaging/office/ResourceLock.h>
+#include <messaging/office/ResourceTable.h>
 #include <tessel/foundation/identifier.h>
 #include <tessel/system/service.h>
 #include <tessel/system/version.h>

@@ -1,6 +1,7 @@
 #include <foundation/Layout.h>
 #include <foundation/Report.h>
 #include <messaging/host/HostRequest.h>
+#include <messaging/office/WindowHandle.h>
 #include <tessel/foundation/message.h>
 #include <tessel/foundation/strings.h>
 #include <tessel/messaging/host.h>

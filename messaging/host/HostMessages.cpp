@@ -1,5 +1,6 @@
 #include <foundation/ReadableMemory.h>
 #include <messaging/host/HostRequest.h>
+#include <messaging/office/DialogEntries.h>
 #include <tessel/messaging/host.h>
 #include <tessel/messaging/mailbox.h>
 
@@ -63,8 +64,9 @@ INT_PTR CALLBACK OSClass::DlgProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM
         (void)WmCommand(hDlg, message, wParam, lParam);
         return TRUE;
     case WM_DRAWITEM: (void)WmCommand(hDlg, message, wParam, lParam); return FALSE;
-    case WM_DESTROY: // GUARD-205: its handle may be another window's soon
+    case WM_NCDESTROY: // GUARD-205: its handle may be another window's soon
         if (m_pHost->m_hActiveDialog == hDlg) m_pHost->m_hActiveDialog = nullptr;
+        tessel::RemoveDialogEntry(hDlg);
         return FALSE;
     case WM_PALETTECHANGED:
     case WM_QUERYNEWPALETTE: return OnPaletteMessage(hDlg, message, wParam);
@@ -118,8 +120,7 @@ int OSClass::ProcessOsAPIs(HWND hWnd, UINT message, WPARAM wParam, LPARAM& lPara
 HWND OSClass::MakeRequestedDialog(int dialogId, HWND parent, HINSTANCE module) {
     const HWND dialog =
         CreateDialogWindow(module == nullptr ? m_hInstance : module, parent == nullptr ? m_hFrame : parent, dialogId);
-    // ODD-37: entered even when it could not be made, and not removed when it goes. A full table reports itself.
-    (void)CResource().AddResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, dialog, static_cast<unsigned long>(dialogId));
+    tessel::AddDialogEntry(dialog, static_cast<unsigned long>(dialogId)); // ODD-37: even when it could not be made
     return dialog;
 }
 

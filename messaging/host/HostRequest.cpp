@@ -1,4 +1,5 @@
 #include <messaging/host/HostRequest.h>
+#include <messaging/office/WindowHandle.h>
 #include <tessel/foundation/process.h>
 #include <tessel/messaging/hostrequest.h>
 

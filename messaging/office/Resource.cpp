@@ -1,14 +1,13 @@
 #include <foundation/Report.h>
 #include <foundation/SharedField.h>
+#include <messaging/office/DialogEntries.h>
 #include <messaging/office/LiveRegions.h>
-#include <messaging/office/ResourceLock.h>
+#include <messaging/office/ResourceTable.h>
 #include <messaging/office/WindowHandle.h>
 #include <tessel/messaging/resource.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstddef>
-#include <span>
 
 struct CResourceLayout {
     static_assert(offsetof(CResource, m_ulThreadId) == sizeof(void*));
@@ -19,7 +18,11 @@ struct CResourceLayout {
 
 namespace {
 
+using tessel::ClaimResource;
+using tessel::ClearResource;
 using tessel::LoadShared;
+using tessel::ResourceRecords;
+using tessel::ResourceTableLock;
 using tessel::StoreShared;
 
 constexpr unsigned long kNoManager = 0xFFFFFFFF;
@@ -28,33 +31,13 @@ constexpr unsigned long kManagerId = 1;
 /// Index of the highest slot that was ever filled; under the lock, for a look with the debugger only.
 unsigned long highestSlot = 0;
 
-/// Keeps threads of this process from adding and deleting at the same time.
-class TableLock {
-public:
-    TableLock() { (void)tessel::resourceTableLock.WaitOnSemaphore(INFINITE); } // cannot time out
-    ~TableLock() { (void)tessel::resourceTableLock.ReleaseSemaphoreA(); }
-    TableLock(const TableLock&) = delete;
-    TableLock& operator=(const TableLock&) = delete;
-};
-
-/// All records; none without a table.
-std::span<RESOURCE> Records(RESOURCE* table) {
-    return {table, table == nullptr ? 0U : POST_OFFICE_RESOURCES};
-}
-
 RESOURCE* Find(RESOURCE* table, RESOURCE_TYPE type, RESOURCE_ID id, unsigned long owner) {
-    for (RESOURCE& record : Records(table)) {
+    for (RESOURCE& record : ResourceRecords(table)) {
         if (LoadShared(record.Type) == type && LoadShared(record.Id) == id && LoadShared(record.Owner) == owner) {
             return &record;
         }
     }
     return nullptr;
-}
-
-/// Takes a free record for a thread; another process may be doing the same, so the thread id is the claim.
-bool Claim(RESOURCE& record, unsigned long threadId) {
-    std::uint32_t free = 0;
-    return std::atomic_ref<std::uint32_t>(record.ThreadId).compare_exchange_strong(free, threadId);
 }
 
 /// Fills a claimed record; the key comes last, so that a look-up that sees it finds the window.
@@ -63,14 +46,6 @@ void Fill(RESOURCE& record, RESOURCE_TYPE type, RESOURCE_ID id, std::uint32_t wi
     StoreShared<std::uint32_t>(record.Owner, owner);
     StoreShared<std::uint32_t>(record.Id, id);
     StoreShared<std::uint32_t>(record.Type, type);
-}
-
-/// Clears a record; the claim goes last, so that nobody fills it meanwhile.
-void Clear(RESOURCE& record) {
-    for (std::uint32_t* field : {&record.Type, &record.Owner, &record.ProcessId, &record.Id, &record.hWnd}) {
-        StoreShared<std::uint32_t>(*field, 0);
-    }
-    StoreShared<std::uint32_t>(record.ThreadId, 0);
 }
 
 } // namespace
@@ -86,18 +61,31 @@ bool CResource::IsMapped() {
     return tessel::IsInRegion(m_pResources);
 }
 
+RESOURCE* CResource::ClaimFreeRecord() {
+    const auto records = ResourceRecords(m_pResources);
+    const auto claim = [&records, this] {
+        return std::find_if(records.begin(), records.end(),
+                            [this](RESOURCE& record) { return ClaimResource(record, 0, m_ulThreadId); });
+    };
+    auto free = claim();
+    if (free == records.end()) { // GUARD-280: killed processes may have left it full
+        tessel::RemoveDialogsOfEndedProcesses(records);
+        free = claim();
+    }
+    if (free == records.end()) return nullptr;
+    highestSlot = std::max(highestSlot, static_cast<unsigned long>(free - records.begin()));
+    return &*free;
+}
+
 int CResource::AddResource(RESOURCE_TYPE type, RESOURCE_ID id, HWND hWnd, unsigned long owner) {
     int result = 1;
     if (!IsMapped()) return result;
     {
-        const TableLock lock;
-        const auto records = Records(m_pResources);
-        const auto free = std::find_if(records.begin(), records.end(),
-                                       [this](RESOURCE& record) { return Claim(record, m_ulThreadId); });
-        if (free != records.end()) {
-            StoreShared<std::uint32_t>(free->ProcessId, m_ulProcessId);
-            Fill(*free, type, id, tessel::ToShared(hWnd), owner);
-            highestSlot = std::max(highestSlot, static_cast<unsigned long>(free - records.begin()));
+        const ResourceTableLock lock;
+        RESOURCE* const record = ClaimFreeRecord();
+        if (record != nullptr) {
+            StoreShared<std::uint32_t>(record->ProcessId, m_ulProcessId);
+            Fill(*record, type, id, tessel::ToShared(hWnd), owner);
             result = 0;
         }
     }
@@ -107,10 +95,10 @@ int CResource::AddResource(RESOURCE_TYPE type, RESOURCE_ID id, HWND hWnd, unsign
 
 int CResource::DeleteResource(RESOURCE_TYPE type, RESOURCE_ID id, unsigned long owner) {
     if (!IsMapped()) return 1;
-    const TableLock lock;
+    const ResourceTableLock lock;
     RESOURCE* const found = Find(m_pResources, type, id, owner);
     if (found == nullptr) return 1;
-    Clear(*found);
+    ClearResource(*found);
     return 0;
 }
 
@@ -125,23 +113,23 @@ RESOURCE* CResource::GetResourceAddress() {
 
 void CResource::FreeThreadResources() {
     if (!IsMapped()) return;
-    for (RESOURCE& record : Records(m_pResources)) {
-        if (LoadShared(record.ThreadId) == m_ulThreadId) Clear(record);
+    for (RESOURCE& record : ResourceRecords(m_pResources)) {
+        if (LoadShared(record.ThreadId) == m_ulThreadId) ClearResource(record);
     }
 }
 
 int CResource::ResetProcess(unsigned long pid) {
     // GUARD-204: 0 is the process of free records, and of those that are just being filled.
     if (!IsMapped() || pid == 0) return 0;
-    for (RESOURCE& record : Records(m_pResources)) {
-        if (LoadShared(record.ProcessId) == pid) Clear(record);
+    for (RESOURCE& record : ResourceRecords(m_pResources)) {
+        if (LoadShared(record.ProcessId) == pid) ClearResource(record);
     }
     return 0;
 }
 
 unsigned long CResource::GetManagerFromThread() {
     if (!IsMapped()) return kNoManager;
-    for (const RESOURCE& record : Records(m_pResources)) {
+    for (const RESOURCE& record : ResourceRecords(m_pResources)) {
         if (LoadShared(record.Id) != kManagerId || LoadShared(record.ThreadId) != GetCurrentThreadId()) continue;
         return kManagerId; // ODD-26: the id that was looked for, whatever the entry stands for
     }

@@ -20,4 +20,14 @@ inline HWND FromShared(std::uint32_t field) {
     return static_cast<HWND>(LongToHandle(static_cast<long>(field)));
 }
 
+/// Whether a window is there and belongs to a process.
+/// @param hWnd       the window; may be null or gone
+/// @param processId  the process
+/// @return true: it does
+inline bool IsOfProcess(HWND hWnd, unsigned long processId) {
+    DWORD owner = 0;
+    (void)GetWindowThreadProcessId(hWnd, &owner); // 0 when the window is gone
+    return owner == processId;
+}
+
 } // namespace tessel

@@ -13,6 +13,7 @@
 #include <tessel/ui/brush.h>
 #include <tessel/ui/dialoginterface.h>
 
+#include <algorithm>
 #include <functional>
 #include <thread>
 
@@ -217,7 +218,7 @@ TEST_F(Host, GetsTheMessagesOfItsMailbox) {
     EXPECT_EQ(received, 42u);
 }
 
-TEST_F(Host, Odd37AnswersRequestsOfOtherThreadsAndListsWhatIsGone) {
+TEST_F(Host, Odd37AnswersRequestsOfOtherThreads) {
     HWND dialog = nullptr;
     const DWORD thread = GetCurrentThreadId();
     std::thread other;
@@ -235,11 +236,22 @@ TEST_F(Host, Odd37AnswersRequestsOfOtherThreadsAndListsWhatIsGone) {
     other.join();
     EXPECT_EQ(GetWindowThreadProcessId(dialog, nullptr), thread);
     EXPECT_EQ(GetParent(dialog), program.GetFrameWindow());
+    EXPECT_EQ(CResource().GetResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, kDialog), dialog);
     DestroyWindow(dialog);
     EXPECT_EQ(program.IsWindowNotify(dialog, 1), 1);
-    CResource resources;
-    EXPECT_EQ(resources.GetResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, kDialog), dialog);
-    EXPECT_EQ(resources.DeleteResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, 999), 0) << "entered without a window";
+}
+
+TEST_F(Host, Odd37DialogsThatAreGoneLeaveNoEntryInTheResourceTable) {
+    CResource table;
+    const auto entries = [records = table.GetResourceAddress()] {
+        return std::count_if(records, records + POST_OFFICE_RESOURCES,
+                             [](const RESOURCE& record) { return record.Type == RESOURCE_TYPE{2}; });
+    };
+    for (int time = 0; time < 3; ++time) DestroyWindow(LoadResourceDialog(kDialog, nullptr, nullptr));
+    EXPECT_EQ(entries(), 0);
+    for (int time = 0; time < 3; ++time) EXPECT_EQ(LoadResourceDialog(999, nullptr, nullptr), nullptr);
+    EXPECT_EQ(entries(), 1) << "the last that could not be made";
+    EXPECT_EQ(table.DeleteResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, 999), 0);
 }
 
 TEST_F(Host, RequestsWithoutAReadableRecordAreAnsweredWith0) {

@@ -149,7 +149,7 @@ public:
 
     /// Answers the requests of other threads, and hands everything else to WmCommand(). A request without a
     /// readable record is answered with 0. A dialog is entered in the resource table (type 2, id 0, owner its
-    /// number), also one that could not be made, and stays there when it goes: CResource::DeleteResource().
+    /// number) until it is destroyed; one that could not be made, until the next request.
     /// @param hWnd     window that got the message
     /// @param message  message number
     /// @param wParam   the request, or the message's first parameter

@@ -71,6 +71,7 @@ private:
     friend struct CResourceLayout;
 
     bool IsMapped();
+    RESOURCE* ClaimFreeRecord();
 
     unsigned long m_ulThreadId;
     unsigned long m_ulProcessId;

@@ -1,0 +1,57 @@
+#include <messaging/office/DialogEntries.h>
+
+#include <foundation/Handle.h>
+#include <foundation/SharedField.h>
+#include <messaging/office/ResourceTable.h>
+#include <messaging/office/WindowHandle.h>
+#include <tessel/messaging/resource.h>
+
+namespace tessel {
+
+namespace {
+
+bool HasEnded(unsigned long processId) {
+    const Handle process(OpenProcess(SYNCHRONIZE, FALSE, processId));
+    if (!process) return GetLastError() == ERROR_INVALID_PARAMETER; // else it lives and may not be opened
+    return WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0;
+}
+
+/// Removes the entries of dialogs for which a condition holds.
+/// @param isGone  is given the window and the process of an entry
+template <class Condition> void RemoveDialogs(std::span<RESOURCE> records, Condition isGone) {
+    for (RESOURCE& record : records) {
+        const std::uint32_t holder = LoadShared(record.ThreadId);
+        if (LoadShared(record.Type) != kDialogType || LoadShared(record.Id) != kDialogId) continue;
+        if (!isGone(FromShared(LoadShared(record.hWnd)), LoadShared(record.ProcessId))) continue;
+        // Another process may have removed the entry, and filled the record anew.
+        if (ClaimResource(record, holder, GetCurrentThreadId())) ClearResource(record);
+    }
+}
+
+} // namespace
+
+// GUARD-280: entries of dialogs that are gone are removed, or they would fill the table for all programs.
+void AddDialogEntry(HWND dialog, unsigned long dialogId) {
+    const unsigned long own = GetCurrentProcessId();
+    CResource table;
+    {
+        const ResourceTableLock lock;
+        RemoveDialogs(ResourceRecords(table.GetResourceAddress()), [own](HWND window, unsigned long processId) {
+            return processId == own && !IsOfProcess(window, own);
+        });
+    }
+    (void)table.AddResource(kDialogType, kDialogId, dialog, dialogId); // a full table reports itself
+}
+
+void RemoveDialogEntry(HWND dialog) {
+    const unsigned long own = GetCurrentProcessId();
+    const ResourceTableLock lock;
+    RemoveDialogs(ResourceRecords(CPostOffice().GetResourceAddr()),
+                  [=](HWND window, unsigned long processId) { return window == dialog && processId == own; });
+}
+
+void RemoveDialogsOfEndedProcesses(std::span<RESOURCE> records) {
+    RemoveDialogs(records, [](HWND, unsigned long processId) { return HasEnded(processId); });
+}
+
+} // namespace tessel
