@@ -1,5 +1,6 @@
 #include "support/ChildProcess.h"
 #include "support/MessageWindow.h"
+#include "support/OpenPostOffice.h"
 
 #include <gtest/gtest.h>
 #include <tessel/messaging/mailbox.h>
@@ -14,6 +15,9 @@ namespace {
 constexpr ORCAOBJID kTest{31};
 constexpr ORCAOBJID kShared{32};
 constexpr unsigned long kLastMessage = 0xFFFFFFFF;
+constexpr unsigned long kFewest = 100;
+constexpr unsigned long kMost = 5000;
+constexpr ULONGLONG kSendingMs = 10000;
 
 ORCAOBJID IdOf(const std::string& argument) {
     return ORCAOBJID{std::stoul(argument)};
@@ -51,6 +55,16 @@ int Stall(const std::vector<std::string>& arguments) {
     return 0;
 }
 
+/// Enters dialogs until the resource table is full, and then does nothing.
+int FillResources(const std::vector<std::string>&) {
+    CPostOffice::CreateGlobalPostOffice();
+    CResource table;
+    for (unsigned long dialog = 0; table.AddResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, nullptr, dialog) == 0;) ++dialog;
+    Say("full");
+    Hear();
+    return 0;
+}
+
 /// Checks content and order of all that comes, until each sender has sent its last. Arguments: id, senders.
 int CheckAll(const std::vector<std::string>& arguments) {
     Station station(IdOf(arguments[0]));
@@ -74,11 +88,12 @@ int CheckAll(const std::vector<std::string>& arguments) {
         }
         station.mailbox.ReleaseMemory(block);
     }
-    Say(std::to_string(right) + " right, " + std::to_string(wrong) + " wrong");
+    Say("wrong " + std::to_string(wrong));
+    Say("right " + std::to_string(right));
     return 0;
 }
 
-/// Sends messages to two receivers in turn. Arguments: own id, count, receiver, receiver.
+/// Sends messages to two receivers in turn, fewer where the machine is slow. Arguments: own id, receiver, receiver.
 int SendMany(const std::vector<std::string>& arguments) {
     Station station(IdOf(arguments[0]));
     const unsigned long own = std::stoul(arguments[0]);
@@ -93,16 +108,20 @@ int SendMany(const std::vector<std::string>& arguments) {
     };
     Say("registered");
     Hear();
-    const std::array receivers{IdOf(arguments[2]), IdOf(arguments[3])};
-    for (unsigned long number = 0; number < std::stoul(arguments[1]); ++number) {
+    const std::array receivers{IdOf(arguments[1]), IdOf(arguments[2])};
+    const ULONGLONG start = GetTickCount64();
+    unsigned long number = 0;
+    while (number < kFewest || (number < kMost && GetTickCount64() - start < kSendingMs)) {
         send(receivers[number % 2], number, Content(own, number));
+        ++number;
     }
     for (const ORCAOBJID to : receivers) send(to, kLastMessage, {});
-    Say("done");
+    Say("sent " + std::to_string(number));
     return 0;
 }
 
-const Role roles[] = {{"stall", Stall}, {"check-all", CheckAll}, {"send-many", SendMany}};
+const Role roles[] = {
+    {"stall", Stall}, {"fill-resources", FillResources}, {"check-all", CheckAll}, {"send-many", SendMany}};
 
 /// A child of the other bitness where that build is there, else of this one.
 ChildProcess PeerChild(const std::string& role, const std::vector<std::string>& arguments) {
@@ -148,18 +167,33 @@ TEST(CrossProcess, AReceiverKilledWithMessagesPendingLeavesNothingBehindAfterThe
     EXPECT_EQ(frame(), nullptr);
 }
 
+TEST(CrossProcess, DialogsOfAKilledProcessMakeWayWhenTheResourceTableIsFull) {
+    const OpenPostOffice office;
+    CResource table;
+    ChildProcess program = PeerChild("fill-resources", {});
+    ASSERT_EQ(program.WaitUntil("full"), "");
+    EXPECT_EQ(table.AddResource(RESOURCE_TYPE{9}, RESOURCE_ID{9}, nullptr, 0), 1) << "their process lives";
+    program.Kill();
+    EXPECT_EQ(table.AddResource(RESOURCE_TYPE{9}, RESOURCE_ID{9}, nullptr, 0), 0);
+}
+
 TEST(CrossProcess, FourSendersAndTwoReceiversOfBothBitnessesLoseNothing) {
     Station station(kTest);
     const unsigned long freeBefore = station.mailbox.GetFreeBlockCount();
     ChildProcess receivers[] = {ChildProcess("check-all", {"40", "4"}), PeerChild("check-all", {"41", "4"})};
     for (ChildProcess& receiver : receivers) ASSERT_EQ(receiver.WaitUntil("registered"), "");
-    ChildProcess senders[] = {
-        ChildProcess("send-many", {"51", "5000", "40", "41"}), ChildProcess("send-many", {"52", "5000", "40", "41"}),
-        PeerChild("send-many", {"53", "5000", "40", "41"}), PeerChild("send-many", {"54", "5000", "40", "41"})};
+    ChildProcess senders[] = {ChildProcess("send-many", {"51", "40", "41"}),
+                              ChildProcess("send-many", {"52", "40", "41"}), PeerChild("send-many", {"53", "40", "41"}),
+                              PeerChild("send-many", {"54", "40", "41"})};
     for (ChildProcess& sender : senders) ASSERT_EQ(sender.WaitUntil("registered"), "");
     for (ChildProcess& sender : senders) sender.Tell("go");
-    for (ChildProcess& sender : senders) EXPECT_EQ(sender.WaitUntil("done"), "");
-    for (ChildProcess& receiver : receivers) EXPECT_EQ(receiver.WaitUntil("10000 right"), ", 0 wrong");
+    unsigned long sent = 0;
+    for (ChildProcess& sender : senders) sent += std::stoul(sender.WaitUntil("sent "));
+    for (ChildProcess& receiver : receivers) {
+        EXPECT_EQ(receiver.WaitUntil("wrong "), "0");
+        sent -= std::stoul(receiver.WaitUntil("right "));
+    }
+    EXPECT_EQ(sent, 0u);
     for (ChildProcess& child : senders) EXPECT_EQ(child.ExitCode(), 0u);
     for (ChildProcess& child : receivers) EXPECT_EQ(child.ExitCode(), 0u);
     EXPECT_EQ(station.mailbox.GetFreeBlockCount(), freeBefore);
