@@ -10,8 +10,8 @@
 /// @param dialogId  resource number of the template
 /// @param parent    parent of the dialog; null for the frame window
 /// @param module    module that holds the template; null for the host's
-/// @return the dialog, which belongs to the host's thread; null: no host, or no such dialog. Either way an entry in
-///         the resource table stays (OSClass::ProcessOsAPIs())
+/// @return the dialog, which belongs to the host's thread; null: no host, or no such dialog. Its entry in the
+///         resource table is that of OSClass::ProcessOsAPIs()
 TESSEL_API HWND LoadResourceDialog(int dialogId, HWND parent, HINSTANCE module);
 
 /// Has the host's thread note which notifications a window wants; any thread may call it, and waits for it.
