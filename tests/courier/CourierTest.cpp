@@ -1,5 +1,6 @@
 #include "support/ChildProcess.h"
 #include "support/OpenPostOffice.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <tessel/messaging/mailbox.h>
@@ -12,9 +13,6 @@ namespace fs = std::filesystem;
 
 class Courier : public testing::Test {
 protected:
-    Courier() { fs::create_directories(folder); }
-    ~Courier() override { fs::remove_all(folder); }
-
     std::wstring Command(const fs::path& to, const std::wstring& options = L"") {
         return Quoted(Beside(COURIER)) + Quoted(file) + Quoted(to) + options;
     }
@@ -41,7 +39,7 @@ protected:
 
     OpenPostOffice office; // keeps the region when the processes end
     CMailBox observer{ORCAOBJID{1}};
-    fs::path folder = fs::temp_directory_path() / L"tessel courier";
+    TemporaryFolder folder;
     fs::path file = folder / L"file";
     fs::path copy = folder / L"copy";
 };

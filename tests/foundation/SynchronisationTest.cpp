@@ -9,33 +9,6 @@
 
 namespace {
 
-DWORD WINAPI WaitFails(HANDLE, DWORD, BOOL) {
-    SetLastError(ERROR_INVALID_HANDLE);
-    return WAIT_FAILED;
-}
-
-DWORD waitEnd = 0;
-
-DWORD WINAPI EndsAsTold(DWORD, const HANDLE*, BOOL, DWORD, BOOL) {
-    return waitEnd;
-}
-
-HANDLE WINAPI OpenFindsNothing(DWORD, BOOL, LPCWSTR) {
-    return nullptr;
-}
-
-bool nullDacl = false;
-
-HANDLE WINAPI SeeAttributes(SECURITY_ATTRIBUTES* attributes, BOOL manual, BOOL initial, LPCWSTR name) {
-    BOOL present = FALSE;
-    BOOL defaulted = FALSE;
-    ACL* acl = nullptr;
-    nullDacl = attributes != nullptr && !attributes->bInheritHandle &&
-               GetSecurityDescriptorDacl(attributes->lpSecurityDescriptor, &present, &acl, &defaulted) && present &&
-               acl == nullptr;
-    return CreateEventW(attributes, manual, initial, name);
-}
-
 /// An event-like handle of a mutex whose owner ended without giving it back.
 HANDLE AbandonedMutex() {
     HANDLE mutex = nullptr;
@@ -77,7 +50,7 @@ TEST(Semaphore, TheSignallingFormGivesItsPermitOnlyWhenItCreates) {
     CSemaphore large(L"Tessel test maximum", 1);
     EXPECT_EQ(large.ReleaseSemaphore(9999), 1);
     EXPECT_EQ(large.ReleaseSemaphore(1), 0) << "the form's maximum";
-    const ImportPatch open(L"Tessel.dll", "OpenSemaphoreW", OpenFindsNothing);
+    const ImportPatch open(Failing("OpenSemaphoreW", &OpenSemaphoreW, nullptr));
     const CSemaphore between(L"Tessel test signal", 5, 5);
     EXPECT_EQ(between.GetKeptError(), static_cast<unsigned long>(ERROR_ALREADY_EXISTS));
     CSemaphore late(L"Tessel test signal", 1);
@@ -110,7 +83,16 @@ TEST(Event, SignalsAndResets) {
 }
 
 TEST(Event, OnlyOneThatIsOpenToAllHasAnEmptyAccessList) {
-    const ImportPatch create(L"Tessel.dll", "CreateEventW", SeeAttributes);
+    bool nullDacl = false;
+    const ImportPatch create("CreateEventW", &CreateEventW, [&](SECURITY_ATTRIBUTES* attributes, auto... others) {
+        BOOL present = FALSE;
+        BOOL defaulted = FALSE;
+        ACL* acl = nullptr;
+        nullDacl = attributes != nullptr && !attributes->bInheritHandle &&
+                   GetSecurityDescriptorDacl(attributes->lpSecurityDescriptor, &present, &acl, &defaulted) && present &&
+                   acl == nullptr;
+        return CreateEventW(attributes, others...);
+    });
     const CEvent open(nullptr, 0, 0, 1);
     EXPECT_TRUE(nullDacl);
     const CEvent closed;
@@ -122,7 +104,7 @@ TEST(Event, Odd08AFailedOpenIsMarkedAndWaitedOn) {
     CEvent event(L"Tessel test kind");
     EXPECT_EQ(event.GetHandle(), INVALID_HANDLE_VALUE);
     EXPECT_FALSE(event.IsOpen());
-    const ImportPatch wait(L"Tessel.dll", "WaitForSingleObjectEx", WaitFails);
+    const ImportPatch wait(Failing("WaitForSingleObjectEx", &WaitForSingleObjectEx, WAIT_FAILED, ERROR_INVALID_HANDLE));
     EXPECT_EQ(event.WaitOnEvent(0), static_cast<unsigned long>(ERROR_INVALID_HANDLE));
 }
 
@@ -244,9 +226,8 @@ TEST_F(WaitTest, CopiesHaveTheirOwnArray) {
 
 TEST_F(WaitTest, AWaitThatEndsOtherwiseIsATimeOut) {
     AddAll();
-    const ImportPatch wait(L"Tessel.dll", "WaitForMultipleObjectsEx", EndsAsTold);
     for (const DWORD end : {DWORD{WAIT_ABANDONED}, DWORD{WAIT_ABANDONED + 1}, DWORD{WAIT_IO_COMPLETION}, DWORD{3}}) {
-        waitEnd = end;
+        const ImportPatch wait(Failing("WaitForMultipleObjectsEx", &WaitForMultipleObjectsEx, end));
         signalled = &set;
         EXPECT_EQ(set.WaitOnAnyObject(signalled, 0), 0xFFFFFFFFu) << end;
         EXPECT_EQ(signalled, nullptr);

@@ -27,33 +27,17 @@ struct Kind {
 };
 constexpr Kind kKinds[] = {{0, 1600, 2400000}, {1, 325, 487500}};
 
-template <MMRESULT answer, class R, class... A> R WINAPI Answer(A...) {
-    return static_cast<R>(answer);
-}
-
-/// A function of the sound system and what stands for it.
-struct Stub {
-    std::string name;
-    void* function;
-};
-template <MMRESULT answer = MMSYSERR_NODRIVER, class R, class... A> Stub Stand(const char* name, R(WINAPI*)(A...)) {
-    return {name, reinterpret_cast<void*>(&Answer<answer, R, A...>)};
-}
-struct Patch : ImportPatch {
-    explicit Patch(const Stub& stub) : ImportPatch(kLibrary, stub.name.c_str(), stub.function) {}
-};
-
 /// What a start asks of the devices.
 std::vector<Stub> Devices() {
-    return {Stand("waveInOpen", &waveInOpen),
-            Stand("waveInPrepareHeader", &waveInPrepareHeader),
-            Stand("waveInAddBuffer", &waveInAddBuffer),
-            Stand("waveInStart", &waveInStart),
-            Stand("waveOutOpen", &waveOutOpen),
-            Stand("waveOutPause", &waveOutPause),
-            Stand("waveOutPrepareHeader", &waveOutPrepareHeader),
-            Stand("waveOutWrite", &waveOutWrite),
-            Stand("waveOutRestart", &waveOutRestart)};
+    return {Failing("waveInOpen", &waveInOpen, MMSYSERR_NODRIVER),
+            Failing("waveInPrepareHeader", &waveInPrepareHeader, MMSYSERR_NODRIVER),
+            Failing("waveInAddBuffer", &waveInAddBuffer, MMSYSERR_NODRIVER),
+            Failing("waveInStart", &waveInStart, MMSYSERR_NODRIVER),
+            Failing("waveOutOpen", &waveOutOpen, MMSYSERR_NODRIVER),
+            Failing("waveOutPause", &waveOutPause, MMSYSERR_NODRIVER),
+            Failing("waveOutPrepareHeader", &waveOutPrepareHeader, MMSYSERR_NODRIVER),
+            Failing("waveOutWrite", &waveOutWrite, MMSYSERR_NODRIVER),
+            Failing("waveOutRestart", &waveOutRestart, MMSYSERR_NODRIVER)};
 }
 
 MMTIME position{}; ///< what the device answers
@@ -87,11 +71,6 @@ int closed = 0;
 MMRESULT WINAPI CountAndClose(HWAVEOUT device) {
     ++closed;
     return waveOutClose(device);
-}
-
-MMRESULT WINAPI CloseAndRefuse(HMMIO file, UINT flags) {
-    mmioClose(file, flags);
-    return MMIOERR_CANNOTWRITE;
 }
 
 struct Audio : testing::Test {
@@ -396,12 +375,12 @@ TEST_F(Audio, Odd110And118AStartThatFailsLeavesNothingOpen) {
         EXPECT_TRUE(IsIdle(recorder));
     };
     std::vector<Stub> stubs = Devices();
-    stubs.push_back(Stand("acmStreamOpen", &acmStreamOpen));
-    stubs.push_back(Stand("acmStreamPrepareHeader", &acmStreamPrepareHeader));
-    stubs.push_back(Stand("acmStreamConvert", &acmStreamConvert));
+    stubs.push_back(Failing("acmStreamOpen", &acmStreamOpen, MMSYSERR_NODRIVER));
+    stubs.push_back(Failing("acmStreamPrepareHeader", &acmStreamPrepareHeader, MMSYSERR_NODRIVER));
+    stubs.push_back(Failing("acmStreamConvert", &acmStreamConvert, MMSYSERR_NODRIVER));
     for (const Stub& stub : stubs) {
         SCOPED_TRACE(stub.name);
-        const Patch patch(stub);
+        const ImportPatch patch(stub);
         if (!stub.name.starts_with("waveOut") && stub.name != "acmStreamConvert") {
             expectFailure(&Recorder::Record, 3250);
         }
@@ -426,11 +405,12 @@ TEST_F(Audio, Odd110And118AStartThatFailsLeavesNothingOpen) {
 }
 
 TEST_F(Audio, ADeviceThatVanishesStopsTheRun) {
-    const Stub stubs[] = {Stand("waveInAddBuffer", &waveInAddBuffer), Stand("acmStreamConvert", &acmStreamConvert)};
+    const Stub stubs[] = {Failing("waveInAddBuffer", &waveInAddBuffer, MMSYSERR_NODRIVER),
+                          Failing("acmStreamConvert", &acmStreamConvert, MMSYSERR_NODRIVER)};
     for (const Stub& stub : stubs) {
         Recorder recorder(1, File("recorded"));
         ASSERT_EQ(recorder.Record(), 0u);
-        const Patch patch(stub);
+        const ImportPatch patch(stub);
         recorder.Finish();
         EXPECT_TRUE(IsIdle(recorder)) << stub.name;
         EXPECT_EQ(fs::file_size(folder / "recorded") % 325, 0u);
@@ -438,8 +418,8 @@ TEST_F(Audio, ADeviceThatVanishesStopsTheRun) {
     Recorder player(0, File("played", 24000ul));
     ASSERT_EQ(player.Play(), 0u);
     {
-        const Patch reset(Stand("waveOutReset", &waveOutReset));
-        const Patch close(Stand<WAVERR_STILLPLAYING>("waveOutClose", &waveOutClose));
+        const ImportPatch reset(Failing("waveOutReset", &waveOutReset, MMSYSERR_NODRIVER));
+        const ImportPatch close(Failing("waveOutClose", &waveOutClose, WAVERR_STILLPLAYING));
         player.Stop();
         EXPECT_NE(player->m_hWaveOut, nullptr) << "it still has the buffers";
         player.ProcessWomDone(nullptr, &player->m_WaveHeader[0]);
@@ -561,9 +541,11 @@ TEST_F(Audio, WaveFilesAreWholeOrNotThere) {
                                  std::string("\x31\0\1\0\x40\x1F\0\0\x59\6\0\0\x41\0\0\0\2\0\x40\1", 20) + "fact" +
                                  number(4) + number(640) + "data" + number(130) + sound);
     for (const Stub& stub :
-         {Stand("mmioCreateChunk", &mmioCreateChunk), Stand("mmioWrite", &mmioWrite), Stand("mmioAscend", &mmioAscend),
-          Stub{"mmioClose", reinterpret_cast<void*>(&CloseAndRefuse)}}) {
-        const Patch patch(stub);
+         {Failing("mmioCreateChunk", &mmioCreateChunk, MMSYSERR_NODRIVER),
+          Failing("mmioWrite", &mmioWrite, MMSYSERR_NODRIVER), Failing("mmioAscend", &mmioAscend, MMSYSERR_NODRIVER),
+          Replacing("mmioClose", &mmioClose,
+                    [](auto... arguments) { return mmioClose(arguments...), MMIOERR_CANNOTWRITE; })}) {
+        const ImportPatch patch(stub);
         EXPECT_EQ(CAudio::CreateWAV(path.c_str(), sound.data(), 130, 0), 1u);
         EXPECT_FALSE(fs::exists(path)) << stub.name;
     }
@@ -587,8 +569,9 @@ TEST_F(Audio, Odd115TheVolumeIsReadAndNeverSet) {
     EXPECT_EQ(audio.SetSystemVolume(volume ^ 0x00FF00FF), 0u);
     EXPECT_EQ(audio.GetSystemVolume(after), 0u);
     EXPECT_EQ(after, volume);
-    for (const Stub& stub : {Stand("waveOutOpen", &waveOutOpen), Stand("waveOutGetVolume", &waveOutGetVolume)}) {
-        const Patch patch(stub);
+    for (const Stub& stub : {Failing("waveOutOpen", &waveOutOpen, MMSYSERR_NODRIVER),
+                             Failing("waveOutGetVolume", &waveOutGetVolume, MMSYSERR_NODRIVER)}) {
+        const ImportPatch patch(stub);
         volume = 77;
         EXPECT_EQ(audio.GetSystemVolume(volume), 1u);
         EXPECT_EQ(volume, 0u);

@@ -136,27 +136,15 @@ TEST_F(AudioConvert, Odd130NumberOfWholeChunksDecidesAndNothingOutsideTheBuffers
     }
 }
 
-int conversions;
-
-MMRESULT WINAPI FailTheSecond(HACMSTREAM stream, LPACMSTREAMHEADER header, DWORD flags) {
-    return ++conversions == 2 ? MMRESULT{MMSYSERR_ERROR} : acmStreamConvert(stream, header, flags);
-}
-
-MMRESULT WINAPI RefuseToOpen(LPHACMSTREAM, HACMDRIVER, LPWAVEFORMATEX, LPWAVEFORMATEX, LPWAVEFILTER, DWORD_PTR,
-                             DWORD_PTR, DWORD) {
-    return ACMERR_NOTPOSSIBLE;
-}
-
 TEST_F(AudioConvert, Odd131FailuresAreNotToldAndLeaveZeros) {
     const std::string sound = tone::Sine(440, 3 * tone::kSecond);
-    conversions = 0;
     {
-        const ImportPatch patch(L"Tessel.dll", "acmStreamConvert", FailTheSecond);
+        const ImportPatch second(Failing("acmStreamConvert", &acmStreamConvert, MMSYSERR_ERROR, 0, 2));
         const std::string gsm = Converted(1, sound);
         EXPECT_EQ(gsm.substr(1625, 1625), std::string(1625, '\0'));
         EXPECT_NE(gsm.substr(3250), std::string(1625, '\0'));
     }
-    const ImportPatch patch(L"Tessel.dll", "acmStreamOpen", RefuseToOpen);
+    const ImportPatch patch(Failing("acmStreamOpen", &acmStreamOpen, ACMERR_NOTPOSSIBLE));
     EXPECT_EQ(Converted(1, sound), std::string(3 * 1625, '\0'));
 }
 

@@ -1,6 +1,7 @@
 #include "support/ChildProcess.h"
 #include "support/ImportPatch.h"
 #include "support/Reports.h"
+#include "support/ShownBoxes.h"
 
 #include <gtest/gtest.h>
 #include <tessel/foundation/semaphore.h>
@@ -13,30 +14,6 @@ namespace {
 
 constexpr ORCAOBJID kFirst{11};
 constexpr ORCAOBJID kSecond{12};
-
-std::vector<std::wstring> boxes;
-
-int WINAPI NoteBox(HWND, LPCWSTR text, LPCWSTR title, UINT) {
-    boxes.push_back(std::wstring(title) + L": " + text);
-    return IDOK;
-}
-
-DWORD WINAPI TimesOut(HANDLE, DWORD timeout, BOOL) {
-    EXPECT_EQ(timeout, 5000u);
-    return WAIT_TIMEOUT;
-}
-
-HANDLE WINAPI NotThere(DWORD, BOOL, LPCWSTR) {
-    return nullptr;
-}
-
-void* WINAPI NoView(HANDLE, DWORD, DWORD, DWORD, SIZE_T) {
-    return nullptr;
-}
-
-HANDLE WINAPI NoMapping(HANDLE, SECURITY_ATTRIBUTES*, DWORD, DWORD, DWORD, LPCWSTR) {
-    return nullptr;
-}
 
 /// Creates the post office in each round at the same moment as its sibling, and leaves a mark in it.
 int CreateAtOnce(const std::vector<std::string>& arguments) {
@@ -135,7 +112,10 @@ TEST_F(PostOffice, TwoProcessesThatCreateItAtTheSameMomentShareOneRegion) {
 TEST_F(PostOffice, Odd17ALockThatIsNotToBeHadIsReportedAndFreed) {
     CThreadLock holder(POST_OFFICE_LOCK_NAME);
     ASSERT_EQ(holder.Lock(0), 0);
-    const ImportPatch noWait(L"Tessel.dll", "WaitForSingleObjectEx", TimesOut);
+    const ImportPatch noWait("WaitForSingleObjectEx", &WaitForSingleObjectEx, [](HANDLE, DWORD timeout, BOOL) {
+        EXPECT_EQ(timeout, 5000u);
+        return WAIT_TIMEOUT;
+    });
     Reports reports;
     CPostOffice::CreateGlobalPostOffice();
     EXPECT_EQ(reports.Take(), Texts{"CPost:50 !LockTimeout && _T(\"Failed to get semaphore named:\") SEMAPHORE_NAME"});
@@ -158,28 +138,28 @@ TEST_F(PostOffice, Odd18ASecondCreationLosesTheFirst) {
 }
 
 TEST_F(PostOffice, Odd16WithoutARegionABoxSaysSoAndTheLockStaysTaken) {
-    const ImportPatch box(L"Tessel.dll", "MessageBoxW", NoteBox);
-    const ImportPatch mapping(L"Tessel.dll", "CreateFileMappingW", NoMapping);
+    const ShownBoxes boxes;
+    const ImportPatch mapping(Failing("CreateFileMappingW", &CreateFileMappingW, nullptr));
     CPostOffice::CreateGlobalPostOffice();
-    EXPECT_EQ(boxes, std::vector<std::wstring>{L"System Error: Unable to Create Memory Map."});
+    EXPECT_EQ(boxes.texts, std::vector<std::wstring>{L"System Error: Unable to Create Memory Map."});
     EXPECT_EQ(office.LockThreadSafe(0), 1);
     CMailBox mailbox(kFirst);
-    EXPECT_EQ(boxes.back(), L"System Error: Post Office not found");
+    EXPECT_EQ(boxes.texts.back(), L"System Error: Post Office not found");
     EXPECT_EQ(CPostOffice::IsManager(kFirst, 0), 0);
     EXPECT_EQ(mailbox.RegisterMailbox(nullptr), 1);
     EXPECT_EQ(mailbox.Send(kFirst, 0, 0, nullptr, 0, nullptr), ERROR_SERVICE_NOT_FOUND);
 }
 
 TEST_F(PostOffice, ARegionThatCannotBeSeenIsGivenUpAtOnce) {
-    const ImportPatch box(L"Tessel.dll", "MessageBoxW", NoteBox);
-    const ImportPatch view(L"Tessel.dll", "MapViewOfFile", NoView);
+    const ShownBoxes boxes;
+    const ImportPatch view(Failing("MapViewOfFile", &MapViewOfFile, nullptr));
     CPostOffice::CreateGlobalPostOffice();
-    EXPECT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes.texts.size(), 1u);
     EXPECT_EQ(OpenFileMappingW(FILE_MAP_READ, FALSE, POST_OFFICE_REGION_NAME), nullptr) << "nobody finds it empty";
 }
 
 TEST_F(PostOffice, WithoutOneEveryOperationGivesItsFailureValue) {
-    const ImportPatch box(L"Tessel.dll", "MessageBoxW", NoteBox);
+    const ShownBoxes boxes;
     MAILBOX record;
     EXPECT_EQ(office.LockThreadSafe(0), 1);
     office.UnlockThreadSafe();
@@ -227,7 +207,7 @@ TEST_F(PostOffice, AHeaderThatClaimsMoreThanTheTablesHoldIsNotBelieved) {
     *region.header = {
         POST_OFFICE_REGION_SIZE, 24, 0xFFFF, 0, 0, 48, 24, 1024, 0, 0, 2448, 0xFFFF, 0xFFFF, 0, 0, 27024, 500, 0};
     {
-        const ImportPatch open(L"Tessel.dll", "OpenFileMappingW", NotThere);
+        const ImportPatch open(Failing("OpenFileMappingW", &OpenFileMappingW, nullptr));
         CPostOffice::CreateGlobalPostOffice();
         EXPECT_EQ(region.header->FreeSmallBlks, 500u) << "made by another meanwhile, and not cleared";
         CPostOffice::DestroyGlobalPostOffice();

@@ -24,10 +24,6 @@ HANDLE tool = nullptr;
 PROCESS_INFORMATION started{};
 DWORD toolWait = WAIT_OBJECT_0;
 
-void* __cdecl NoMemory(std::size_t, std::size_t) {
-    return nullptr;
-}
-
 BOOL WINAPI SetName(const wchar_t* name) {
     seen += name;
     SetLastError(ERROR_ACCESS_DENIED);
@@ -218,7 +214,7 @@ TEST_F(NetworkIdTest, Odd97OnlyFixedValuesThatAreThereAreSet) {
     identity.SetDefGateway(L"10.0.0.254");
     EXPECT_EQ(machine.Get(kAdapter, L"IpAddress"), L"7:10.0.0.9\0\0"sv);
     EXPECT_EQ(machine.Get(kAdapter, L"SubnetMask"), L"7:255.255.255.0\0\0"sv);
-    const ImportPatch memory(L"Tessel.dll", "calloc", NoMemory);
+    const ImportPatch memory(Failing("calloc", &calloc, nullptr));
     CNetworkId(identity).SetDefGateway(L"10.0.0.254");
     EXPECT_EQ(machine.Get(kAdapter, L"DefaultGateway"), L"none");
 }

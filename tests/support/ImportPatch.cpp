@@ -40,9 +40,10 @@ void Write(void** slot, void* value) {
 
 } // namespace
 
-ImportPatch::ImportPatch(const wchar_t* module, const char* name, void* replacement)
-    : m_slot(FindSlot(GetModuleHandleW(module), name)), m_original(*m_slot) {
-    Write(m_slot, replacement);
+ImportPatch::ImportPatch(Stub stub)
+    : m_stub(std::move(stub)), m_slot(FindSlot(GetModuleHandleW(L"Tessel.dll"), m_stub.name.c_str())),
+      m_original(*m_slot) {
+    Write(m_slot, m_stub.function);
 }
 
 ImportPatch::~ImportPatch() {

@@ -1,6 +1,7 @@
 #include "support/ChildProcess.h"
 #include "support/MessageWindow.h"
 #include "support/OpenPostOffice.h"
+#include "support/TemporaryFolder.h"
 #include "support/UnixTool.h"
 
 #include <gtest/gtest.h>
@@ -12,8 +13,6 @@ namespace fs = std::filesystem;
 
 class WorkstationRun : public testing::Test {
 protected:
-    ~WorkstationRun() override { fs::remove_all(folder); }
-
     std::wstring Command(const std::wstring& options) {
         return Quoted(Beside(L"workstation.exe")) + L"--hidden --folder " + Quoted(folder) + options;
     }
@@ -29,7 +28,7 @@ protected:
 
     OpenPostOffice office; // keeps the region when the processes end
     CMailBox observer{ORCAOBJID{1}};
-    fs::path folder = fs::temp_directory_path() / L"tessel workstation";
+    TemporaryFolder folder;
 };
 
 } // namespace
