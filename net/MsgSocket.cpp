@@ -95,8 +95,18 @@ int CMsgSocket::Write(const CCommMsg* msg, unsigned int timeout) {
     int result = GetSendTimeout(&previous);
     if (result == 0) result = SetSendTimeout(timeout);
     if (result != 0) return result;
-    result = Send(msg->GetMsg(), msg->GetXmitLength(), nullptr, 0);
+    result = SendRecord(*msg);
     (void)SetSendTimeout(previous); // what counts is whether the record went out
+    return result;
+}
+
+int CMsgSocket::SendRecord(const CCommMsg& msg) {
+    unsigned int sent = 0;
+    const int result = Send(msg.GetMsg(), msg.GetXmitLength(), &sent, 0);
+    // GUARD-240: the next record's length would land inside a record that was cut. After a time-out the system does
+    // not say how much it took.
+    const bool cut = result == 0 ? sent < msg.GetXmitLength() : result == WSAETIMEDOUT;
+    if (cut) (void)StopSending();
     return result;
 }
 

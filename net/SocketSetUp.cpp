@@ -6,6 +6,7 @@
 
 using tessel::Endpoint;
 using tessel::ErrorOf;
+using tessel::SetOf;
 
 namespace {
 
@@ -15,13 +16,27 @@ template <class Value> int SetOption(SOCKET socket, int level, int name, const V
     return setsockopt(socket, level, name, reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-/// Reads and drops what the peer still sends, until it closes.
-void Drain(SOCKET socket) {
+/// Receives once and drops the bytes.
+/// @return number of bytes; 0 when the peer has closed; else SOCKET_ERROR
+int DropReceived(SOCKET socket) {
     char dropped[2048];
-    int got = 0;
-    do {
-        got = recv(socket, dropped, sizeof dropped, 0);
-    } while (got != 0 && got != SOCKET_ERROR);
+    return recv(socket, dropped, sizeof dropped, 0);
+}
+
+/// Drops what the peer sends, until it closes.
+/// @return 0: it closed; WAIT_TIMEOUT: it did not within the time; else a Winsock error
+int DrainWithin(SOCKET socket, unsigned int milliseconds) {
+    const ULONGLONG start = GetTickCount64();
+    for (;;) {
+        const ULONGLONG spent = GetTickCount64() - start;
+        const unsigned int left = spent < milliseconds ? milliseconds - static_cast<unsigned int>(spent) : 0;
+        fd_set readable = SetOf(socket);
+        timeval wait{static_cast<long>(left / 1000), static_cast<long>(left % 1000 * 1000)};
+        const int ready = select(0, &readable, nullptr, nullptr, milliseconds == INFINITE ? nullptr : &wait);
+        if (ready == 0) return WAIT_TIMEOUT;
+        const int got = ready == SOCKET_ERROR ? SOCKET_ERROR : DropReceived(socket);
+        if (got <= 0) return ErrorOf(got);
+    }
 }
 
 } // namespace
@@ -97,10 +112,29 @@ int CSocket::Disconnect() {
     }
     CancelNotification();
     // ODD-79: a socket that cannot be shut down stays open, and connected if it was.
-    if (shutdown(m_Socket, SD_SEND) == SOCKET_ERROR) return WSAGetLastError();
-    Drain(m_Socket);
+    const int error = StopSending();
+    if (error != 0) return error;
+    while (DropReceived(m_Socket) > 0) continue;
     m_bConnected = false;
     return ErrorOf(CloseSocket());
+}
+
+int CSocket::DisconnectWithin(unsigned int milliseconds) {
+    if (m_Socket == INVALID_SOCKET) {
+        m_bConnected = false;
+        return 0;
+    }
+    CancelNotification();
+    int error = StopSending();
+    if (error == 0) error = DrainWithin(m_Socket, milliseconds);
+    if (error == WAIT_TIMEOUT) return WSAETIMEDOUT;
+    m_bConnected = false;
+    const int closing = ErrorOf(CloseSocket());
+    return error != 0 ? error : closing;
+}
+
+int CSocket::StopSending() {
+    return ErrorOf(shutdown(m_Socket, SD_SEND));
 }
 
 int CSocket::BindTo(unsigned long address, unsigned short port) {

@@ -35,6 +35,18 @@ int WINAPI NoOption(SOCKET, int, int, char*, int*) {
     return SOCKET_ERROR;
 }
 
+/// What the next send does: takes so many bytes, then reports the error if there is one.
+struct {
+    int taken;
+    int error;
+} nextSend;
+
+int WINAPI SendPart(SOCKET socket, const char* bytes, int, int flags) {
+    send(socket, bytes, nextSend.taken, flags);
+    WSASetLastError(nextSend.error);
+    return nextSend.error == 0 ? nextSend.taken : SOCKET_ERROR;
+}
+
 /// The Unix path of the peer beside this program; empty where programs are not run by Wine.
 std::wstring PeerScript() {
     return UnixPath(Beside(L"peer.sh"));
@@ -44,6 +56,13 @@ std::unique_ptr<CCommMsg> Message(const std::string& text) {
     std::unique_ptr<CCommMsg> message(new (static_cast<unsigned int>(text.size())) CCommMsg);
     text.copy(reinterpret_cast<char*>(message->GetData()), text.size());
     return message;
+}
+
+/// Everything up to the end of the stream.
+std::string ReceiveAll(SOCKET from) {
+    std::string all;
+    for (char byte = 0; recv(from, &byte, 1, 0) == 1;) all += byte;
+    return all;
 }
 
 std::string Line(SOCKET from) {
@@ -199,6 +218,33 @@ TEST_F(MsgSocket, WritingSendsTheWireFormAndRestoresTheTimeOut) {
     const ImportPatch get(kLibrary, "getsockopt", NoOption);
     EXPECT_EQ(receiver->Write(large.get(), 50), WSAENOTSOCK);
     EXPECT_EQ(setTimeouts, 1);
+}
+
+TEST_F(MsgSocket, NothingFollowsARecordThatWasCut) {
+    const struct {
+        int taken, error, result;
+        bool cut;
+    } rows[] = {{6, 0, 0, true},
+                {6, WSAETIMEDOUT, WSAETIMEDOUT, true},
+                {9, 0, 0, false},
+                {0, WSAEWOULDBLOCK, WSAEWOULDBLOCK, false}};
+    for (const auto& [taken, error, result, cut] : rows) {
+        SCOPED_TRACE(testing::Message() << taken << " bytes, error " << error);
+        Connect(CSocket::MODE_EVENT);
+        nextSend = {taken, error};
+        {
+            const ImportPatch patch(kLibrary, "send", SendPart);
+            EXPECT_EQ(receiver->Write(Message("first").get(), 50), result);
+        }
+        EXPECT_EQ(receiver->Write(Message("second").get(), 50), cut ? WSAESHUTDOWN : 0);
+        Send(Wire("received"));
+        Hear();
+        EXPECT_EQ(receiver->records, Records{"received"});
+        EXPECT_EQ(receiver->Disconnect(), 0);
+        EXPECT_EQ(ReceiveAll(peer),
+                  Wire("first").substr(0, static_cast<std::size_t>(taken)) + (cut ? "" : Wire("second")));
+        closesocket(peer);
+    }
 }
 
 TEST_F(MsgSocket, CopiesShareTheBufferAndTheLastFreesIt) {

@@ -6,6 +6,8 @@
 #include <tessel/net/ipaddress.h>
 
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -27,6 +29,11 @@ protected:
 int WSAAPI AllEvents(SOCKET, WSAEVENT, WSANETWORKEVENTS* events) {
     events->lNetworkEvents = FD_CLOSE | FD_WRITE | FD_READ | FD_CONNECT | FD_ACCEPT;
     return 0;
+}
+
+int WSAAPI ResetByPeer(SOCKET, char*, int, int) {
+    WSASetLastError(WSAECONNRESET);
+    return SOCKET_ERROR;
 }
 
 SOCKET WSAAPI NoSocket(int, int, int) {
@@ -99,6 +106,53 @@ TEST(Socket, DropsWhatThePeerStillSendsBeforeItCloses) {
     EXPECT_EQ(window.Take(WM_SOCKET_DATA), 0) << "nobody is told of what is dropped";
     char end = 0;
     EXPECT_EQ(recv(connection.bare, &end, 1, 0), 0); // a close with unread data would reset the connection
+}
+
+TEST(Socket, DisconnectingWithinATimeLosesNothing) {
+    const MessageWindow window;
+    for (const auto mode :
+         {CSocket::MODE_BLOCKING, CSocket::MODE_NONBLOCKING, CSocket::MODE_WINDOW, CSocket::MODE_EVENT}) {
+        Connection connection;
+        CSocket own(connection.handle, mode, window.Get());
+        ASSERT_EQ(own.InitConnected(), 0);
+        std::size_t arrived = 0;
+        std::thread peer([&] { // answers while it receives, so that a close at once would reset the connection
+            char piece[4096];
+            for (int got = 0; (got = recv(connection.bare, piece, sizeof piece, 0)) > 0;) {
+                if (arrived == 0) connection.Send(piece, 100);
+                arrived += static_cast<std::size_t>(got);
+            }
+            connection.Close();
+        });
+        const std::vector<unsigned char> data(3000000);
+        std::size_t sent = 0;
+        while (sent < data.size()) {
+            unsigned int count = 0;
+            (void)own.Send(&data[sent], static_cast<unsigned int>(data.size() - sent), &count, 0);
+            sent += count;
+        }
+        EXPECT_EQ(own.DisconnectWithin(INFINITE), 0);
+        peer.join();
+        EXPECT_EQ(arrived, data.size()) << "mode " << mode;
+        EXPECT_FALSE(own.IsConnected());
+        EXPECT_EQ(own.DisconnectWithin(0), 0) << "without a socket";
+    }
+}
+
+TEST(Socket, AfterATimeOutDisconnectingCanBeTriedAgain) {
+    Connection connection(CSocket::MODE_EVENT);
+    CSocket& own = *connection.own;
+    EXPECT_EQ(own.DisconnectWithin(20), WSAETIMEDOUT);
+    EXPECT_TRUE(own.IsConnected());
+    EXPECT_TRUE(own.IsSocket(connection.handle));
+    connection.Close();
+    EXPECT_EQ(own.DisconnectWithin(10000), 0);
+    EXPECT_TRUE(own.IsSocket(INVALID_SOCKET));
+    Connection resetting(CSocket::MODE_EVENT);
+    resetting.Close();
+    const ImportPatch patch(L"Tessel.dll", "recv", &ResetByPeer);
+    EXPECT_EQ(resetting.own->DisconnectWithin(10000), WSAECONNRESET);
+    EXPECT_TRUE(resetting.own->IsSocket(INVALID_SOCKET));
 }
 
 TEST(Socket, BlocksInModeBlockingOnly) {

@@ -48,10 +48,19 @@ public:
     /// Frees the buffer, unless a copy still uses it, and does what CSocket does.
     ~CMsgSocket() override;
 
-    /// Sends one record with one call; a part that the system takes before the time-out counts as sent.
+    /// Sends one record with one call.
+    ///
+    /// A record can be cut: a non-blocking socket takes as much as there is room for, and the result is 0; a blocking
+    /// one that times out has sent an unknown part. Nothing can follow a part of a record, so sending ends there: the
+    /// peer reads what was sent and then the end of the stream, and each further send fails with WSAESHUTDOWN (10058).
+    /// Disconnect then, connect anew and send the record again. To send to a slow peer without waiting, use Send() with
+    /// GetMsg() and GetXmitLength(), which returns how much was taken, and send the rest when Select() returns 2.
     /// @param msg      record; stays the caller's
-    /// @param timeout  milliseconds that this send may wait; 0 for ever. The socket's own time-out is as before then
-    /// @return 0; WSAENOBUFS (10055): more than 2^31 - 5 bytes of data; else a Winsock error
+    /// @param timeout  milliseconds that this send may wait on a blocking socket; 0 for ever. The socket's own time-out
+    ///                 is restored
+    /// @return 0: sent, or cut on a non-blocking socket; WSAEWOULDBLOCK (10035): a non-blocking socket took nothing;
+    ///         WSAETIMEDOUT (10060): cut; WSAESHUTDOWN (10058): an earlier record was cut; WSAENOBUFS (10055): more
+    ///         than 2^31 - 5 bytes of data; else a Winsock error
     int Write(const CCommMsg* msg, unsigned int timeout);
 
     /// Waits for one record. It always receives first: a second record that came along with one returned before is
@@ -67,6 +76,7 @@ private:
     void Initialize(unsigned int size);
     void ShareWith(const CMsgSocket& other);
     void ReleaseBuffer();
+    int SendRecord(const CCommMsg& msg);
     bool IsFull() const;
     int Fill();
     void AskForEvent();

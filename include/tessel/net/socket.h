@@ -152,12 +152,24 @@ public:
     /// @return 0 or a Winsock error; the mode is stored in either case
     int SetMode(MODE mode, unsigned int message, long events);
 
-    /// Closes a connection gracefully: tells the peer that nothing more comes, reads and drops what the peer still
-    /// sends, and closes. On a blocking socket it waits until the peer closes too, for ever when the peer's machine is
-    /// gone; after SetMode(MODE_NONBLOCKING, 0, 0) it waits for nothing. A socket that cannot be shut down (it never
-    /// was connected, it listens) stays open.
+    /// Ends sending, drops what the peer sends, and closes.
+    ///
+    /// A blocking socket waits until the peer closes too, for ever if the peer's machine is gone. Any other drops only
+    /// what has arrived and closes: if the peer is still sending, the system resets the connection, and the peer may
+    /// lose the end of what was sent to it. Use DisconnectWithin() where that matters. In every mode, a peer that sends
+    /// without a pause delays the return. A socket that cannot be shut down (it never was connected, it listens) stays
+    /// open.
     /// @return 0, also without a socket; else a Winsock error
     virtual int Disconnect();
+
+    /// Closes a connection without losing what was sent: ends sending, drops what the peer sends, and waits until the
+    /// peer has closed too, in any mode. A peer that reads up to the end of the stream and then closes has received
+    /// everything.
+    /// @param milliseconds  longest wait; INFINITE for ever
+    /// @return 0: the peer has closed, or there was no socket; WSAETIMEDOUT (10060): it has not, and the socket stays
+    ///         open without events: call again, or give up with Disconnect(); else a Winsock error, and the socket is
+    ///         closed
+    int DisconnectWithin(unsigned int milliseconds);
     ///@}
 
     /// @name Transfer
@@ -310,8 +322,9 @@ public:
     /// @return true: it is
     bool IsBlockingMode() const { return m_Mode == MODE_BLOCKING; }
 
-    /// Whether Connect() or InitConnected() succeeded, and neither did Disconnect() or a new set-up since nor did the
-    /// wait of WriteMessage() fail. A peer that closes changes nothing here.
+    /// Whether Connect() made a connection or InitConnected() marked one, even if its events could then not be
+    /// requested. It ends when Disconnect() or DisconnectWithin() closes the socket, with a new set-up or a failed
+    /// wait in WriteMessage(), but not when the peer closes.
     /// @return true: connected
     bool IsConnected() const { return m_bConnected; }
 
@@ -394,6 +407,10 @@ protected:
     /// Called by ProcessEvents() when the peer has closed. It may be called twice for one close, and while data is
     /// still there to be read. Does nothing here.
     virtual void OnClose();
+
+    /// Ends sending: the peer reads what was sent and then the end of the stream. Receiving goes on.
+    /// @return 0 or a Winsock error
+    int StopSending();
 
 private:
     friend struct CSocketLayout;
