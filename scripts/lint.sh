@@ -78,6 +78,7 @@ check format check_format
 check code check_tidy
 check documentation check_documentation
 check oddities check_oddities
+check floors scripts/check-floors.sh
 check "shown programs" check_shown_programs
 check links check_links
 check scripts shellcheck -x dev .ci/run scripts/*.sh tests/*/*.sh

@@ -2,16 +2,32 @@
 
 #include <cstdio>
 
+class Hello : public OSClass {
+public:
+    Hello() : OSClass(nullptr, L"hello", 0, nullptr), m_mailbox(kId) {}
+
+private:
+    static constexpr ORCAOBJID kId{1000};
+
+    void OnStart() override {
+        const auto* const text = reinterpret_cast<const unsigned char*>("hello");
+        if (m_mailbox.RegisterMailbox(GetFrameWindow()) != 0 || m_mailbox.Send(kId, 7, 6, text, 0, nullptr) != 0)
+            ExitApplication(1);
+    }
+    void OnMessage(HWND, UINT message, WPARAM, LPARAM number) override {
+        if (message != MAILBOX_NOTIFICATION) return;
+        SBLOCK* const block = m_mailbox.GetMessageBlock(LOWORD(number));
+        if (block == nullptr || block->BlkNum != LOWORD(number)) return; // any program can post a notification
+        std::printf("message %u: %.6s\n", static_cast<unsigned>(block->MsgId), reinterpret_cast<char*>(block->Data));
+        ExitApplication(m_mailbox.ReleaseMemory(block));
+    }
+    void OnClose() override {}
+    void OnPumpExit(int, const wchar_t*) override {}
+
+    CMailBox m_mailbox;
+};
+
 int main() {
     CPostOffice::CreateGlobalPostOffice();
-    const HWND window = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
-    CMailBox mailbox(ORCAOBJID{1000});
-    const auto* const hello = reinterpret_cast<const unsigned char*>("hello");
-    if (mailbox.RegisterMailbox(window) != 0 || mailbox.Send(ORCAOBJID{1000}, 7, 6, hello, 0, nullptr) != 0) return 1;
-    MSG message;
-    GetMessageW(&message, window, MAILBOX_NOTIFICATION, MAILBOX_NOTIFICATION);
-    SBLOCK* const block = mailbox.GetMessageBlock(LOWORD(message.lParam));
-    if (block == nullptr || block->BlkNum != LOWORD(message.lParam)) return 1; // anyone can post a notification
-    std::printf("message %lu: %.6s\n", static_cast<unsigned long>(block->MsgId), reinterpret_cast<char*>(block->Data));
-    return mailbox.ReleaseMemory(block);
+    return Hello().OS_Pump();
 }
