@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <cwchar>
 #include <iterator>
@@ -61,6 +62,18 @@ char* WriteLine(char* text, std::size_t which, const char* value) {
     return text + std::sprintf(text, "%s=%s\r\n", kNames[which].narrow, value);
 }
 
+/// @return 0: the text fits its field; else why what is kept of it cannot be started
+unsigned long ErrorOfCut(const char* value) {
+    return std::strlen(value) < CCommand::PATH_SIZE ? 0 : ERROR_FILENAME_EXCED_RANGE;
+}
+
+unsigned long ErrorOfCut(const wchar_t* value) {
+    char converted[CCommand::PATH_SIZE];
+    const std::size_t length = std::wcstombs(converted, value, sizeof converted);
+    if (length == static_cast<std::size_t>(-1)) return ERROR_NO_UNICODE_TRANSLATION;
+    return length < sizeof converted ? 0 : ERROR_FILENAME_EXCED_RANGE;
+}
+
 /// @return room for two texts and what joins them; null, which is reported: no memory
 Buffer RoomFor(const char* first, const char* second, const char* name, unsigned int line) {
     constexpr std::size_t kBetween = 10;
@@ -69,12 +82,12 @@ Buffer RoomFor(const char* first, const char* second, const char* name, unsigned
     return room;
 }
 
-/// @return false: the expansion has no room
-bool Expand(const char* path, char (&expanded)[CCommand::PATH_SIZE]) {
+/// @return 0; else an error: the expansion has no room
+unsigned long Expand(const char* path, char (&expanded)[CCommand::PATH_SIZE]) {
     std::memset(expanded, 0, sizeof expanded);
     const DWORD length = ExpandEnvironmentStringsA(path, expanded, sizeof expanded);
     expanded[sizeof expanded - 1] = '\0'; // GUARD-153: an expansion without room is left open
-    return length != 0 && length <= sizeof expanded;
+    return length != 0 && length <= sizeof expanded ? 0 : ERROR_FILENAME_EXCED_RANGE;
 }
 
 /// @return id of the process; 0: it could not be started (GetLastError())
@@ -90,7 +103,7 @@ DWORD Start(char* commandLine, const char* directory) {
 
 CCommand::CCommand()
     : m_iCmdId(0), m_iBitmap1(0), m_iBitmap2(0), m_Type(CMD_NONE), m_szPathFileName{}, m_szWorkDir{}, m_szArguments{},
-      m_szSubstituted{}, m_szRestartKey{}, m_Command{} {}
+      m_szSubstituted{}, m_szRestartKey{}, m_Command{}, m_ulPathError(0), m_ulWorkDirError(0) {}
 
 bool CCommand::IsStartable() const {
     return (m_Type == CMD_AUTOMATIC || m_Type == CMD_MANUAL) && m_szPathFileName[0] != '\0';
@@ -123,8 +136,14 @@ void CCommand::ReadValue(const wchar_t* name, const wchar_t* value) {
 /// GUARD-152: a value that is longer than its field is cut; it would run over the next ones.
 template <class Character> void CCommand::SetText(std::size_t which, const Character* value) {
     switch (which) {
-    case WORK_DIR: (void)CopyString(m_szWorkDir, value, PATH_SIZE); break;
-    case PATH_FILE_NAME: (void)CopyString(m_szPathFileName, value, PATH_SIZE); break;
+    case WORK_DIR:
+        (void)CopyString(m_szWorkDir, value, PATH_SIZE);
+        m_ulWorkDirError = ErrorOfCut(value);
+        break;
+    case PATH_FILE_NAME:
+        (void)CopyString(m_szPathFileName, value, PATH_SIZE);
+        m_ulPathError = ErrorOfCut(value);
+        break;
     case RESTART_KEY: (void)CopyString(m_szRestartKey, value, PATH_SIZE); break;
     default: (void)CopyString(m_szArguments, value, ARGUMENTS_SIZE); InitSubstituteArguments();
     }
@@ -213,8 +232,11 @@ bool CCommand::IsAbsoluteFilePath(char* path) {
 unsigned long CCommand::Execute() {
     char directory[PATH_SIZE];
     char program[PATH_SIZE];
-    const bool hasDirectory = Expand(m_szWorkDir, directory);
-    const bool hasProgram = Expand(m_szPathFileName, program);
+    // GUARD-262: a part of a path may be the path of another program.
+    unsigned long error = m_ulPathError != 0 ? m_ulPathError : m_ulWorkDirError;
+    for (const unsigned long result : {Expand(m_szWorkDir, directory), Expand(m_szPathFileName, program)}) {
+        if (error == 0) error = result;
+    }
     const Buffer path = RoomFor(directory, program, "pPathName", 306);
     if (path == nullptr) return 0; // GUARD-157
     const bool joined = directory[0] != '\0' && !IsAbsoluteFilePath(program);
@@ -222,10 +244,9 @@ unsigned long CCommand::Execute() {
     const Buffer commandLine = RoomFor(path.get(), m_szSubstituted, "pCmdLine", 317);
     if (commandLine == nullptr) return 0; // GUARD-157
     std::sprintf(commandLine.get(), "\"%s\" %s", path.get(), m_szSubstituted);
-    const bool isWhole = hasDirectory && hasProgram; // a part of a path may be the path of another program
-    const unsigned long processId = isWhole ? Start(commandLine.get(), directory) : 0;
+    const unsigned long processId = error == 0 ? Start(commandLine.get(), directory) : 0;
     if (processId != 0) return processId;
-    ShowFailure(isWhole ? GetLastError() : ERROR_FILENAME_EXCED_RANGE, program, directory, commandLine.get());
+    ShowFailure(error == 0 ? GetLastError() : error, program, directory, commandLine.get());
     return 0;
 }
 

@@ -137,7 +137,6 @@ int CPrepMo::PartitionAndFormat(unsigned short driveLetter, const wchar_t* devic
 }
 
 int CPrepMo::Reformat(unsigned short driveLetter) {
-    if (driveLetter == 0) return ERROR_INVALID_DRIVE; // GUARD-186: it would end the names and the command line
     try {
         return static_cast<int>(Format(static_cast<wchar_t>(driveLetter)));
     } catch (const std::bad_alloc&) {

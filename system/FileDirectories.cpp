@@ -15,8 +15,12 @@ unsigned long ErrorOf(BOOL succeeded) {
 }
 
 unsigned long Create(const std::wstring& path) {
-    const unsigned long error = ErrorOf(CreateDirectoryW(path.c_str(), nullptr));
-    return error == ERROR_ALREADY_EXISTS ? 0 : error;
+    return ErrorOf(CreateDirectoryW(path.c_str(), nullptr));
+}
+
+bool IsFile(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 
 /// Where the directories of a path begin: behind its drive, or behind the share of a network path.
@@ -35,11 +39,14 @@ unsigned long CreateAll(const std::wstring& path) {
     if (start == std::wstring::npos) return ERROR_PATH_NOT_FOUND;
     if (start < path.size() && path[start] == L'\\') ++start;
     unsigned long error = 0;
-    for (std::size_t end = path.find(L'\\', start); end != std::wstring::npos && error == 0;
-         end = path.find(L'\\', end + 1)) {
-        error = Create(path.substr(0, end));
+    std::wstring directory;
+    for (std::size_t end = path.find(L'\\', start);
+         end != std::wstring::npos && (error == 0 || error == ERROR_ALREADY_EXISTS); end = path.find(L'\\', end + 1)) {
+        directory = path.substr(0, end);
+        error = Create(directory);
     }
-    return error;
+    if (error != ERROR_ALREADY_EXISTS) return error;
+    return IsFile(directory) ? ERROR_DIRECTORY : 0;
 }
 
 /// Removes a tree. Its depth is bounded by the length of paths only, so that the open searches are no call frames.
@@ -100,6 +107,7 @@ private:
         m_path.append(L"\\").append(m_entry.cFileName);
         if (!(m_entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) return Removed(DeleteFileW(m_path.c_str()));
         if (!m_recursive || IsSelfOrParent()) return Removed(TRUE);
+        if (IsUnixLink()) return Removed(TRUE);
         if (IsLink()) return Removed(RemoveDirectoryW(m_path.c_str()));
         Enter();
         return 0;
@@ -107,6 +115,12 @@ private:
 
     bool IsSelfOrParent() const {
         return std::wcscmp(m_entry.cFileName, L".") == 0 || std::wcscmp(m_entry.cFileName, L"..") == 0;
+    }
+
+    /// GUARD-260: Wine reports a Unix link to a directory with tag 0, which no reparse point has, and removes what the
+    /// link leads to. It stays, and the directory that holds it is not empty.
+    bool IsUnixLink() const {
+        return (m_entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) && m_entry.dwReserved0 == 0;
     }
 
     /// GUARD-199: what lies behind a link belongs to another tree. Directories of other reparse points are none.

@@ -1,6 +1,7 @@
 #include <foundation/Permit.h>
 #include <foundation/SharedOwners.h>
 #include <foundation/SlimLock.h>
+#include <system/VersionResource.h>
 #include <tessel/system/version.h>
 
 #include <algorithm>
@@ -23,12 +24,14 @@ constexpr unsigned long kLockTimeoutMs = 5000;
 /// Keeps the count right when the lock of all processes is not to be had.
 SRWLOCK countLock = SRWLOCK_INIT;
 
-/// Zeros behind the version resource. GUARD-182: what claims more than the file has ends in them.
-constexpr DWORD kTailSize = sizeof(VS_FIXEDFILEINFO);
+/// Zeros behind the version resource. GUARD-182: a value that claims more than the file has ends in them; an aligned
+/// value starts up to 3 bytes behind the resource.
+constexpr DWORD kTailSize = sizeof(VS_FIXEDFILEINFO) + 3;
 
-unsigned char* LoadVersionInfo(const wchar_t* path) {
+/// @param size  receives the bytes of the resource
+unsigned char* LoadVersionInfo(const wchar_t* path, DWORD& size) {
     DWORD unused = 0;
-    const DWORD size = GetFileVersionInfoSizeW(path, &unused);
+    size = GetFileVersionInfoSizeW(path, &unused);
     if (size == 0 || size > MAXDWORD - kTailSize) return nullptr;
     auto* const info = new (std::nothrow) unsigned char[size + kTailSize]{};
     if (info == nullptr || GetFileVersionInfoW(path, 0, size, info)) return info;
@@ -135,7 +138,18 @@ int CSwVersion::GetFileCount() {
 }
 
 void CSwVersion::ReadVersion(const wchar_t* path) {
-    m_pVersionInfo = LoadVersionInfo(path);
+    using tessel::VersionResource;
+    DWORD size = 0;
+    m_pVersionInfo = LoadVersionInfo(path, size);
+    if (m_pVersionInfo == nullptr) return;
+    const VersionResource readable = tessel::CheckVersionResource(m_pVersionInfo, size);
+    if (readable != VersionResource::DAMAGED) ReadFixedPart();
+    if (readable == VersionResource::WHOLE) return;
+    delete[] m_pVersionInfo; // GUARD-261: the system would follow the lengths of its blocks out of the resource
+    m_pVersionInfo = nullptr;
+}
+
+void CSwVersion::ReadFixedPart() {
     const Value root = Query(m_pVersionInfo, L"\\");
     if (root.size < sizeof(VS_FIXEDFILEINFO)) return; // GUARD-182
     const auto& fixed = *static_cast<const VS_FIXEDFILEINFO*>(root.data);

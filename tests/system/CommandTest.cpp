@@ -187,8 +187,9 @@ TEST_F(Command, LongTextsAreCutToTheirFields) {
         EXPECT_EQ(text, value.substr(0, 259));
     EXPECT_EQ(record.Arguments, value.substr(0, 255));
     EXPECT_EQ(AsText(command).size(), command.GetSizeAsText() - 5);
-    EXPECT_EQ(CommandLine(command),
-              "\"" + value.substr(0, 259) + "\\" + value.substr(0, 259) + "\" " + value.substr(0, 255));
+    const std::string longest = value.substr(0, 259);
+    command = FromText("Arguments=" + value + "PathFileName=" + longest + "\r\nWorkDir=" + longest + "\r\n");
+    EXPECT_EQ(CommandLine(command), "\"" + longest + "\\" + longest + "\" " + value.substr(0, 255));
 }
 
 TEST_F(Command, PlaceholdersAreReplacedOneByOneUntilTakenBack) {
@@ -210,7 +211,6 @@ TEST_F(Command, PlaceholdersAreReplacedOneByOneUntilTakenBack) {
 
 TEST_F(Command, ProgramIsLookedForInTheWorkingDirectoryUnlessItsPathTellsWhere) {
     SetEnvironmentVariableA("TOOLS", "C:\\To ols");
-    SetEnvironmentVariableA("LONG", std::string(300, 'l').c_str());
     const std::string deep = std::string(257, 'd') + "\\a";
     const std::string deepLine = "\"" + deep + "\" -f|D:\\x";
     for (const auto& [program, directory, expected] : Rows{
@@ -226,11 +226,26 @@ TEST_F(Command, ProgramIsLookedForInTheWorkingDirectoryUnlessItsPathTellsWhere) 
             .Execute();
         EXPECT_EQ(started, expected);
     }
-    for (const char* const text : {"PathFileName=%LONG%\r\n", "WorkDir=%LONG%\r\nPathFileName=a.exe\r\n"}) {
+}
+
+TEST_F(Command, ProgramWhosePathIsNotWholeIsNotStarted) {
+    SetEnvironmentVariableA("LONG", std::string(300, 'l').c_str());
+    const std::string cut = std::string(250, 'd') + "\\other.exe.disabled\r\n";
+    for (const std::string& text :
+         {std::string("PathFileName=%LONG%\r\n"), "PathFileName=" + cut,
+          std::string("WorkDir=%LONG%\r\nPathFileName=a.exe\r\n"), "WorkDir=" + cut + "PathFileName=a.exe\r\n"}) {
         started.clear();
         EXPECT_EQ(FromText(text).Execute(), 0UL);
-        EXPECT_EQ(started + SystemText(ERROR_FILENAME_EXCED_RANGE), shown.substr(shown.rfind('\t') + 1));
+        EXPECT_EQ(started + SystemText(ERROR_FILENAME_EXCED_RANGE), shown.substr(shown.rfind('\t') + 1)) << text;
     }
+    Set(L"PathFileName", L"other.exe\u4e00.disabled");
+    started.clear();
+    CCommand command = FromRegistry();
+    EXPECT_EQ(command.Execute(), 0UL);
+    EXPECT_EQ(started + SystemText(ERROR_NO_UNICODE_TRANSLATION), shown.substr(shown.rfind('\t') + 1));
+    std::string whole = "PathFileName=a.exe\r\n";
+    command.InitializeFromText(whole.data());
+    EXPECT_EQ(CommandLine(command), "\"a.exe\" ");
 }
 
 TEST_F(Command, FailureIsShown) {

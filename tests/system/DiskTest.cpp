@@ -280,7 +280,6 @@ TEST_F(PrepMo, AnyFailureIsTheResult) {
     }
     device.calls.clear();
     EXPECT_EQ(prepMo.PartitionAndFormat(0, 1), ERROR_INVALID_DRIVE);
-    EXPECT_EQ(prepMo.Reformat(0), ERROR_INVALID_DRIVE);
     EXPECT_EQ(device.calls, Calls());
     for (const wchar_t* none : {L"", static_cast<const wchar_t*>(nullptr)}) {
         EXPECT_EQ(prepMo.PartitionAndFormat('7', none), ERROR_INVALID_DRIVE);

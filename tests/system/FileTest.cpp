@@ -1,5 +1,6 @@
 #include "support/ImportPatch.h"
 #include "support/Reports.h"
+#include "support/UnixTool.h"
 
 #include <gtest/gtest.h>
 #include <tessel/system/file.h>
@@ -83,7 +84,7 @@ BOOL WINAPI NextWithLinks(HANDLE search, WIN32_FIND_DATAW* entry) {
     const std::wstring name = entry->cFileName;
     if (name != L"link" && name != L"far") return TRUE;
     entry->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
-    entry->dwReserved0 = name == L"link" ? IO_REPARSE_TAG_MOUNT_POINT : 0;
+    entry->dwReserved0 = name == L"link" ? IO_REPARSE_TAG_MOUNT_POINT : IO_REPARSE_TAG_DEDUP;
     return TRUE;
 }
 
@@ -317,6 +318,29 @@ TEST_F(Directories, AreMadeAndRemovedWithAllThatIsInThem) {
     EXPECT_EQ(RemoveDirAndFiles((tree + L"\\\\").c_str(), true), 0u);
     EXPECT_EQ(RemoveDir(tree.c_str()), DWORD{ERROR_FILE_NOT_FOUND});
     EXPECT_EQ(RemoveDir(nullptr), 0xFFFFFFFF);
+}
+
+TEST_F(Directories, ThatAreFilesAreNotMade) {
+    Make(path);
+    EXPECT_EQ(CreateDir((path / L"").c_str()), DWORD{ERROR_DIRECTORY});
+    EXPECT_EQ(CreateDir((path / L"below" / L"").c_str()), DWORD{ERROR_PATH_NOT_FOUND});
+}
+
+TEST_F(Directories, BehindUnixLinksStayAsTheyAre) {
+    if (UnixPath(folder).empty()) GTEST_SKIP() << "no Unix under this system";
+    const fs::path tree = folder / L"tree";
+    fs::create_directories(folder / L"empty");
+    fs::create_directories(folder / L"full");
+    fs::create_directories(tree);
+    Make(folder / L"full" / L"kept");
+    Make(tree / L"file");
+    const std::wstring root = UnixPath(folder);
+    RunUnix(L"cd '" + root + L"'; ln -s ../full tree/full; ln -s ../empty tree/empty");
+    EXPECT_EQ(RemoveDirAndFiles(tree.c_str(), true), DWORD{ERROR_DIR_NOT_EMPTY});
+    EXPECT_TRUE(fs::exists(folder / L"full" / L"kept"));
+    EXPECT_TRUE(fs::exists(folder / L"empty"));
+    EXPECT_FALSE(fs::exists(tree / L"file"));
+    RunUnix(L"rm '" + root + L"'/tree/*"); // else the end of the test would follow them
 }
 
 TEST_F(Directories, LoseOnlyWhatCanBeRemoved) {

@@ -8,8 +8,10 @@
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
+#include <iterator>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -58,6 +60,18 @@ struct Version : testing::Test {
         const fs::path copy = folder / name;
         fs::copy_file(Built(name), copy);
         return Dated(copy);
+    }
+
+    /// A copy of the older version in which a byte is changed, counted from the start of the first block of a name.
+    fs::path Damaged(std::wstring_view block, std::size_t offset, char byte) {
+        constexpr std::size_t keyOffset = 6;
+        std::ifstream built(Built("older"), std::ios::binary);
+        std::string bytes(std::istreambuf_iterator<char>(built), {});
+        const std::string key(reinterpret_cast<const char*>(block.data()), block.size() * sizeof(wchar_t));
+        bytes.at(bytes.find(key) - keyOffset + offset) = byte;
+        const fs::path file = folder / "damaged";
+        std::ofstream(file, std::ios::binary) << bytes;
+        return file;
     }
 };
 
@@ -259,6 +273,32 @@ TEST_F(Version, AResourceThatIsCutOffIsReadAsFarAsItGoes) {
     EXPECT_EQ(TextOf(cutOff), L"untouched false");
     FakeResource::translationSize = 4;
     EXPECT_EQ(TextOf(cutOff), L"abc") << "what the resource says, not what follows";
+}
+
+TEST_F(Version, ADamagedResourceHasNoTexts) {
+    constexpr std::size_t length = 0; // offsets in a block
+    constexpr std::size_t lengthHigh = 1;
+    constexpr std::size_t type = 4;
+    const struct {
+        std::wstring_view block;
+        std::size_t offset;
+        char value;
+        const char* numbers;
+    } rows[] = {
+        {L"VS_VERSION_INFO", lengthHigh, '\xFF', "0.0.0.0 "},
+        {L"VS_VERSION_INFO", type, ' ', ""},
+        {L"VS_VERSION_INFO", type, '\x80', "0.0.0.0 "},
+        {L"StringFileInfo", lengthHigh, '\xFF', "1.2.10.7 "},
+        {L"040904B0", lengthHigh, '\x7F', "1.2.10.7 "},
+        {L"ProductName", lengthHigh, '\x7F', "1.2.10.7 "},
+        {L"ProductName", length, 8, "1.2.10.7 "},
+        {L"VarFileInfo", lengthHigh, '\xFF', "1.2.10.7 "},
+    };
+    for (const auto& [block, offset, value, numbers] : rows) {
+        CSwVersion version(Damaged(block, offset, value).c_str());
+        EXPECT_TRUE(fs::path(Described(version)).string().starts_with(numbers)) << Described(version);
+        EXPECT_EQ(TextOf(version), L"untouched false") << block.data() << " at " << offset;
+    }
 }
 
 TEST(Array, GrowsToWhereAnElementIsSet) {

@@ -13,9 +13,9 @@
 ///
 /// Program and working directory may hold references to environment variables (%NAME%), which are expanded when the
 /// program starts; one whose expansion takes more than 259 bytes is not started. All text is 8-bit; what is longer than
-/// its field is cut. Text of the registry is converted in the C runtime's locale (CopyString()), and the system reads
-/// it in its own code page: beyond ASCII the two agree when the program has set that locale.
-/// Copies stand for themselves. Threads: one thread at a time uses an object.
+/// its field is cut, and a program or working directory that was cut is not started. Text of the registry is converted
+/// in the C runtime's locale (CopyString()), and the system reads it in its own code page: beyond ASCII the two agree
+/// when the program has set that locale. Copies stand for themselves. Threads: one thread at a time uses an object.
 class TESSEL_API CCommand {
 public:
     /// Room for texts in bytes, terminator included.
@@ -174,4 +174,6 @@ private:
     char m_szSubstituted[ARGUMENTS_SIZE];
     char m_szRestartKey[PATH_SIZE];
     COMMAND m_Command;
+    unsigned long m_ulPathError;
+    unsigned long m_ulWorkDirError;
 };

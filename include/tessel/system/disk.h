@@ -92,8 +92,8 @@ public:
     /// The command's input and output are the files $$Efmtin.txt and $$Efmtout.txt (for drive E) in the folder that
     /// the environment variable "TEMP" names, or in C:\. They stay there; where they cannot be made, the command does
     /// without. Its input is at its end: a command that waits for an answer finds none.
-    /// @param driveLetter  the drive's letter, a character
-    /// @return the command's exit code; 259: it took too long and was ended; ERROR_INVALID_DRIVE (15): no letter;
-    ///         ERROR_NOT_ENOUGH_MEMORY (8); else the Win32 error that kept it from starting
+    /// @param driveLetter  the drive's letter, a character; 0: the command runs without arguments and decides
+    /// @return the command's exit code; 259: it took too long and was ended; ERROR_NOT_ENOUGH_MEMORY (8); else the
+    /// Win32 error that kept it from starting
     int Reformat(unsigned short driveLetter);
 };

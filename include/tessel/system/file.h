@@ -268,8 +268,8 @@ private:
 /// share are created.
 /// @param path  the path, as a rule of a file; a directory's ends with a backslash
 /// @return 0: they exist; 0xFFFFFFFF: null path; ERROR_PATH_NOT_FOUND (3): a network path without a backslash behind
-///         its share; ERROR_NOT_ENOUGH_MEMORY (8); else the Win32 error of the first directory that could not be
-///         created
+///         its share, or a directory below a file; ERROR_DIRECTORY (267): the last directory exists as a file;
+///         ERROR_NOT_ENOUGH_MEMORY (8); else the Win32 error of the first directory that could not be created
 TESSEL_API unsigned long CreateDir(const wchar_t* path);
 
 /// Removes an empty directory.
@@ -279,7 +279,8 @@ TESSEL_API unsigned long RemoveDir(const wchar_t* path);
 
 /// Removes a directory with its files. The first entry that cannot be removed ends it; what was removed until then is
 /// gone. Links and mount points among its entries are removed themselves and never followed; when the path itself is
-/// one, what it leads to is emptied and the link removed.
+/// one, what it leads to is emptied and the link removed. Under Wine, links to Unix directories stay, and the result is
+/// ERROR_DIR_NOT_EMPTY; a link to a Unix file counts as the file that it leads to, which is deleted.
 /// @param path        the directory; backslashes at its end play no part. An empty text names none, a backslash alone
 ///                    the root of the current drive
 /// @param bRecursive  true: the directories in it are removed too, with all that is in them; false: they are left

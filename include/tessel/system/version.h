@@ -108,7 +108,9 @@ public:
     /// @param name   the text's name
     /// @param value  receives the text; terminated only when it is shorter than the room
     /// @param len    room in @p value in characters
-    /// @return true: copied; false: the file has no version resource or that no such text, or a pointer is null
+    /// @return true: copied; false: the file has no version resource or a damaged one, there is no such text, or a
+    /// pointer
+    ///         is null
     bool GetVerStringInfo(const wchar_t* name, wchar_t* value, unsigned long len);
 
     /// Whether the versions are equal; of path, size and time nothing is compared.
@@ -147,6 +149,7 @@ private:
     static void CountObject();
     static void UncountObject();
     void ReadVersion(const wchar_t* path);
+    void ReadFixedPart();
     void ReadAttributes(const wchar_t* path);
     bool Select(int index);
     int Compare(const CSwVersion& other) const;
