@@ -21,7 +21,7 @@ int main() {
 
     CCommMsg* received = nullptr;
     if (result == 0) result = receiver.Read(&received);
-    if (result == 0) { // whoever sent it need not have ended the text
+    if (result == 0) { // the text need not be terminated
         const unsigned int length = received->GetLength();
         std::printf("%u bytes: %.*s\n", length, static_cast<int>(length), reinterpret_cast<char*>(received->GetData()));
     }
