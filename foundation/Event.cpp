@@ -1,15 +1,9 @@
+#include <foundation/WaitResult.h>
 #include <tessel/foundation/event.h>
-
-#include <cstddef>
-
-struct CEventLayout {
-    static_assert(offsetof(CEvent, m_hEvent) == sizeof(void*));
-    static_assert(sizeof(CEvent) == 2 * sizeof(void*));
-};
 
 namespace {
 
-constexpr unsigned long kNotSignalled = 0xFFFFFFFF;
+using tessel::kNotSignalled;
 
 HANDLE CreateOpenToAll(const wchar_t* name, int manualReset, int initialState) {
     SECURITY_DESCRIPTOR descriptor;

@@ -3,17 +3,8 @@
 #include <rpc.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstring>
 #include <cwchar>
-
-struct COCuidLayout {
-    static_assert(sizeof(OCUID) == 32);
-    static_assert(offsetof(OCUID, Reserved) == 16);
-    static_assert(offsetof(COCuid, m_Uid) == sizeof(void*));
-    static_assert(offsetof(COCuid, m_szText) == sizeof(void*) + 32);
-    static_assert(offsetof(COCuid, m_iPresent) == sizeof(void*) + 160);
-};
 
 namespace {
 

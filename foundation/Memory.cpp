@@ -1,27 +1,14 @@
-#include <foundation/Layout.h>
 #include <foundation/MappedView.h>
 #include <foundation/SharedOwners.h>
 #include <tessel/foundation/memory.h>
 #include <tessel/foundation/strings.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <iterator>
 #include <limits>
-
-struct CMemoryLayout {
-    static_assert(offsetof(CMemory, m_hHandle) == sizeof(void*));
-    static_assert(offsetof(CMemory, m_szName) == 3 * sizeof(void*));
-    static_assert(!tessel::kOn32Bits || offsetof(CMemory, m_pBuffer) == 532);
-    static_assert(!tessel::kOn32Bits || offsetof(CMemory, m_iKind) == 540);
-    static_assert(!tessel::kOn32Bits || offsetof(CMemory, m_ulReadCursor) == 548);
-    static_assert(!tessel::kOn32Bits || offsetof(CMemory, m_ulRequestedSize) == 560);
-    static_assert(!tessel::kOn32Bits || offsetof(CMemory, m_iNewFile) == 568);
-    static_assert(!tessel::kOn32Bits || sizeof(CMemory) == 572);
-};
 
 namespace {
 
@@ -58,13 +45,13 @@ unsigned char* ResizeHeap(unsigned char* buffer, std::size_t oldSize, std::size_
 }
 
 /// A caller's pointer, which may point into the very buffer that is about to move.
-template <class Byte> class CallersRange {
+template <class Byte> class CallersBuffer {
 public:
-    CallersRange(Byte* range, unsigned char* buffer, unsigned long size)
+    CallersBuffer(Byte* range, unsigned char* buffer, unsigned long size)
         : m_range(range),
           m_inside(buffer != nullptr && !std::less<>{}(range, buffer) && std::less<>{}(range, buffer + size)),
           m_distance(m_inside ? range - buffer : 0) {}
-    Byte* Now(unsigned char* buffer) const { return m_inside ? buffer + m_distance : m_range; }
+    Byte* At(unsigned char* buffer) const { return m_inside ? buffer + m_distance : m_range; }
 
 private:
     Byte* m_range;
@@ -99,13 +86,13 @@ CMemory::CMemory(const CMemory& other) {
 
 CMemory& CMemory::operator=(const CMemory& other) {
     if (this == &other) return *this;
-    Forget();
+    DropOwnership();
     ShareWith(other);
     return *this;
 }
 
 CMemory::~CMemory() {
-    LetGo();
+    ReleaseResources();
 }
 
 void CMemory::KeepName(const wchar_t* name) {
@@ -134,7 +121,7 @@ void CMemory::ShareWith(const CMemory& other) {
 }
 
 // ODD-22: what the target of an assignment held is neither closed nor freed; a copy may be its last owner now.
-void CMemory::Forget() {
+void CMemory::DropOwnership() {
     (void)RemoveOwner(m_pBuffer);
     (void)RemoveOwner(m_pReadCopy);
     (void)RemoveOwner(m_hMapping);
@@ -142,7 +129,7 @@ void CMemory::Forget() {
 }
 
 // What the system refuses to free here was freed by a caller that got hold of it; nothing is left to do.
-void CMemory::LetGo() {
+void CMemory::ReleaseResources() {
     switch (m_iKind) {
     case KIND_HEAP: FreeHeap(m_pBuffer); break;
     case KIND_MAPPING:
@@ -196,7 +183,7 @@ int CMemory::PrepareWrite(unsigned long offset, unsigned long count) {
 
 /// The part of a range that lies inside the memory there really is.
 /// GUARD-08: a mapping may be smaller than its user said, and a global block is not checked before.
-unsigned long CMemory::InBounds(unsigned long offset, unsigned long count) const {
+unsigned long CMemory::BytesInBounds(unsigned long offset, unsigned long count) const {
     if (m_pBuffer == nullptr) return 0;
     const unsigned long size = m_iKind == KIND_MAPPING ? tessel::MappedBytes(m_pBuffer) : m_ulSize;
     return offset >= size ? 0 : std::min(count, size - offset);
@@ -208,7 +195,7 @@ int CMemory::Fetch(unsigned char* dest, unsigned long count, unsigned long offse
         m_ulReadCursor = offset + count; // also after a failure
         return status;
     }
-    got = InBounds(offset, count);
+    got = BytesInBounds(offset, count);
     if (got > 0) std::memmove(dest, m_pBuffer + offset, got);
     if (got < count) return ERROR_NOT_ENOUGH_MEMORY;
     m_ulReadCursor = offset + count;
@@ -217,9 +204,9 @@ int CMemory::Fetch(unsigned char* dest, unsigned long count, unsigned long offse
 
 int CMemory::Store(const unsigned char* src, unsigned long count, unsigned long offset) {
     if (m_iKind == KIND_FILE) return StoreInFile(src, count, offset);
-    const unsigned long inBounds = InBounds(offset, count);
-    if (inBounds > 0) std::memmove(m_pBuffer + offset, src, inBounds);
-    return inBounds < count ? ERROR_NOT_ENOUGH_MEMORY : 0;
+    const unsigned long writable = BytesInBounds(offset, count);
+    if (writable > 0) std::memmove(m_pBuffer + offset, src, writable);
+    return writable < count ? ERROR_NOT_ENOUGH_MEMORY : 0;
 }
 
 bool CMemory::EnlargeReadCopy(unsigned long count) {
@@ -235,10 +222,10 @@ bool CMemory::EnlargeReadCopy(unsigned long count) {
 int CMemory::ReadMemoryDirect(unsigned char* dest, unsigned long count, unsigned long offset) {
     if (dest == nullptr && count > 0) return m_iStatus = ERROR_INVALID_PARAMETER; // GUARD-09
     if (offset == AT_CURSOR) offset = m_ulReadCursor;
-    const CallersRange<unsigned char> range(dest, m_pBuffer, m_ulSize);
+    const CallersBuffer<unsigned char> range(dest, m_pBuffer, m_ulSize);
     unsigned long got = 0;
     m_iStatus = PrepareRead(offset, count);
-    if (m_iStatus == 0) m_iStatus = Fetch(range.Now(m_pBuffer), count, offset, got);
+    if (m_iStatus == 0) m_iStatus = Fetch(range.At(m_pBuffer), count, offset, got);
     return m_iStatus;
 }
 
@@ -258,9 +245,9 @@ int CMemory::ReadMemory(unsigned char** result, unsigned long count, unsigned lo
 int CMemory::WriteMemory(const unsigned char* src, unsigned long count, unsigned long offset) {
     if (src == nullptr && count > 0) return m_iStatus = ERROR_INVALID_PARAMETER; // GUARD-09
     if (offset == AT_CURSOR) offset = m_ulWriteCursor;
-    const CallersRange<const unsigned char> range(src, m_pBuffer, m_ulSize);
+    const CallersBuffer<const unsigned char> range(src, m_pBuffer, m_ulSize);
     m_iStatus = PrepareWrite(offset, count);
-    if (m_iStatus == 0) m_iStatus = Store(range.Now(m_pBuffer), count, offset);
+    if (m_iStatus == 0) m_iStatus = Store(range.At(m_pBuffer), count, offset);
     if (m_iStatus == 0) m_ulWriteCursor = offset + count;
     return m_iStatus;
 }

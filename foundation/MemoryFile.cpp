@@ -7,6 +7,9 @@
 
 namespace {
 
+constexpr tessel::ReportSite kUnknownOpenType{"CMemory", 215};
+constexpr tessel::ReportSite kFileTooLong{"CMemory", 274};
+
 /// Dispositions of CreateFileW in the order of OPENTYPE.
 constexpr DWORD kDispositions[] = {CREATE_NEW, CREATE_ALWAYS, OPEN_EXISTING, OPEN_ALWAYS, TRUNCATE_EXISTING};
 
@@ -24,7 +27,7 @@ int Seek(HANDLE file, unsigned long offset) {
 
 int CMemory::OpenFile(const wchar_t* name, unsigned int openType, bool readOnly) {
     const bool known = openType < std::size(kDispositions);
-    tessel::ReportUnless(known, "!_T(\"Invalid Open Type\")", "CMemory", 215);
+    tessel::ReportUnless(known, "!_T(\"Invalid Open Type\")", kUnknownOpenType);
     const DWORD disposition = kDispositions[known ? openType : OPENTYPE_OPEN_ALWAYS];
     const bool existed = GetFileAttributesW(name) != INVALID_FILE_ATTRIBUTES;
 
@@ -57,7 +60,7 @@ unsigned long CMemory::GetFileLength() {
     if (m_iKind != KIND_FILE) return m_ulRequestedSize;
     DWORD high = 0;
     const DWORD low = GetFileSize(m_hHandle, &high);
-    tessel::ReportUnless(high == 0, "HighPart == 0", "CMemory", 274);
+    tessel::ReportUnless(high == 0, "HighPart == 0", kFileTooLong);
     return low;
 }
 

@@ -4,13 +4,29 @@
 
 namespace tessel {
 
+/// Where a report says that it comes from.
+///
+/// Service staff and log filters recognise a report by its source name and line, so that both are part of the
+/// library's interface: they are fixed for each report, whatever file and line make it today. A fixed line is
+/// a named constant beside the code that reports it. A report without a fixed line gives __LINE__.
+struct ReportSite {
+    const char* source; ///< bare source name; static string
+    unsigned int line;
+};
+
 /// Reports @p expression when it does not hold; execution goes on in either case.
 /// @param holds       whether the condition holds
 /// @param expression  text of the condition, or of the message in the form !"text"
-/// @param source      bare name of the source file
-/// @param line        line that belongs to the report
+/// @param site        source and line of the report
+inline void ReportUnless(bool holds, const char* expression, ReportSite site) {
+    if (!holds) WndLogAssert(expression, site.source, site.line);
+}
+
+/// Reports @p expression as the other form does.
+/// @param source  bare name of the source
+/// @param line    line of the report
 inline void ReportUnless(bool holds, const char* expression, const char* source, unsigned int line) {
-    if (!holds) WndLogAssert(expression, source, line);
+    ReportUnless(holds, expression, ReportSite{source, line});
 }
 
 } // namespace tessel

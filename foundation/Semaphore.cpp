@@ -1,13 +1,13 @@
 #include <foundation/SharedField.h>
 #include <tessel/foundation/semaphore.h>
 
-#include <cstddef>
+namespace {
 
-struct CSemaphoreLayout {
-    static_assert(offsetof(CSemaphore, m_ulLastError) == sizeof(void*));
-    static_assert(offsetof(CSemaphore, m_hSemaphore) == 2 * sizeof(void*));
-    static_assert(sizeof(CSemaphore) == 3 * sizeof(void*));
-};
+constexpr long kSignalMaximum = 10000;
+constexpr DWORD kOpenPauseMs = 2;
+constexpr DWORD kRetryPauseMs = 1;
+
+} // namespace
 
 CSemaphore::CSemaphore(const wchar_t* name, long initial, long maximum) : m_ulLastError(0), m_hSemaphore(nullptr) {
     if (name != nullptr) m_hSemaphore = OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, TRUE, name);
@@ -18,11 +18,11 @@ CSemaphore::CSemaphore(const wchar_t* name, long initial, long maximum) : m_ulLa
 CSemaphore::CSemaphore(const wchar_t* name, int signal)
     : m_ulLastError(0), m_hSemaphore(OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, TRUE, name)) {
     if (m_hSemaphore == nullptr) {
-        m_hSemaphore = CreateSemaphoreW(nullptr, 0, 10000, name);
+        m_hSemaphore = CreateSemaphoreW(nullptr, 0, kSignalMaximum, name);
         const bool created = m_hSemaphore != nullptr && GetLastError() != ERROR_ALREADY_EXISTS;
-        if (created && signal != 0) (void)::ReleaseSemaphore(m_hSemaphore, 1, nullptr); // room for 10,000 was just made
+        if (created && signal != 0) (void)::ReleaseSemaphore(m_hSemaphore, 1, nullptr); // below the maximum
     }
-    Sleep(2);
+    Sleep(kOpenPauseMs);
 }
 
 CSemaphore::~CSemaphore() {
@@ -52,7 +52,7 @@ int CSemaphore::WaitOnSemaphoreA(unsigned long timeoutMs, void* handle) {
         if (result == WAIT_FAILED) return static_cast<int>(GetLastError());
         if (result != WAIT_ABANDONED) return static_cast<int>(result);
         (void)::ReleaseSemaphore(handle, 1, nullptr); // fails on a mutex, which the next wait then takes again
-        Sleep(1);
+        Sleep(kRetryPauseMs);
     }
 }
 

@@ -12,6 +12,13 @@ namespace {
 
 using tessel::ReportUnless;
 
+constexpr const char* kSource = "StringConversions";
+/// Line of the first of the three reports that each form of CopyString() makes.
+constexpr unsigned int kNarrowLine = 13;
+constexpr unsigned int kNarrowingLine = 34;
+constexpr unsigned int kWideningLine = 55;
+constexpr unsigned int kWideLine = 76;
+
 std::size_t Length(const char* text) {
     return std::strlen(text);
 }
@@ -24,9 +31,9 @@ std::size_t Length(const wchar_t* text) {
 /// @return true: the copy can be made; false: only an empty string could be written, and was
 template <class Target, class Source>
 bool CanCopy(Target* dest, const Source* src, unsigned int size, unsigned int firstLine) {
-    ReportUnless(dest != nullptr, "pDest", "StringConversions", firstLine);
-    ReportUnless(src != nullptr, "pSrc", "StringConversions", firstLine + 1);
-    ReportUnless(size > 0, "DestSizeInChars > 0", "StringConversions", firstLine + 2);
+    ReportUnless(dest != nullptr, "pDest", {kSource, firstLine});
+    ReportUnless(src != nullptr, "pSrc", {kSource, firstLine + 1});
+    ReportUnless(size > 0, "DestSizeInChars > 0", {kSource, firstLine + 2});
     if (dest != nullptr && src != nullptr && size > 0) return true; // GUARD-01
     if (dest != nullptr && size > 0) dest[0] = 0;
     return false;
@@ -34,7 +41,7 @@ bool CanCopy(Target* dest, const Source* src, unsigned int size, unsigned int fi
 
 /// Terminates a truncated copy.
 /// @return 1: truncated; 0: complete
-template <class Target, class Source> unsigned long Finish(Target* dest, const Source* src, unsigned int size) {
+template <class Target, class Source> unsigned long TerminateIfCut(Target* dest, const Source* src, unsigned int size) {
     if (Length(src) < size) return 0;
     dest[size - 1] = 0;
     return 1;
@@ -74,27 +81,27 @@ template <class Char> Char* TrimLeftOf(Char* text) {
 } // namespace
 
 unsigned long CopyString(char* dest, const char* src, unsigned int destSizeInChars) {
-    if (!CanCopy(dest, src, destSizeInChars, 13)) return 1;
+    if (!CanCopy(dest, src, destSizeInChars, kNarrowLine)) return 1;
     std::strncpy(dest, src, destSizeInChars);
-    return Finish(dest, src, destSizeInChars);
+    return TerminateIfCut(dest, src, destSizeInChars);
 }
 
 unsigned long CopyString(char* dest, const wchar_t* src, unsigned int destSizeInChars) {
-    if (!CanCopy(dest, src, destSizeInChars, 34)) return 1;
+    if (!CanCopy(dest, src, destSizeInChars, kNarrowingLine)) return 1;
     Convert(std::wcstombs, dest, src, destSizeInChars);
-    return Finish(dest, src, destSizeInChars);
+    return TerminateIfCut(dest, src, destSizeInChars);
 }
 
 unsigned long CopyString(wchar_t* dest, const char* src, unsigned int destSizeInChars) {
-    if (!CanCopy(dest, src, destSizeInChars, 55)) return 1;
+    if (!CanCopy(dest, src, destSizeInChars, kWideningLine)) return 1;
     Convert(std::mbstowcs, dest, src, destSizeInChars);
-    return Finish(dest, src, destSizeInChars);
+    return TerminateIfCut(dest, src, destSizeInChars);
 }
 
 unsigned long CopyString(wchar_t* dest, const wchar_t* src, unsigned int destSizeInChars) {
-    if (!CanCopy(dest, src, destSizeInChars, 76)) return 1;
+    if (!CanCopy(dest, src, destSizeInChars, kWideLine)) return 1;
     std::wcsncpy(dest, src, destSizeInChars);
-    return Finish(dest, src, destSizeInChars);
+    return TerminateIfCut(dest, src, destSizeInChars);
 }
 
 void UNICODE_TO_ASCII(char* dest, const wchar_t* src) {

@@ -1,25 +1,16 @@
 #include <foundation/Permit.h>
+#include <foundation/WaitResult.h>
 #include <tessel/foundation/event.h>
 #include <tessel/foundation/semaphore.h>
 #include <tessel/foundation/wait.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <memory>
 #include <new>
 
-// The word behind the virtual table, the count and the array take 4 bytes each on 32 bits.
-struct CWaitLayout {
-    static_assert(offsetof(CWait, m_ulSpare) == sizeof(void*));
-    static_assert(offsetof(CWait, m_ulCount) == sizeof(void*) + 4);
-    static_assert(sizeof(void*) != 4 || offsetof(CWait, m_pHandles) == 12);
-    static_assert(sizeof(void*) != 4 || offsetof(CWait, m_Lock) == 16);
-    static_assert(sizeof(void*) != 4 || sizeof(CWait) == 28);
-};
-
 namespace {
 
-constexpr unsigned long kNotSignalled = 0xFFFFFFFF;
+using tessel::kNotSignalled;
 
 /// The handles as they were when a wait began; what the system can wait for needs no allocation.
 class HandleCopy {

@@ -1,7 +1,5 @@
 #include <tessel/foundation/window.h>
 
-static_assert(sizeof(ORCA_tagPOINT) == sizeof(POINT));
-
 namespace {
 
 /// Lends the calling thread the input of another for a scope.

@@ -1,4 +1,3 @@
-#include <foundation/Layout.h>
 #include <foundation/Report.h>
 #include <messaging/host/HostRequest.h>
 #include <messaging/office/WindowHandle.h>
@@ -6,31 +5,20 @@
 #include <tessel/foundation/strings.h>
 #include <tessel/messaging/host.h>
 #include <tessel/ui/brush.h>
+#include <tessel/ui/notify.h>
 
 #include <commctrl.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstring>
 #include <iterator>
 #include <new>
 
-struct OSClassLayout {
-    static constexpr std::size_t kBehindPalette = 16008 + sizeof(COrcaPalette);
-    static_assert(offsetof(OSClass, m_Notify) == sizeof(void*));
-    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_iEntries) == 16004);
-    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_Palette) == 16008);
-    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_pRegistry) == kBehindPalette);
-    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_hInstance) == kBehindPalette + 8);
-    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_ulProcessId) == kBehindPalette + 12);
-    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_hFrame) == kBehindPalette + 16);
-    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_hActiveDialog) == kBehindPalette + 24);
-    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_szCommandLine) == kBehindPalette + 28);
-    static_assert(!tessel::kOn32Bits || offsetof(OSClass, m_iExitCode) == kBehindPalette + 548);
-};
-
 namespace {
 
+constexpr tessel::ReportSite kNoFrame{"COSClass", 239};
+
+const wchar_t* const kArrowCursor = MAKEINTRESOURCEW(32512); // the system names it for either character width only
 constexpr UINT_PTR kHeartbeatTimer = 40039;
 constexpr UINT kHeartbeatMs = 2500;
 
@@ -71,8 +59,8 @@ void OSClass::RegisterFrame() {
 
 /// Registers the frame window in a post office that was made after the host.
 void OSClass::RegisterFrameLate() {
-    const bool was = m_pRegistry == nullptr || m_pRegistry->GetResourceAddress() != nullptr;
-    if (was || CPostOffice().GetResourceAddr() == nullptr) return;
+    const bool settled = m_pRegistry == nullptr || m_pRegistry->GetResourceAddress() != nullptr;
+    if (settled || CPostOffice().GetResourceAddr() == nullptr) return;
     *m_pRegistry = CResource();
     RegisterFrame();
 }
@@ -125,12 +113,12 @@ HWND OSClass::CreateWindowFrame(HINSTANCE instance, const wchar_t* name) {
     frameClass.style = CS_HREDRAW | CS_VREDRAW;
     frameClass.lpfnWndProc = &WindowProc;
     frameClass.hInstance = instance;
-    frameClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512)); // the arrow
+    frameClass.hCursor = LoadCursorW(nullptr, kArrowCursor);
     frameClass.hbrBackground = static_cast<HBRUSH>(GetStockObject(NULL_BRUSH));
     frameClass.lpszClassName = name;
     (void)RegisterClassW(&frameClass); // fails when it is registered already, which is as good
     const HWND frame = CreateWindowExW(0, name, name, WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, instance, nullptr);
-    tessel::ReportUnless(frame != nullptr, "hParent", "COSClass", 239);
+    tessel::ReportUnless(frame != nullptr, "hParent", kNoFrame);
     return frame;
 }
 
@@ -182,7 +170,7 @@ int OSClass::RequestWndNotify(HWND hWnd, unsigned long mask) {
 }
 
 int OSClass::IsWindowNotify(HWND hWnd, UINT kind) {
-    if (kind == 5 || kind == 6) return static_cast<int>(kind); // keys and timers
+    if (kind == NK_KEY || kind == NK_TIMER) return static_cast<int>(kind);
     const auto* const found = std::find_if(std::begin(m_Notify), std::end(m_Notify),
                                            [hWnd](const NotifyEntry& entry) { return entry.hWnd == hWnd; });
     return found == std::end(m_Notify) ? 0 : static_cast<int>(found->Mask & kind);

@@ -3,17 +3,18 @@
 #include <tessel/ui/brush.h>
 #include <tessel/ui/dialoginterface.h>
 
-#include <iterator>
-
 namespace {
 
 constexpr int kTransparentBrush = 30;
+constexpr int kTextLength = 256;
+/// A button brush is followed by those of its other states.
+constexpr int kPressedBrush = 1;
+constexpr int kFocusedBrush = 2;
 
-/// The brush of a button's state: the pressed and the focused one follow the plain one.
 int BrushOfState(const DRAWITEMSTRUCT& item, int index) {
     if (item.CtlType != ODT_BUTTON || CBrush().IsColor(index)) return index;
-    if (item.itemState & ODS_SELECTED) return index + 1;
-    return item.itemState & ODS_FOCUS ? index + 2 : index;
+    if (item.itemState & ODS_SELECTED) return index + kPressedBrush;
+    return item.itemState & ODS_FOCUS ? index + kFocusedBrush : index;
 }
 
 } // namespace
@@ -52,8 +53,8 @@ void OSClass::PaintWithOwnerBrush(LPARAM drawItem) {
 }
 
 void OSClass::PaintText(const DRAWITEMSTRUCT& item, COLORREF color) {
-    wchar_t text[256];
-    const int length = GetWindowTextW(item.hwndItem, text, static_cast<int>(std::size(text)));
+    wchar_t text[kTextLength];
+    const int length = GetWindowTextW(item.hwndItem, text, kTextLength);
     if (length == 0) return;
     (void)SetBkMode(item.hDC, TRANSPARENT);
     (void)SetTextColor(item.hDC, color);

@@ -109,9 +109,9 @@ int OSClass::ProcessOsAPIs(HWND hWnd, UINT message, WPARAM wParam, LPARAM& lPara
         lParam = 0;
     } else if (wParam == tessel::kCreateDialogRequest) {
         lParam = reinterpret_cast<LPARAM>(m_pHost->MakeRequestedDialog(static_cast<int>(request.dialogId), request.hWnd,
-                                                                       reinterpret_cast<HINSTANCE>(request.last)));
+                                                                       reinterpret_cast<HINSTANCE>(request.argument)));
     } else {
-        (void)m_pHost->RequestWndNotify(request.hWnd, static_cast<unsigned long>(request.last)); // tells when full
+        (void)m_pHost->RequestWndNotify(request.hWnd, static_cast<unsigned long>(request.argument)); // tells when full
         lParam = 1;
     }
     return 1;

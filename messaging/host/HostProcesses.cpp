@@ -10,16 +10,17 @@
 namespace {
 
 constexpr unsigned long kNoThread = 0xFFFFFFFF;
+constexpr std::size_t kErrorTextLength = 512;
 
 using ManagerMain = void (*)(HINSTANCE module);
 
-HINSTANCE LoadOrTell(const wchar_t* moduleName) {
+HINSTANCE LoadOrShowError(const wchar_t* moduleName) {
     const HINSTANCE module = LoadLibraryW(moduleName);
     if (module != nullptr) return module;
     const auto error = static_cast<long>(GetLastError());
-    wchar_t text[512];
-    (void)_snwprintf(text, 511, L"DllName: %ls\nErrorCode:%ld", moduleName == nullptr ? L"" : moduleName, error);
-    text[511] = L'\0';
+    wchar_t text[kErrorTextLength]{};
+    (void)_snwprintf(text, kErrorTextLength - 1, L"DllName: %ls\nErrorCode:%ld",
+                     moduleName == nullptr ? L"" : moduleName, error);
     (void)MessageBoxW(nullptr, text, L"LoadLibrary failed", MB_OK);
     SetLastError(static_cast<DWORD>(error));
     return nullptr;
@@ -52,7 +53,7 @@ unsigned long OSClass::CreateThread(void (*entry)(void*)) {
 }
 
 unsigned long OSClass::CreateThreadedManager(const wchar_t* moduleName, HINSTANCE* module) {
-    const HINSTANCE loaded = LoadOrTell(moduleName);
+    const HINSTANCE loaded = LoadOrShowError(moduleName);
     if (module != nullptr) *module = loaded; // GUARD-09
     if (loaded == nullptr) return kNoThread;
     const auto thread = static_cast<unsigned long>(_beginthread(&CreateManager, 0, loaded));
@@ -68,7 +69,7 @@ void OSClass::CreateManager(void* module) {
 }
 
 HINSTANCE OSClass::OpenResourceFile(const wchar_t* moduleName) {
-    return LoadOrTell(moduleName);
+    return LoadOrShowError(moduleName);
 }
 
 void OSClass::CloseResourceFile(HINSTANCE module) {

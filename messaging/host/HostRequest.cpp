@@ -13,7 +13,7 @@ HWND FrameOf(unsigned long processId) {
     return tessel::IsOfProcess(frame, processId) ? frame : nullptr;
 }
 
-LRESULT Ask(const HostRequest& request) {
+LRESULT SendRequest(const HostRequest& request) {
     return SendMessageW(FrameOf(GetMyProcess()), WM_COMMAND, request.command, reinterpret_cast<LPARAM>(&request));
 }
 
@@ -22,11 +22,11 @@ LRESULT Ask(const HostRequest& request) {
 HWND LoadResourceDialog(int dialogId, HWND parent, HINSTANCE module) {
     const HostRequest request{tessel::kCreateDialogRequest, 0, static_cast<unsigned long>(dialogId), parent,
                               reinterpret_cast<UINT_PTR>(module)};
-    return reinterpret_cast<HWND>(Ask(request));
+    return reinterpret_cast<HWND>(SendRequest(request));
 }
 
 int RequestNotify(HWND hWnd, unsigned long mask) {
-    return static_cast<int>(Ask({tessel::kNotifyRequest, 0, 0, hWnd, mask}));
+    return static_cast<int>(SendRequest({tessel::kNotifyRequest, 0, 0, hWnd, mask}));
 }
 
 void ShutDown(unsigned long processId) {

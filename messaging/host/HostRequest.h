@@ -20,8 +20,7 @@ struct HostRequest {
     unsigned long reserved; ///< 0
     unsigned long dialogId; ///< resource number of the template; 0 for a notification
     HWND hWnd;              ///< parent of the dialog, or the window to be notified
-    UINT_PTR last;          ///< module of the template, or the notification mask
+    UINT_PTR argument;      ///< module of the template, or the notification mask
 };
-static_assert(sizeof(void*) != 4 || sizeof(HostRequest) == 20);
 
 } // namespace tessel

@@ -1,4 +1,3 @@
-#include <foundation/Layout.h>
 #include <foundation/SharedField.h>
 #include <messaging/office/LiveRegions.h>
 #include <messaging/office/PostOfficeLock.h>
@@ -8,31 +7,15 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstddef>
-
-struct CMailBoxLayout {
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_PostOffice) == 4);
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_pHeader) == 8);
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_pMailboxes) == 12);
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_pSmallBlocks) == 16);
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_ulThreadId) == 20);
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_ulProcessId) == 24);
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_OwnId) == 28);
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_usMailboxCount) == 32);
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_usBlockCount) == 34);
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_usLowWater) == 36);
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_usHighWater) == 38);
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_ulSpare1) == 40);
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_usSlot) == 44);
-    static_assert(!tessel::kOn32Bits || offsetof(CMailBox, m_ulSpare2) == 48);
-    static_assert(!tessel::kOn32Bits || sizeof(CMailBox) == 52);
-};
 
 namespace {
 
 using tessel::LoadShared;
 using tessel::PostOfficeLock;
 using tessel::StoreShared;
+
+constexpr int kLowWaterPercent = 10;
+constexpr int kHighWaterPercent = 50;
 
 /// Frees a slot, so that a process that is killed in between leaves one that can be taken.
 void Clear(MAILBOX& mailbox) {
@@ -58,8 +41,8 @@ CMailBox::CMailBox(ORCAOBJID id)
     // GUARD-13: a header that claims more than the tables hold is not believed.
     m_usMailboxCount = MailboxCount();
     m_usBlockCount = std::min(LoadShared(m_pHeader->SmallBlkCount), SMALL_BLOCK_COUNT);
-    m_usLowWater = Percent(m_usBlockCount, 10);
-    m_usHighWater = Percent(m_usBlockCount, 50);
+    m_usLowWater = Percent(m_usBlockCount, kLowWaterPercent);
+    m_usHighWater = Percent(m_usBlockCount, kHighWaterPercent);
 }
 
 CMailBox::~CMailBox() {

@@ -14,6 +14,14 @@ using tessel::LoadShared;
 using tessel::PostOfficeLock;
 using tessel::ReportUnless;
 
+constexpr tessel::ReportSite kMessageTooLong{"CMailbox", 59};
+constexpr tessel::ReportSite kBlocksLow{"CMailbox", 76};
+constexpr tessel::ReportSite kBlockHasOtherUsers{"CMailbox", 182};
+constexpr tessel::ReportSite kBlockTooShort{"CMailbox", 189};
+constexpr tessel::ReportSite kBlockStillUsed{"CMailbox", 199};
+constexpr tessel::ReportSite kNoBlockOfThePool{"CMailbox", 206};
+constexpr tessel::ReportSite kBlockIsFree{"CMailbox", 207};
+
 constexpr int kAttempts = 100;
 constexpr unsigned long kAttemptPauseMs = 1;
 
@@ -72,7 +80,7 @@ int CMailBox::Send(ORCAOBJID to, unsigned long msgId, unsigned long firstLength,
     const HWND receiver = GetMailBox(to, slot);
     if (receiver == nullptr) return ERROR_SERVICE_NOT_FOUND;
     const unsigned long length = TotalLength(firstLength, secondLength);
-    ReportUnless(SMALL_BLOCK_SIZE >= length, "SMALL_BLOCK_SIZE >= Len", "CMailbox", 59);
+    ReportUnless(SMALL_BLOCK_SIZE >= length, "SMALL_BLOCK_SIZE >= Len", kMessageTooLong);
     NoteLength(length);
     if (length <= SMALL_BLOCK_SIZE && firstData == nullptr && firstLength > 0)
         return ERROR_INVALID_PARAMETER; // GUARD-09
@@ -116,7 +124,7 @@ void CMailBox::WatchFreeBlocks() {
     const std::uint32_t free = LoadShared(m_pHeader->FreeSmallBlks);
     if (lowWarningArmed && free < m_usLowWater) {
         lowWarningArmed = false;
-        ReportUnless(false, "!\"Message resources low\"", "CMailbox", 76);
+        ReportUnless(false, "!\"Message resources low\"", kBlocksLow);
     } else if (!lowWarningArmed && free > m_usHighWater) {
         lowWarningArmed = true;
     }
@@ -126,7 +134,7 @@ int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSl
     block = nullptr;
     if (!IsMapped()) return ERROR_NOT_ENOUGH_MEMORY;
     const bool fits = length <= std::min(LoadShared(m_pHeader->SmallBlkSize), SMALL_BLOCK_SIZE); // GUARD-13
-    ReportUnless(fits, "!\"Message size > pHeader->SmallBlkSize\"", "CMailbox", 189);
+    ReportUnless(fits, "!\"Message size > pHeader->SmallBlkSize\"", kBlockTooShort);
     if (!fits) return ERROR_NOT_ENOUGH_MEMORY;
     if (receiverSlot >= m_usMailboxCount) return ERROR_SERVICE_NOT_FOUND; // GUARD-16
 
@@ -145,7 +153,7 @@ int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSl
     found.Receiver = m_pMailboxes[receiverSlot].ObjId;
     found.Sender = m_OwnId;
     block = &found;
-    ReportUnless(users == 1, "pSmall[cnt].RefCount == 1", "CMailbox", 182);
+    ReportUnless(users == 1, "pSmall[cnt].RefCount == 1", kBlockHasOtherUsers);
     return STATUS_OK;
 }
 
@@ -158,10 +166,10 @@ bool CMailBox::IsBlockOfPool(const SBLOCK* block) {
 
 int CMailBox::ReleaseMemory(SBLOCK* block) {
     const bool valid = IsBlockOfPool(block);
-    ReportUnless(valid, "pBlock", "CMailbox", 206);
+    ReportUnless(valid, "pBlock", kNoBlockOfThePool);
     if (!valid) return 1;
     const bool released = FreeUnderLock(*block);
-    ReportUnless(released, "pBlock->BlkNum", "CMailbox", 207);
+    ReportUnless(released, "pBlock->BlkNum", kBlockIsFree);
     return released ? 0 : 1;
 }
 
@@ -175,7 +183,7 @@ bool CMailBox::FreeUnderLock(SBLOCK& block) {
 bool CMailBox::FreeBlock(SBLOCK& block) {
     if (std::atomic_ref<std::uint16_t>(block.BlkNum).exchange(0) == 0) return false;
     const std::uint32_t users = std::atomic_ref<std::uint32_t>(block.RefCount).fetch_sub(1) - 1;
-    ReportUnless(users == 0, "pBlock->RefCount == 0", "CMailbox", 199);
+    ReportUnless(users == 0, "pBlock->RefCount == 0", kBlockStillUsed);
     std::atomic_ref<std::uint32_t>(m_pHeader->FreeSmallBlks).fetch_add(1);
     return true;
 }

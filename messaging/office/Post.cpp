@@ -4,22 +4,12 @@
 #include <messaging/office/LiveRegions.h>
 #include <messaging/office/Post.h>
 
-#include <cstddef>
 #include <cstring>
 #include <new>
 
-struct CPostLayout {
-    static_assert(offsetof(CPost, m_pLock) == 0);
-    static_assert(offsetof(CPost, m_hMapping) == sizeof(void*));
-    static_assert(offsetof(CPost, m_pBase) == 2 * sizeof(void*));
-    static_assert(offsetof(CPost, m_pHeader) == 3 * sizeof(void*));
-    static_assert(offsetof(CPost, m_pMailboxes) == 4 * sizeof(void*));
-    static_assert(offsetof(CPost, m_pResources) == 5 * sizeof(void*));
-    static_assert(offsetof(CPost, m_pSmallBlocks) == 6 * sizeof(void*));
-    static_assert(sizeof(CPost) == 7 * sizeof(void*));
-};
-
 namespace {
+
+constexpr tessel::ReportSite kLockTimedOut{"CPost", 50};
 
 constexpr unsigned long kConstructionTimeoutMs = 5000;
 
@@ -67,7 +57,8 @@ CPost::CPost()
     m_iConstructing = 1;
     m_pLock = new (std::nothrow) CSemaphore(POST_OFFICE_LOCK_NAME, 1, 1);
     const bool locked = m_pLock != nullptr && m_pLock->WaitOnSemaphore(kConstructionTimeoutMs) == 0;
-    tessel::ReportUnless(locked, "!LockTimeout && _T(\"Failed to get semaphore named:\") SEMAPHORE_NAME", "CPost", 50);
+    tessel::ReportUnless(locked, "!LockTimeout && _T(\"Failed to get semaphore named:\") SEMAPHORE_NAME",
+                         kLockTimedOut);
     if (!OpenRegion() && !CreateRegion()) {
         (void)MessageBoxW(nullptr, L"Unable to Create Memory Map.", L"System Error", MB_OK);
         return; // ODD-16: with the lock still taken

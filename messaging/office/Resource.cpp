@@ -7,14 +7,6 @@
 #include <tessel/messaging/resource.h>
 
 #include <algorithm>
-#include <cstddef>
-
-struct CResourceLayout {
-    static_assert(offsetof(CResource, m_ulThreadId) == sizeof(void*));
-    static_assert(offsetof(CResource, m_ulProcessId) == sizeof(void*) + 4);
-    static_assert(offsetof(CResource, m_pResources) == sizeof(void*) + 8);
-    static_assert(sizeof(CResource) == 2 * sizeof(void*) + 8);
-};
 
 namespace {
 
@@ -53,7 +45,7 @@ void Fill(RESOURCE& record, RESOURCE_TYPE type, RESOURCE_ID id, std::uint32_t wi
 CResource::CResource()
     : m_ulThreadId(GetCurrentThreadId()), m_ulProcessId(GetCurrentProcessId()),
       m_pResources(CPostOffice().GetResourceAddr()) {
-    tessel::ReportUnless(m_pResources != nullptr, "pRes", "CRes", __LINE__);
+    tessel::ReportUnless(m_pResources != nullptr, "pRes", {"CRes", __LINE__});
 }
 
 /// GUARD-14: the address was good when the object was made, and the post office may have gone since.
@@ -89,7 +81,7 @@ int CResource::AddResource(RESOURCE_TYPE type, RESOURCE_ID id, HWND hWnd, unsign
             result = 0;
         }
     }
-    tessel::ReportUnless(result == 0, "!result", "CRes", __LINE__);
+    tessel::ReportUnless(result == 0, "!result", {"CRes", __LINE__});
     return result;
 }
 

@@ -167,14 +167,14 @@ private:
 
     void KeepName(const wchar_t* name);
     void ShareWith(const CMemory& other);
-    void Forget();
-    void LetGo();
+    void DropOwnership();
+    void ReleaseResources();
 
     int PrepareRead(unsigned long offset, unsigned long count);
     int PrepareWrite(unsigned long offset, unsigned long count);
     int GrowHeap(unsigned long offset, unsigned long count);
     bool EnlargeReadCopy(unsigned long count);
-    unsigned long InBounds(unsigned long offset, unsigned long count) const;
+    unsigned long BytesInBounds(unsigned long offset, unsigned long count) const;
 
     int Fetch(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& got);
     int FetchFromFile(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& got);

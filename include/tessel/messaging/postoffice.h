@@ -2,7 +2,6 @@
 
 #include <tessel/foundation/platform.h>
 
-#include <cstddef>
 #include <cstdint>
 
 /// Names a manager or another receiver of messages. The programs give the values; 0 names nobody.
@@ -99,23 +98,6 @@ inline constexpr std::uint32_t RESOURCE_TABLE_OFFSET = MAILBOX_TABLE_OFFSET + PO
 inline constexpr std::uint32_t SMALL_BLOCK_OFFSET = RESOURCE_TABLE_OFFSET + POST_OFFICE_RESOURCES * sizeof(RESOURCE);
 /// Bytes of the region.
 inline constexpr std::uint32_t POST_OFFICE_REGION_SIZE = SMALL_BLOCK_OFFSET + SMALL_BLOCK_COUNT * sizeof(SBLOCK);
-
-static_assert(offsetof(FILE_HEADER, MailboxSize) == 4 && offsetof(FILE_HEADER, MailboxCount) == 6);
-static_assert(offsetof(FILE_HEADER, MailboxesInUse) == 8 && offsetof(FILE_HEADER, MailboxOffset) == 12);
-static_assert(offsetof(FILE_HEADER, ResourceSize) == 16 && offsetof(FILE_HEADER, ResourceCount) == 18);
-static_assert(offsetof(FILE_HEADER, ResourcesInUse) == 20 && offsetof(FILE_HEADER, ResourceOffset) == 24);
-static_assert(offsetof(FILE_HEADER, SmallBlkSize) == 28 && offsetof(FILE_HEADER, SmallBlkCount) == 30);
-static_assert(offsetof(FILE_HEADER, SmallBlksInUse) == 32 && offsetof(FILE_HEADER, SmallBlkOffset) == 36);
-static_assert(offsetof(FILE_HEADER, FreeSmallBlks) == 40 && offsetof(FILE_HEADER, RecordFlag) == 44);
-static_assert(offsetof(MAILBOX, ObjId) == 4 && offsetof(MAILBOX, Level) == 8 && offsetof(MAILBOX, ProcessId) == 12);
-static_assert(offsetof(MAILBOX, ThreadId) == 16 && offsetof(MAILBOX, hWnd) == 20);
-static_assert(offsetof(RESOURCE, Owner) == 4 && offsetof(RESOURCE, ThreadId) == 8);
-static_assert(offsetof(RESOURCE, ProcessId) == 12 && offsetof(RESOURCE, Id) == 16 && offsetof(RESOURCE, hWnd) == 20);
-static_assert(offsetof(SBLOCK, RefCount) == 4 && offsetof(SBLOCK, Reserved) == 8 && offsetof(SBLOCK, MsgId) == 12);
-static_assert(offsetof(SBLOCK, Length) == 16 && offsetof(SBLOCK, Receiver) == 20 && offsetof(SBLOCK, Sender) == 24);
-static_assert(offsetof(SBLOCK, Data) == 28);
-static_assert(sizeof(FILE_HEADER) == 48 && sizeof(MAILBOX) == 24 && sizeof(RESOURCE) == 24 && sizeof(SBLOCK) == 5148);
-static_assert(RESOURCE_TABLE_OFFSET == 2448 && SMALL_BLOCK_OFFSET == 27024 && POST_OFFICE_REGION_SIZE == 2601024);
 ///@}
 
 class CPost;
