@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/ImportPatch.h"
+#include "ImportPatch.h"
 
 #include <string>
 #include <vector>
