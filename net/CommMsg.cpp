@@ -3,15 +3,10 @@
 #include <limits>
 #include <new>
 
-struct CCommMsgLayout {
-    static_assert(offsetof(CCommMsg, m_ulLength) == sizeof(void*));
-    static_assert(sizeof(void*) != 4 || sizeof(CCommMsg) == 8);
-};
-
 namespace {
 
-/// What operator new made last in this thread and no constructor has taken yet. A new object's members start anew,
-/// whatever was stored in its memory, so the length takes this way into the constructor.
+/// The block that operator new made last in this thread, until a constructor takes it. A constructor may not read what
+/// operator new wrote into the object's memory, so this passes the length to it.
 struct Pending {
     const void* block = nullptr;
     unsigned int length = 0;
@@ -21,7 +16,7 @@ thread_local Pending pending;
 } // namespace
 
 void* CCommMsg::operator new(std::size_t size, unsigned int n) noexcept {
-    // GUARD-66: a sum that wraps would give a block without room for the data.
+    // GUARD-66: a wrapped sum would give a block without room for the data.
     if (n > std::numeric_limits<std::size_t>::max() - size) return nullptr;
     void* const block = ::operator new(size + n, std::nothrow);
     if (block == nullptr) return nullptr;
@@ -29,7 +24,7 @@ void* CCommMsg::operator new(std::size_t size, unsigned int n) noexcept {
     return ::new (block) CCommMsg(n);
 }
 
-// NOLINTNEXTLINE(misc-new-delete-overloads): it belongs to new (n), whose own form comes next.
+// NOLINTNEXTLINE(misc-new-delete-overloads): it belongs to new (n), as does the next one.
 void CCommMsg::operator delete(void* block) noexcept {
     if (pending.block == block) pending = {};
     ::operator delete(block);

@@ -10,7 +10,7 @@ namespace tessel {
 /// Reads a dotted address from wide text.
 /// @tparam limit  characters that count
 /// @param text    the text
-/// @return address in network byte order; INADDR_NONE for text that is none
+/// @return address in network byte order; INADDR_NONE when the text is not an address
 template <std::size_t limit> unsigned long ReadDotted(const wchar_t* text) {
     char narrow[limit + 1] = {};
     for (std::size_t i = 0; i < limit && text[i] != L'\0'; ++i) {
@@ -19,7 +19,7 @@ template <std::size_t limit> unsigned long ReadDotted(const wchar_t* text) {
     return inet_addr(narrow);
 }
 
-/// How many characters of the address texts that socket operations take count.
+/// Characters that count in the address texts of socket operations.
 constexpr std::size_t kSocketText = 16;
 
 } // namespace tessel

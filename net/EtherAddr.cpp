@@ -1,3 +1,4 @@
+#include <foundation/Handle.h>
 #include <foundation/Report.h>
 #include <system/RegistryKey.h>
 #include <tessel/foundation/status.h>
@@ -8,14 +9,6 @@
 #include <cwchar>
 #include <iterator>
 
-struct CEtherAddrLayout {
-    static_assert(offsetof(CEtherAddr, m_ulStatus) == sizeof(void*));
-    static_assert(offsetof(CEtherAddr, m_aBinary) == sizeof(void*) + 4);
-    static_assert(offsetof(CEtherAddr, m_szText) == sizeof(void*) + 10);
-    static_assert(offsetof(CEtherAddr, m_szServiceName) == sizeof(void*) + 36);
-    static_assert(sizeof(void*) != 4 || sizeof(CEtherAddr) == 168);
-};
-
 namespace {
 
 using tessel::RegistryKey;
@@ -24,8 +17,13 @@ using tessel::ReportUnless;
 using ServiceName = wchar_t[CEtherAddr::SERVICE_NAME_SIZE];
 
 constexpr unsigned long kFailed = 1;
+constexpr wchar_t kDevicePrefix[] = L"\\\\.\\";
+constexpr wchar_t kTargetPrefix[] = L"\\Device\\";
 constexpr wchar_t kCards[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\NetworkCards";
-constexpr unsigned long kKeyNameRoom = 256;     // a key's name has up to 255 characters
+constexpr std::size_t kTargetRoom = 1024;
+constexpr std::size_t kAnswerRoom = 4096;
+constexpr unsigned long kKeyNameRoom = 256; // a key's name has up to 255 characters
+constexpr unsigned int kNoServiceNameLine = 91;
 constexpr DWORD kQueryGlobalStats = 0x00170002; // IOCTL_NDIS_QUERY_GLOBAL_STATS
 constexpr DWORD kCurrentAddress = 0x01010102;   // OID_802_3_CURRENT_ADDRESS
 
@@ -36,7 +34,7 @@ bool ReadServiceName(CReg& registry, HKEY cards, const wchar_t* card, ServiceNam
     return false;
 }
 
-/// Finds the first card that tells its name.
+/// Finds the first card whose name can be read.
 bool FindServiceName(ServiceName& name) {
     CReg registry;
     const RegistryKey cards(registry, HKEY_LOCAL_MACHINE, kCards);
@@ -46,31 +44,31 @@ bool FindServiceName(ServiceName& name) {
     do {
         found = ReadServiceName(registry, cards.Get(), card, name);
     } while (!found && registry.FindNextKey(card) == ERROR_SUCCESS);
-    ReportUnless(found, "status == STATUS_OK", "EthAddr", 91);
+    ReportUnless(found, "status == STATUS_OK", "EthAddr", kNoServiceNameLine);
     return found;
 }
 
-/// Sees to it that the card can be opened by its name.
-/// @param defined  becomes true when the name was defined for that and has to be removed again
-bool MakeReachable(const wchar_t* name, const wchar_t* target, bool& defined) {
-    wchar_t current[1024];
+/// Defines the device name of a card unless it is defined.
+/// @param defined  becomes true when the name was defined here and must be removed again
+bool DefineName(const wchar_t* name, const wchar_t* target, bool& defined) {
+    wchar_t current[kTargetRoom];
     if (QueryDosDeviceW(name, current, std::size(current)) != 0) return true;
     if (GetLastError() != ERROR_FILE_NOT_FOUND) return false;
     defined = DefineDosDeviceW(DDD_RAW_TARGET_PATH, name, target) != 0;
     return defined;
 }
 
-bool Remove(const wchar_t* name, const wchar_t* target) {
+bool RemoveName(const wchar_t* name, const wchar_t* target) {
     constexpr DWORD kRemoval = DDD_RAW_TARGET_PATH | DDD_REMOVE_DEFINITION | DDD_EXACT_MATCH_ON_REMOVE;
     return DefineDosDeviceW(kRemoval, name, target) != 0;
 }
 
-/// Asks the open driver for the address.
-/// @param out  receives 6 bytes, when there are just as many
-bool AskDriver(HANDLE driver, unsigned char* out) {
+/// Queries the address of an open driver.
+/// @param out  receives 6 bytes, if the driver returns exactly as many
+bool QueryAddress(HANDLE driver, unsigned char* out) {
     constexpr DWORD kAddressSize = 6;
     DWORD object = kCurrentAddress;
-    unsigned char answer[4096];
+    unsigned char answer[kAnswerRoom];
     DWORD length = 0;
     if (!DeviceIoControl(driver, kQueryGlobalStats, &object, sizeof object, answer, sizeof answer, &length, nullptr) ||
         length != kAddressSize) {
@@ -80,14 +78,12 @@ bool AskDriver(HANDLE driver, unsigned char* out) {
     return true;
 }
 
-bool AskCard(const wchar_t* name, unsigned char* out) {
-    wchar_t path[4 + CEtherAddr::SERVICE_NAME_SIZE] = L"\\\\.\\";
-    const HANDLE driver = CreateFileW(std::wcscat(path, name), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                      nullptr, OPEN_EXISTING, 0, nullptr);
-    if (driver == INVALID_HANDLE_VALUE) return false;
-    const bool answered = AskDriver(driver, out);
-    (void)CloseHandle(driver); // opened just now
-    return answered;
+bool QueryCard(const wchar_t* name, unsigned char* out) {
+    wchar_t path[std::size(kDevicePrefix) + CEtherAddr::SERVICE_NAME_SIZE];
+    (void)std::wcscpy(path, kDevicePrefix);
+    const tessel::Handle driver(CreateFileW(std::wcscat(path, name), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                            nullptr, OPEN_EXISTING, 0, nullptr));
+    return driver && QueryAddress(driver.Get(), out);
 }
 
 } // namespace
@@ -98,21 +94,23 @@ CEtherAddr::CEtherAddr() : m_aBinary{}, m_szText{}, m_szServiceName{} {
         std::fill(std::begin(m_aBinary), std::end(m_aBinary), static_cast<unsigned char>(0));
         return;
     }
+    constexpr std::size_t kHexDigits = 2;
     wchar_t* digits = m_szText;
     for (const unsigned char byte : m_aBinary) {
-        (void)std::swprintf(digits, 3, L"%02.2X", byte); // always two
-        digits += 2;
+        (void)std::swprintf(digits, kHexDigits + 1, L"%02.2X", byte); // always fits
+        digits += kHexDigits;
     }
 }
 
 unsigned long CEtherAddr::GetEthernetAddress(unsigned char* out) {
     if (!FindServiceName(m_szServiceName)) return kFailed;
-    wchar_t target[8 + SERVICE_NAME_SIZE] = L"\\Device\\";
+    wchar_t target[std::size(kTargetPrefix) + SERVICE_NAME_SIZE];
+    (void)std::wcscpy(target, kTargetPrefix);
     (void)std::wcscat(target, m_szServiceName);
     bool defined = false;
-    bool read = MakeReachable(m_szServiceName, target, defined) && AskCard(m_szServiceName, out);
-    // ODD-93: a name that stays behind spoils an address that was read.
-    if (defined && !Remove(m_szServiceName, target)) read = false;
+    bool read = DefineName(m_szServiceName, target, defined) && QueryCard(m_szServiceName, out);
+    // ODD-93: when the name cannot be removed, an address that was read is dropped.
+    if (defined && !RemoveName(m_szServiceName, target)) read = false;
     return read ? STATUS_OK : kFailed;
 }
 

@@ -8,14 +8,6 @@
 #include <iterator>
 #include <new>
 
-struct CIpAddressLayout {
-    static constexpr bool kOn32Bits = sizeof(void*) == 4;
-    static_assert(offsetof(CIpAddress, m_ulAddress) == sizeof(void*));
-    static_assert(!kOn32Bits || offsetof(CIpAddress, m_pNarrow) == 8);
-    static_assert(!kOn32Bits || offsetof(CIpAddress, m_pWide) == 12);
-    static_assert(!kOn32Bits || sizeof(CIpAddress) == 16);
-};
-
 namespace {
 
 constexpr std::size_t kTextSize = 16; // "255.255.255.255" and its terminator
@@ -40,7 +32,7 @@ template <class Character> Character* WriteInto(Character*& cache, unsigned long
 
 CIpAddress::CIpAddress(unsigned long address) : m_ulAddress(address), m_pNarrow(nullptr), m_pWide(nullptr) {}
 
-// GUARD-67: a null text is no address.
+// GUARD-67: a null text is not an address.
 CIpAddress::CIpAddress(const char* dotted) : CIpAddress(dotted == nullptr ? INADDR_NONE : inet_addr(dotted)) {}
 
 CIpAddress::CIpAddress(const wchar_t* dotted)
@@ -75,7 +67,7 @@ void CIpAddress::Unpack(unsigned long value, wchar_t* out) {
     if (out == nullptr) return;
     wchar_t text[kTextSize];
     WriteDotted(value, text);
-    // GUARD-68: one terminator; a second one behind it would leave a buffer that just holds the longest text.
+    // GUARD-68: one terminator; a second one would overrun a buffer that just fits the longest text.
     std::wcscpy(out, text);
 }
 

@@ -4,16 +4,9 @@
 #include <tessel/net/commmsg.h>
 #include <tessel/net/msgsocket.h>
 
-#include <cstddef>
 #include <cstring>
 #include <limits>
 #include <new>
-
-struct CMsgSocketLayout {
-    static_assert(offsetof(CMsgSocket, m_pBuffer) == sizeof(CSocket));
-    static_assert(offsetof(CMsgSocket, m_uiCapacity) == sizeof(CSocket) + sizeof(void*));
-    static_assert(offsetof(CMsgSocket, m_uiFilled) == sizeof(CSocket) + sizeof(void*) + 4);
-};
 
 namespace {
 
@@ -22,7 +15,7 @@ constexpr unsigned int kLongestData = std::numeric_limits<int>::max() - tessel::
 struct Delivery;
 thread_local const Delivery* innermost = nullptr;
 
-/// A socket that receives and delivers on this thread, for as long as the object lives.
+/// Marks a socket as delivering on this thread.
 struct Delivery {
     Delivery(const CMsgSocket* receiver, bool& more) : socket(receiver), moreCame(more), outer(innermost) {
         innermost = this;
@@ -32,11 +25,11 @@ struct Delivery {
     Delivery& operator=(const Delivery&) = delete;
 
     const CMsgSocket* socket;
-    bool& moreCame; ///< becomes true when there is more to receive then
+    bool& moreCame; ///< becomes true when more arrives during the delivery
     const Delivery* outer;
 };
 
-/// @return the socket's own, when it is delivering on this thread; else null
+/// @return the delivery of a socket on this thread; null when there is none
 const Delivery* DeliveryOf(const CMsgSocket* socket) {
     const Delivery* delivery = innermost;
     while (delivery != nullptr && delivery->socket != socket) delivery = delivery->outer;
@@ -72,14 +65,14 @@ CMsgSocket::~CMsgSocket() {
 
 void CMsgSocket::Initialize(unsigned int size) {
     m_pBuffer = new (std::nothrow) unsigned char[size];
-    m_uiCapacity = m_pBuffer != nullptr ? size : 0; // GUARD-81: a buffer that is not there takes no byte
+    m_uiCapacity = m_pBuffer != nullptr ? size : 0; // GUARD-81: a missing buffer takes no byte
     m_uiFilled = 0;
 }
 
-// GUARD-82: copies hold the buffer by value, where each freeing it would do so twice.
+// GUARD-82: copies hold the buffer by value; each would free it.
 void CMsgSocket::ShareWith(const CMsgSocket& other) {
-    const bool shared = other.m_pBuffer != nullptr && tessel::AddOwner(other.m_pBuffer);
-    m_pBuffer = shared ? other.m_pBuffer : nullptr;
+    m_pBuffer = tessel::Share(other.m_pBuffer);
+    const bool shared = m_pBuffer != nullptr;
     m_uiCapacity = shared ? other.m_uiCapacity : 0;
     m_uiFilled = shared ? other.m_uiFilled : 0;
 }
@@ -90,13 +83,13 @@ void CMsgSocket::ReleaseBuffer() {
 
 int CMsgSocket::Write(const CCommMsg* msg, unsigned int timeout) {
     if (msg == nullptr) return WSAEFAULT;                   // GUARD-09
-    if (msg->GetLength() > kLongestData) return WSAENOBUFS; // GUARD-73: it would be cut, or wrap with its length word
+    if (msg->GetLength() > kLongestData) return WSAENOBUFS; // GUARD-73: the total would wrap, or exceed one send
     unsigned int previous = 0;
     int result = GetSendTimeout(&previous);
     if (result == 0) result = SetSendTimeout(timeout);
     if (result != 0) return result;
     result = SendRecord(*msg);
-    (void)SetSendTimeout(previous); // what counts is whether the record went out
+    (void)SetSendTimeout(previous); // the result is that of sending
     return result;
 }
 
@@ -110,8 +103,8 @@ int CMsgSocket::SendRecord(const CCommMsg& msg) {
     return result;
 }
 
-/// Whether the buffer has room for no byte, but a whole record that was left there: there was no memory for it
-/// (GUARD-81), or its handler disconnected (ODD-87).
+/// Whether a full buffer begins with a complete record, left there for lack of memory (GUARD-81) or by a handler that
+/// disconnected (ODD-87).
 bool CMsgSocket::IsFull() const {
     return m_uiFilled == m_uiCapacity && tessel::WholeRecord(m_pBuffer, m_uiFilled);
 }
@@ -119,7 +112,7 @@ bool CMsgSocket::IsFull() const {
 /// Receives into the free part of the buffer.
 int CMsgSocket::Fill() {
     if (IsFull()) return 0;
-    // ODD-105: in front of a record that is too long for the buffer no byte is asked for, and getting none is an end.
+    // ODD-105: when a record is too long for the buffer, this asks for 0 bytes, and receiving 0 means closed.
     unsigned int received = 0;
     const int result = Recv(m_pBuffer + m_uiFilled, m_uiCapacity - m_uiFilled, &received, 0);
     m_uiFilled += received;
@@ -129,12 +122,12 @@ int CMsgSocket::Fill() {
 /// @return a copy of the record at the front; null without memory
 CCommMsg* CMsgSocket::MakeRecord(unsigned int length) const {
     auto* const record = new (length) CCommMsg;
-    // GUARD-81: without memory there is nothing to copy to.
+    // GUARD-81: there may be no memory for it.
     if (record != nullptr) std::memcpy(record->GetData(), m_pBuffer + tessel::kRecordHead, length);
     return record;
 }
 
-// ODD-86: it receives first, even when a whole record is there already.
+// ODD-86: it receives first, even when a complete record is in the buffer.
 int CMsgSocket::Read(CCommMsg** out) {
     if (out == nullptr) return WSAEFAULT; // GUARD-09
     for (;;) {
@@ -152,7 +145,7 @@ int CMsgSocket::Read(CCommMsg** out) {
 
 void CMsgSocket::OnRead() {
     if (const Delivery* const underWay = DeliveryOf(this)) {
-        underWay->moreCame = true; // GUARD-210: the record under way would be delivered, and taken off, a second time
+        underWay->moreCame = true; // GUARD-210: the current record would be delivered and dropped twice
         return;
     }
     bool moreCame = false;
@@ -166,19 +159,19 @@ void CMsgSocket::OnRead() {
     if (moreCame || unreceived) AskForEvent();
 }
 
-/// Has what waits to be received be told again: only a receive does, and there was none.
+/// Makes the system report waiting data again, which it does only after a receive.
 void CMsgSocket::AskForEvent() {
     unsigned char next = 0;
-    if (!IsBlockingMode()) (void)Recv(&next, sizeof next, nullptr, MSG_PEEK); // also when nothing is there
+    if (!IsBlockingMode()) (void)Recv(&next, sizeof next, nullptr, MSG_PEEK); // fails when no data waits
 }
 
-/// Delivers the whole records in the buffer.
+/// Delivers the complete records in the buffer.
 void CMsgSocket::Deliver() {
     while (const auto length = tessel::WholeRecord(m_pBuffer, m_uiFilled)) {
         CCommMsg* const record = MakeRecord(*length);
         if (record == nullptr) return;
         OnReadMsg(record);
-        if (!IsConnected()) return; // ODD-87: the record that was delivered stays in the buffer
+        if (!IsConnected()) return; // ODD-87: the delivered record stays in the buffer
         tessel::DropRecord(m_pBuffer, m_uiFilled, *length);
     }
 }

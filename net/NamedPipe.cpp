@@ -3,21 +3,7 @@
 #include <tessel/net/namedpipe.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <iterator>
-
-struct CNamedPipeLayout {
-    static constexpr bool kOn32Bits = sizeof(void*) == 4;
-    static_assert(offsetof(CClientNamedPipe, m_szName) == sizeof(void*));
-    static_assert(offsetof(CClientNamedPipe, m_szPath) == sizeof(void*) + 40);
-    static_assert(offsetof(CClientNamedPipe, m_ulStatus) == sizeof(void*) + 560);
-    static_assert(!kOn32Bits || offsetof(CClientNamedPipe, m_hPipe) == 568);
-    static_assert(!kOn32Bits || offsetof(CClientNamedPipe, m_bOverlapped) == 572);
-    static_assert(!kOn32Bits || offsetof(CClientNamedPipe, m_Overlapped) == 576);
-    static_assert(!kOn32Bits || offsetof(CClientNamedPipe, m_pOverlapped) == 596);
-    static_assert(!kOn32Bits || offsetof(CClientNamedPipe, m_bPending) == 600);
-    static_assert(sizeof(CServerNamedPipe) == sizeof(CClientNamedPipe));
-};
 
 namespace {
 
@@ -41,7 +27,7 @@ bool IsMode(CClientNamedPipe::MODE mode) {
 CClientNamedPipe::CClientNamedPipe(const wchar_t* name)
     : m_szName{}, m_szPath{}, m_ulStatus(PIPE_CLOSED), m_hPipe(INVALID_HANDLE_VALUE),
       m_bOverlapped(false), m_Overlapped{}, m_pOverlapped(nullptr), m_bPending(false) {
-    if (name != nullptr) tessel::JoinPath(m_szName, {name}); // GUARD-78: the field has room for 19 characters
+    if (name != nullptr) tessel::JoinPath(m_szName, {name}); // GUARD-78: cut to 19 characters
 }
 
 CClientNamedPipe::CClientNamedPipe(const CClientNamedPipe& other) {
@@ -57,33 +43,33 @@ CClientNamedPipe& CClientNamedPipe::operator=(const CClientNamedPipe& other) {
 }
 
 CClientNamedPipe::~CClientNamedPipe() {
-    LetGo();
+    Reset();
     m_pOverlapped = nullptr;
 }
 
-// GUARD-76: copies hold the handle by value, and would hold the address of another object's record.
+// GUARD-76: copies hold the handle by value; each would close it, and point to the record of another object.
 void CClientNamedPipe::ShareWith(const CClientNamedPipe& other) {
     std::copy(std::begin(other.m_szName), std::end(other.m_szName), m_szName);
     std::copy(std::begin(other.m_szPath), std::end(other.m_szPath), m_szPath);
     m_ulStatus = other.m_ulStatus;
-    m_hPipe = tessel::ShareHandle(other.m_hPipe);
+    m_hPipe = tessel::Share(other.m_hPipe, INVALID_HANDLE_VALUE);
     m_bOverlapped = other.m_bOverlapped;
     m_Overlapped = other.m_Overlapped;
     m_pOverlapped = other.m_pOverlapped != nullptr ? &m_Overlapped : nullptr;
     m_bPending = other.m_bPending;
 }
 
-void CClientNamedPipe::LetGo() {
+void CClientNamedPipe::Reset() {
     tessel::CancelOverlapped(m_hPipe, m_Overlapped);
-    (void)GetStatus(); // how that ended; a server that opens anew keeps it
+    (void)GetStatus(); // a server that opens anew keeps the status of the cancelled operation
     m_bPending = false;
-    if (tessel::IsHandle(m_hPipe)) (void)tessel::ReleaseHandle(m_hPipe); // it was opened here
+    if (tessel::IsHandle(m_hPipe)) (void)tessel::ReleaseHandle(m_hPipe); // opened by this class, so it can be closed
     m_hPipe = INVALID_HANDLE_VALUE;
 }
 
 bool CClientNamedPipe::Open(const wchar_t* server, MODE mode, bool overlapped) {
     if (!IsMode(mode) || server == nullptr) return false;
-    LetGo();
+    Reset();
     m_bOverlapped = overlapped;
     tessel::JoinPath(m_szPath, {L"\\\\", server, L"\\PIPE\\", m_szName}); // GUARD-78: cut to 259 characters
     m_hPipe = CreateFileW(m_szPath, kModes[mode].clientAccess, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
@@ -100,20 +86,20 @@ OVERLAPPED* CClientNamedPipe::Prepare(void* event) {
     return m_pOverlapped = &m_Overlapped;
 }
 
-bool CClientNamedPipe::Started(bool succeeded) {
+bool CClientNamedPipe::RecordStart(bool succeeded) {
     m_ulStatus = succeeded ? PIPE_CONNECTED : GetLastError();
-    m_bPending = m_ulStatus == ERROR_IO_PENDING; // what ended at once has no record to ask
-    return succeeded; // ODD-88: an overlapped transfer that has started counts as a failure, unlike a mailslot's
+    m_bPending = m_ulStatus == ERROR_IO_PENDING; // an operation that ended at once is not in the record
+    return succeeded; // ODD-88: false for an overlapped transfer that has started, unlike CMailslot
 }
 
 bool CClientNamedPipe::Read(void* buffer, unsigned int size, void* event) {
     DWORD got = 0;
-    return Started(ReadFile(m_hPipe, buffer, size, &got, Prepare(event)) != 0);
+    return RecordStart(ReadFile(m_hPipe, buffer, size, &got, Prepare(event)) != 0);
 }
 
 bool CClientNamedPipe::Write(const void* buffer, unsigned int size, void* event) {
     DWORD written = 0;
-    return Started(WriteFile(m_hPipe, buffer, size, &written, Prepare(event)) != 0);
+    return RecordStart(WriteFile(m_hPipe, buffer, size, &written, Prepare(event)) != 0);
 }
 
 unsigned long CClientNamedPipe::GetStatus() {
@@ -127,15 +113,15 @@ unsigned long CClientNamedPipe::GetStatus() {
     case ERROR_IO_INCOMPLETE: m_ulStatus = ERROR_IO_PENDING; break;
     default: m_ulStatus = error;
     }
-    if (m_ulStatus == PIPE_CONNECTED) m_bPending = false; // a failed operation is asked about again
+    if (m_ulStatus == PIPE_CONNECTED) m_bPending = false; // after a failure the next call asks again
     return m_ulStatus;
 }
 
-// ODD-104: an operation that was pending still counts as pending, and its status hides PIPE_CLOSED.
+// ODD-104: a pending operation stays pending, and its status hides PIPE_CLOSED.
 void CClientNamedPipe::Close() {
     m_ulStatus = PIPE_CLOSED;
     tessel::CancelOverlapped(m_hPipe, m_Overlapped);
-    (void)tessel::ReleaseHandle(m_hPipe); // a handle that was closed already needs nothing more
+    (void)tessel::ReleaseHandle(m_hPipe); // fails when it is closed already
     m_hPipe = INVALID_HANDLE_VALUE;
 }
 
@@ -145,7 +131,7 @@ CServerNamedPipe::~CServerNamedPipe() = default;
 
 bool CServerNamedPipe::Open(CClientNamedPipe::MODE mode, bool overlapped) {
     if (!IsMode(mode)) return false;
-    LetGo();
+    Reset();
     m_bOverlapped = overlapped;
     if (!overlapped) m_pOverlapped = nullptr;
     tessel::JoinPath(m_szPath, {L"\\\\.\\PIPE\\", m_szName});
@@ -153,22 +139,22 @@ bool CServerNamedPipe::Open(CClientNamedPipe::MODE mode, bool overlapped) {
                                PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, PIPE_UNLIMITED_INSTANCES,
                                kBufferSize, kBufferSize, INFINITE, nullptr);
     const bool created = m_hPipe != INVALID_HANDLE_VALUE;
-    if (!created) m_ulStatus = GetLastError(); // ODD-89: success leaves the status, even an error, as it was
+    if (!created) m_ulStatus = GetLastError(); // ODD-89: success leaves the status unchanged, even an error
     return created;
 }
 
 void CServerNamedPipe::AwaitConnection(void* event) {
     m_ulStatus = PIPE_LISTENING;
-    (void)Started(ConnectNamedPipe(m_hPipe, Prepare(event)) != 0); // the status tells
+    (void)RecordStart(ConnectNamedPipe(m_hPipe, Prepare(event)) != 0); // the result is in the status
 }
 
 void CServerNamedPipe::Close() {
-    if ((m_ulStatus & PIPE_CONNECTED) != 0) CloseInstance(); // ODD-90: any common bit counts, an error's too
+    if ((m_ulStatus & PIPE_CONNECTED) != 0) CloseInstance(); // ODD-90: also after an error that has one of these bits
     CClientNamedPipe::Close();
 }
 
 void CServerNamedPipe::CloseInstance() {
-    (void)FlushFileBuffers(m_hPipe);    // fails when no client is there to read
+    (void)FlushFileBuffers(m_hPipe);    // fails without a client
     (void)DisconnectNamedPipe(m_hPipe); // likewise
     m_ulStatus = PIPE_CLOSED;
 }

@@ -5,15 +5,8 @@
 #include <tessel/net/etheraddr.h>
 #include <tessel/net/networkid.h>
 
-#include <cstddef>
 #include <cwchar>
 #include <iterator>
-
-struct CNetworkIdLayout {
-    static_assert(offsetof(CNetworkId, m_szAdapterKey) == sizeof(void*));
-    static_assert(offsetof(CNetworkId, m_ulDhcp) == sizeof(void*) + 1024);
-    static_assert(sizeof(void*) != 4 || offsetof(CNetworkId, m_Registry) == 1032);
-};
 
 namespace {
 
@@ -28,16 +21,16 @@ constexpr unsigned long kNameRoom = MAX_COMPUTERNAME_LENGTH + 1;
 SRWLOCK nextBootLock = SRWLOCK_INIT;
 wchar_t nextBootName[kNameRoom];
 
-void NoteFirstName() {
+void StoreFirstName() {
     const SlimLock lock(nextBootLock);
     if (nextBootName[0] != L'\0') return;
     DWORD size = kNameRoom;
     if (!GetComputerNameW(nextBootName, &size)) nextBootName[0] = L'\0'; // the next object tries again
 }
 
-void NoteName(const wchar_t* name) {
+void StoreName(const wchar_t* name) {
     const SlimLock lock(nextBootLock);
-    (void)CopyString(nextBootName, name, kNameRoom); // GUARD-83: a longer name is cut to the room that there is
+    (void)CopyString(nextBootName, name, kNameRoom); // GUARD-83: a longer name is cut to fit
 }
 
 bool IsNameCharacter(wchar_t character) {
@@ -49,12 +42,13 @@ bool IsNameCharacter(wchar_t character) {
 CNetworkId::CNetworkId() : m_szAdapterKey{}, m_ulDhcp(0), m_Registry() {
     wchar_t service[CEtherAddr::SERVICE_NAME_SIZE];
     CEtherAddr().GetServiceName(service);
+    // It fits: a service name has up to 63 characters.
     (void)std::swprintf(m_szAdapterKey, std::size(m_szAdapterKey),
-                        L"SYSTEM\\CurrentControlSet\\Services\\%ls\\Parameters\\Tcpip", service); // 113 at most
+                        L"SYSTEM\\CurrentControlSet\\Services\\%ls\\Parameters\\Tcpip", service);
     const RegistryKey adapter(m_Registry, HKEY_LOCAL_MACHINE, m_szAdapterKey);
     unsigned long dhcp = 0;
     if (adapter.Read(L"EnableDHCP") && m_Registry.GetData(dhcp) == STATUS_OK) m_ulDhcp = dhcp;
-    NoteFirstName();
+    StoreFirstName();
 }
 
 unsigned long CNetworkId::GetComputerNameW(wchar_t* out, unsigned long* size) {
@@ -66,7 +60,7 @@ unsigned long CNetworkId::GetComputerNameAtNextBoot(wchar_t* out, unsigned long*
     if (size == nullptr) return ERROR_INVALID_PARAMETER; // GUARD-09
     const SlimLock lock(nextBootLock);
     const auto needed = static_cast<unsigned long>(std::wcslen(nextBootName)) + 1;
-    if (out != nullptr && *size != 0) (void)CopyString(out, nextBootName, *size); // the result tells of a cut
+    if (out != nullptr && *size != 0) (void)CopyString(out, nextBootName, *size); // the result says when it was cut
     const unsigned long result = needed > *size ? ERROR_BUFFER_OVERFLOW : STATUS_OK;
     *size = needed;
     return result;
@@ -74,16 +68,16 @@ unsigned long CNetworkId::GetComputerNameAtNextBoot(wchar_t* out, unsigned long*
 
 unsigned long CNetworkId::SetComputerNameW(const wchar_t* name) {
     if (name == nullptr) return ERROR_INVALID_PARAMETER; // GUARD-09
-    NoteName(name);                                      // ODD-94: also a name that the system then refuses
+    StoreName(name);                                     // ODD-94: even if the system refuses the name
     if (!::SetComputerNameW(name)) return GetLastError();
     SaveName(kHostKey, L"Hostname", name);
-    SaveName(kLogonKey, L"DefaultDomainName", name); // ODD-95: the machine's name, also where it is in a domain
+    SaveName(kLogonKey, L"DefaultDomainName", name); // ODD-95: even if the machine is in a domain
     return STATUS_OK;
 }
 
 void CNetworkId::SaveName(const wchar_t* path, const wchar_t* value, const wchar_t* name) {
     const RegistryKey key(m_Registry, HKEY_LOCAL_MACHINE, path);
-    (void)key.Read(value); // for its type only: a value that is not there is made
+    (void)key.Read(value); // only for its type; a missing value is created
     key.SaveText(value, name);
 }
 
@@ -96,7 +90,7 @@ VN_RET_CODE CNetworkId::ValidateName(const wchar_t* name) {
 
 VI_RET_CODE CNetworkId::ValidateIpAddr(unsigned long address, unsigned long mask) {
     const unsigned long hostBits = ~mask;
-    const bool inOneRow = (hostBits & (hostBits + 1)) == 0;
-    if (mask == 0 || hostBits == 0 || !inOneRow) return VI_BAD_MASK;
+    const bool contiguous = (hostBits & (hostBits + 1)) == 0;
+    if (mask == 0 || hostBits == 0 || !contiguous) return VI_BAD_MASK;
     return (address & hostBits) == 0 ? VI_NO_HOST_PART : VI_VALID;
 }

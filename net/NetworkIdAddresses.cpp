@@ -3,6 +3,7 @@
 #include <tessel/foundation/status.h>
 #include <tessel/net/networkid.h>
 
+#include <cstddef>
 #include <cwchar>
 #include <iterator>
 #include <utility>
@@ -11,12 +12,15 @@ namespace {
 
 using tessel::RegistryKey;
 
+constexpr int kOctets = 4;
+constexpr std::size_t kValueNameRoom = 32;
+constexpr std::size_t kCommandLineRoom = 512;
 constexpr wchar_t kIpAddress[] = L"IpAddress";
 constexpr wchar_t kSubnetMask[] = L"SubnetMask";
 constexpr wchar_t kDefaultGateway[] = L"DefaultGateway";
 
 /// Runs a program without a window for up to 5 seconds.
-/// @return its exit code; 259 when it could not be started, or had to be ended
+/// @return its exit code; 259 when it could not be started or was terminated
 DWORD Run(wchar_t* commandLine) {
     constexpr DWORD kTimeoutMs = 5000;
     DWORD exitCode = STILL_ACTIVE;
@@ -24,9 +28,10 @@ DWORD Run(wchar_t* commandLine) {
     return exitCode;
 }
 
-/// Takes the next piece between dots off a text.
-/// @return its number; 0 when there is none
-unsigned long NextPiece(const wchar_t*& rest) {
+/// Reads the next number between dots.
+/// @param rest  text; moves behind the number
+/// @return the number; 0 when there is none
+unsigned long NextNumber(const wchar_t*& rest) {
     rest += std::wcsspn(rest, L".");
     const int number = _wtoi(rest);
     rest += std::wcscspn(rest, L".");
@@ -38,16 +43,17 @@ unsigned long NextPiece(const wchar_t*& rest) {
 void CNetworkId::SetDhcpSetting(bool on) {
     m_ulDhcp = on ? 1 : 0;
     const RegistryKey adapter(m_Registry, HKEY_LOCAL_MACHINE, m_szAdapterKey);
-    if (adapter.Get() != nullptr) (void)m_Registry.SaveKey(adapter.Get(), L"EnableDhcp", m_ulDhcp); // nobody is told
+    if (adapter.Get() != nullptr)
+        (void)m_Registry.SaveKey(adapter.Get(), L"EnableDhcp", m_ulDhcp); // the operation has no result
 }
 
 void CNetworkId::GetIpAddr(const wchar_t* name, wchar_t* out) {
     if (out == nullptr) return; // GUARD-09
-    wchar_t value[32] = L"";
+    wchar_t value[kValueNameRoom] = L"";
     if (m_ulDhcp != 0) (void)std::wcscpy(value, L"Dhcp");
     (void)std::wcscat(value, name);
     const RegistryKey adapter(m_Registry, HKEY_LOCAL_MACHINE, m_szAdapterKey);
-    if (!adapter.Read(value)) return; // ODD-98: the text stays as the caller preset it
+    if (!adapter.Read(value)) return; // ODD-98: the text stays as it was
     if (m_Registry.GetData(out, ADDRESS_SIZE, 0) != STATUS_OK) (void)std::wcscpy(out, L"0.0.0.0");
 }
 
@@ -56,8 +62,8 @@ unsigned long CNetworkId::GetIpAddr(const wchar_t* name) {
     GetIpAddr(name, text);
     unsigned long address = 0;
     const wchar_t* rest = text;
-    // ODD-96: a piece over 255 carries into the one in front of it.
-    for (int round = 0; round < 4; ++round) address = (address << 8) + NextPiece(rest);
+    // ODD-96: a number over 255 carries into the one before it.
+    for (int octet = 0; octet < kOctets; ++octet) address = (address << 8) + NextNumber(rest);
     return address;
 }
 
@@ -71,7 +77,7 @@ unsigned long CNetworkId::GetIpAddr(const wchar_t* name, int dhcp) {
 void CNetworkId::SetIpAddr(const wchar_t* name, const wchar_t* text) {
     if (text == nullptr) return; // GUARD-09
     const RegistryKey adapter(m_Registry, HKEY_LOCAL_MACHINE, m_szAdapterKey);
-    if (!adapter.Read(name)) return; // ODD-97: a value that is not there yet is never made
+    if (!adapter.Read(name)) return; // ODD-97: a missing value is not created
     m_Registry.SetType(CReg::TYPE_MULTI_STRING);
     adapter.SaveText(name, text);
 }
@@ -133,10 +139,10 @@ void CNetworkId::RenewDhcp() {
 }
 
 void CNetworkId::RunIpConfig(const wchar_t* arguments) {
-    wchar_t line[512];
+    wchar_t line[kCommandLineRoom];
     const DWORD length =
         ExpandEnvironmentStringsW(L"%SystemRoot%\\System32\\IpConfig.exe ", line, static_cast<DWORD>(std::size(line)));
-    // GUARD-87: a line that does not fit is not run; it is not whole.
+    // GUARD-87: an incomplete command line is not run.
     if (length == 0 || length + std::wcslen(arguments) > std::size(line)) return;
-    (void)Run(std::wcscat(line, arguments)); // nobody is told
+    (void)Run(std::wcscat(line, arguments)); // the operation has no result
 }

@@ -10,9 +10,10 @@ namespace {
 
 using tessel::ReportUnless;
 
-constexpr std::size_t kLongestName = 32766; // with its terminator 65,534 bytes, what an LSA string can count
+constexpr unsigned int kNullNameLine = 140;
+constexpr std::size_t kLongestName = 32766; // 65,534 bytes with the terminator, the most that an LSA string holds
 
-/// The local machine's policy for as long as the object lives.
+/// Opens the policy of this machine, and closes it at the end of the scope.
 class Policy {
 public:
     explicit Policy(ACCESS_MASK access) {
@@ -20,7 +21,7 @@ public:
         m_status = LsaOpenPolicy(nullptr, &attributes, access, &m_handle);
     }
     ~Policy() {
-        if (IsOpen()) (void)LsaClose(m_handle); // an open policy closes
+        if (IsOpen()) (void)LsaClose(m_handle); // open until now, so it cannot fail
     }
     Policy(const Policy&) = delete;
     Policy& operator=(const Policy&) = delete;
@@ -37,7 +38,7 @@ private:
 void CopyName(const LSA_UNICODE_STRING& name, wchar_t* out) {
     const std::size_t length = name.Length / sizeof(wchar_t);
     if (length != 0) std::copy_n(name.Buffer, length, out);
-    out[length] = L'\0'; // GUARD-85: written and not copied, as the system does not promise one
+    out[length] = L'\0'; // GUARD-85: the system need not terminate the name
 }
 
 } // namespace
@@ -57,7 +58,7 @@ unsigned long CNetworkId::GetWorkgroupName(wchar_t* out) {
 
 unsigned long CNetworkId::SetWorkgroupName(const wchar_t* name) {
     const Policy policy(POLICY_TRUST_ADMIN);
-    ReportUnless(name != nullptr, "WorkgroupName", "NetworkId", 140);
+    ReportUnless(name != nullptr, "WorkgroupName", "NetworkId", kNullNameLine);
     if (name == nullptr) return ERROR_INVALID_PARAMETER; // GUARD-09
     if (!policy.IsOpen()) return LsaNtStatusToWinError(policy.Status());
     const std::size_t length = std::wcslen(name);

@@ -9,10 +9,10 @@ namespace tessel {
 /// Bytes of the length word in front of a record's data on a stream.
 constexpr unsigned int kRecordHead = 4;
 
-/// Looks for a whole record at the front of a stream. Any bytes are safe to be looked at.
-/// @param stream  bytes of the stream, from the start of a record on; little-endian like this machine
-/// @param count   how many there are
-/// @return length of the record's data, which begins kRecordHead bytes in; nothing while the record is incomplete
+/// Looks for a complete record at the start of a stream. Safe for any bytes.
+/// @param stream  received bytes, starting with a record; little-endian
+/// @param count   number of bytes
+/// @return length of the record's data, which follows the length word; nothing while the record is incomplete
 inline std::optional<unsigned int> WholeRecord(const unsigned char* stream, unsigned int count) {
     if (count < kRecordHead) return std::nullopt;
     unsigned int length = 0;
@@ -21,12 +21,12 @@ inline std::optional<unsigned int> WholeRecord(const unsigned char* stream, unsi
     return length;
 }
 
-/// Takes a record off the front of a stream; what follows moves there.
+/// Removes the record at the start of a stream; the rest moves there.
 /// @param stream  bytes of the stream
-/// @param count   how many there are; becomes less
+/// @param count   number of bytes; decreases
 /// @param length  length of the record's data
 inline void DropRecord(unsigned char* stream, unsigned int& count, unsigned int length) {
-    // GUARD-80: a handler may have taken the record off already.
+    // GUARD-80: a handler may have removed the record already.
     const unsigned int dropped = std::min(count, length + kRecordHead);
     count -= dropped;
     std::memmove(stream, stream + dropped, count);

@@ -3,16 +3,10 @@
 #include <tessel/system/registry.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdlib>
 #include <new>
 #include <string>
 #include <string_view>
-
-struct CSecurityFilterNTLayout {
-    static_assert(offsetof(CSecurityFilterNT, m_pImplementation) == sizeof(void*));
-    static_assert(sizeof(CSecurityFilterNT) == 2 * sizeof(void*));
-};
 
 namespace {
 
@@ -25,17 +19,17 @@ constexpr wchar_t kUdpPorts[] = L"UDPAllowedPorts";
 constexpr wchar_t kProtocols[] = L"RawIPAllowedProtocols";
 constexpr wchar_t kDevice[] = L"\\Device\\";
 
-constexpr unsigned long kEvery = CSecurityFilterNT::ALL_PORTS;
-constexpr unsigned long kControlMessages = 1; // ICMP
-constexpr unsigned long kRaw = 255;
+constexpr unsigned long kAllPorts = CSecurityFilterNT::ALL_PORTS;
+constexpr unsigned long kIcmp = 1;
+constexpr unsigned long kRawIp = 255;
 
-/// A key under HKEY_LOCAL_MACHINE and the value that was read there.
+/// A value of a key under HKEY_LOCAL_MACHINE.
 class Setting {
 public:
     Setting(const wchar_t* path, const wchar_t* value) : m_key(m_registry, HKEY_LOCAL_MACHINE, path), m_value(value) {}
 
-    /// @param data  receives the number or the texts, which stay valid as long as this object
-    /// @return 0 or why there is none
+    /// @param data  receives the number or the texts, which are valid as long as this object
+    /// @return 0 or a Win32 error
     template <class Data> long Read(Data& data) {
         if (m_key.Get() == nullptr) return ERROR_CANTOPEN;
         unsigned long size = 0;
@@ -56,7 +50,7 @@ private:
 
 using Texts = CList<const wchar_t*>;
 
-/// A number as the lists hold it.
+/// A number in the form that the lists contain.
 struct Decimal {
     explicit Decimal(unsigned long number) { _itow(static_cast<int>(number), text, 10); }
     bool operator()(const wchar_t* entry) const { return std::wstring_view(entry) == text; }
@@ -87,13 +81,13 @@ int Remove(const wchar_t* path, const wchar_t* value, unsigned long number) {
     Texts texts;
     if (setting.Read(texts) != ERROR_SUCCESS) return 0;
     const Decimal removed(number);
-    if (texts.RemoveIf([&](const wchar_t* entry) { return number == kEvery || removed(entry); }) == 0) return 0;
+    if (texts.RemoveIf([&](const wchar_t* entry) { return number == kAllPorts || removed(entry); }) == 0) return 0;
     return setting.Write(texts) ? 1 : 0;
 }
 
 using ListOperation = int (*)(const wchar_t* path, const wchar_t* value, unsigned long number);
 
-/// Works on the lists of ports that the protocols name.
+/// Applies an operation to the port list of each protocol.
 int OnPorts(ListOperation operation, const wchar_t* path, unsigned long port, PROTOCOL protocols) {
     int result = 0;
     if ((protocols & PROTOCOL_TCP) != 0) result |= operation(path, kTcpPorts, port);
@@ -121,8 +115,8 @@ public:
     }
     virtual ~Implementation() = default;
 
-    /// Calls an operation with the key of each adapter, until one gives false.
-    /// @return whether all gave true; false too when memory is short
+    /// Calls an operation with the key of each adapter until one returns false.
+    /// @return true: all returned true; false: one did not, or memory ran out
     template <class Operation> static bool AllOf(const Implementation* adapters, Operation operation) {
         if (adapters == nullptr) return true;
         try {
@@ -152,7 +146,7 @@ private:
 CSecurityFilterNT::CSecurityFilterNT() : m_pImplementation(nullptr) {
     try {
         m_pImplementation = new Implementation;
-    } catch (const std::bad_alloc&) { // no adapters are known then
+    } catch (const std::bad_alloc&) { // without adapters every operation does nothing
     }
 }
 
@@ -169,13 +163,13 @@ CSecurityFilterNT::~CSecurityFilterNT() {
     delete m_pImplementation;
 }
 
-// GUARD-65: each copy has names of its own; shared ones would be freed twice.
+// GUARD-65: each copy has its own names; shared ones would be freed twice.
 void CSecurityFilterNT::CopyFrom(const CSecurityFilterNT& other) {
     delete m_pImplementation;
     m_pImplementation = nullptr;
     try {
         if (other.m_pImplementation != nullptr) m_pImplementation = new Implementation(*other.m_pImplementation);
-    } catch (const std::bad_alloc&) { // no adapters are known then
+    } catch (const std::bad_alloc&) { // without adapters every operation does nothing
     }
 }
 
@@ -187,8 +181,8 @@ int CSecurityFilterNT::Enable(int on) {
     const int changed = static_cast<int>(wanted ^ value);
     if (!setting.Write(wanted)) return changed;
     return changed | Implementation::ForEach(m_pImplementation, [on](const wchar_t* path) {
-               if (on == 0) return Remove(path, kProtocols, kEvery);
-               return Add(path, kProtocols, kControlMessages) | Add(path, kProtocols, kRaw);
+               if (on == 0) return Remove(path, kProtocols, kAllPorts);
+               return Add(path, kProtocols, kIcmp) | Add(path, kProtocols, kRawIp);
            });
 }
 
@@ -205,7 +199,7 @@ int CSecurityFilterNT::AllowPort(unsigned short port, PROTOCOL protocols) {
 int CSecurityFilterNT::BlockPort(unsigned long port, PROTOCOL protocols) {
     (void)Implementation::ForEach(m_pImplementation,
                                   [=](const wchar_t* path) { return OnPorts(Remove, path, port, protocols); });
-    return 0; // ODD-74: whatever happened, unlike AllowPort()
+    return 0; // ODD-74: always, unlike AllowPort()
 }
 
 int CSecurityFilterNT::IsAllowed(unsigned short port, PROTOCOL protocols) {

@@ -3,41 +3,21 @@
 #include <tessel/net/ipaddress.h>
 #include <tessel/net/socket.h>
 
-#include <cstddef>
-
-struct CSocketLayout {
-    static constexpr bool kOn32Bits = sizeof(void*) == 4;
-    static_assert(offsetof(CSocket, m_Mode) == sizeof(void*));
-    static_assert(!kOn32Bits || offsetof(CSocket, m_hEvent) == 8);
-    static_assert(!kOn32Bits || offsetof(CSocket, m_hWindow) == 12);
-    static_assert(!kOn32Bits || offsetof(CSocket, m_ulLocalAddress) == 16);
-    static_assert(!kOn32Bits || offsetof(CSocket, m_Socket) == 20);
-    static_assert(!kOn32Bits || offsetof(CSocket, m_bConnected) == 24);
-    static_assert(!kOn32Bits || offsetof(CSocket, m_usPort) == 26);
-    static_assert(!kOn32Bits || offsetof(CSocket, m_ulTimeout) == 28);
-    static_assert(!kOn32Bits || offsetof(CSocket, m_pExtra) == 32);
-    static_assert(!kOn32Bits || sizeof(CSocket) == 36);
-};
-
 namespace {
 
 using tessel::AddOwner;
 using tessel::RemoveOwner;
+using tessel::Share;
 
 constexpr unsigned long kTimeoutMs = 30000;
 
 void StartWinsock() {
     WSADATA data;
-    (void)WSAStartup(tessel::kWinsockVersion, &data); // a failure shows in the first call that needs it
+    (void)WSAStartup(tessel::kWinsockVersion, &data); // a failure shows in the first call that needs Winsock
 }
 
 const void* AsResource(SOCKET socket) {
-    return reinterpret_cast<const void*>(socket); // NOLINT(performance-no-int-to-ptr): a handle value, never followed
-}
-
-/// Makes a copy an owner of the resource, or leaves it with nothing.
-template <class Resource> Resource Share(Resource resource, Resource nothing) {
-    return resource == nothing || AddOwner(resource) ? resource : nothing;
+    return reinterpret_cast<const void*>(socket); // NOLINT(performance-no-int-to-ptr): never dereferenced
 }
 
 } // namespace
@@ -55,26 +35,26 @@ CSocket::CSocket(MODE mode) {
 }
 
 CSocket::CSocket(const CSocket& other) {
-    // GUARD-69: a copy starts Winsock too, for its destructor to end, and shares what only the last copy closes.
+    // GUARD-69: each destructor ends Winsock once, and only the last copy closes what copies share.
     StartWinsock();
     ShareWith(other);
 }
 
 CSocket& CSocket::operator=(const CSocket& other) {
     if (this == &other) return *this;
-    Forget(); // ODD-85: what was held is neither closed nor freed.
+    GiveUpOwnership(); // ODD-85: not closed
     ShareWith(other);
     return *this;
 }
 
 CSocket::~CSocket() {
-    LetGo();
+    Release();
     WSACleanup();
     m_hWindow = nullptr;
 }
 
 void CSocket::Create(SOCKET socket, MODE mode, HWND window) {
-    Forget();
+    GiveUpOwnership();
     m_hWindow = window;
     m_Socket = socket;
     m_Mode = mode;
@@ -93,7 +73,7 @@ bool CSocket::HasIpAddress(const CIpAddress& address) const {
 
 void CSocket::ShareWith(const CSocket& other) {
     m_Mode = other.m_Mode;
-    m_hEvent = Share<HANDLE>(other.m_hEvent, INVALID_HANDLE_VALUE);
+    m_hEvent = Share(other.m_hEvent, INVALID_HANDLE_VALUE);
     m_hWindow = other.m_hWindow;
     m_ulLocalAddress = other.m_ulLocalAddress;
     m_Socket = other.m_Socket;
@@ -101,16 +81,16 @@ void CSocket::ShareWith(const CSocket& other) {
     m_bConnected = other.m_bConnected && m_Socket == other.m_Socket;
     m_usPort = other.m_usPort;
     m_ulTimeout = other.m_ulTimeout;
-    m_pExtra = Share<void*>(other.m_pExtra, nullptr);
+    m_pExtra = Share(other.m_pExtra);
 }
 
-void CSocket::Forget() {
+void CSocket::GiveUpOwnership() {
     (void)RemoveOwner(m_hEvent);
     (void)RemoveOwner(AsResource(m_Socket));
     (void)RemoveOwner(m_pExtra);
 }
 
-void CSocket::LetGo() {
+void CSocket::Release() {
     if (m_hEvent != INVALID_HANDLE_VALUE && RemoveOwner(m_hEvent)) {
         ResetEvent(m_hEvent);
         CloseHandle(m_hEvent);

@@ -13,7 +13,7 @@ template <class Value> bool HasOption(SOCKET socket, int name, Value wanted) {
     return getsockopt(socket, SOL_SOCKET, name, reinterpret_cast<char*>(&value), &size) == 0 && value == wanted;
 }
 
-/// Finds out what happened to a socket whose events go to a window: the system keeps those for no one to ask.
+/// Finds out what happened to a socket in MODE_WINDOW, for which the system records no events.
 /// @return FD_ACCEPT, FD_READ or FD_CLOSE; 0 for none
 long PollEvents(SOCKET socket) {
     fd_set readable = SetOf(socket);
@@ -40,7 +40,7 @@ int CSocket::ConfigureMode(unsigned int message, long events) {
         WSAAsyncSelect(m_Socket, nullptr, 0, 0);
         return ioctlsocket(m_Socket, static_cast<long>(FIONBIO), &blocking);
     case MODE_NONBLOCKING:
-        WSAEventSelect(m_Socket, nullptr, 0); // makes it non-blocking, too
+        WSAEventSelect(m_Socket, nullptr, 0); // also makes it non-blocking
         WSAAsyncSelect(m_Socket, nullptr, 0, 0);
         return 0;
     case MODE_WINDOW: return WSAAsyncSelect(m_Socket, m_hWindow, message, events);
@@ -52,7 +52,7 @@ int CSocket::ConfigureMode(unsigned int message, long events) {
 int CSocket::SelectNewEvent(long events) {
     const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     if (event == nullptr) return SOCKET_ERROR;
-    // ODD-80: an earlier event is not closed.
+    // ODD-80: an earlier event stays open.
     (void)tessel::RemoveOwner(m_hEvent);
     m_hEvent = event;
     return WSAEventSelect(m_Socket, m_hEvent, events);
@@ -79,7 +79,7 @@ int CSocket::WaitUntilWritable(timeval* timeout) const {
 
 int CSocket::GetNetworkEvents(WSANETWORKEVENTS* events) const {
     if (events == nullptr) return WSAEFAULT;
-    const HANDLE event = m_hEvent == INVALID_HANDLE_VALUE ? nullptr : m_hEvent; // none to reset in MODE_WINDOW
+    const HANDLE event = m_hEvent == INVALID_HANDLE_VALUE ? nullptr : m_hEvent; // MODE_WINDOW has none to reset
     return ErrorOf(WSAEnumNetworkEvents(m_Socket, event, events));
 }
 

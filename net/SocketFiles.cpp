@@ -1,3 +1,4 @@
+#include <foundation/Handle.h>
 #include <net/Winsock.h>
 #include <tessel/net/commmsg.h>
 #include <tessel/net/socket.h>
@@ -9,39 +10,25 @@
 #include <vector>
 
 using tessel::ErrorOf;
+using tessel::Handle;
 
 namespace {
 
 constexpr int kFailed = 1;
 constexpr std::size_t kChunk = 65536;
 
-/// A file for as long as the object lives.
-class FileHandle {
-public:
-    FileHandle(const wchar_t* path, DWORD access, DWORD disposition, DWORD flags)
-        : m_handle(
-              CreateFileW(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, flags, nullptr)) {}
-    ~FileHandle() {
-        if (IsOpen()) CloseHandle(m_handle);
-    }
-    FileHandle(const FileHandle&) = delete;
-    FileHandle& operator=(const FileHandle&) = delete;
+Handle OpenFile(const wchar_t* path, DWORD access, DWORD disposition, DWORD flags) {
+    return Handle(CreateFileW(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, flags, nullptr));
+}
 
-    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
-    HANDLE Get() const { return m_handle; }
-
-private:
-    HANDLE m_handle;
-};
-
-/// How receiving all that is there ended.
+/// How receiving all available bytes ended.
 struct Burst {
     int lastReceived;
     DWORD writeError;
 };
 
-/// Writes what can be received to a file, as long as bytes come.
-/// @param total  counts the bytes that were written
+/// Writes received bytes to a file until no more are available.
+/// @param total  increases by the number of bytes written
 Burst ReceiveBurst(SOCKET socket, HANDLE file, std::vector<char>& chunk, unsigned long long& total) {
     for (;;) {
         const int got = recv(socket, chunk.data(), static_cast<int>(chunk.size()), 0);
@@ -55,7 +42,7 @@ Burst ReceiveBurst(SOCKET socket, HANDLE file, std::vector<char>& chunk, unsigne
     }
 }
 
-/// What a set of events means for a file that is being received: the later test decides.
+/// The result of receiving a file after a set of events; the last test that applies decides.
 int ResultOf(const WSANETWORKEVENTS& events) {
     int result = 0;
     if ((events.lNetworkEvents & FD_READ) != 0) result = events.iErrorCode[FD_READ_BIT];
@@ -68,16 +55,16 @@ int ResultOf(const WSANETWORKEVENTS& events) {
 
 int CSocket::WriteFile(const CCommMsg* head, const wchar_t* path) {
     if (head == nullptr) return WSAEFAULT;
-    const FileHandle file(path, GENERIC_READ, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
-    if (!file.IsOpen()) return static_cast<int>(GetLastError());
+    const Handle file = OpenFile(path, GENERIC_READ, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
+    if (!file) return static_cast<int>(GetLastError());
     TRANSMIT_FILE_BUFFERS buffers{head->GetMsg(), head->GetXmitLength(), nullptr, 0};
     if (TransmitFile(m_Socket, file.Get(), 0, 0, nullptr, &buffers, 0) == FALSE) return WSAGetLastError();
     return 0;
 }
 
 int CSocket::ReadFile(const wchar_t* path, unsigned int expectedSize) {
-    const FileHandle file(path, GENERIC_WRITE, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL);
-    if (!file.IsOpen()) return static_cast<int>(GetLastError());
+    const Handle file = OpenFile(path, GENERIC_WRITE, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL);
+    if (!file) return static_cast<int>(GetLastError());
     try {
         return ReceiveFile(file.Get(), expectedSize);
     } catch (const std::bad_alloc&) {
@@ -93,7 +80,7 @@ int CSocket::ReceiveFile(HANDLE file, unsigned int expectedSize) {
         const Burst burst = ReceiveBurst(m_Socket, file, chunk, total);
         const int error = ErrorOf(burst.lastReceived);
         if (burst.writeError != ERROR_SUCCESS) return static_cast<int>(burst.writeError);
-        // ODD-82: looked at only when nothing more comes, so bytes beyond the expected ones are in the file too.
+        // ODD-82: tested only when no more bytes are available, so the file also has bytes beyond the expected ones.
         if (total >= expectedSize) return 0;
         if (burst.lastReceived == 0) return kFailed;
         result = error == WSAEWOULDBLOCK ? WaitForMoreOfFile() : error;
@@ -102,7 +89,7 @@ int CSocket::ReceiveFile(HANDLE file, unsigned int expectedSize) {
 }
 
 int CSocket::WaitForMoreOfFile() {
-    if (m_hEvent == INVALID_HANDLE_VALUE) return kFailed; // as a handle it would stand for this process
+    if (m_hEvent == INVALID_HANDLE_VALUE) return kFailed; // as a handle, this value means the current process
     if (WaitForMultipleObjects(1, &m_hEvent, FALSE, m_ulTimeout) != WAIT_OBJECT_0) return kFailed;
     WSANETWORKEVENTS events{};
     const int error = GetNetworkEvents(&events);

@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-static_assert(sizeof(INTERFACE_INFO) == 76);
-
 namespace {
 
 constexpr int kFewInterfaces = 10;

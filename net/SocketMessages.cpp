@@ -8,19 +8,17 @@
 #include <memory>
 #include <new>
 
-static_assert(sizeof(MESSAGE) == 10 && offsetof(MESSAGE, ulDataLength) == 4 && offsetof(MESSAGE, usType) == 8);
-
 namespace {
 
 constexpr int kFailed = 1;
-constexpr int kLengths = offsetof(MESSAGE, usType); // what a head must hold to be followed
+constexpr int kLengthsSize = offsetof(MESSAGE, usType); // bytes of both lengths
 constexpr unsigned int kFirstCapacity = 5130;
 constexpr unsigned int kLongestRecord = std::numeric_limits<int>::max();
-constexpr int kPatience = 10;
+constexpr int kRetries = 10;
 constexpr DWORD kPauseMs = 100;
 constexpr long kSettleSeconds = 3;
 
-/// The record that was received last. It is never given back, so messages stay valid for as long as they can.
+/// The buffer of the last record. It is never freed, so that the record stays valid until the next call.
 struct {
     char* bytes;
     unsigned int capacity;
@@ -31,33 +29,33 @@ bool HasBuffer() {
     return lastRecord.bytes != nullptr;
 }
 
-/// Looks at the lengths of the next record.
-/// @return true: they are there; false: the peer closed, an error, or they have not come in time
-bool PeekLengths(SOCKET socket, MESSAGE& head) {
-    for (int patience = kPatience;; Sleep(kPauseMs)) {
+/// Peeks at the lengths of the next record.
+/// @return true: both are there; false: the peer closed, an error, or a time-out
+bool PeekLengthsSize(SOCKET socket, MESSAGE& head) {
+    for (int retries = kRetries;; Sleep(kPauseMs)) {
         const int got = recv(socket, lastRecord.bytes, kFirstCapacity, MSG_PEEK);
         if (got <= 0) return false;
-        std::memcpy(&head, lastRecord.bytes, kLengths);
-        if (got >= kLengths) return true;
-        // GUARD-70: lengths that came in part are awaited.
-        if (--patience == 0) return false;
+        std::memcpy(&head, lastRecord.bytes, kLengthsSize);
+        if (got >= kLengthsSize) return true;
+        // GUARD-70: the rest of incomplete lengths is awaited.
+        if (--retries == 0) return false;
     }
 }
 
-/// Whether the lengths agree: the data lies inside a record that is at least a head long.
-bool IsSound(const MESSAGE& head) {
+/// Whether the lengths agree: the record holds its head and its data.
+bool LengthsAgree(const MESSAGE& head) {
     return head.ulTotalLength >= sizeof head && head.ulDataLength <= head.ulTotalLength - sizeof head;
 }
 
 bool ReceiveAll(SOCKET socket, char* bytes, unsigned int size) {
-    int patience = kPatience;
+    int retries = kRetries;
     while (size > 0) {
         const int got = recv(socket, bytes, tessel::SizeForWinsock(size), 0);
         if (got > 0) {
             bytes += got;
             size -= static_cast<unsigned int>(got);
-            patience = kPatience;
-        } else if (got == SOCKET_ERROR && WSAGetLastError() == WSAEWOULDBLOCK && --patience > 0) {
+            retries = kRetries;
+        } else if (got == SOCKET_ERROR && WSAGetLastError() == WSAEWOULDBLOCK && --retries > 0) {
             Sleep(kPauseMs);
         } else {
             return false;
@@ -66,10 +64,10 @@ bool ReceiveAll(SOCKET socket, char* bytes, unsigned int size) {
     return true;
 }
 
-/// Receives a record into the buffer, or into a longer one that takes its place.
+/// Receives a record into the buffer, or into a longer one that replaces it.
 bool ReceiveRecord(SOCKET socket, unsigned int size) {
     if (size <= lastRecord.capacity) return ReceiveAll(socket, lastRecord.bytes, size);
-    // GUARD-72: the longer buffer stays only once the whole record came; a bare claim would occupy memory for ever.
+    // GUARD-72: a length alone must not occupy memory for ever, so the record has to arrive first.
     std::unique_ptr<char[]> longer(new (std::nothrow) char[size]);
     if (longer == nullptr || !ReceiveAll(socket, longer.get(), size)) return false;
     delete[] lastRecord.bytes;
@@ -79,13 +77,13 @@ bool ReceiveRecord(SOCKET socket, unsigned int size) {
 
 } // namespace
 
-// ODD-76: the socket to read from is an argument; the object's own plays no part.
+// ODD-76: reads from the argument, not from the object's own socket.
 int CSocket::ReadMessage(SOCKET socket, MESSAGE** message, unsigned long& dataLength) {
     MESSAGE head{};
-    if (message == nullptr || !HasBuffer() || !PeekLengths(socket, head)) return kFailed;
-    dataLength = head.ulDataLength; // also of a record that then fails
-    // GUARD-71: the caller would read behind the record, or find one that never came.
-    if (!IsSound(head) || !ReceiveRecord(socket, head.ulTotalLength)) return kFailed;
+    if (message == nullptr || !HasBuffer() || !PeekLengthsSize(socket, head)) return kFailed;
+    dataLength = head.ulDataLength; // also when the record then fails
+    // GUARD-71: the caller would read beyond the record.
+    if (!LengthsAgree(head) || !ReceiveRecord(socket, head.ulTotalLength)) return kFailed;
     *message = reinterpret_cast<MESSAGE*>(lastRecord.bytes);
     return 0;
 }
@@ -104,9 +102,9 @@ int CSocket::WriteMessage(unsigned short type, const char* data, unsigned long d
     const MESSAGE head{size, static_cast<unsigned int>(dataLength), type};
     std::memcpy(record.get(), &head, sizeof head);
     if (dataLength != 0) std::memcpy(record.get() + sizeof head, data, dataLength);
-    // ODD-83: what a non-blocking socket does not take at once is lost.
+    // ODD-83: the part that a non-blocking socket does not take at once is lost.
     const int result = tessel::ErrorOf(send(m_Socket, record.get(), static_cast<int>(size), 0));
     timeval settle{kSettleSeconds, 0};
-    (void)WaitUntilWritable(&settle); // a pause for the peer; the send has decided already
+    (void)WaitUntilWritable(&settle); // a pause for the peer; the result is that of sending
     return result;
 }

@@ -22,7 +22,7 @@ bool CSocket::GetHostNameByAddress(const char* dotted, char* nameOut) {
     if (dotted == nullptr || nameOut == nullptr) return false;
     const tessel::WinsockSession session(kWinsockVersion);
     const unsigned long address = inet_addr(dotted);
-    const hostent* const host = gethostbyaddr(reinterpret_cast<const char*>(&address), 4, AF_INET);
+    const hostent* const host = gethostbyaddr(reinterpret_cast<const char*>(&address), sizeof address, AF_INET);
     if (host == nullptr || host->h_name == nullptr) return false;
     std::memcpy(nameOut, host->h_name, std::strlen(host->h_name) + 1);
     return true;
@@ -31,7 +31,7 @@ bool CSocket::GetHostNameByAddress(const char* dotted, char* nameOut) {
 int CSocket::GetLocalHostName(wchar_t* out, unsigned int size) {
     const tessel::WinsockSession session(kWinsockVersion);
     char name[NI_MAXHOST] = {};
-    // GUARD-74: no name is longer than this, whatever room the caller has.
+    // GUARD-74: no name is longer than this buffer.
     const unsigned int room = std::min<unsigned int>(size, sizeof name);
     if (out == nullptr || room == 0) {
         WSASetLastError(WSAEFAULT);

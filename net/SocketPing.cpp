@@ -9,14 +9,16 @@
 
 namespace {
 
+constexpr WORD kPingWinsockVersion = MAKEWORD(1, 1);
 constexpr unsigned char kEchoRequest = 8;
 constexpr unsigned char kFirstFill = 0x20;
 constexpr long kTimeoutSeconds = 5;
 constexpr int kLongestReply = 321;
 constexpr std::size_t kIpHeader = 20;
+constexpr int kOctets = 4;
 
 #pragma pack(push, 1)
-/// An ICMP echo request, as it is on the wire.
+/// An ICMP echo request on the wire.
 struct EchoRequest {
     std::uint8_t type;
     std::uint8_t code;
@@ -35,10 +37,10 @@ unsigned int nextSequence = 1;
 
 bool FindHost(const char* host, in_addr& address) {
     if (host == nullptr) return false;
-    int parts[4] = {};
-    if (std::sscanf(host, "%d.%d.%d.%d", &parts[0], &parts[1], &parts[2], &parts[3]) == 4) {
-        unsigned char bytes[4];
-        for (int i = 0; i < 4; ++i) bytes[i] = static_cast<unsigned char>(parts[i]);
+    int parts[kOctets] = {};
+    if (std::sscanf(host, "%d.%d.%d.%d", &parts[0], &parts[1], &parts[2], &parts[3]) == kOctets) {
+        unsigned char bytes[kOctets];
+        for (int i = 0; i < kOctets; ++i) bytes[i] = static_cast<unsigned char>(parts[i]);
         std::memcpy(&address, bytes, sizeof bytes);
         return true;
     }
@@ -48,7 +50,7 @@ bool FindHost(const char* host, in_addr& address) {
 } // namespace
 
 int CSocket::Ping(const char* host, int count) {
-    const tessel::WinsockSession session(MAKEWORD(1, 1));
+    const tessel::WinsockSession session(kPingWinsockVersion);
     CSocket raw(MODE_BLOCKING);
     sockaddr_in to = tessel::Endpoint(INADDR_ANY, 0);
     if (raw.OpenSocket(SOCK_RAW, IPPROTO_ICMP) == SOCKET_ERROR || !FindHost(host, to.sin_addr)) return 0;
@@ -56,9 +58,9 @@ int CSocket::Ping(const char* host, int count) {
     while (replies < count) {
         SendEchoRequest(raw.m_Socket, to);
         if (WaitForEchoReply(raw.m_Socket) <= 0) break;
-        // ODD-84: whatever ICMP message comes counts, the own request on loopback too.
+        // ODD-84: any ICMP message counts, on loopback even the request itself.
         ++replies;
-        (void)RecvEchoReply(raw.m_Socket); // nobody is told how long it took
+        (void)RecvEchoReply(raw.m_Socket); // the round-trip time is not returned
     }
     return replies;
 }
@@ -71,7 +73,7 @@ void CSocket::SendEchoRequest(SOCKET socket, const sockaddr_in& to) {
     request.sendTime = GetTickCount();
     std::iota(request.fill, request.fill + sizeof request.fill, kFirstFill);
     request.checksum = in_cksum(reinterpret_cast<const unsigned char*>(&request), sizeof request);
-    // A failure shows as an answer that stays out.
+    // A failure shows as a missing reply.
     (void)sendto(socket, reinterpret_cast<const char*>(&request), sizeof request, 0,
                  reinterpret_cast<const sockaddr*>(&to), sizeof to);
 }

@@ -10,16 +10,21 @@ using tessel::SetOf;
 
 namespace {
 
+constexpr std::size_t kDropSize = 2048;
 constexpr long kStreamEvents = FD_READ | FD_CLOSE;
 
 template <class Value> int SetOption(SOCKET socket, int level, int name, const Value& value) {
     return setsockopt(socket, level, name, reinterpret_cast<const char*>(&value), sizeof value);
 }
 
+timeval TimeValue(unsigned int milliseconds) {
+    return {static_cast<long>(milliseconds / 1000), static_cast<long>(milliseconds % 1000 * 1000)};
+}
+
 /// Receives once and drops the bytes.
 /// @return number of bytes; 0 when the peer has closed; else SOCKET_ERROR
 int DropReceived(SOCKET socket) {
-    char dropped[2048];
+    char dropped[kDropSize];
     return recv(socket, dropped, sizeof dropped, 0);
 }
 
@@ -31,7 +36,7 @@ int DrainWithin(SOCKET socket, unsigned int milliseconds) {
         const ULONGLONG spent = GetTickCount64() - start;
         const unsigned int left = spent < milliseconds ? milliseconds - static_cast<unsigned int>(spent) : 0;
         fd_set readable = SetOf(socket);
-        timeval wait{static_cast<long>(left / 1000), static_cast<long>(left % 1000 * 1000)};
+        timeval wait = TimeValue(left);
         const int ready = select(0, &readable, nullptr, nullptr, milliseconds == INFINITE ? nullptr : &wait);
         if (ready == 0) return WAIT_TIMEOUT;
         const int got = ready == SOCKET_ERROR ? SOCKET_ERROR : DropReceived(socket);
@@ -44,7 +49,7 @@ int DrainWithin(SOCKET socket, unsigned int milliseconds) {
 int CSocket::InitAsync(unsigned short port, const wchar_t* interfaceAddress, const wchar_t* mask) {
     const HANDLE earlierEvent = m_hEvent;
     m_ulLocalAddress = GetLocalNetInterfaceAddress(interfaceAddress, mask);
-    // ODD-77: without a socket this counts as success, unlike the other ways to set up.
+    // ODD-77: success without a socket, unlike the other set-up operations.
     if (OpenSocket(SOCK_STREAM, 0) == SOCKET_ERROR) return 0;
     int result = BindTo(m_ulLocalAddress, port);
     if (result == 0) result = listen(m_Socket, SOMAXCONN);
@@ -146,7 +151,7 @@ int CSocket::ResultOfSetUp(int result, HANDLE earlierEvent) {
     const int error = ErrorOf(result);
     if (error == 0) return 0;
     (void)CloseSocket();
-    if (m_hEvent != earlierEvent) { // made for that socket alone
+    if (m_hEvent != earlierEvent) { // made for this socket alone
         CloseHandle(m_hEvent);
         m_hEvent = INVALID_HANDLE_VALUE;
     }
@@ -158,11 +163,11 @@ int CSocket::SetScope(unsigned int ttl) {
     const int result =
         WSAIoctl(m_Socket, SIO_MULTICAST_SCOPE, &ttl, sizeof ttl, nullptr, 0, &returned, nullptr, nullptr);
     if (result == 0 || WSAGetLastError() != WSAEOPNOTSUPP) return result;
-    return SetOption(m_Socket, IPPROTO_IP, IP_MULTICAST_TTL, ttl); // the same, where the system lacks the former
+    return SetOption(m_Socket, IPPROTO_IP, IP_MULTICAST_TTL, ttl); // the same on systems without the former
 }
 
 int CSocket::JoinGroup(const wchar_t* group) {
-    // It fails where the chosen interface cannot multicast; joining tells.
+    // It fails on an interface without multicast; joining then reports it.
     (void)SetOption(m_Socket, IPPROTO_IP, IP_MULTICAST_IF, m_ulLocalAddress);
     ip_mreq membership{};
     membership.imr_multiaddr.s_addr = group == nullptr ? INADDR_NONE : tessel::ReadDotted<tessel::kSocketText>(group);

@@ -6,7 +6,8 @@ using tessel::SizeForWinsock;
 
 namespace {
 
-/// Tells the number of bytes, if asked, and the result of a receive or send; called next after it.
+/// The result of a receive or send; call it directly after that.
+/// @param counted  receives the number of bytes; may be null
 int ResultOf(int count, unsigned int* counted) {
     if (count == SOCKET_ERROR) return WSAGetLastError();
     if (counted != nullptr) *counted = static_cast<unsigned int>(count);

@@ -12,12 +12,12 @@ namespace tessel {
 
 constexpr WORD kWinsockVersion = MAKEWORD(2, 0);
 
-/// Keeps Winsock started for as long as the object lives.
+/// Starts Winsock, and ends it with the object.
 class WinsockSession {
 public:
     explicit WinsockSession(WORD version) : m_started(WSAStartup(version, &m_data) == 0) {}
     ~WinsockSession() {
-        const int error = WSAGetLastError(); // the caller's to ask for
+        const int error = WSAGetLastError(); // the cleanup must not change the caller's error
         if (m_started) WSACleanup();
         WSASetLastError(error);
     }
@@ -29,18 +29,18 @@ private:
     bool m_started;
 };
 
-/// Turns the result of a Winsock call into a code; to be called next after it.
-/// @return 0, or the error of the call
+/// The error code for the result of a Winsock call; call it directly after that.
+/// @return 0 or a Winsock error
 inline int ErrorOf(int result) {
     return result == SOCKET_ERROR ? WSAGetLastError() : 0;
 }
 
-/// A size as Winsock takes it, cut to what it can take.
+/// Limits a size to what Winsock takes.
 inline int SizeForWinsock(unsigned int size) {
     return static_cast<int>(std::min(size, static_cast<unsigned int>(std::numeric_limits<int>::max())));
 }
 
-/// An endpoint as Winsock takes it.
+/// An IPv4 endpoint.
 /// @param address  in network byte order
 /// @param port     in host byte order
 inline sockaddr_in Endpoint(unsigned long address, unsigned short port) {
@@ -51,7 +51,7 @@ inline sockaddr_in Endpoint(unsigned long address, unsigned short port) {
     return endpoint;
 }
 
-/// The set of one socket, to select.
+/// A set of one socket for select.
 inline fd_set SetOf(SOCKET socket) {
     fd_set set{};
     set.fd_count = 1;
@@ -59,10 +59,10 @@ inline fd_set SetOf(SOCKET socket) {
     return set;
 }
 
-/// Takes the first address of a host that was looked up.
-/// @param host     what the look-up gave, or null
+/// Reads the first address of a host.
+/// @param host     result of a look-up, or null
 /// @param address  receives the address
-/// @return true: it has one; false: unknown host, or not of IPv4
+/// @return true: read; false: unknown host, or no IPv4 address
 inline bool FirstAddress(const hostent* host, in_addr& address) {
     if (host == nullptr || host->h_addrtype != AF_INET || host->h_length != sizeof address) return false;
     if (host->h_addr_list[0] == nullptr) return false;

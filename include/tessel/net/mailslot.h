@@ -101,11 +101,11 @@ public:
 private:
     friend struct CMailslotLayout;
 
-    bool KeepName(const wchar_t* name);
-    void ForgetName();
-    void LetGo();
-    bool Keep(HANDLE handle);
-    unsigned long KeepError(bool succeeded);
+    bool StoreName(const wchar_t* name);
+    void ReleaseName();
+    void Reset();
+    bool TakeHandle(HANDLE handle);
+    unsigned long StoreError(bool succeeded);
     void ShareWith(const CMailslot& other);
 
     HANDLE m_hMailslot;

@@ -85,9 +85,9 @@ private:
     friend class CServerNamedPipe;
     friend struct CNamedPipeLayout;
 
-    void LetGo();
+    void Reset();
     OVERLAPPED* Prepare(void* event);
-    bool Started(bool succeeded);
+    bool RecordStart(bool succeeded);
     void ShareWith(const CClientNamedPipe& other);
 
     wchar_t m_szName[20];

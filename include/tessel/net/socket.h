@@ -416,8 +416,8 @@ private:
     friend struct CSocketLayout;
 
     void ShareWith(const CSocket& other);
-    void Forget();
-    void LetGo();
+    void GiveUpOwnership();
+    void Release();
 
     int OpenSocket(int type, int protocol);
     int CloseSocket();
