@@ -1,10 +1,16 @@
 #include <foundation/Report.h>
+#include <media/NarrowPath.h>
 #include <media/WaveFormats.h>
 #include <tessel/media/audio.h>
 
 #include <climits>
+#include <iterator>
+#include <numeric>
 
 namespace {
+
+constexpr ULONGLONG kChunkHead = 8;             // identifier and length
+constexpr ULONGLONG kRiffHead = kChunkHead + 4; // and the form type
 
 struct Chunk {
     const char* id; ///< four characters
@@ -33,14 +39,38 @@ bool WriteChunks(HMMIO file, const Chunk (&chunks)[3]) {
     return mmioAscend(file, &riff, 0) == 0;
 }
 
+/// Bytes that a chunk takes in a file: head, data and the byte that makes them even.
+ULONGLONG SpaceOf(const Chunk& chunk) {
+    return kChunkHead + chunk.size + chunk.size % 2;
+}
+
+/// Bytes of a RIFF file of these chunks.
+ULONGLONG LengthOf(const Chunk (&chunks)[3]) {
+    return std::accumulate(std::begin(chunks), std::end(chunks), ULONGLONG{kRiffHead},
+                           [](ULONGLONG sum, const Chunk& chunk) { return sum + SpaceOf(chunk); });
+}
+
+/// @return bytes of a file; 0 when it cannot be found
+ULONGLONG LengthOf(const wchar_t* path) {
+    WIN32_FILE_ATTRIBUTE_DATA found{};
+    if (!GetFileAttributesExW(path, GetFileExInfoStandard, &found)) return 0;
+    return ULARGE_INTEGER{{found.nFileSizeLow, found.nFileSizeHigh}}.QuadPart;
+}
+
 bool WriteRiff(const wchar_t* path, const Chunk (&chunks)[3]) {
-    // The function does not write to the path.
-    const HMMIO file = mmioOpenW(const_cast<wchar_t*>(path), nullptr, MMIO_CREATE | MMIO_WRITE | MMIO_ALLOCBUF);
-    if (file == nullptr) return false;
+    const tessel::NarrowPath narrow(path);
+    auto* const name = const_cast<wchar_t*>(narrow.Get()); // the function does not write to it
+    const HMMIO file = name != nullptr ? mmioOpenW(name, nullptr, MMIO_CREATE | MMIO_WRITE | MMIO_ALLOCBUF) : nullptr;
+    if (file == nullptr) {
+        narrow.Discard();
+        return false;
+    }
     const bool written = WriteChunks(file, chunks);
-    const bool closed = mmioClose(file, 0) == 0; // it writes what was kept back
-    if (!written || !closed) (void)DeleteFileW(path);
-    return written && closed;
+    const bool closed = mmioClose(file, 0) == 0; // it flushes the buffer
+    // GUARD-251: Wine does not report a full disk, and the file would be cut.
+    const bool whole = written && closed && LengthOf(path) == LengthOf(chunks);
+    if (!whole) (void)DeleteFileW(path);
+    return whole;
 }
 
 } // namespace

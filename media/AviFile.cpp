@@ -1,5 +1,7 @@
 #include <foundation/Report.h>
 #include <foundation/SharedOwners.h>
+#include <media/MovieFiles.h>
+#include <media/NarrowPath.h>
 #include <tessel/media/avifile.h>
 
 #include <vfw.h>
@@ -95,7 +97,10 @@ unsigned long MakeStream(IAVIFile* file, const BITMAPINFOHEADER& header, DWORD r
     info.rcFrame = {0, 0, header.biWidth, header.biHeight};
     IAVIStream* made = nullptr;
     const HRESULT result = AVIFileCreateStreamW(file, &made, &info);
-    if (result == AVIERR_OK) stream.reset(made);
+    if (result == AVIERR_OK) {
+        stream.reset(made);
+        tessel::NoteStream(file);
+    }
     return ResultOf(result);
 }
 
@@ -154,18 +159,14 @@ CAviFile::~CAviFile() {
 
 // GUARD-141: copies hold file, streams and buffers by value, where each releasing them would do so twice.
 void CAviFile::ShareWith(const CAviFile& other) {
-    m_pFile = other.m_pFile;
-    m_pStream = other.m_pStream;
-    m_pCompressed = other.m_pCompressed;
+    m_pFile = tessel::Share(other.m_pFile);
+    m_pStream = m_pFile != nullptr ? other.m_pStream : nullptr;
+    m_pCompressed = m_pFile != nullptr ? other.m_pCompressed : nullptr;
     m_pHeader = tessel::Share(other.m_pHeader);
     m_pPixels = m_pHeader != nullptr ? other.m_pPixels : nullptr;
     m_pFrame = tessel::Share(other.m_pFrame);
     m_iHeight = other.m_iHeight;
     m_iWidth = other.m_iWidth;
-    if (m_pFile != nullptr) {
-        AVIFileInit();
-        (void)AVIFileAddRef(m_pFile);
-    }
     if (m_pStream != nullptr) (void)AVIStreamAddRef(m_pStream);
     if (m_pCompressed != nullptr) (void)AVIStreamAddRef(m_pCompressed);
 }
@@ -173,11 +174,16 @@ void CAviFile::ShareWith(const CAviFile& other) {
 unsigned long CAviFile::Open(const wchar_t* path) {
     Close();
     if (path == nullptr) return kRefused; // GUARD-09
+    const tessel::NarrowPath narrow(path);
+    if (narrow.Get() == nullptr) return ResultOf(AVIERR_FILEOPEN);
     AVIFileInit();
-    const HRESULT result = AVIFileOpenW(&m_pFile, path, OF_CREATE | OF_WRITE, nullptr);
-    if (result != AVIERR_OK) {
+    const HRESULT result = AVIFileOpenW(&m_pFile, narrow.Get(), OF_CREATE | OF_WRITE, nullptr);
+    if (result == AVIERR_OK) {
+        tessel::NoteMovie(m_pFile, path);
+    } else {
         m_pFile = nullptr;
         AVIFileExit();
+        narrow.Discard();
     }
     return ResultOf(result);
 }
@@ -186,10 +192,13 @@ void CAviFile::Close() {
     ReleaseFrame();
     ReleaseHeader();
     ReleaseStreams();
-    if (m_pFile == nullptr) return;
-    (void)AVIFileRelease(m_pFile); // its count tells nothing
+    IAVIFile* const closing = m_pFile;
     m_pFile = nullptr;
+    if (closing == nullptr || !tessel::RemoveOwner(closing)) return;
+    (void)AVIFileRelease(closing); // it returns a count of references
     AVIFileExit();
+    // GUARD-252: the system does not report that the disk was full
+    tessel::ReportUnless(tessel::CheckMovie(closing), "!\"The file is not whole\"", "AviFile", __LINE__);
 }
 
 // GUARD-143: also before another stream is made: a codec would read images of the earlier size from the new buffer.

@@ -4,6 +4,8 @@
 #include <tessel/foundation/status.h>
 #include <tessel/media/sound.h>
 
+#include <mmreg.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -46,12 +48,30 @@ bool PassChunk(const char* name, Bytes& rest, Bytes& content) {
     return true;
 }
 
-/// Whether a format is as long as its tag and its own length say.
+/// Bytes of a channel that stand in front of each block's samples.
+unsigned int HeadOf(WORD tag) {
+    switch (tag) {
+    case WAVE_FORMAT_ADPCM: return 7;
+    case WAVE_FORMAT_IMA_ADPCM: return 4;
+    default: return 0;
+    }
+}
+
+// GUARD-253: Wine divides by these figures, waits for ever for a sample of no bytes, and its driver ends the process at
+// rates that it does not know.
+bool IsPlayable(const WAVEFORMATEX& format) {
+    constexpr DWORD kHighestRate = 384000;
+    return format.nChannels > 0 && format.nBlockAlign > HeadOf(format.wFormatTag) * format.nChannels &&
+           format.nSamplesPerSec > 0 && format.nSamplesPerSec <= kHighestRate;
+}
+
+/// Whether a format is as long as its tag and its own length say, and can be played.
 bool IsWholeFormat(Bytes content) {
     WAVEFORMATEX format{};
     if (content.size() < sizeof(PCMWAVEFORMAT)) return false;
     std::memcpy(&format, content.data(), std::min(content.size(), sizeof format));
-    return format.wFormatTag == WAVE_FORMAT_PCM || content.size() >= sizeof format + format.cbSize;
+    return IsPlayable(format) &&
+           (format.wFormatTag == WAVE_FORMAT_PCM || content.size() >= sizeof format + format.cbSize);
 }
 
 /// Whether whoever reads a sound by the lengths in it stays inside the bytes.
@@ -65,17 +85,17 @@ bool StaysInside(Bytes image) {
 }
 
 /// Reads a file and puts zeros behind it.
-/// @param size  receives their number, the zeros included
+/// @param size  receives the number of its bytes, without the zeros
 /// @return its bytes; null: it is empty, too long or cannot be read, or there is no memory
 std::unique_ptr<unsigned char[]> ReadAll(HANDLE file, std::size_t& size) {
     LARGE_INTEGER length{};
     if (!GetFileSizeEx(file, &length) || length.QuadPart == 0 || length.QuadPart > kLongest) return nullptr;
     const DWORD count = length.LowPart;
-    size = count + kSlack;
-    std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[size]);
+    size = count;
+    std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[size + kSlack]);
     DWORD got = 0;
     if (bytes == nullptr || !ReadFile(file, bytes.get(), count, &got, nullptr) || got != count) return nullptr;
-    std::memset(bytes.get() + count, 0, kSlack);
+    std::memset(bytes.get() + size, 0, kSlack);
     return bytes;
 }
 

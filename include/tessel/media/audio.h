@@ -179,8 +179,9 @@ public:
     void StopFile();
     ///@}
 
-    /// Writes a WAVE file; one that exists is replaced. When the writing fails there is none; what is refused before, a
-    /// null path, too many bytes or a file that cannot be opened, leaves an earlier one as it was.
+    /// Writes a WAVE file and replaces an existing one. If writing fails, as on a full disk, the file is removed. What
+    /// is refused before that (a null path, too many bytes, a file that cannot be opened) leaves an existing file as it
+    /// was.
     /// @param path         path of the file
     /// @param data         the data
     /// @param size         their bytes; for GSM data a multiple of 65

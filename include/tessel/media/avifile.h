@@ -47,8 +47,11 @@ public:
     /// @return 0; AVIERR_FILEOPEN (0x8004406F): it cannot be made; -1: no path; else what the system says
     unsigned long Open(const wchar_t* path);
 
-    /// Completes the file and frees the buffers, the caller's frame among them. Without an open file
-    /// only the buffers go.
+    /// Completes the file and frees the buffers, including the caller's frame. Without an open file it only frees the
+    /// buffers.
+    ///
+    /// Completing the file can fail where WriteFrame() did not, as on a full disk. A file that is then not whole is
+    /// reported and removed. With copies, this happens when the last of them is closed.
     void Close();
 
     /// Makes a stream of uncompressed images whose positions are milliseconds, and a frame to draw each image in. A

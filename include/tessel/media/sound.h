@@ -50,9 +50,10 @@ public:
     /// @param bDefaults  not 0: finding the controls puts the workstation's settings into force
     CSound(HWND hwnd, int bDefaults);
 
-    /// Reads a sound for Play(int), opens the mixer and calls Initialize(). A file that cannot be read, is no RIFF file
-    /// or is not whole, or whose format is shorter than its tag asks for, leaves the object without a sound, which
-    /// Play(int) tells.
+    /// Reads a sound for Play(int), opens the mixer and calls Initialize(). The object is left without a sound, so that
+    /// Play(int) fails, by a file that cannot be read, is no RIFF file or lacks a byte of the length that it states,
+    /// and by a format that is incomplete or that no device plays: no channels, a block without samples, or a rate of 0
+    /// or above 384,000.
     /// @param file  path of a WAVE file, less than 4 GB
     explicit CSound(wchar_t* file);
 

@@ -1,0 +1,73 @@
+#include <foundation/Handle.h>
+#include <foundation/SlimLock.h>
+#include <media/MovieFiles.h>
+
+#include <cstdint>
+#include <cstring>
+#include <map>
+#include <new>
+#include <string>
+#include <utility>
+
+namespace {
+
+struct Movie {
+    std::wstring path; ///< full: the current folder may change before the movie is closed
+    bool hasStream = false;
+};
+
+SRWLOCK moviesLock = SRWLOCK_INIT;
+std::map<const IAVIFile*, Movie> movies;
+
+std::wstring FullPath(const wchar_t* path) {
+    std::wstring full(GetFullPathNameW(path, 0, nullptr, nullptr), L'\0');
+    full.resize(GetFullPathNameW(path, static_cast<DWORD>(full.size()), full.data(), nullptr));
+    return full;
+}
+
+Movie TakeNote(const IAVIFile* movie) {
+    const tessel::SlimLock lock(moviesLock);
+    auto note = movies.extract(movie);
+    return note ? std::move(note.mapped()) : Movie{};
+}
+
+/// Whether a file is shorter than its beginning says, or has no beginning. Other formats than RIFF are not known.
+bool IsCut(HANDLE file) {
+    struct {
+        char id[4];
+        std::uint32_t length;
+    } head{};
+    LARGE_INTEGER size{};
+    DWORD read = 0;
+    if (!GetFileSizeEx(file, &size) || !ReadFile(file, &head, sizeof head, &read, nullptr)) return false;
+    if (std::memcmp(head.id, "\0\0\0\0", sizeof head.id) == 0) return true;
+    return std::memcmp(head.id, "RIFF", sizeof head.id) == 0 &&
+           size.QuadPart < static_cast<LONGLONG>(sizeof head + std::uint64_t{head.length});
+}
+
+} // namespace
+
+void tessel::NoteMovie(IAVIFile* movie, const wchar_t* path) {
+    const SlimLock lock(moviesLock);
+    try {
+        movies[movie] = {FullPath(path)};
+    } catch (const std::bad_alloc&) {
+        movies.erase(movie);
+    }
+}
+
+void tessel::NoteStream(IAVIFile* movie) {
+    const SlimLock lock(moviesLock);
+    const auto note = movies.find(movie);
+    if (note != movies.end()) note->second.hasStream = true;
+}
+
+bool tessel::CheckMovie(IAVIFile* movie) {
+    const Movie closed = TakeNote(movie);
+    if (!closed.hasStream) return true;
+    Handle file(CreateFileW(closed.path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    if (!file || !IsCut(file.Get())) return true; // a file that cannot be read says nothing
+    file.Reset();
+    (void)DeleteFileW(closed.path.c_str()); // where that fails the report remains
+    return false;
+}

@@ -1,0 +1,106 @@
+#include "support/ChildProcess.h"
+#include "support/ImportPatch.h"
+#include "support/Reports.h"
+#include "support/TemporaryFolder.h"
+#include "support/UnixTool.h"
+
+#include <gtest/gtest.h>
+#include <tessel/media/audio.h>
+#include <tessel/media/avifile.h>
+
+#include <vfw.h>
+
+#include <cwchar>
+#include <fstream>
+
+// What holds for both kinds of files that media programs write.
+
+namespace {
+
+namespace fs = std::filesystem;
+
+unsigned long WriteWave(const wchar_t* path) {
+    const std::string sound(3000, 'x');
+    return CAudio::CreateWAV(path, sound.data(), 3000, 0);
+}
+
+unsigned long WriteMovie(const wchar_t* path) {
+    unsigned long palette[256]{};
+    void* frame = nullptr;
+    CAviFile movie;
+    if (const unsigned long result = movie.Open(path)) return result;
+    EXPECT_EQ(movie.InitializeStream(16, 16, palette, frame), 0u);
+    for (long image = 0; image < 5; ++image) EXPECT_EQ(movie.WriteFrame(image), 0u);
+    return 0;
+}
+
+struct Kind {
+    unsigned long (*write)(const wchar_t* path);
+    unsigned long refused; ///< result for a path that cannot be opened
+};
+const Kind kKinds[] = {{WriteWave, 1}, {WriteMovie, static_cast<unsigned long>(AVIERR_FILEOPEN)}};
+
+fs::path File(const TemporaryFolder& folder, const wchar_t* name, const std::string& bytes) {
+    std::ofstream(folder / name, std::ios::binary) << bytes;
+    return folder / name;
+}
+
+std::string Start(const fs::path& file) {
+    char bytes[6]{};
+    std::ifstream(file, std::ios::binary).read(bytes, 5);
+    return bytes;
+}
+
+/// Prints the result, and what was reported.
+const Role writes("write", [](const std::vector<std::string>& arguments) {
+    Reports reports;
+    Say(std::to_string(kKinds[std::stoi(arguments[0])].write(fs::path(arguments[1]).c_str())));
+    for (const std::string& report : reports.Take()) Say(report);
+    return 0;
+});
+
+} // namespace
+
+TEST(WrittenFile, GoesToItsOwnPathWhateverItsLetters) {
+    for (const Kind& kind : kKinds) {
+        const TemporaryFolder folder;
+        const fs::path other = File(folder, L"a.avi", "other");
+        for (const wchar_t* const name : {L"\u0101.avi", L"\u0101\u65E5\u672C long.avi", L"\u03B1.avi"}) {
+            EXPECT_EQ(kind.write((folder / name).c_str()), 0u);
+            EXPECT_EQ(Start(folder / name).substr(0, 4), "RIFF");
+        }
+        EXPECT_EQ(Start(other), "other");
+
+        const fs::path old = File(folder, L"\u0101 old.avi", "old");
+        const ImportPatch foreign("GetShortPathNameW", &GetShortPathNameW, [&](LPCWSTR, LPWSTR path, DWORD) {
+            return static_cast<DWORD>(std::wcslen(std::wcscpy(path, other.c_str())));
+        });
+        EXPECT_EQ(kind.write((folder / L"\u0101 new.avi").c_str()), kind.refused) << "it leads to another file";
+        EXPECT_EQ(kind.write(old.c_str()), kind.refused);
+        EXPECT_FALSE(fs::exists(folder / L"\u0101 new.avi"));
+        EXPECT_EQ(Start(other) + Start(old), "otherold");
+    }
+}
+
+TEST(WrittenFile, IsRemovedAndReportedWhenTheDiskIsFull) {
+    const TemporaryFolder folder;
+    if (UnixPath(folder).empty()) GTEST_SKIP() << "a full disk is a limit of Unix' for the length of files";
+    const struct {
+        int kind;
+        int kilobytes;
+        const char* said;
+        bool exists;
+    } kRows[] = {{0, 3, "0", true}, {0, 2, "1", false},  {0, 1, "1", false},
+                 {1, 4, "0", true}, {1, 3, "0!", false}, {1, 0, "0!", false}};
+    for (const auto& [kind, kilobytes, said, exists] : kRows) {
+        const fs::path file = folder / L"full.avi";
+        std::wstring command = L"trap '' XFSZ; ulimit -f " + std::to_wstring(kilobytes) + L"; wine '" +
+                               UnixPath(OwnProgram()) + L"' --role write " + std::to_wstring(kind) + L" '" +
+                               file.generic_wstring() + L"' | tr '\\r\\n' '  ' | sed 's/AviFile.*whole.*/!/'";
+        std::string answer = RunUnix(command).output;
+        std::erase(answer, ' ');
+        EXPECT_EQ(answer, said) << kind << " " << kilobytes;
+        EXPECT_EQ(fs::exists(file), exists) << kind << " " << kilobytes;
+        fs::remove(file);
+    }
+}
