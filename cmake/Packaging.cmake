@@ -1,6 +1,6 @@
-# `cmake --install` puts the DLLs, their import libraries and headers into a folder, and the target `package` into a
-# ZIP file; programs then find them with find_package(Tessel). A closed library that takes a companion's place comes
-# from its maker.
+# `cmake --install` copies the DLLs, their import libraries and headers to a folder, and the target `package` to a ZIP
+# file; programs then find them with find_package(Tessel). A closed library that replaces a companion is distributed by
+# its vendor.
 if(TESSEL_FENESTRA OR TESSEL_FACET)
   return()
 endif()

@@ -5,9 +5,9 @@ function(tessel_compile target)
   target_compile_definitions(${target} PRIVATE UNICODE _UNICODE WINVER=0x0601 _WIN32_WINNT=0x0601)
 
   if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
-    # offsetof on a class with virtual operations is what the layout checks need; this compiler supports it.
+    # The layout checks apply offsetof to classes with virtual functions, which this compiler supports.
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wpedantic -Wshadow -Wno-invalid-offsetof)
-    # Nothing but Windows' own DLLs may be needed beside the program.
+    # Programs must need no DLLs besides Tessel's and Windows' own.
     target_link_options(${target} PRIVATE -static)
   elseif(MSVC)
     target_compile_options(${target} PRIVATE /W4 /permissive- /utf-8)

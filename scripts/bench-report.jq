@@ -1,5 +1,5 @@
-# Medians as a table; the line of a "/Tessel" benchmark carries its ratio to the "/Bare" one of the same kind.
-# Times of less than 10 microseconds are told in nanoseconds, those of a pair when they are less than one.
+# Prints the medians as a table; the row of a "/Tessel" benchmark has its ratio to the "/Bare" one of the same name.
+# Times below 10 microseconds are printed in nanoseconds, those of a pair below 1 microsecond.
 def rounded(places): pow(10; places) as $unit | . * $unit | round / $unit;
 def paired: .run_name | test("/(Tessel|Bare)");
 def time:

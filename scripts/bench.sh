@@ -17,7 +17,7 @@ configure "$preset" -DTESSEL_BENCHMARK_SOURCE="$benchmark_source"
 compile "$preset" tessel_bench
 
 # Wine's server answers in 10 or in 50 microseconds, depending on whether the scheduler wakes it on the caller's core
-# or on another, and the scheduler changes its mind in the midst of a run. On one core it has no choice.
+# or on another, and the scheduler changes its mind during a run. On one core it has no choice.
 stay_on_one_core() {
     local allowed
     allowed=$(taskset -cp $$)
@@ -27,7 +27,7 @@ stay_on_one_core() {
 stay_on_one_core
 start_wine
 results=$build/bench.json
-# Repetitions in random order: what the machine does meanwhile strikes both sides of a ratio alike.
+# Repetitions in random order, so that other load on the machine affects both sides of a ratio alike.
 timeout 3000 wine "$build/$preset/bin/tessel_bench.exe" --benchmark_filter="${1:-.}" \
     --benchmark_repetitions=15 --benchmark_enable_random_interleaving=true --benchmark_min_time=0.1 \
     --benchmark_report_aggregates_only=true --benchmark_out="$(windows_path "$results")" --benchmark_out_format=json \

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# ./dev clean: empties build/. The lock stays, as others may be waiting for it.
+# ./dev clean: empties build/. The lock file stays, as others may be waiting for it.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"

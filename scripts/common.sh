@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# What the commands of ./dev share: places, messages, and the functions of the files that it reads at its end.
+# What the commands of ./dev share: paths, messages, and the functions of the files that it sources at its end.
 
 root=${root:-$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)}
 build=$root/build
@@ -11,7 +11,7 @@ fail() {
     exit 1
 }
 
-# Keeps a second ./dev in the same tree from sharing, and ending, this one's Wine server.
+# Prevents a second ./dev in the same tree from sharing, and stopping, this one's Wine server.
 take_turn() {
     mkdir -p "$build"
     exec 9>"$build/.lock"

@@ -30,11 +30,11 @@ copy=$build/courier-copy
 [ "$file" -ef "$copy" ] || rm -f "$copy"
 
 start_wine
-# The receiver pauses at first, so that the pool fills up and the sender has to cope.
+# The receiver pauses first, so that the pool fills up and the sender has to retry.
 timeout 600 wine "$sender" "$(windows_path "$file")" "$(windows_path "$copy")" \
     --receiver "$(windows_path "$receiver")" --stall 500
 
-# The console is of the other bitness, and orders by mailbox.
+# The console has the other bitness and sends its orders by mailbox.
 timeout 60 wine "$workstation" --hidden --run 3 --folder "$(windows_path "$build/images")" \
     --movie "$(windows_path "$build/workstation.avi")" --console "$(windows_path "$console")"
 say "the movie of the images: build/workstation.avi"

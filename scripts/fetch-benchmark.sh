@@ -3,7 +3,7 @@
 
 benchmark_source=$build/benchmark-source
 
-# A copy of the machine's own package sources, asked for source packages, with lists of its own.
+# A copy of the machine's package sources with source packages enabled, and with separate package lists.
 source_lists() {
     local folder=$1 file
     mkdir -p "$folder/parts" "$folder/lists/partial"

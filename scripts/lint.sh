@@ -24,7 +24,7 @@ sources() { git ls-files -co --exclude-standard -- "$@" | grep -E '\.(h|cpp)$'; 
 
 check_format() { sources | xargs clang-format --dry-run --Werror; }
 
-# clang looks for the C++ library of its own platform: it is shown the one that the compiler uses.
+# clang would use its own platform's C++ library; point it to the compiler's.
 check_tidy() {
     configure win32
     local gcc include=()
@@ -54,7 +54,7 @@ check_oddities() {
     return $ok
 }
 
-# A program that the documentation shows is one that the build compiles.
+# Every program shown in the documentation is one that the build compiles.
 check_shown_programs() {
     local page source ok=0
     while IFS=: read -r page source; do

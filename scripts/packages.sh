@@ -7,11 +7,11 @@ wine32_package=wine32:i386
 lint_packages=(git clang-format clang-tidy doxygen shellcheck)
 bench_packages=(bsdextrautils jq)
 sound_packages=(pulseaudio)
-# They judge the files that the tests write.
-judge_packages=(sox ffmpeg)
+# They verify the sound and video files that the tests write.
+verifier_packages=(sox ffmpeg)
 screenshot_packages=(imagemagick fonts-liberation)
 
-# Present when this machine could not be given a 32-bit Wine; ./dev setup tries again.
+# Exists if 32-bit Wine could not be installed; ./dev setup tries again.
 no_wine32_mark=$build/.no-wine32
 
 installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
@@ -47,7 +47,7 @@ install_packages() {
 
 # The security archive's i386 index can lag behind its amd64 one, and then the two
 # architectures cannot share one version of a library. Preferring the main archive gives both
-# the same one: a priority of 900 for packages that are new, 1001 where one has to step back.
+# the same one: priority 900 for new packages, 1001 where an installed one must be downgraded.
 install_from_main_archive() {
     local priority=$1 preferences=$build/main-archive.pref
     shift
@@ -55,7 +55,7 @@ install_from_main_archive() {
     apt_install -o Dir::Etc::Preferences="$preferences" --allow-downgrades "$@"
 }
 
-# Both bitnesses of Wine are asked for in one go, so that their libraries can be matched.
+# Installs both bitnesses of Wine at once, so that their libraries match.
 install_wine_for_both() {
     [ -e "$no_wine32_mark" ] && return
     installed "$wine32_package" && return
@@ -76,10 +76,10 @@ need_build_packages() { install_packages "${build_packages[@]}"; }
 need_run_packages() {
     install_wine_for_both
     install_packages "${run_packages[@]}"
-    have_wine32 || say "no 32-bit Wine could be had: the 64-bit build is used; ./dev setup tries again"
+    have_wine32 || say "32-bit Wine is not available: using the 64-bit build; ./dev setup tries again"
 }
 
-# The bitnesses whose programs can be run here.
+# The bitnesses whose programs this machine can run.
 runnable_bits() {
     if have_wine32; then echo "32 64"; else echo 64; fi
 }

@@ -8,8 +8,8 @@ take_turn
 rm -f "$no_wine32_mark"
 need_build_packages
 need_run_packages
-install_packages "${lint_packages[@]}" "${bench_packages[@]}" "${sound_packages[@]}" "${judge_packages[@]}"
+install_packages "${lint_packages[@]}" "${bench_packages[@]}" "${sound_packages[@]}" "${verifier_packages[@]}"
 [ "${1:-}" = --packages ] || need_prefix
-# What sudo made is the user's, as all else here.
+# Files created under sudo must belong to the user, like the rest of the tree.
 [ -z "${SUDO_UID:-}" ] || [ "$(id -u)" != 0 ] || chown -R --reference="$root" "$build"
 say "everything is in place"

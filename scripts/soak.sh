@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# ./dev soak [MINUTES]: does a day's work again and again and tells what it leaves behind; 10 minutes by default.
+# ./dev soak [MINUTES]: repeats a day's work and reports what it leaves behind; 10 minutes by default.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -14,7 +14,7 @@ preset=win${bits%% *}
 compile "$preset" tessel_soak
 
 start_wine
-# With the check of tails each block is allocated by itself, where otherwise many share one that counts as a whole.
+# Checking block tails makes Wine allocate each block separately; otherwise many share one that counts as a whole.
 set_heap_flags 0x10 "$build/$preset/bin/tessel_soak.exe"
 say "working for $minutes minutes"
 status=0

@@ -1,9 +1,9 @@
 # shellcheck shell=bash disable=SC2154 # sourced: variables come from the others
-# A sound device that nobody hears: what is played into it is what its microphone records.
+# A silent sound device: its microphone records what is played.
 
-# Without rewinds the sink works in pieces of 50 ms; otherwise its microphone delivers after two seconds only.
-# Before start_wine: Wine's server hands the device's address on. The folder is a temporary one, because the path of a
-# socket has at most 107 characters.
+# Without rewinds the sink works in pieces of 50 ms; otherwise its microphone delivers only after two seconds.
+# Call it before start_wine: programs inherit the device's address from Wine's server. The folder is a temporary one,
+# because a socket's path has at most 107 characters.
 start_sound() {
     local waited=0
     sound_folder=$(mktemp -d "${TMPDIR:-/tmp}/tessel-sound.XXXXXX")

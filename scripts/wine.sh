@@ -3,7 +3,7 @@
 
 export WINEPREFIX=$build/wine
 export WINEDEBUG=${WINEDEBUG:--all}
-# A crash must end the program, not wait in a debugger; no download dialogs either.
+# A crash must end the program instead of waiting in a debugger, and no download dialogs may appear.
 export WINEDLLOVERRIDES='winedbg.exe=d;mscoree=d;mshtml=d'
 
 prefix_mark=$WINEPREFIX/.tessel-ready
@@ -26,7 +26,7 @@ stop_display() {
     xvfb_pid=
 }
 
-# Files that are Wine's own are linked, not copied: 1.3 GB become 0.15 GB.
+# Wine's own files are linked instead of copied: the prefix takes 0.15 GB instead of 1.3 GB.
 link_wine_files() {
     local folder=$1 own=$2 file name
     [ -d "$folder" ] && [ -d "$own" ] || return 0
@@ -42,13 +42,13 @@ create_prefix() {
     say "creating a Wine prefix in build/wine"
     rm -rf "$WINEPREFIX"
     timeout 300 wineboot -i >"$build/wineboot.log" 2>&1 9>&- || fail "wineboot failed (log: build/wineboot.log)"
-    timeout 60 wineserver -w || fail "Wine does not come to rest (log: build/wineboot.log)"
+    timeout 60 wineserver -w || fail "Wine's server does not stop (log: build/wineboot.log)"
     link_wine_files "$WINEPREFIX/drive_c/windows/system32" /usr/lib/x86_64-linux-gnu/wine/x86_64-windows
     link_wine_files "$WINEPREFIX/drive_c/windows/syswow64" /usr/lib/i386-linux-gnu/wine/i386-windows
     touch "$prefix_mark"
 }
 
-# In a shell of its own: the caller's display stays as it is.
+# In a subshell, so that the caller's display stays unchanged.
 need_prefix() (
     [ ! -e "$prefix_mark" ] || exit 0
     sound_server= # the caller's goes on
@@ -56,8 +56,8 @@ need_prefix() (
     create_prefix
 )
 
-# A server that outlives the single program makes each start quick; the warm-up program
-# writes to a file because the server keeps the pipes of whoever starts it.
+# A server that stays up between programs makes each start fast; the warm-up program writes
+# to a file because the server keeps the pipes of the program that starts it.
 start_server() {
     trap stop_wine EXIT
     trap 'exit 130' INT TERM
@@ -65,7 +65,7 @@ start_server() {
     timeout 120 wine cmd /c exit >"$build/warm-up.log" 2>&1 9>&- || fail "Wine does not start (log: build/warm-up.log)"
 }
 
-# Windows appear on a display of their own, which nobody sees.
+# Windows appear on a separate, invisible display.
 start_wine() {
     need_prefix
     start_display
@@ -86,15 +86,15 @@ stop_wine() {
 
 image_options='HKLM\Software\Microsoft\Windows NT\CurrentVersion\Image File Execution Options'
 
-# set_heap_flags FLAGS PROGRAM...: how Wine keeps the heaps of programs.
+# set_heap_flags FLAGS PROGRAM...: sets Wine's heap checks for the programs.
 set_heap_flags() {
     local flags=$1 program
     shift
     for program; do
         wine reg add "$image_options\\${program##*/}" /v GlobalFlag /t REG_DWORD /d "$flags" /f >/dev/null 2>&1 9>&- ||
-            fail "the flags of heaps cannot be set"
+            fail "cannot set the heap flags"
     done
 }
 
-# Also those that a run which was cut off has left.
+# Also removes flags left by an interrupted run.
 clear_heap_flags() { wine reg delete "$image_options" /f >/dev/null 2>&1 9>&- || true; }

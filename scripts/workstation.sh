@@ -1,29 +1,29 @@
 #!/usr/bin/env bash
-# ./dev workstation [--screenshot FILE]: starts the example workstation in a window on the user's display, or takes
-# its picture on a display that nobody sees.
+# ./dev workstation [--screenshot FILE]: starts the example workstation in a window on the user's display, or takes a
+# screenshot of it on an invisible display.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 run_workstation() { wine "$program" --folder "$(windows_path "$build/images")" "$@" 9>&-; }
 
-# The picture shows the second image half-way.
+# The screenshot shows the second image half-way.
 take_screenshot() {
     local output=$build/screenshot.log waited=0
     : >"$output" # what an earlier run said does not count
     run_workstation --run 3 >"$output" 2>&1 &
     until grep -q 'image 1 saved' "$output"; do
-        [ $((waited += 1)) -le 300 ] || fail "no image is saved (log: build/screenshot.log)"
+        [ $((waited += 1)) -le 300 ] || fail "no image was saved (log: build/screenshot.log)"
         sleep 0.1
     done
     sleep 0.5
     import -window root -trim +repage "$1"
-    wait $! || fail "the workstation has failed (log: build/screenshot.log)"
+    wait $! || fail "the workstation failed (log: build/screenshot.log)"
     say "screenshot: $1"
 }
 
 case ${1:-} in
-'') [ -n "${DISPLAY:-}" ] || fail "there is no display here (DISPLAY is not set)" ;;
+'') [ -n "${DISPLAY:-}" ] || fail "there is no display (DISPLAY is not set)" ;;
 --screenshot) [ $# = 2 ] || fail "usage: ./dev workstation [--screenshot FILE]" ;;
 *) fail "usage: ./dev workstation [--screenshot FILE]" ;;
 esac
