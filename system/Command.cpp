@@ -15,21 +15,6 @@
 #include <memory>
 #include <new>
 
-struct CCommandLayout {
-    static_assert(sizeof(CCommand::COMMAND) == 1052);
-    static_assert(offsetof(CCommand::COMMAND, Type) == 12);
-    static_assert(offsetof(CCommand::COMMAND, PathFileName) == 16);
-    static_assert(offsetof(CCommand::COMMAND, WorkDir) == 276);
-    static_assert(offsetof(CCommand::COMMAND, Arguments) == 536);
-    static_assert(offsetof(CCommand::COMMAND, RestartKey) == 792);
-    static_assert(offsetof(CCommand, m_iCmdId) == sizeof(void*));
-    static_assert(offsetof(CCommand, m_Type) == sizeof(void*) + 12);
-    static_assert(offsetof(CCommand, m_szPathFileName) == sizeof(void*) + 16);
-    static_assert(offsetof(CCommand, m_szSubstituted) == sizeof(void*) + 792);
-    static_assert(offsetof(CCommand, m_szRestartKey) == sizeof(void*) + 1048);
-    static_assert(offsetof(CCommand, m_Command) == sizeof(void*) + 1308);
-};
-
 namespace {
 
 using Buffer = std::unique_ptr<char[]>;
@@ -38,7 +23,10 @@ constexpr char kHeader[] = "[Application - 0]";
 constexpr char kAutoFlag[] = "AutoFlag=YES";
 constexpr unsigned char kSeparators[] = "\\/";
 
-/// The texts of a description, in the order in which a line is tried for them.
+constexpr tessel::ReportSite kPathSite = {"CCommand", 306};
+constexpr tessel::ReportSite kCommandLineSite = {"CCommand", 317};
+
+/// The texts of a description, in the order in which they are looked for in a line.
 enum : std::size_t { WORK_DIR, PATH_FILE_NAME, RESTART_KEY, ARGUMENTS, TEXT_COUNT };
 
 constexpr struct {
@@ -52,17 +40,18 @@ constexpr struct {
 };
 static_assert(std::size(kNames) == TEXT_COUNT);
 
-/// Bytes that a line is counted with: name, "=", value, line end, and one to spare.
 unsigned int SizeOfLine(std::size_t which, const char* value) {
-    return static_cast<unsigned int>(std::strlen(kNames[which].narrow) + std::strlen(value) + 4);
+    constexpr std::size_t kEqualsSignLineEndAndSpare = 1 + 2 + 1;
+    return static_cast<unsigned int>(std::strlen(kNames[which].narrow) + std::strlen(value) +
+                                     kEqualsSignLineEndAndSpare);
 }
 
-/// @return where the next line is written
+/// @return where the next line starts
 char* WriteLine(char* text, std::size_t which, const char* value) {
     return text + std::sprintf(text, "%s=%s\r\n", kNames[which].narrow, value);
 }
 
-/// @return 0: the text fits its field; else why what is kept of it cannot be started
+/// @return 0: the text fits its field; else the error for what is cut
 unsigned long ErrorOfCut(const char* value) {
     return std::strlen(value) < CCommand::PATH_SIZE ? 0 : ERROR_FILENAME_EXCED_RANGE;
 }
@@ -74,19 +63,20 @@ unsigned long ErrorOfCut(const wchar_t* value) {
     return length < sizeof converted ? 0 : ERROR_FILENAME_EXCED_RANGE;
 }
 
-/// @return room for two texts and what joins them; null, which is reported: no memory
-Buffer RoomFor(const char* first, const char* second, const char* name, unsigned int line) {
-    constexpr std::size_t kBetween = 10;
-    Buffer room(new (std::nothrow) char[std::strlen(first) + std::strlen(second) + kBetween]);
-    tessel::ReportUnless(room != nullptr, name, "CCommand", line);
-    return room;
+/// @return buffer for two texts, their separator, quotation marks and terminator; null without memory, which is
+///         reported
+Buffer BufferFor(const char* first, const char* second, const char* name, tessel::ReportSite site) {
+    constexpr std::size_t kSpare = 10;
+    Buffer buffer(new (std::nothrow) char[std::strlen(first) + std::strlen(second) + kSpare]);
+    tessel::ReportUnless(buffer != nullptr, name, site);
+    return buffer;
 }
 
-/// @return 0; else an error: the expansion has no room
+/// @return 0; else an error: the expansion does not fit
 unsigned long Expand(const char* path, char (&expanded)[CCommand::PATH_SIZE]) {
     std::memset(expanded, 0, sizeof expanded);
     const DWORD length = ExpandEnvironmentStringsA(path, expanded, sizeof expanded);
-    expanded[sizeof expanded - 1] = '\0'; // GUARD-153: an expansion without room is left open
+    expanded[sizeof expanded - 1] = '\0'; // GUARD-153: one that does not fit is not terminated
     return length != 0 && length <= sizeof expanded ? 0 : ERROR_FILENAME_EXCED_RANGE;
 }
 
@@ -119,7 +109,7 @@ void CCommand::InitializeFromRegistry(HKEY key) {
     CReg::KEY_TYPE type = CReg::TYPE_UNKNOWN;
     unsigned long length = kDataSize;
     int result = registry.FindFirstValue(key, name, kNameLength, type, data, length);
-    while (result == 0) {                                     // ODD-165: a value without room ends the reading too
+    while (result == 0) { // ODD-165: a value that does not fit ends the reading, too
         std::memset(data + length, 0, sizeof value - length); // GUARD-151: a text without terminator ends with its data
         if (type == CReg::TYPE_STRING) ReadValue(name, value);
         result = registry.FindNextValue(name, kNameLength, type, data, length);
@@ -133,7 +123,7 @@ void CCommand::ReadValue(const wchar_t* name, const wchar_t* value) {
     }
 }
 
-/// GUARD-152: a value that is longer than its field is cut; it would run over the next ones.
+/// GUARD-152: a value longer than its field is cut; it would overwrite the next fields.
 template <class Character> void CCommand::SetText(std::size_t which, const Character* value) {
     switch (which) {
     case WORK_DIR:
@@ -151,26 +141,26 @@ template <class Character> void CCommand::SetText(std::size_t which, const Chara
 
 void CCommand::InitializeFromText(char* text) {
     if (text == nullptr) return; // GUARD-09
-    // ODD-167: a last line without its end is not read.
+    // ODD-167: a last line without a line end is not read.
     for (char* end = std::strchr(text, '\r'); end != nullptr; end = std::strchr(text, '\r')) {
         const bool last = end[1] == '\0';
         end[0] = '\0';
         end[1] = '\0';
         ReadLine(text);
-        if (last) return; // GUARD-154: the next line would start behind the text
+        if (last) return; // GUARD-154: the next line would start after the text
         text = end + 2;
     }
 }
 
 void CCommand::ReadLine(const char* line) {
     const char* const equals = std::strchr(line, '=');
-    if (equals == nullptr) return; // GUARD-155: a line without value
+    if (equals == nullptr) return; // GUARD-155
     const char* const value = equals + 1;
     if (std::strstr(line, "AutoFlag") != nullptr && _stricmp(value, "YES") == 0) {
         m_Type = CMD_AUTOMATIC;
         return;
     }
-    // ODD-166: names are looked for in the value too.
+    // ODD-166: a name counts in the value, too.
     for (std::size_t which = 0; which < TEXT_COUNT; ++which) {
         if (std::strstr(line, kNames[which].narrow) != nullptr) return SetText(which, value);
     }
@@ -218,12 +208,12 @@ void CCommand::SubstituteArgument(const char* token, const char* value) {
     const std::size_t before = static_cast<std::size_t>(found - m_szSubstituted);
     char rest[ARGUMENTS_SIZE];
     std::memcpy(rest, m_szSubstituted, sizeof rest);
-    // GUARD-156: a line that becomes longer than its field is cut; it would run over the restart key.
+    // GUARD-156: a line that outgrows its field is cut; it would overwrite the restart key.
     (void)std::snprintf(found, sizeof m_szSubstituted - before, "%s%s", value == nullptr ? "" : value,
                         rest + before + std::strlen(token));
 }
 
-/// Tells what _splitpath would, which gives up on a directory of more than 255 bytes.
+/// As _splitpath decides, which fails for a directory of more than 255 bytes.
 bool CCommand::IsAbsoluteFilePath(char* path) {
     const bool hasDrive = path[0] != '\0' && path[1] == ':';
     return hasDrive || _mbspbrk(reinterpret_cast<unsigned char*>(path), kSeparators) != nullptr;
@@ -232,16 +222,16 @@ bool CCommand::IsAbsoluteFilePath(char* path) {
 unsigned long CCommand::Execute() {
     char directory[PATH_SIZE];
     char program[PATH_SIZE];
-    // GUARD-262: a part of a path may be the path of another program.
+    // GUARD-262: the start of a path may be the path of another program.
     unsigned long error = m_ulPathError != 0 ? m_ulPathError : m_ulWorkDirError;
     for (const unsigned long result : {Expand(m_szWorkDir, directory), Expand(m_szPathFileName, program)}) {
         if (error == 0) error = result;
     }
-    const Buffer path = RoomFor(directory, program, "pPathName", 306);
+    const Buffer path = BufferFor(directory, program, "pPathName", kPathSite);
     if (path == nullptr) return 0; // GUARD-157
     const bool joined = directory[0] != '\0' && !IsAbsoluteFilePath(program);
     std::sprintf(path.get(), "%s%s%s", joined ? directory : "", joined ? "\\" : "", program);
-    const Buffer commandLine = RoomFor(path.get(), m_szSubstituted, "pCmdLine", 317);
+    const Buffer commandLine = BufferFor(path.get(), m_szSubstituted, "pCmdLine", kCommandLineSite);
     if (commandLine == nullptr) return 0; // GUARD-157
     std::sprintf(commandLine.get(), "\"%s\" %s", path.get(), m_szSubstituted);
     const unsigned long processId = error == 0 ? Start(commandLine.get(), directory) : 0;
@@ -256,7 +246,7 @@ void CCommand::ShowFailure(unsigned long error, const char* program, const char*
     constexpr std::size_t kTextSize = 4 * kSystemTextSize + PATH_SIZE;
     char systemText[kSystemTextSize] = "";
     (void)FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0, systemText,
-                         kSystemTextSize, nullptr); // without a text the number has none
+                         kSystemTextSize, nullptr); // an error without a text leaves it empty
     char text[kTextSize];
     (void)std::snprintf(text, kTextSize,
                         "Unable to Start Application:\nFileName: \t%s\nWorkDir:  \t%s\nArguments:\t%s\n"

@@ -13,6 +13,7 @@ using namespace tessel;
 namespace {
 
 constexpr int kDays = 7;
+constexpr int kMeridians = 2;
 constexpr unsigned int kLongestText = 19;
 
 constexpr struct {
@@ -23,7 +24,7 @@ constexpr struct {
     {LANG_PORTUGUESE, IDS_PORTUGUESE}, {LANG_SPANISH, IDS_SPANISH}, {LANG_SWEDISH, IDS_SWEDISH},
 };
 
-/// The number of the first text in the calling thread's language.
+/// @return identifier of the first text in the language of the calling thread
 unsigned int FirstText() {
     const WORD language = PRIMARYLANGID(LANGIDFROMLCID(GetThreadLocale()));
     for (const auto& row : kLanguages) {
@@ -36,26 +37,28 @@ struct Text {
     wchar_t characters[kLongestText + 1];
 };
 
-/// @return the text with an index among those of a kind
+/// @param kind   first identifier of the kind, from the first text of a language on
+/// @param count  texts of the kind
 Text Load(unsigned int kind, int index, int count) {
     Text text{};
-    // GUARD-162: behind the ends of a kind stand texts of another
+    // GUARD-162: the neighbours of a kind's texts are those of other kinds
     if (index < 0 || index >= count) return text;
-    (void)TesselLoadString(FirstText() + kind + static_cast<unsigned int>(index), text.characters, // empty when missing
+    (void)TesselLoadString(FirstText() + kind + static_cast<unsigned int>(index),
+                           text.characters, // a missing text is empty
                            static_cast<int>(std::size(text.characters)));
     return text;
 }
 
-/// @return whether the text was cut, or had no room at all
-bool Copy(const Text& text, wchar_t* buffer, unsigned int size) {
-    return buffer == nullptr || size == 0 || CopyString(buffer, text.characters, size) != 0;
+/// @return true: the whole text was copied
+bool CopyWhole(const Text& text, wchar_t* buffer, unsigned int size) {
+    return buffer != nullptr && size != 0 && CopyString(buffer, text.characters, size) == 0;
 }
 
-/// @return whether even the abbreviated name was cut
+/// @return true: the name or its abbreviation was copied whole
 bool CopyDay(int dayOfWeek, wchar_t* buffer, unsigned int size) {
     const Text name = Load(IDS_DAYS, dayOfWeek, kDays);
     const bool fits = std::wcslen(name.characters) < size;
-    return Copy(fits ? name : Load(IDS_BRIEF_DAYS, dayOfWeek, kDays), buffer, size);
+    return CopyWhole(fits ? name : Load(IDS_BRIEF_DAYS, dayOfWeek, kDays), buffer, size);
 }
 
 } // namespace
@@ -65,8 +68,9 @@ CDateTime::CDateTime(const SYSTEMTIME& time) : CDateTimeEnglish(time) {}
 CDateTime::CDateTime(int year, int month, int day, int hour, int minute, int second, int millisecond)
     : CDateTimeEnglish(year, month, day, hour, minute, second, millisecond) {}
 
-CDateTime::CDateTime(FORMAT_ID id, const wchar_t* text) : CDateTimeEnglish(id, nullptr) { // read below, by own texts
-    (void)CDateTimeEnglish::SetDateTime(id, text);                                        // GetStatus() tells
+CDateTime::CDateTime(FORMAT_ID id, const wchar_t* text)
+    : CDateTimeEnglish(id, nullptr) {              // it cannot call the texts of this class
+    (void)CDateTimeEnglish::SetDateTime(id, text); // GetStatus() has the result
 }
 
 CDateTime::CDateTime(const CDateTimeEnglish& other) : CDateTimeEnglish(other) {}
@@ -76,21 +80,21 @@ CDateTime CDateTime::GetLocalTime() {
 }
 
 void CDateTime::GetMonthText(int month, wchar_t* buffer, unsigned int size) const {
-    (void)Copy(Load(IDS_MONTHS, month < 1 ? -1 : month - 1, kMonths), buffer, size); // cut to the caller's room
+    (void)CopyWhole(Load(IDS_MONTHS, month < 1 ? -1 : month - 1, kMonths), buffer, size); // may be cut
 }
 
 void CDateTime::GetDayText(int dayOfWeek, wchar_t* buffer, unsigned int size) const {
-    (void)CopyDay(dayOfWeek, buffer, size); // cut to the caller's room
+    (void)CopyDay(dayOfWeek, buffer, size); // may be cut
 }
 
 void CDateTime::GetMeridianIndicator(int hour, wchar_t* buffer, unsigned int size) const {
-    (void)Copy(Load(IDS_MERIDIANS, hour < kNoon ? 0 : 1, 2), buffer, size); // cut to the caller's room
+    (void)CopyWhole(Load(IDS_MERIDIANS, hour < kNoon ? 0 : 1, kMeridians), buffer, size); // may be cut
 }
 
 unsigned long CDateTime::GetDayOfWeekText(int dayOfWeek, wchar_t* buffer, unsigned int size) {
-    const bool wasCut = CopyDay(dayOfWeek, buffer, size);
+    const bool isWhole = CopyDay(dayOfWeek, buffer, size);
     if (buffer == nullptr || size == 0 || dayOfWeek < 0 || dayOfWeek >= kDays) return ERROR_INVALID_PARAMETER;
-    return wasCut ? ERROR_INSUFFICIENT_BUFFER : STATUS_OK;
+    return isWhole ? STATUS_OK : ERROR_INSUFFICIENT_BUFFER;
 }
 
 const wchar_t* CDateTime::GetDayOfWeekTextEnglish(int dayOfWeek) {

@@ -1,26 +1,20 @@
 #include <system/DateTimeFields.h>
 #include <tessel/system/datetime.h>
 
-#include <cstddef>
-
 using namespace tessel;
-
-struct CDateTimeEnglishLayout {
-    static_assert(offsetof(CDateTimeEnglish, m_SystemTime) == sizeof(void*));
-    static_assert(offsetof(CDateTimeEnglish, m_Status) == sizeof(void*) + 16);
-    static_assert(offsetof(CDateTimeEnglish, m_szText) == sizeof(void*) + 20);
-};
 
 namespace {
 
 constexpr int kFebruary = 2;
 constexpr int kFirstYear = 1850;
-constexpr int kLastYear = 0xFFFF; // GUARD-163: what the field can hold
+constexpr int kLargestField = 0xFFFF;
+constexpr int kLastYear = kLargestField;
 
 constexpr int kDaysOfMonth[kMonths] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
 
-// What each century from the 19th on and each month adds to the day of the week.
+// What each century from 1800 on, repeating every 400 years, and each month add to the day of the week.
 constexpr int kCenturyKeys[] = {2, 0, 6, 4};
+constexpr int kDaysOfWeek = 7;
 constexpr int kMonthKeys[kMonths] = {0, 3, 3, 6, 1, 4, 6, 2, 5, 0, 3, 5};
 
 bool IsBetween(int value, int least, int most) {
@@ -39,21 +33,20 @@ bool AreZero(const int (&values)[kDateTimeFieldCount]) {
     return true;
 }
 
-/// What is stored of a value. GUARD-163: one that the field cannot hold never becomes valid, also when other fields are
-/// set later.
-WORD Stored(int value, const DateTimeField& field) {
-    return IsBetween(value, 0, 0xFFFF) ? static_cast<WORD>(value) : field.refused;
+/// GUARD-163: a value that does not fit the field is never valid, also when other fields are set later.
+WORD FieldValue(int value, const DateTimeField& field) {
+    return IsBetween(value, 0, kLargestField) ? static_cast<WORD>(value) : field.invalid;
 }
 
 /// @return 0 (Sunday) to 6
 WORD DayOfWeek(const SYSTEMTIME& time, bool leapYear) {
-    // GUARD-160: a month that does not exist has no key, and counts as a Sunday
+    // GUARD-160: a month that does not exist has no key; its days count as Sundays
     if (time.wMonth < 1 || time.wMonth > kMonths) return 0;
     const int yearInCentury = time.wYear % 100;
-    const int century = kCenturyKeys[(time.wYear / 100 + 2) % 4]; // two more is 18 less by fours, and not negative
+    const int century = kCenturyKeys[(time.wYear / 100 + 2) % 4]; // + 2 is - 18 modulo 4, and never negative
     const int leapDay = leapYear && time.wMonth <= kFebruary ? -1 : 0;
     const int days = century + yearInCentury + yearInCentury / 4 + kMonthKeys[time.wMonth - 1] + leapDay + time.wDay;
-    return static_cast<WORD>((days + 7) % 7);
+    return static_cast<WORD>((days + kDaysOfWeek) % kDaysOfWeek);
 }
 
 } // namespace
@@ -70,7 +63,7 @@ CDateTimeEnglish::CDateTimeEnglish(const SYSTEMTIME& time) : m_SystemTime{}, m_S
 
 CDateTimeEnglish::CDateTimeEnglish(int year, int month, int day, int hour, int minute, int second, int millisecond)
     : m_SystemTime{}, m_Status(DTS_NULL), m_szText{} {
-    (void)SetDateTime(year, month, day, hour, minute, second, millisecond); // GetStatus() tells
+    (void)SetDateTime(year, month, day, hour, minute, second, millisecond); // GetStatus() has the result
 }
 
 CDateTimeEnglish::CDateTimeEnglish(const CDateTimeEnglish& other)
@@ -105,7 +98,7 @@ DateTimeStatus CDateTimeEnglish::SetDateTime(int year, int month, int day, int h
     const int values[] = {year, month, day, hour, minute, second, millisecond};
     for (unsigned int index = kYear; index < kDateTimeFieldCount; ++index) {
         const DateTimeField& field = kDateTimeFields[index];
-        m_SystemTime.*field.component = Stored(values[index], field);
+        m_SystemTime.*field.component = FieldValue(values[index], field);
     }
     m_SystemTime.wDayOfWeek = DayOfWeek(m_SystemTime, IsLeapYear());
     m_Status = CheckValidDate(year, month, day, hour, minute, second, millisecond);

@@ -13,11 +13,13 @@ using namespace tessel;
 
 namespace {
 
-// Letters of texts and of an hour beside those of kDateTimeFields; all other characters stand for themselves.
+// Letters of layouts beside those of kDateTimeFields. All other characters stand for themselves.
 constexpr wchar_t kHour12 = L'h';
 constexpr wchar_t kMonthName = L'N';
 constexpr wchar_t kDayName = L'W';
 constexpr wchar_t kMeridian = L'P';
+
+constexpr tessel::ReportSite kFormatSite = {"DateTimeEnglish", 427};
 
 constexpr unsigned int kMonthNameSize = 4;
 constexpr unsigned int kMeridianSize = 3;
@@ -27,8 +29,7 @@ struct Layout {
     unsigned int size;
 };
 
-// In the order of FORMAT_ID. ODD-171: the month stands in front of the day where "/" parts them, and behind it where
-// "-" does
+// In the order of FORMAT_ID. ODD-171: with "/" the month comes first, with "-" the day.
 constexpr Layout kLayouts[] = {
     {L"yod", 9},
     {L"o/d/y", 11},
@@ -61,12 +62,12 @@ constexpr const wchar_t* kMonthNames[] = {L"Jan", L"Feb", L"Mar", L"Apr", L"May"
 constexpr const wchar_t* kDayNames[] = {L"Sunday",   L"Monday", L"Tuesday", L"Wednesday",
                                         L"Thursday", L"Friday", L"Saturday"};
 
-/// @return null when there is no such layout
+/// @return null: there is no such layout
 const Layout* LayoutOf(FORMAT_ID id) {
     return id >= 0 && id < static_cast<int>(std::size(kLayouts)) ? &kLayouts[id] : nullptr;
 }
 
-/// @return the component that a letter stands for, null for none
+/// @return the component that a letter stands for; null: none
 const DateTimeField* FieldOf(wchar_t letter) {
     if (letter == kHour12) return &kDateTimeFields[kHour];
     const auto* const found = std::find_if(std::begin(kDateTimeFields), std::end(kDateTimeFields),
@@ -87,15 +88,15 @@ bool HasMeridian(const Layout& layout) {
 }
 
 void Copy(wchar_t* buffer, unsigned int size, const wchar_t* text) {
-    if (buffer != nullptr && size > 0) (void)CopyString(buffer, text, size); // cut to the caller's room
+    if (buffer != nullptr && size > 0) (void)CopyString(buffer, text, size); // may be cut
 }
 
-/// The text of a table's row. GUARD-161: there is none behind its ends.
+/// GUARD-161: an index outside the table gives an empty text.
 template <std::size_t Count> const wchar_t* TextAt(const wchar_t* const (&table)[Count], int index) {
     return index >= 0 && index < static_cast<int>(Count) ? table[index] : L"";
 }
 
-/// Appends to a text as far as there is room for it and its terminator. GUARD-164: the rest is left out.
+/// Appends to a text. GUARD-164: what does not fit is left out.
 class Writer {
 public:
     Writer(wchar_t* text, unsigned int size) : m_at(text), m_last(text + size - 1) {}
@@ -110,9 +111,10 @@ public:
         while (*text != L'\0') Put(*text++);
     }
 
-    void Put(unsigned int number, unsigned int leastDigits) {
-        if (leastDigits > 1 || number > 9) Put(number / 10, leastDigits > 1 ? leastDigits - 1 : 1);
-        Put(static_cast<wchar_t>(L'0' + number % 10));
+    void Put(unsigned int number, unsigned int minDigits) {
+        constexpr unsigned int kBase = 10;
+        if (minDigits > 1 || number >= kBase) Put(number / kBase, minDigits > 1 ? minDigits - 1 : 1);
+        Put(static_cast<wchar_t>(L'0' + number % kBase));
     }
 
 private:
@@ -120,14 +122,15 @@ private:
     wchar_t* m_last;
 };
 
-/// The number in front of a field that is @p digits wide.
+/// @param digits  width of the field
 int NumberAt(const wchar_t* text, unsigned int digits) {
-    wchar_t field[5] = {};
+    constexpr std::size_t kLongestField = 4;
+    wchar_t field[kLongestField + 1] = {};
     std::copy_n(text, digits, field);
     return _wtoi(field);
 }
 
-/// The length that a layout's text has up to its meridian indicator.
+/// @return length of the layout's texts up to the meridian indicator
 std::size_t LengthOf(const Layout& layout) {
     std::size_t length = 0;
     for (const wchar_t* at = layout.pattern; *at != L'\0' && *at != kMeridian; ++at) {
@@ -137,7 +140,7 @@ std::size_t LengthOf(const Layout& layout) {
     return length;
 }
 
-/// ODD-172: separators are not looked at, and what is no number counts as 0.
+/// ODD-172: separators are not checked, and a field without a number counts as 0.
 void ReadFields(const Layout& layout, const wchar_t* text, int (&values)[kDateTimeFieldCount]) {
     for (const wchar_t* at = layout.pattern; *at != L'\0' && *at != kMeridian; ++at) {
         const DateTimeField* const field = FieldOf(*at);
@@ -188,16 +191,16 @@ void CDateTimeEnglish::GetTextOf(wchar_t letter, wchar_t* text, unsigned int siz
 
 void CDateTimeEnglish::Write(FORMAT_ID id, wchar_t (&text)[TEXT_SIZE]) const {
     text[0] = L'\0';
-    if (m_Status != DTS_VALID) return; // ODD-174: nor is a layout reported that does not exist
+    if (m_Status != DTS_VALID) return; // ODD-174: nor is a missing layout reported
     const Layout* const layout = LayoutOf(id);
-    ReportUnless(layout != nullptr, "CDateTimeEnglish::Format(): Invalid Format Type", "DateTimeEnglish", 427);
+    ReportUnless(layout != nullptr, "CDateTimeEnglish::Format(): Invalid Format Type", kFormatSite);
     Writer writer(text, TEXT_SIZE);
     for (const wchar_t* at = layout != nullptr ? layout->pattern : L""; *at != L'\0'; ++at) {
         if (const DateTimeField* const field = FieldOf(*at)) {
             const int value = m_SystemTime.*field->component;
             writer.Put(static_cast<unsigned int>(*at == kHour12 ? ModifyFor12HourClock(value) : value), field->digits);
         } else {
-            wchar_t part[TEXT_SIZE] = {}; // more than names have room for, so that it ends in any case
+            wchar_t part[TEXT_SIZE] = {}; // longer than any name, so that it is terminated in any case
             GetTextOf(*at, part, layout->size);
             writer.Put(part);
         }
@@ -210,7 +213,7 @@ const wchar_t* CDateTimeEnglish::Format(FORMAT_ID id) const {
 }
 
 unsigned long CDateTimeEnglish::GetFormattedString(FORMAT_ID id, wchar_t* buffer, unsigned int size) const {
-    if (buffer == nullptr || size == 0) return 0; // ODD-175: a buffer that is missing is no failure
+    if (buffer == nullptr || size == 0) return 0; // ODD-175: a missing buffer is a success
     buffer[0] = L'\0';
     wchar_t text[TEXT_SIZE];
     Write(id, text);
@@ -224,12 +227,12 @@ bool CDateTimeEnglish::ReadHalf(const wchar_t* text, int& hour) const {
     if (hour < 1 || hour > kNoon) return false;
     wchar_t morning[TEXT_SIZE] = {};
     wchar_t afternoon[TEXT_SIZE] = {};
-    // NOLINTBEGIN(clang-analyzer-optin.cplusplus.VirtualCall): a constructor reads by the texts of its own class.
+    // NOLINTBEGIN(clang-analyzer-optin.cplusplus.VirtualCall): a constructor uses the texts of its own class.
     GetMeridianIndicator(0, morning, kMeridianSize);
     GetMeridianIndicator(kNoon, afternoon, kMeridianSize);
     // NOLINTEND(clang-analyzer-optin.cplusplus.VirtualCall)
     const bool isAfternoon = _wcsicmp(text, afternoon) == 0;
-    if (isAfternoon == (_wcsicmp(text, morning) == 0)) return false; // neither, or they cannot be told apart
+    if (isAfternoon == (_wcsicmp(text, morning) == 0)) return false; // neither, or both are the same
     hour = hour % kNoon + (isAfternoon ? kNoon : 0);
     return true;
 }
@@ -241,12 +244,12 @@ CDateTimeEnglish::CDateTimeEnglish(FORMAT_ID id, const wchar_t* text) : CDateTim
         GetDateTime(today);
         (void)SetDate(today.wYear, today.wMonth, today.wDay);
     }
-    (void)CDateTimeEnglish::SetDateTime(id, text); // GetStatus() tells
+    (void)CDateTimeEnglish::SetDateTime(id, text); // GetStatus() has the result
 }
 
 DateTimeStatus CDateTimeEnglish::SetDateTime(FORMAT_ID id, const wchar_t* text) {
     const Layout* const layout = LayoutOf(id);
-    // ODD-173: a layout that is not read empties the object, whatever the text
+    // ODD-173: a layout with names, or a missing one, empties the object, whatever the text
     if (layout == nullptr || !IsRead(*layout)) return SetDateTime(0, 0, 0, 0, 0, 0, 0);
     const std::size_t length = LengthOf(*layout);
     if (text == nullptr || wcsnlen(text, length) < length) return m_Status = DTS_INVALID;
@@ -258,8 +261,8 @@ DateTimeStatus CDateTimeEnglish::SetDateTime(FORMAT_ID id, const wchar_t* text) 
     }
     ReadFields(*layout, text, values);
     const wchar_t* const rest = text + length;
-    const bool whole = HasMeridian(*layout) ? ReadHalf(rest, values[kHour]) : *rest == L'\0';
-    if (!whole) return m_Status = DTS_INVALID;
+    const bool isComplete = HasMeridian(*layout) ? ReadHalf(rest, values[kHour]) : *rest == L'\0';
+    if (!isComplete) return m_Status = DTS_INVALID;
     return SetDateTime(values[kYear], values[kMonth], values[kDay], values[kHour], values[kMinute], values[kSecond],
                        values[kMillisecond]);
 }

@@ -4,16 +4,17 @@
 
 namespace tessel {
 
-inline constexpr WORD kNoTime = 0xFFFF;
-
-/// The components of a date and time, the most significant first. A letter stands for each in the layouts of texts.
+/// A component of a date and time.
 struct DateTimeField {
-    wchar_t letter;
+    wchar_t letter; ///< stands for the component in the layouts of texts
     unsigned int digits;
     WORD SYSTEMTIME::*component;
-    WORD refused; ///< what stands for a value that the component cannot hold; no valid time has it
+    WORD invalid; ///< stored for a value that does not fit; no valid time has it
 };
 
+/// The most significant first.
+
+inline constexpr WORD kNoTime = 0xFFFF;
 inline constexpr DateTimeField kDateTimeFields[] = {
     {L'y', 4, &SYSTEMTIME::wYear, 0},
     {L'o', 2, &SYSTEMTIME::wMonth, 0},
@@ -24,7 +25,7 @@ inline constexpr DateTimeField kDateTimeFields[] = {
     {L'l', 3, &SYSTEMTIME::wMilliseconds, kNoTime},
 };
 
-/// Places in kDateTimeFields, and their number.
+/// Indices in kDateTimeFields, and its length.
 enum : unsigned int { kYear, kMonth, kDay, kHour, kMinute, kSecond, kMillisecond, kDateTimeFieldCount };
 
 static_assert(sizeof kDateTimeFields / sizeof *kDateTimeFields == kDateTimeFieldCount);

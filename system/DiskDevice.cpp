@@ -10,23 +10,21 @@ namespace {
 
 constexpr std::size_t kMemorySize = 4096;
 
+constexpr std::size_t kEntries = 4;
+
 /// The partition table as the device takes it.
 struct DriveLayout {
     DWORD count;
     DWORD signature;
-    PARTITION_INFORMATION entries[4];
+    PARTITION_INFORMATION entries[kEntries];
 };
 
-static_assert(sizeof(DISK_GEOMETRY) == 24);
-static_assert(sizeof(PARTITION_INFORMATION) == 32 && offsetof(PARTITION_INFORMATION, HiddenSectors) == 16);
-static_assert(offsetof(PARTITION_INFORMATION, PartitionType) == 24);
-static_assert(offsetof(PARTITION_INFORMATION, RewritePartition) == 27);
 static_assert(sizeof(DriveLayout) == 136 && offsetof(DriveLayout, entries) == 8);
 
-// In unsigned numbers, as MediumSize().
+// Unsigned, as in MediumSize().
 DriveLayout OnePartition(const DISK_GEOMETRY& geometry) {
     DriveLayout layout{};
-    layout.count = 4;
+    layout.count = kEntries;
     for (PARTITION_INFORMATION& entry : layout.entries) entry.RewritePartition = TRUE;
     PARTITION_INFORMATION& first = layout.entries[0];
     const std::uint64_t start = std::uint64_t{geometry.SectorsPerTrack} * geometry.BytesPerSector;
@@ -42,37 +40,30 @@ DriveLayout OnePartition(const DISK_GEOMETRY& geometry) {
 
 } // namespace
 
-// In unsigned numbers, which a device that talks nonsense cannot make overflow.
+// Unsigned: the numbers of a faulty device may wrap.
 LONGLONG MediumSize(const DISK_GEOMETRY& geometry) {
     return static_cast<LONGLONG>(static_cast<std::uint64_t>(geometry.Cylinders.QuadPart) * geometry.TracksPerCylinder *
                                  geometry.SectorsPerTrack * geometry.BytesPerSector);
 }
 
-DiskDevice::DiskDevice()
-    : m_memory(new (std::nothrow) unsigned char[kMemorySize]{}), m_block(m_memory.get()),
-      m_device(INVALID_HANDLE_VALUE) {
+DiskDevice::DiskDevice() : m_memory(new (std::nothrow) unsigned char[kMemorySize]{}), m_block(m_memory.get()) {
     if (m_block == nullptr) return;
     const std::size_t beyond = reinterpret_cast<std::uintptr_t>(m_block) % kBlockSize;
     if (beyond != 0) m_block += kBlockSize - beyond;
 }
 
-DiskDevice::~DiskDevice() {
-    Close();
-}
-
 bool DiskDevice::Open(const wchar_t* path, DWORD access, DWORD share) {
-    m_device = CreateFileW(path, access, share, nullptr, OPEN_EXISTING, FILE_FLAG_NO_BUFFERING, nullptr);
-    return m_device != INVALID_HANDLE_VALUE;
+    m_device.Reset(CreateFileW(path, access, share, nullptr, OPEN_EXISTING, FILE_FLAG_NO_BUFFERING, nullptr));
+    return static_cast<bool>(m_device);
 }
 
 void DiskDevice::Close() {
-    if (m_device != INVALID_HANDLE_VALUE) (void)CloseHandle(m_device); // it was opened here
-    m_device = INVALID_HANDLE_VALUE;
+    m_device.Reset();
 }
 
 bool DiskDevice::Control(DWORD code, DWORD inSize, DWORD outSize, DWORD& returned) {
-    return DeviceIoControl(m_device, code, inSize != 0 ? m_block : nullptr, inSize, outSize != 0 ? m_block : nullptr,
-                           outSize, &returned, nullptr) != 0;
+    return DeviceIoControl(m_device.Get(), code, inSize != 0 ? m_block : nullptr, inSize,
+                           outSize != 0 ? m_block : nullptr, outSize, &returned, nullptr) != 0;
 }
 
 bool DiskDevice::PreventRemoval(bool prevent) {
@@ -93,7 +84,7 @@ bool DiskDevice::ReadLayout(DWORD& bytes) {
 
 bool DiskDevice::ReadGeometry(DISK_GEOMETRY& geometry) {
     DWORD returned = 0;
-    std::memset(m_block, 0, sizeof geometry); // what the device leaves out must not come from the partition table
+    std::memset(m_block, 0, sizeof geometry); // no rest of a partition table where the device returns less
     if (!Control(IOCTL_DISK_GET_DRIVE_GEOMETRY, 0, sizeof geometry, returned)) return false;
     std::memcpy(&geometry, m_block, sizeof geometry);
     return true;

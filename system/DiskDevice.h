@@ -1,5 +1,6 @@
 #pragma once
 
+#include <foundation/Handle.h>
 #include <tessel/foundation/platform.h>
 
 #include <winioctl.h>
@@ -9,9 +10,9 @@
 
 namespace tessel {
 
-/// A disk that is spoken to through an aligned block, as unbuffered devices ask for. It is closed with the object.
+/// A disk that is read and written through an aligned block, as unbuffered devices require. Closed with the object.
 ///
-/// An operation that gives false, except HasBlock(), leaves the cause in GetLastError().
+/// When an operation other than HasBlock() returns false, GetLastError() has the reason.
 class DiskDevice {
 public:
     /// Bytes of the block.
@@ -19,19 +20,16 @@ public:
 
     /// Allocates the block and opens nothing.
     DiskDevice();
-    ~DiskDevice();
-    DiskDevice(const DiskDevice&) = delete;
-    DiskDevice& operator=(const DiskDevice&) = delete;
 
-    /// Whether there was memory for the block, without which only opening is allowed.
+    /// Whether the block could be allocated. Without it, only Open() and Close() may be called.
     /// @return true: there is a block
     bool HasBlock() const { return m_block != nullptr; }
 
-    /// What the disk said last.
+    /// The last answer of the disk.
     /// @return the block, aligned to its size
     const unsigned char* Block() const { return m_block; }
 
-    /// Opens the disk, which is closed, unbuffered.
+    /// Opens the disk unbuffered.
     /// @param path    device or volume
     /// @param access  as CreateFileW takes it
     /// @param share   as CreateFileW takes it
@@ -41,26 +39,26 @@ public:
     /// Closes the disk, if it is open.
     void Close();
 
-    /// Locks the medium in the drive, or frees it.
-    /// @param prevent  whether it is locked
+    /// Locks the medium in the drive, or releases it.
+    /// @param prevent  true: lock
     /// @return true: done
     bool PreventRemoval(bool prevent);
 
-    /// Asks whether a medium is there.
-    /// @return true: it is
+    /// Checks for a medium.
+    /// @return true: there is one
     bool HasMedium();
 
-    /// Fetches the partition table into the block.
+    /// Reads the partition table into the block.
     /// @param bytes  receives its length
-    /// @return true: fetched
+    /// @return true: read
     bool ReadLayout(DWORD& bytes);
 
-    /// Fetches the geometry.
+    /// Reads the geometry.
     /// @param geometry  receives it
-    /// @return true: fetched
+    /// @return true: read
     bool ReadGeometry(DISK_GEOMETRY& geometry);
 
-    /// Writes a partition table with one FAT partition, which begins with the second track and ends with the medium.
+    /// Writes a partition table with one FAT partition from the second track to the end of the medium.
     /// @param geometry  the medium's
     /// @return true: written
     bool WriteOnePartition(const DISK_GEOMETRY& geometry);
@@ -70,10 +68,10 @@ private:
 
     std::unique_ptr<unsigned char[]> m_memory;
     unsigned char* m_block;
-    HANDLE m_device;
+    Handle m_device;
 };
 
-/// How much a medium holds.
+/// Capacity of a medium.
 /// @param geometry  the medium's
 /// @return bytes
 LONGLONG MediumSize(const DISK_GEOMETRY& geometry);

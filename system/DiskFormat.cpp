@@ -4,20 +4,12 @@
 
 #include <shlobj.h>
 
-#include <cstddef>
-
-struct FormatDiskLayout {
-    static_assert(offsetof(FormatDisk, m_hOwner) == sizeof(void*));
-    static_assert(offsetof(FormatDisk, m_szDrive) == 2 * sizeof(void*));
-    static_assert(offsetof(FormatDisk, m_szDevice) == 2 * sizeof(void*) + 16);
-};
-
 namespace {
 
-/// Reads a text of any length; what has no room is cut off.
+/// Reads a text of any length, cut to fit.
 template <unsigned long room> void ReadText(HKEY key, const wchar_t* name, wchar_t (&text)[room]) {
     CReg registry;
-    unsigned long bytes = 0; // asked for, so that the value is read whole
+    unsigned long bytes = 0; // requested so that a value of any length is read
     if (registry.ReadKey(key, name, 0, &bytes) == ERROR_SUCCESS) (void)registry.GetData(text, room, 0);
 }
 
@@ -31,7 +23,7 @@ bool PartitionMedium(tessel::DiskDevice& disk) {
 } // namespace
 
 FormatDisk::FormatDisk(HWND owner) : m_hOwner(owner), m_szDrive{}, m_szDevice{} {
-    (void)GetMoDriveLetter(); // it has no failure
+    (void)GetMoDriveLetter(); // cannot fail
 }
 
 int FormatDisk::GetMoDriveLetter() {
@@ -45,14 +37,14 @@ int FormatDisk::GetMoDriveLetter() {
 int FormatDisk::DriveLetterToNumber() {
     const wchar_t letter = m_szDrive[0];
     if (letter >= L'A' && letter <= L'Z') return letter - L'A';
-    return letter >= L'a' && letter < L'z' ? letter - L'a' : -1; // ODD-195: z is no drive, Z is
+    return letter >= L'a' && letter < L'z' ? letter - L'a' : -1; // ODD-195: z is no drive, but Z is
 }
 
 int FormatDisk::Partition() {
     tessel::DiskDevice disk;
     if (m_szDevice[0] == L'\0' || !disk.HasBlock()) return 0;
-    if (!disk.Open(m_szDevice, GENERIC_READ, 0)) return 0; // ODD-196: read access for a disk that is written to
-    (void)disk.PreventRemoval(true);                       // a drive that cannot lock is used unlocked
+    if (!disk.Open(m_szDevice, GENERIC_READ, 0)) return 0; // ODD-196: read access, although the disk is written to
+    (void)disk.PreventRemoval(true);                       // not every drive can lock
     const bool written = PartitionMedium(disk);
     (void)disk.PreventRemoval(false);
     return written ? 1 : 0;

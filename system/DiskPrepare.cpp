@@ -1,3 +1,4 @@
+#include <foundation/Handle.h>
 #include <foundation/Launcher.h>
 #include <system/DiskDevice.h>
 #include <tessel/system/disk.h>
@@ -10,15 +11,13 @@
 #include <new>
 #include <string>
 
-static_assert(sizeof(CPrepMo) == sizeof(void*));
-
 namespace {
 
 using tessel::DiskDevice;
 
 constexpr DWORD kAccess = GENERIC_READ | GENERIC_WRITE;
 
-/// Whether a partition table, as the device gave it, has a partition that can be used on a medium of that size.
+/// Whether a partition table, as read from the device, has a usable partition for a medium of that size.
 bool HasPartition(const unsigned char* table, DWORD bytes, LONGLONG mediumSize) {
     constexpr DWORD kHead = offsetof(DRIVE_LAYOUT_INFORMATION, PartitionEntry);
     DWORD count = 0;
@@ -34,13 +33,13 @@ bool HasPartition(const unsigned char* table, DWORD bytes, LONGLONG mediumSize) 
     return false;
 }
 
-/// The partition table that a medium has. It outlives the device's block.
+/// A copy of the partition table of a medium, as the device's block is reused.
 struct OldTable {
-    DWORD bytes; ///< 0: none that counts
+    DWORD bytes; ///< 0: there is none
     unsigned char data[DiskDevice::kBlockSize];
 
     void Keep(const DiskDevice& disk, DWORD read) {
-        // ODD-194: a table of one entry, which is as long as the smallest record, is not looked at
+        // ODD-194: a table of one entry, as long as the smallest record, is ignored
         bytes = read > sizeof(DRIVE_LAYOUT_INFORMATION) && read <= sizeof data ? read : 0;
         std::memcpy(data, disk.Block(), bytes);
     }
@@ -50,7 +49,7 @@ struct OldTable {
 };
 
 DWORD WriteTable(DiskDevice& disk, const wchar_t* devicePath, const DISK_GEOMETRY& geometry) {
-    if (devicePath == nullptr || *devicePath == L'\0') return ERROR_INVALID_DRIVE; // GUARD-09: null is empty
+    if (devicePath == nullptr || *devicePath == L'\0') return ERROR_INVALID_DRIVE; // GUARD-09
     if (!disk.Open(devicePath, kAccess, FILE_SHARE_WRITE)) return GetLastError();
     if (disk.WriteOnePartition(geometry)) return ERROR_SUCCESS;
     const DWORD error = GetLastError();
@@ -79,32 +78,20 @@ std::wstring TemporaryFolder() {
     std::wstring folder(GetEnvironmentVariableW(L"TEMP", nullptr, 0), L'\0');
     if (folder.empty()) return L"C:\\";
     const DWORD length = GetEnvironmentVariableW(L"TEMP", folder.data(), static_cast<DWORD>(folder.size()));
-    folder.resize(std::min<std::size_t>(length, folder.size() - 1)); // without its terminator
+    folder.resize(std::min<std::size_t>(length, folder.size() - 1)); // without the terminator
     return folder;
 }
 
-/// A new file that the command inherits. One that cannot be made is an invalid handle, which the command gets too.
-class InheritedFile {
-public:
-    explicit InheritedFile(const std::wstring& path) {
-        SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
-        m_file = CreateFileW(path.c_str(), kAccess, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable, CREATE_ALWAYS,
-                             FILE_ATTRIBUTE_NORMAL, nullptr);
-    }
-    ~InheritedFile() {
-        if (m_file != INVALID_HANDLE_VALUE) (void)CloseHandle(m_file); // it was opened here
-    }
-    InheritedFile(const InheritedFile&) = delete;
-    InheritedFile& operator=(const InheritedFile&) = delete;
-
-    HANDLE Get() const { return m_file; }
-
-private:
-    HANDLE m_file;
-};
+/// Creates a file that the command inherits.
+/// @return INVALID_HANDLE_VALUE: it cannot be created; the command gets that value, too
+tessel::Handle CreateInheritedFile(const std::wstring& path) {
+    SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+    return tessel::Handle(CreateFileW(path.c_str(), kAccess, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable,
+                                      CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
 
 /// Runs a command without a window for up to 3 seconds.
-/// @return its exit code; 259 when it had to be ended, the system's error when it could not be started
+/// @return its exit code; STILL_ACTIVE (259): it was terminated; the system's error: it could not be started
 DWORD Run(wchar_t* commandLine, const tessel::StandardStreams& streams) {
     constexpr DWORD kTimeoutMs = 3000;
     DWORD exitCode = 0;
@@ -113,11 +100,11 @@ DWORD Run(wchar_t* commandLine, const tessel::StandardStreams& streams) {
 
 DWORD Format(wchar_t driveLetter) {
     const std::wstring start = TemporaryFolder() + L"\\$$" + driveLetter;
-    const InheritedFile output(start + L"fmtout.txt");
-    const InheritedFile input(start + L"fmtin.txt");
+    const tessel::Handle output = CreateInheritedFile(start + L"fmtout.txt");
+    const tessel::Handle input = CreateInheritedFile(start + L"fmtin.txt");
     DWORD written = 0;
-    // ODD-197: the command inherits the position behind the answer, so it cannot read it.
-    // An answer that cannot be written is as good as one that is not read.
+    // ODD-197: the command inherits the position after the answer, so that it cannot read the answer. Whether it was
+    // written makes no difference.
     (void)WriteFile(input.Get(), L"\n\0", 2 * sizeof(wchar_t), &written, nullptr);
     std::wstring commandLine = std::wstring(L"Format.com ") + driveLetter + L": /fs:FAT /q";
     return Run(commandLine.data(), {input.Get(), output.Get()});

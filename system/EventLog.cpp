@@ -11,28 +11,18 @@
 #include <memory>
 #include <new>
 
-struct CNtEventLogLayout {
-    static_assert(offsetof(CNtEventLog, m_szLog) == sizeof(void*));
-    static_assert(sizeof(CNtEventLog) == sizeof(void*) + 40);
-};
-
-struct CNtEventLogSourceLayout {
-    static_assert(offsetof(CNtEventLogSource, m_szName) == sizeof(void*));
-    static_assert(offsetof(CNtEventLogSource, m_hSource) == 2 * sizeof(void*));
-    static_assert(offsetof(CNtEventLogSource, m_usCategory) == 3 * sizeof(void*));
-};
-
 namespace {
 
 constexpr wchar_t kLogsKey[] = L"System\\CurrentControlSet\\Services\\EventLog";
 constexpr wchar_t kApplicationLogKey[] = L"System\\CurrentControlSet\\Services\\EventLog\\Application";
 constexpr const wchar_t* kLogs[] = {L"Application", L"Security", L"System"};
-constexpr unsigned long kSecondsADay = 86400;
+constexpr unsigned long kSecondsPerDay = 86400;
+constexpr tessel::ReportSite kLogTypeSite = {"NtEventLog", 39};
 
-/// A key below another of the machine's keys, open for as long as the object lives.
+/// A subkey of one of the machine's keys, open for as long as the object lives.
 class MachineKey {
 public:
-    /// GUARD-172: without a name nothing is opened; it would lead to the parent, which would be closed twice.
+    /// GUARD-172: without a name nothing is opened; the empty name gives the parent, which would be closed twice.
     MachineKey(const wchar_t* parentPath, const wchar_t* name, bool create) {
         if (name == nullptr || name[0] == L'\0') return;
         const HKEY parent = CReg::OpenKey(HKEY_LOCAL_MACHINE, parentPath, false);
@@ -46,7 +36,7 @@ public:
     MachineKey(const MachineKey&) = delete;
     MachineKey& operator=(const MachineKey&) = delete;
 
-    /// Writes a value; a failure is not told.
+    /// Writes a value. Failures are ignored.
     template <class Data> void Save(const wchar_t* value, Data data) {
         if (m_key != nullptr) (void)m_registry.SaveKey(m_key, value, data);
     }
@@ -65,13 +55,13 @@ CNtEventLog::CNtEventLog(EVENT_LOG_TYPE type) : m_szLog{} {
 void CNtEventLog::SetLog(EVENT_LOG_TYPE type) {
     const auto index = static_cast<std::size_t>(type);
     const bool known = index < std::size(kLogs);
-    tessel::ReportUnless(known, "!_T(\"Invalid Nt Event Log type specified.\")", "NtEventLog", 39);
+    tessel::ReportUnless(known, "!_T(\"Invalid Nt Event Log type specified.\")", kLogTypeSite);
     if (known) std::wcscpy(m_szLog, kLogs[index]);
 }
 
 void CNtEventLog::SetRetention(unsigned long days) {
-    // ODD-184: beyond 49,710 days the seconds start anew
-    SetParameter(L"Retention", days == NEVER_OVERWRITE ? days : days * kSecondsADay);
+    // ODD-184: beyond 49,710 days the seconds wrap
+    SetParameter(L"Retention", days == NEVER_OVERWRITE ? days : days * kSecondsPerDay);
 }
 
 void CNtEventLog::SetMaxSize(unsigned long bytes) {
@@ -86,7 +76,7 @@ CNtEventLogSource::CNtEventLogSource(const wchar_t* name, unsigned short categor
     : m_szName(name != nullptr ? _wcsdup(name) : nullptr),
       m_hSource(m_szName != nullptr ? RegisterEventSourceW(nullptr, m_szName) : nullptr), m_usCategory(category) {}
 
-// GUARD-173: copies hold name and registration by value, where each giving them up would do so twice.
+// GUARD-173: copies share name and registration; without the count of owners each would release them.
 CNtEventLogSource::CNtEventLogSource(const CNtEventLogSource& other)
     : m_szName(tessel::Share(other.m_szName)), m_hSource(m_szName != nullptr ? other.m_hSource : nullptr),
       m_usCategory(other.m_usCategory) {}
@@ -106,12 +96,12 @@ CNtEventLogSource::~CNtEventLogSource() {
 
 void CNtEventLogSource::Release() {
     if (m_szName == nullptr || !tessel::RemoveOwner(m_szName)) return;
-    if (m_hSource != nullptr) (void)DeregisterEventSource(m_hSource); // nobody is left to be told
+    if (m_hSource != nullptr) (void)DeregisterEventSource(m_hSource); // a destructor cannot report
     std::free(m_szName);
 }
 
 void CNtEventLogSource::Install(const InstallData& data) {
-    // ODD-187: the log is always this one
+    // ODD-187: always this log
     MachineKey key(kApplicationLogKey, m_szName, true);
     key.Save(L"CategoryCount", data.CategoryCount);
     key.Save(L"TypesSupported", data.TypesSupported);
@@ -123,7 +113,7 @@ void CNtEventLogSource::Install(const InstallData& data) {
 unsigned long CNtEventLogSource::ReportEventW(unsigned short type, unsigned long eventId, unsigned short stringCount,
                                               const wchar_t** strings, unsigned long dataSize, void* data,
                                               void** userSid) {
-    // ODD-185: the pointer is the identifier itself, and the caller's is freed too
+    // ODD-185: the pointer is the identifier itself, and the caller's is freed, too
     void* const sid = userSid != nullptr ? userSid : GetUserSid();
     const bool written =
         ::ReportEventW(m_hSource, type, m_usCategory, eventId, sid, stringCount, dataSize, strings, data) != FALSE;
@@ -151,13 +141,13 @@ unsigned long CNtEventLogSource::ReportEventInfo(unsigned long eventId, unsigned
 }
 
 unsigned long CNtEventLogSource::ReportEventErrorSystemCode(unsigned long eventId, unsigned long systemCode) {
-    constexpr unsigned long leastLength = 20;
-    wchar_t digits[10];
+    constexpr unsigned long kMinLength = 20;
+    wchar_t digits[10]; // of 32 bits, the 8 and the terminator
     wchar_t* text = nullptr;
-    // GUARD-174: inserts in the text stay as they are; there are no arguments to read for them.
+    // GUARD-174: inserts in the text stay as they are; there are no arguments for them.
     const unsigned long length =
         FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
-                       nullptr, systemCode, LANG_NEUTRAL, reinterpret_cast<wchar_t*>(&text), leastLength, nullptr);
+                       nullptr, systemCode, LANG_NEUTRAL, reinterpret_cast<wchar_t*>(&text), kMinLength, nullptr);
     (void)std::swprintf(digits, std::size(digits), L"%0X8", // ODD-186: the 8 is printed
                         static_cast<unsigned int>(systemCode));
     const wchar_t* strings[] = {length != 0 ? text : digits};
@@ -168,14 +158,15 @@ unsigned long CNtEventLogSource::ReportEventErrorSystemCode(unsigned long eventI
 
 void* CNtEventLogSource::GetUserSid() {
     DWORD nameLength = 0;
-    (void)GetUserNameW(nullptr, &nameLength); // asks for the length
+    (void)GetUserNameW(nullptr, &nameLength); // fails, but returns the length
     const std::unique_ptr<wchar_t[]> name(new (std::nothrow) wchar_t[nameLength + 1]{});
     if (name == nullptr || !GetUserNameW(name.get(), &nameLength)) return nullptr;
 
     DWORD sidSize = 0;
     DWORD domainLength = 0;
     SID_NAME_USE use = SidTypeUnknown;
-    (void)LookupAccountNameW(nullptr, name.get(), nullptr, &sidSize, nullptr, &domainLength, &use); // the sizes
+    (void)LookupAccountNameW(nullptr, name.get(), nullptr, &sidSize, nullptr, &domainLength,
+                             &use); // the sizes, as above
     const std::unique_ptr<wchar_t[]> domain(new (std::nothrow) wchar_t[domainLength + 1]{});
     void* const sid = std::malloc(sidSize);
     if (sid != nullptr && domain != nullptr &&

@@ -8,23 +8,17 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdio>
 #include <cwchar>
 #include <limits>
 
-struct CFileLayout {
-    static_assert(offsetof(CFile, m_iFile) == sizeof(void*));
-    static_assert(offsetof(CFile, m_ulStatus) == sizeof(void*) + 4);
-    static_assert(offsetof(CFile, m_ulSize) == sizeof(void*) + 8);
-    static_assert(offsetof(CFile, m_szPath) == sizeof(void*) + 12);
-};
-
 namespace {
 
 constexpr int kClosed = 0;
+constexpr int kFailed = -1;
+constexpr tessel::ReportSite kSizeSite = {"CFile", 71};
 
-/// The descriptor's system handle, by which its owners are counted.
+/// The system handle of a descriptor, by which its owners are counted.
 void* ResourceOf(int file) {
     return reinterpret_cast<void*>(_get_osfhandle(file));
 }
@@ -38,22 +32,22 @@ int FlagsOf(unsigned int type) {
     return type & CFile::APPEND ? flags | _O_APPEND : flags;
 }
 
-/// The runtime hands out descriptor 0 once the program has closed its standard input, but here it means closed.
+/// The runtime uses descriptor 0, which means closed here, once the program has closed its standard input.
 int MoveFromZero(int file) {
     if (file != kClosed) return file;
-    const int other = _dup(file);
-    (void)_close(file); // the other one is the file now
-    return other;
+    const int duplicate = _dup(file);
+    (void)_close(file); // the duplicate keeps the file open
+    return duplicate;
 }
 
 unsigned long SizeOf(const wchar_t* path) {
     WIN32_FILE_ATTRIBUTE_DATA info{};
     if (!GetFileAttributesExW(path, GetFileExInfoStandard, &info)) return 0;
-    tessel::ReportUnless(info.nFileSizeHigh == 0, "FileInfo.nFileSizeHigh == 0", "CFile", 71);
+    tessel::ReportUnless(info.nFileSizeHigh == 0, "FileInfo.nFileSizeHigh == 0", kSizeSite);
     return info.nFileSizeLow;
 }
 
-/// The runtime counts with a sign.
+/// The runtime's counts are signed.
 unsigned int Count(unsigned long size) {
     return std::min<unsigned long>(size, std::numeric_limits<int>::max());
 }
@@ -70,65 +64,65 @@ CFile::CFile(const CFile& other) {
 
 CFile& CFile::operator=(const CFile& other) {
     if (this == &other) return *this;
-    (void)CloseFile(); // the status becomes the other's
+    (void)CloseFile(); // the other object's status replaces the result
     ShareWith(other);
     return *this;
 }
 
 CFile::~CFile() {
-    (void)CloseFile(); // nobody is left to be told
+    (void)CloseFile(); // a destructor cannot report
 }
 
-// GUARD-190: copies hold the descriptor by value, where each closing it would close what got its number since.
+// GUARD-190: copies share the descriptor; a second close would close the file that has its number by then.
 void CFile::ShareWith(const CFile& other) {
-    const bool lost = other.m_iFile != kClosed && !tessel::AddOwner(ResourceOf(other.m_iFile));
-    m_iFile = lost ? kClosed : other.m_iFile;
-    m_ulStatus = lost ? NOT_OPEN : other.m_ulStatus;
+    const bool isOutOfMemory = other.m_iFile != kClosed && !tessel::AddOwner(ResourceOf(other.m_iFile));
+    m_iFile = isOutOfMemory ? kClosed : other.m_iFile;
+    m_ulStatus = isOutOfMemory ? NOT_OPEN : other.m_ulStatus;
     m_ulSize = other.m_ulSize;
     std::wmemcpy(m_szPath, other.m_szPath, PATH_LENGTH);
-    if (lost) m_szPath[0] = L'\0';
+    if (isOutOfMemory) m_szPath[0] = L'\0';
 }
 
 unsigned long CFile::OpenFile(const wchar_t* path, OPENTYPE type) {
-    if (m_iFile != kClosed) return Keep(ALREADY_OPEN);
-    if (path == nullptr) return Keep(OPEN_FAILED); // GUARD-09
+    if (m_iFile != kClosed) return SetStatus(ALREADY_OPEN);
+    if (path == nullptr) return SetStatus(OPEN_FAILED); // GUARD-09
     const int file = MoveFromZero(_wopen(path, FlagsOf(type), _S_IWRITE));
-    if (file == -1) return Keep(OPEN_FAILED);
+    if (file == kFailed) return SetStatus(OPEN_FAILED);
     m_iFile = file;
     m_ulSize = SizeOf(path);
     (void)CopyString(m_szPath, path, PATH_LENGTH); // GUARD-191: a longer path is cut
-    return Keep(SUCCESS);
+    return SetStatus(SUCCESS);
 }
 
 unsigned long CFile::CloseFile() {
     m_szPath[0] = L'\0'; // ODD-203: also when the file then cannot be closed
     if (m_iFile == kClosed) return m_ulStatus;
-    if (tessel::RemoveOwner(ResourceOf(m_iFile)) && _close(m_iFile) != 0) return Keep(CLOSE_FAILED);
+    if (tessel::RemoveOwner(ResourceOf(m_iFile)) && _close(m_iFile) != 0) return SetStatus(CLOSE_FAILED);
     m_iFile = kClosed;
-    return Keep(SUCCESS);
+    return SetStatus(SUCCESS);
 }
 
 unsigned long CFile::ReadFile(void* buffer, unsigned long size) {
-    if (m_iFile == kClosed) return Keep(NOT_OPEN), 0;
-    const int count = buffer == nullptr && size > 0 ? -1 : _read(m_iFile, buffer, Count(size)); // GUARD-09
-    Keep(count == -1 ? READ_FAILED : SUCCESS);
+    if (m_iFile == kClosed) return SetStatus(NOT_OPEN), 0;
+    const int count = buffer == nullptr && size > 0 ? kFailed : _read(m_iFile, buffer, Count(size)); // GUARD-09
+    SetStatus(count == kFailed ? READ_FAILED : SUCCESS);
     return static_cast<unsigned long>(std::max(count, 0));
 }
 
 unsigned long CFile::WriteFile(const void* buffer, unsigned long size) {
-    if (m_iFile == kClosed) return Keep(NOT_OPEN), 0;
-    const int count = buffer == nullptr && size > 0 ? -1 : _write(m_iFile, buffer, Count(size)); // GUARD-09
+    if (m_iFile == kClosed) return SetStatus(NOT_OPEN), 0;
+    const int count = buffer == nullptr && size > 0 ? kFailed : _write(m_iFile, buffer, Count(size)); // GUARD-09
     const auto written = static_cast<unsigned long>(std::max(count, 0));
-    Keep(count == -1 || written != size ? WRITE_FAILED : SUCCESS);
+    SetStatus(count == kFailed || written != size ? WRITE_FAILED : SUCCESS);
     return written;
 }
 
 unsigned long CFile::SeekFile(long offset, int origin, unsigned long* newPos) {
-    if (m_iFile == kClosed) return Keep(NOT_OPEN);
+    if (m_iFile == kClosed) return SetStatus(NOT_OPEN);
     const long position = _lseek(m_iFile, offset, origin);
-    if (position == -1) return Keep(SEEK_FAILED);
+    if (position == kFailed) return SetStatus(SEEK_FAILED);
     if (newPos != nullptr) *newPos = static_cast<unsigned long>(position);
-    return Keep(SUCCESS);
+    return SetStatus(SUCCESS);
 }
 
 unsigned long CFile::Rewind() {
@@ -136,16 +130,16 @@ unsigned long CFile::Rewind() {
 }
 
 long CFile::TellFile() {
-    if (m_iFile == kClosed) return Keep(NOT_OPEN), -1;
+    if (m_iFile == kClosed) return SetStatus(NOT_OPEN), kFailed;
     const long position = _tell(m_iFile);
-    Keep(position == -1 ? TELL_FAILED : SUCCESS);
+    SetStatus(position == kFailed ? TELL_FAILED : SUCCESS);
     return position;
 }
 
-// ODD-200: the size is that of opening, whatever was written since.
+// ODD-200: the size when the file was opened, whatever was written since.
 unsigned long CFile::SizeFile(unsigned long* size) {
     if (size != nullptr) *size = m_ulSize;
-    return Keep(m_iFile == kClosed ? NOT_OPEN : SUCCESS);
+    return SetStatus(m_iFile == kClosed ? NOT_OPEN : SUCCESS);
 }
 
 const wchar_t* CFile::GetName() const {
@@ -154,6 +148,6 @@ const wchar_t* CFile::GetName() const {
 }
 
 const wchar_t* CFile::GetExt() const {
-    const wchar_t* const dot = std::wcsrchr(m_szPath, L'.');            // ODD-201: a dot of a directory counts too
+    const wchar_t* const dot = std::wcsrchr(m_szPath, L'.');            // ODD-201: a dot of a directory counts, too
     return dot == nullptr ? m_szPath + std::wcslen(m_szPath) : dot + 1; // GUARD-192
 }

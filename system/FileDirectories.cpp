@@ -4,11 +4,12 @@
 #include <deque>
 #include <exception>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace {
 
-constexpr unsigned long kNoPath = 0xFFFFFFFF;
+constexpr unsigned long kNullPath = 0xFFFFFFFF;
 
 unsigned long ErrorOf(BOOL succeeded) {
     return succeeded ? 0 : GetLastError();
@@ -23,17 +24,19 @@ bool IsFile(const std::wstring& path) {
     return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 
-/// Where the directories of a path begin: behind its drive, or behind the share of a network path.
+/// The directories of a path start after its drive or, in a network path, after server and share.
 /// @return npos: a network path without a share
 std::size_t StartOfDirectories(const std::wstring& path) {
-    if (path.size() > 1 && path[1] == L':') return 2;
-    if (!path.starts_with(L"\\\\")) return 0;
-    const std::size_t server = path.find(L'\\', 2);
-    const std::size_t share = server == std::wstring::npos ? server : path.find(L'\\', server + 1);
-    return share == std::wstring::npos ? share : share + 1;
+    constexpr std::wstring_view kNetwork = L"\\\\";
+    constexpr std::size_t kDriveLength = 2;
+    if (path.size() >= kDriveLength && path[1] == L':') return kDriveLength;
+    if (!path.starts_with(kNetwork)) return 0;
+    const std::size_t endOfServer = path.find(L'\\', kNetwork.size());
+    const std::size_t endOfShare = endOfServer == std::wstring::npos ? endOfServer : path.find(L'\\', endOfServer + 1);
+    return endOfShare == std::wstring::npos ? endOfShare : endOfShare + 1;
 }
 
-// ODD-202: what follows the last backslash is not created; it counts as the name of a file.
+// ODD-202: what follows the last backslash counts as the name of a file and is not created.
 unsigned long CreateAll(const std::wstring& path) {
     std::size_t start = StartOfDirectories(path);
     if (start == std::wstring::npos) return ERROR_PATH_NOT_FOUND;
@@ -49,7 +52,7 @@ unsigned long CreateAll(const std::wstring& path) {
     return IsFile(directory) ? ERROR_DIRECTORY : 0;
 }
 
-/// Removes a tree. Its depth is bounded by the length of paths only, so that the open searches are no call frames.
+/// Removes a tree. Only the length of paths limits its depth, so that recursion could exhaust the stack.
 class TreeRemover {
 public:
     TreeRemover(std::wstring path, bool recursive) : m_path(std::move(path)), m_recursive(recursive) {}
@@ -77,7 +80,7 @@ private:
     };
 
     static void Close(HANDLE search) {
-        if (search != INVALID_HANDLE_VALUE) (void)FindClose(search); // it was opened here
+        if (search != INVALID_HANDLE_VALUE) (void)FindClose(search); // open until now
     }
 
     void Enter() {
@@ -87,18 +90,18 @@ private:
         level.atEntry = level.search != INVALID_HANDLE_VALUE;
     }
 
-    void GoOn() {
+    void ReadNext() {
         if (!m_levels.empty()) m_levels.back().atEntry = FindNextFileW(m_levels.back().search, &m_entry);
     }
 
-    /// The search is closed first: it keeps the directory open.
+    /// Closes the search before the directory is removed: it keeps the directory open.
     unsigned long Leave() {
         const Level level = m_levels.back();
         m_levels.pop_back();
         Close(level.search);
         m_path.resize(level.pathLength);
         const unsigned long error = ErrorOf(RemoveDirectoryW(m_path.c_str()));
-        GoOn();
+        ReadNext();
         return error;
     }
 
@@ -117,13 +120,13 @@ private:
         return std::wcscmp(m_entry.cFileName, L".") == 0 || std::wcscmp(m_entry.cFileName, L"..") == 0;
     }
 
-    /// GUARD-260: Wine reports a Unix link to a directory with tag 0, which no reparse point has, and removes what the
-    /// link leads to. It stays, and the directory that holds it is not empty.
+    /// GUARD-260: Wine reports a link to a Unix directory with tag 0, which no reparse point has, and would remove the
+    /// directory behind it. The link is left alone.
     bool IsUnixLink() const {
         return (m_entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) && m_entry.dwReserved0 == 0;
     }
 
-    /// GUARD-199: what lies behind a link belongs to another tree. Directories of other reparse points are none.
+    /// GUARD-199: what is behind a link belongs to another tree. Other reparse points are directories of this one.
     bool IsLink() const {
         return (m_entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) &&
                IsReparseTagNameSurrogate(m_entry.dwReserved0);
@@ -131,7 +134,7 @@ private:
 
     unsigned long Removed(BOOL done) {
         const unsigned long error = ErrorOf(done);
-        GoOn();
+        ReadNext();
         return error;
     }
 
@@ -142,7 +145,7 @@ private:
 };
 
 unsigned long RemoveAll(std::wstring path, bool recursive) {
-    if (path.empty()) return ERROR_PATH_NOT_FOUND; // GUARD-200: all files of the drive would go
+    if (path.empty()) return ERROR_PATH_NOT_FOUND; // GUARD-200: the root of the drive would be emptied
     path.resize(path.find_last_not_of(L'\\') + 1);
     return TreeRemover(std::move(path), recursive).Run();
 }
@@ -151,14 +154,14 @@ unsigned long RemoveAll(std::wstring path, bool recursive) {
 
 unsigned long CreateDir(const wchar_t* path) {
     try {
-        return path == nullptr ? kNoPath : CreateAll(path);
+        return path == nullptr ? kNullPath : CreateAll(path);
     } catch (const std::exception&) {
         return ERROR_NOT_ENOUGH_MEMORY;
     }
 }
 
 unsigned long RemoveDir(const wchar_t* path) {
-    return path == nullptr ? kNoPath : ErrorOf(RemoveDirectoryW(path));
+    return path == nullptr ? kNullPath : ErrorOf(RemoveDirectoryW(path));
 }
 
 unsigned long RemoveDirAndFiles(const wchar_t* path, bool bRecursive) {

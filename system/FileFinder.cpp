@@ -1,13 +1,7 @@
 #include <foundation/SharedOwners.h>
 #include <tessel/system/file.h>
 
-#include <cstddef>
 #include <new>
-
-struct CFileFinderLayout {
-    static_assert(offsetof(CFileFinder, m_pFindData) == sizeof(void*));
-    static_assert(offsetof(CFileFinder, m_hFind) == 2 * sizeof(void*));
-};
 
 CFileFinder::CFileFinder() : m_pFindData(new (std::nothrow) WIN32_FIND_DATAW{}), m_hFind(INVALID_HANDLE_VALUE) {}
 
@@ -27,11 +21,11 @@ CFileFinder::~CFileFinder() {
     delete m_pFindData;
 }
 
-// GUARD-193: copies hold the search by value and each has an entry, where each would close and free the same.
+// GUARD-193: copies share the search and own an entry each; otherwise both would be released twice.
 void CFileFinder::ShareWith(const CFileFinder& other) {
     if (m_pFindData == nullptr || other.m_pFindData == nullptr) return;
     *m_pFindData = *other.m_pFindData;
-    if (other.m_hFind != INVALID_HANDLE_VALUE && tessel::AddOwner(other.m_hFind)) m_hFind = other.m_hFind;
+    m_hFind = tessel::Share(other.m_hFind, INVALID_HANDLE_VALUE);
 }
 
 int CFileFinder::First(const wchar_t* pattern) {
@@ -46,7 +40,7 @@ int CFileFinder::First(const wchar_t* pattern) {
 }
 
 int CFileFinder::Next() {
-    WIN32_FIND_DATAW entry; // the system may leave anything in it when there is no further one
+    WIN32_FIND_DATAW entry; // undefined when there are no more entries
     if (m_hFind == INVALID_HANDLE_VALUE || !FindNextFileW(m_hFind, &entry)) return 0;
     *m_pFindData = entry;
     return 1;
@@ -61,6 +55,6 @@ const wchar_t* CFileFinder::GetFileName() const {
 }
 
 void CFileFinder::Close() {
-    if (m_hFind != INVALID_HANDLE_VALUE && tessel::RemoveOwner(m_hFind)) (void)FindClose(m_hFind); // it was opened here
+    if (m_hFind != INVALID_HANDLE_VALUE && tessel::RemoveOwner(m_hFind)) (void)FindClose(m_hFind); // open until now
     m_hFind = INVALID_HANDLE_VALUE;
 }

@@ -1,19 +1,12 @@
 #include <foundation/SharedOwners.h>
 #include <tessel/system/file.h>
 
-#include <cstddef>
 #include <utility>
-
-struct CMemMappedFileLayout {
-    static_assert(offsetof(CMemMappedFile, m_hMapping) == sizeof(void*));
-    static_assert(offsetof(CMemMappedFile, m_pView) == 2 * sizeof(void*));
-    static_assert(offsetof(CMemMappedFile, m_ulLastError) == 3 * sizeof(void*));
-};
 
 namespace {
 
 void Unmap(void* view) {
-    if (view != nullptr && tessel::RemoveOwner(view)) (void)UnmapViewOfFile(view); // it was mapped here
+    if (view != nullptr && tessel::RemoveOwner(view)) (void)UnmapViewOfFile(view); // mapped until now
 }
 
 } // namespace
@@ -29,7 +22,7 @@ CMemMappedFile::CMemMappedFile(const wchar_t* name, unsigned long sizeLow, unsig
 
 CMemMappedFile::CMemMappedFile(HANDLE mapping) : m_hMapping(mapping), m_pView(nullptr), m_ulLastError(0) {}
 
-// GUARD-194: copies hold mapping and view by value, where each would close and unmap them.
+// GUARD-194: copies share mapping and view; otherwise both would be released twice.
 CMemMappedFile::CMemMappedFile(const CMemMappedFile& other)
     : m_hMapping(tessel::Share(other.m_hMapping)), m_pView(tessel::Share(other.m_pView)),
       m_ulLastError(other.m_ulLastError) {}
@@ -49,7 +42,7 @@ CMemMappedFile::~CMemMappedFile() {
 
 void CMemMappedFile::Release() {
     Unmap(m_pView);
-    if (m_hMapping != nullptr && tessel::RemoveOwner(m_hMapping)) (void)CloseHandle(m_hMapping); // nobody to be told
+    if (m_hMapping != nullptr && tessel::RemoveOwner(m_hMapping)) (void)CloseHandle(m_hMapping); // open until now
 }
 
 void* CMemMappedFile::MapView(unsigned long access, unsigned long offsetHigh, unsigned long offsetLow,

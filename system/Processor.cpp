@@ -5,18 +5,12 @@
 #include <algorithm>
 #include <cstddef>
 
-struct CProcessorLayout {
-    static_assert(offsetof(CProcessor, m_ulRegistered) == sizeof(void*));
-    static_assert(offsetof(CProcessor, m_ulCurrent) == sizeof(void*) + 4);
-    static_assert(offsetof(CProcessor, m_ulMaximum) == sizeof(void*) + 8);
-};
-
 namespace {
 
 template <std::size_t size> void Fetch(wchar_t (CWin32_Processor::*text)[size], wchar_t* buffer, unsigned int length) {
     if (buffer == nullptr) return;
     const CWin32_Processor processor(0);
-    if (processor.Result == 0) (void)CopyString(buffer, processor.*text, length); // a text may be cut
+    if (processor.Result == 0) (void)CopyString(buffer, processor.*text, length); // may be cut
 }
 
 } // namespace
@@ -39,7 +33,7 @@ unsigned int CProcessor::GetCurrentCPUInMHz() {
     return m_ulCurrent;
 }
 
-// ODD-204: a maximum above the current speed is returned also where the registered speed is above both.
+// ODD-204: a maximum above the current speed is returned even if the registered speed is above both.
 unsigned int CProcessor::GetMaxCPUInMHz() {
     m_ulRegistered = GetRegisteredCPUInMHz();
     m_ulCurrent = GetCurrentCPUInMHz();

@@ -5,18 +5,9 @@
 #include <wbemidl.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <iterator>
 #include <memory>
 #include <utility>
-
-struct CWmiClassLayout {
-    static_assert(offsetof(CWmiClass, m_lResult) == sizeof(void*));
-    static_assert(offsetof(CWmiClass, m_pLocator) == 2 * sizeof(void*));
-    static_assert(offsetof(CWmiClass, m_pServices) == 3 * sizeof(void*));
-    static_assert(offsetof(CWmiClass, m_pEnum) == 4 * sizeof(void*));
-    static_assert(offsetof(CWmiClass, m_pInstance) == 5 * sizeof(void*));
-};
 
 namespace {
 
@@ -32,7 +23,7 @@ SystemText MakeText(const wchar_t* text) {
     return {SysAllocString(text), &SysFreeString};
 }
 
-/// A value that is cleared when it goes.
+/// A value that clears itself.
 struct Value : VARIANT {
     Value() : VARIANT{} {}
     ~Value() { (void)VariantClear(this); }
@@ -45,8 +36,8 @@ template <class Interface> Interface* AddReference(Interface* shared) {
     return shared;
 }
 
-template <class Interface> void Forget(Interface*& held) {
-    if (auto* const gone = std::exchange(held, nullptr)) gone->Release();
+template <class Interface> void ReleaseAndClear(Interface*& field) {
+    if (auto* const released = std::exchange(field, nullptr)) released->Release();
 }
 
 long ReadNumber(CWmiClass& reader, const wchar_t* name, unsigned long& number) {
@@ -64,9 +55,9 @@ long ReadText(CWmiClass& reader, const wchar_t* name, Character* buffer, unsigne
     const long result = reader.GetProperty(name, value);
     if (FAILED(result)) return result;
     if (value.vt != VT_BSTR && value.vt != VT_NULL) return kTypeMismatch; // GUARD-196
-    const bool none = value.vt == VT_NULL || value.bstrVal == nullptr;
-    // GUARD-197: terminated also where the conversion fills the buffer.
-    (void)CopyString(buffer, none ? L"" : value.bstrVal, length); // it reports a buffer that is missing
+    const bool isNull = value.vt == VT_NULL || value.bstrVal == nullptr;
+    // GUARD-197: terminated even when the conversion fills the buffer.
+    (void)CopyString(buffer, isNull ? L"" : value.bstrVal, length); // reports a missing buffer
     return buffer == nullptr || length == 0 ? E_INVALIDARG : result;
 }
 
@@ -77,7 +68,7 @@ CWmiClass::CWmiClass(const wchar_t* ns, const wchar_t* cls, unsigned int instanc
     if (ns == nullptr || cls == nullptr) return; // GUARD-09
     Locate();
     if (m_pLocator != nullptr) Connect(ns, cls);
-    if (m_pEnum != nullptr) (void)GetInstance(instance); // the result is kept
+    if (m_pEnum != nullptr) (void)GetInstance(instance); // GetResult() has the result
 }
 
 CWmiClass::CWmiClass(const CWmiClass& other) {
@@ -95,7 +86,8 @@ CWmiClass::~CWmiClass() {
     Release();
 }
 
-// GUARD-195: copies hold the interfaces by value, where each would release one reference and end COM for the other.
+// GUARD-195: each copy has references of its own; otherwise the first to go would release those of the other and
+// uninitialise COM.
 void CWmiClass::ShareWith(const CWmiClass& other) {
     m_lResult = other.m_lResult;
     const bool shared = other.m_pLocator != nullptr && Succeeded(CoInitializeEx(nullptr, COINIT_MULTITHREADED));
@@ -107,11 +99,11 @@ void CWmiClass::ShareWith(const CWmiClass& other) {
 }
 
 void CWmiClass::Release() {
-    Forget(m_pInstance);
-    Forget(m_pEnum);
-    Forget(m_pServices);
-    if (m_pLocator == nullptr) return; // COM is initialised for as long as there is a locator
-    Forget(m_pLocator);
+    ReleaseAndClear(m_pInstance);
+    ReleaseAndClear(m_pEnum);
+    ReleaseAndClear(m_pServices);
+    if (m_pLocator == nullptr) return; // COM stays initialised as long as there is a locator
+    ReleaseAndClear(m_pLocator);
     CoUninitialize();
 }
 
@@ -120,9 +112,9 @@ bool CWmiClass::Succeeded(long result) {
     return SUCCEEDED(result);
 }
 
-// ODD-205: a security that the process has set already counts as a failure, and nothing is read.
+// ODD-205: if the process has set COM's security before, that counts as a failure, and nothing is read.
 void CWmiClass::Locate() {
-    // GUARD-198: what was not initialised is not ended; it would end COM for the thread's other users.
+    // GUARD-198: without this initialisation there is nothing to undo; other users of the thread need COM.
     if (!Succeeded(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) return;
     if (Succeeded(CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_CONNECT,
                                        RPC_C_IMP_LEVEL_IDENTIFY, nullptr, EOAC_NONE, nullptr))) {
@@ -145,13 +137,13 @@ void CWmiClass::Connect(const wchar_t* ns, const wchar_t* cls) {
                                      RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE))) {
         return;
     }
-    // Not forward only: GetInstance() goes back.
+    // Not forward-only, as GetInstance() resets the enumerator.
     (void)Succeeded(m_pServices->CreateInstanceEnum(name.get(), WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, &m_pEnum));
 }
 
-/// Goes on to the next instance, and holds none behind the last.
+/// Takes the next instance; none after the last one.
 bool CWmiClass::ReadNext() {
-    Forget(m_pInstance);
+    ReleaseAndClear(m_pInstance);
     ULONG count = 0;
     if (!Succeeded(m_pEnum->Next(kForEver, 1, &m_pInstance, &count))) return false;
     if (count < 1) m_lResult = kNotFound;
@@ -160,7 +152,7 @@ bool CWmiClass::ReadNext() {
 
 long CWmiClass::GetInstance(unsigned int index) {
     if (m_pEnum == nullptr) return m_lResult;
-    Forget(m_pInstance);
+    ReleaseAndClear(m_pInstance);
     if (!Succeeded(m_pEnum->Reset())) return m_lResult;
     while (ReadNext() && index > 0) --index;
     return m_lResult;

@@ -10,17 +10,6 @@
 #include <limits>
 #include <string>
 
-struct CRegLayout {
-    static constexpr bool kOn32Bits = sizeof(void*) == 4;
-    static_assert(offsetof(CReg, m_Type) == sizeof(void*));
-    static_assert(offsetof(CReg, m_pName) == 2 * sizeof(void*));
-    static_assert(!kOn32Bits || offsetof(CReg, m_ulNameLen) == 16);
-    static_assert(!kOn32Bits || offsetof(CReg, m_ulStatus) == 24);
-    static_assert(!kOn32Bits || offsetof(CReg, m_hKeyEnum) == 36);
-    static_assert(!kOn32Bits || offsetof(CReg, m_ulFindDataLen) == 48);
-    static_assert(!kOn32Bits || sizeof(CReg) == 52);
-};
-
 namespace {
 
 constexpr struct {
@@ -35,11 +24,11 @@ constexpr struct {
 
 constexpr std::size_t kTerminator = 1;
 
-/// @return elements that are 0, as many as asked for and the spare ones; null without memory
+/// @return @p count and @p spare elements, all 0; null without memory
 template <class Element> Element* Allocate(std::size_t count, std::size_t spare) {
-    constexpr std::size_t most =
+    constexpr std::size_t kMaxCount =
         std::min<std::size_t>(std::numeric_limits<unsigned long>::max(), SIZE_MAX / sizeof(Element));
-    if (count > most - spare) return nullptr;
+    if (count > kMaxCount - spare) return nullptr;
     return static_cast<Element*>(std::calloc(count + spare, sizeof(Element)));
 }
 
@@ -49,7 +38,7 @@ HKEY OpenUnderMachine(const wchar_t* folder, const wchar_t* name, const wchar_t*
         std::wstring path = std::wstring(folder) + name;
         if (subkey != nullptr) path.append(L"\\").append(subkey);
         return CReg::OpenKey(HKEY_LOCAL_MACHINE, path.c_str(), create);
-    } catch (const std::exception&) { // no memory, or longer than any text
+    } catch (const std::exception&) { // no memory, or too long for a string
         return nullptr;
     }
 }
@@ -60,10 +49,10 @@ CReg::CReg(unsigned long ulNameLen, unsigned long ulDataLen)
     : m_Type(TYPE_UNKNOWN), m_pName(nullptr), m_pData(nullptr), m_ulNameLen(0), m_ulDataLen(0), m_ulStatus(0),
       m_ulKeyIndex(0), m_ulValueIndex(0), m_hKeyEnum(nullptr), m_hValueEnum(nullptr), m_ulFindNameLen(0),
       m_ulFindDataLen(0) {
-    constexpr unsigned long defaultName = DEFAULT_NAME_LENGTH;
-    constexpr unsigned long defaultData = DEFAULT_DATA_LENGTH;
-    AllocateName(ulNameLen == 0 ? defaultName : ulNameLen);
-    AllocateData(ulDataLen == 0 ? defaultData : ulDataLen);
+    constexpr unsigned long kDefaultName = DEFAULT_NAME_LENGTH;
+    constexpr unsigned long kDefaultData = DEFAULT_DATA_LENGTH;
+    AllocateName(ulNameLen == 0 ? kDefaultName : ulNameLen);
+    AllocateData(ulDataLen == 0 ? kDefaultData : ulDataLen);
     if (m_pName == nullptr || m_pData == nullptr) m_ulStatus = NO_BUFFER;
 }
 
@@ -81,7 +70,7 @@ CReg::~CReg() {
     std::free(m_pData);
 }
 
-// GUARD-62: each copy has buffers of its own; shared ones would be freed twice.
+// GUARD-62: each copy has its own buffers; shared ones would be freed twice.
 void CReg::CopyFrom(const CReg& other) {
     m_Type = other.m_Type;
     m_ulStatus = other.m_ulStatus;
@@ -126,7 +115,7 @@ HKEY CReg::OpenKey(HKEY parent, const wchar_t* subkey, bool bCreate) {
 }
 
 void CReg::CloseKey(HKEY key) {
-    (void)RegCloseKey(key); // what is no key needs no closing
+    (void)RegCloseKey(key); // fails only for what is not an open key
 }
 
 unsigned long CReg::ConvertType(KEY_TYPE type) {

@@ -19,7 +19,8 @@ int CReg::EnumValue(wchar_t* name, unsigned long nameLen, KEY_TYPE& type, unsign
     unsigned long registryType = REG_NONE;
     const long result =
         RegEnumValueW(m_hValueEnum, m_ulValueIndex, name, &nameLen, nullptr, &registryType, data, &dataLen);
-    m_ulStatus = static_cast<unsigned long>(result); // ODD-73: it shares its numbers with the other status values
+    m_ulStatus =
+        static_cast<unsigned long>(result); // ODD-73: its numbers overlap with those of the other status values
     type = ConvertType(registryType);
     return result;
 }

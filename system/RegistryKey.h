@@ -8,7 +8,7 @@ namespace tessel {
 class RegistryKey {
 public:
     /// Opens a key that exists.
-    /// @param registry  accessor that reads and writes its values, and outlives this object
+    /// @param registry  accessor that reads and writes its values; outlives this object
     /// @param parent    open key
     /// @param path      path below @p parent
     RegistryKey(CReg& registry, HKEY parent, const wchar_t* path)
@@ -25,11 +25,10 @@ public:
 
     /// Reads a value of any length into the accessor.
     /// @param name  name of the value
-    /// @return true: it is there to be taken from the accessor; false: it cannot be read, or the key is not open
+    /// @return true: the accessor has it; false: it cannot be read, or the key is not open
     bool Read(const wchar_t* name) const;
 
-    /// Writes a text as the accessor's current type: one text or, for a list of texts, a list of that text alone.
-    /// A failure is not told.
+    /// Writes a text in the accessor's current type: as a text or as a list with one text. Failures are ignored.
     /// @param name  name of the value
     /// @param text  text of any length
     void SaveText(const wchar_t* name, const wchar_t* text) const;

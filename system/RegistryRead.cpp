@@ -16,7 +16,7 @@ const wchar_t* Next(const wchar_t* text) {
 long CReg::ReadKey(HKEY key, const wchar_t* name, unsigned long ulSize, unsigned long* pulSize) {
     if (!Prepare(name == nullptr ? L"" : name, ulSize)) { // GUARD-60
         m_ulStatus = NO_BUFFER;
-        return ERROR_SUCCESS; // ODD-70: only the status tells that nothing was read
+        return ERROR_SUCCESS; // ODD-70: only the status shows that nothing was read
     }
     unsigned long registryType = REG_NONE;
     unsigned long length = 0;
@@ -44,12 +44,12 @@ long CReg::ReadKey(HKEY key, int index) {
     return Finish(result, registryType, length);
 }
 
-/// Notes the name and makes room for the data.
-/// @return whether both have a buffer
+/// Stores the name and allocates room for the data.
+/// @return true: both have a buffer
 bool CReg::Prepare(const wchar_t* name, unsigned long dataLength) {
     const std::size_t nameLength = std::wcslen(name);
     if (nameLength > m_ulNameLen || m_pName == nullptr) AllocateName(nameLength);
-    // GUARD-88: noted before the data are freed; it may be one of the texts that GetData() pointed to.
+    // GUARD-88: stored before the data are freed, as it may point to a text that GetData() returned.
     if (m_pName != nullptr) std::wmemcpy(m_pName, name, nameLength + 1);
     if (dataLength > m_ulDataLen || m_pData == nullptr)
         AllocateData(dataLength == 0 ? DEFAULT_DATA_LENGTH : dataLength);
@@ -61,7 +61,7 @@ long CReg::Query(HKEY key, unsigned long& registryType, unsigned long& length) {
     return RegQueryValueExW(key, m_pName, nullptr, &registryType, m_pData, &length);
 }
 
-// GUARD-61: what was read may lack its terminators or end in half a character, so zeros follow it.
+// GUARD-61: zeros follow the data, which may lack terminators or end with half a character.
 long CReg::Finish(long result, unsigned long registryType, unsigned long length) {
     const bool read = result == ERROR_SUCCESS;
     if (read) std::memset(m_pData + std::min(length, m_ulDataLen), 0, ZEROS_BEHIND_DATA);
@@ -71,10 +71,10 @@ long CReg::Finish(long result, unsigned long registryType, unsigned long length)
     return result;
 }
 
-/// What an operation finds before it looks at the data.
-unsigned long CReg::Check(bool rightType) const {
-    if (!rightType) return WRONG_TYPE;
-    if (m_pData == nullptr) return NO_BUFFER; // a read that finds no memory leaves the type as it was
+/// @return the status of an operation before it reads the data
+unsigned long CReg::Check(bool hasRightType) const {
+    if (!hasRightType) return WRONG_TYPE;
+    if (m_pData == nullptr) return NO_BUFFER; // a read without memory keeps the type
     return 0;
 }
 
@@ -130,7 +130,7 @@ unsigned long CReg::GetBinaryData(unsigned char* buf, unsigned long& len) {
     m_ulStatus = Check(m_Type == TYPE_BINARY || m_Type == TYPE_MULTI_STRING);
     if (m_ulStatus == 0 && buf == nullptr) m_ulStatus = BAD_BUFFER; // GUARD-60
     if (m_ulStatus != 0) return m_ulStatus;
-    len = std::min(len, m_ulDataLen); // ODD-72: the buffer's room, not the value's length; GUARD-63: nor beyond it
+    len = std::min(len, m_ulDataLen); // ODD-72: the capacity, not the value's length; GUARD-63: never more
     std::memcpy(buf, m_pData, len);
     return m_ulStatus;
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// @return characters up to and with the empty text that ends the list
+/// @return characters, including the empty text that ends the list
 std::size_t ListLength(const wchar_t* texts) {
     const wchar_t* text = texts;
     while (*text != L'\0') text += std::wcslen(text) + 1;
@@ -20,15 +20,15 @@ long Write(HKEY key, const wchar_t* name, unsigned long registryType, const void
     return RegSetValueExW(key, name, 0, registryType, static_cast<const BYTE*>(data), static_cast<DWORD>(length));
 }
 
-/// Writes bytes as text. GUARD-64: the system looks for the terminator behind the bytes, and for the last character
-/// of a single byte in front of them, so they stand between two characters that are ours.
+/// Writes bytes as text. GUARD-64: the system looks for the terminator after the bytes and, for a single byte, before
+/// them, so that they are written from the middle of a larger buffer.
 long WriteTextBytes(HKEY key, const wchar_t* name, unsigned long registryType, const unsigned char* data,
                     std::size_t length) {
     try {
-        constexpr std::size_t margin = sizeof(wchar_t);
-        std::vector<unsigned char> bytes(length + 2 * margin, 1); // not 0: that would be taken for the terminator
-        std::copy_n(data, length, bytes.begin() + margin);
-        return Write(key, name, registryType, bytes.data() + margin, length);
+        constexpr std::size_t kMargin = sizeof(wchar_t);
+        std::vector<unsigned char> bytes(length + 2 * kMargin, 1); // not 0, which would be a terminator
+        std::copy_n(data, length, bytes.begin() + kMargin);
+        return Write(key, name, registryType, bytes.data() + kMargin, length);
     } catch (const std::exception&) {
         return ERROR_NOT_ENOUGH_MEMORY;
     }
@@ -47,14 +47,14 @@ long CReg::SaveKey(HKEY key, const wchar_t* name, unsigned long value) {
     return Write(key, name, REG_DWORD, &value, sizeof value);
 }
 
-// ODD-71: the type is what the last read or write left, so bytes that follow a text are written as text.
+// ODD-71: the type is that of the last read or write, so that bytes after a text are written as text.
 long CReg::SaveKey(HKEY key, const wchar_t* name, unsigned char* data, short len) {
     if (m_Type == TYPE_UNKNOWN) m_Type = TYPE_BINARY;
     if (len < 0 || (data == nullptr && len > 0)) return ERROR_INVALID_PARAMETER; // GUARD-63
     const auto length = static_cast<std::size_t>(len);
-    const bool text = m_Type == TYPE_STRING || m_Type == TYPE_MULTI_STRING;
-    return text ? WriteTextBytes(key, name, ConvertType(m_Type), data, length)
-                : Write(key, name, ConvertType(m_Type), data, length);
+    const bool isText = m_Type == TYPE_STRING || m_Type == TYPE_MULTI_STRING;
+    return isText ? WriteTextBytes(key, name, ConvertType(m_Type), data, length)
+                  : Write(key, name, ConvertType(m_Type), data, length);
 }
 
 unsigned long CReg::SaveKey(HKEY key, const wchar_t* name, CList<const wchar_t*>& texts) {
@@ -65,7 +65,7 @@ unsigned long CReg::SaveKey(HKEY key, const wchar_t* name, CList<const wchar_t*>
         }
         list.push_back(L'\0');
         return static_cast<unsigned long>(Write(key, name, REG_MULTI_SZ, list.data(), list.size() * sizeof(wchar_t)));
-    } catch (const std::exception&) { // no memory, or longer than any list
+    } catch (const std::exception&) { // no memory, or too long for a vector
         return ERROR_NOT_ENOUGH_MEMORY;
     }
 }

@@ -28,18 +28,17 @@ constexpr unsigned long kStopPollMs = 1000;
 constexpr std::size_t kErrorTextLength = 1024;
 constexpr std::size_t kMessageLength = 2048;
 
-/// Room for a command line: the path of a program has half of it.
 constexpr unsigned long kPathLength = 1024;
-constexpr unsigned long kCommandLength = 2 * kPathLength;
+constexpr unsigned long kCommandLength = 2 * kPathLength; // path and arguments
 
 std::atomic<unsigned long> nextCheckPoint{1};
 
 struct CloseService {
-    void operator()(SC_HANDLE handle) const { (void)CloseServiceHandle(handle); } // it was open
+    void operator()(SC_HANDLE handle) const { (void)CloseServiceHandle(handle); } // open until now
 };
 using ServiceHandle = std::unique_ptr<std::remove_pointer_t<SC_HANDLE>, CloseService>;
 
-/// Puts texts into a format; GUARD-175: what does not fit is cut off.
+/// Formats a message. GUARD-175: it is cut to fit.
 template <std::size_t Length, class... Text>
 const wchar_t* Format(wchar_t (&message)[Length], const wchar_t* format, Text... texts) {
     (void)_snwprintf(message, Length - 1, format, texts...);
@@ -78,12 +77,12 @@ void WINAPI CNtService::ServiceMain(unsigned long, wchar_t**) {
     mStatus.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
     mStatus.dwServiceSpecificExitCode = 0;
     if (!ReportStatus(SERVICE_START_PENDING, NO_ERROR, kStartHintMs)) return;
-    if (mpThis != nullptr) mpThis->OnServiceRun(); // GUARD-170: the object may be gone
+    if (mpThis != nullptr) mpThis->OnServiceRun(); // GUARD-170: the object may have been destroyed
 }
 
 void WINAPI CNtService::ServiceCtrl(unsigned long control) {
     if (control != SERVICE_CONTROL_STOP) {
-        (void)ReportStatus(mStatus.dwCurrentState, mStatus.dwWin32ExitCode, mStatus.dwWaitHint); // it logs a failure
+        (void)ReportStatus(mStatus.dwCurrentState, mStatus.dwWin32ExitCode, mStatus.dwWaitHint); // logs a failure
     } else if (ReportStatus(SERVICE_STOP_PENDING, NO_ERROR, 0) && mpThis != nullptr) {
         mpThis->OnServiceStop();
     }
@@ -112,21 +111,22 @@ void CNtService::AddToMessageLog(const wchar_t* text, bool withError) {
     const HANDLE source = RegisterEventSourceW(nullptr, mpServiceName);
     if (source == nullptr) return;
     const wchar_t* texts[] = {message, text};
-    (void)ReportEventW(source, EVENTLOG_ERROR_TYPE, 0, 0, nullptr, 2, 0, texts, nullptr); // there is no other log
+    (void)ReportEventW(source, EVENTLOG_ERROR_TYPE, 0, 0, nullptr, 2, 0, texts,
+                       nullptr); // there is no other place to report to
     (void)DeregisterEventSource(source);
 }
 
 wchar_t* CNtService::GetLastErrorText(wchar_t* buffer, unsigned long size) {
-    constexpr unsigned long lineEnd = 2;
-    constexpr unsigned long roomBeside = 14;
+    constexpr unsigned long kLineEnd = 2;
+    constexpr unsigned long kRoomForNumber = 14; // " (0x", eight digits, ")" and the terminator
     const unsigned long error = GetLastError();
     wchar_t* text = nullptr;
     const unsigned long length =
         FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
                        nullptr, error, LANG_NEUTRAL, reinterpret_cast<wchar_t*>(&text), 0, nullptr);
     buffer[0] = L'\0';
-    if (length >= lineEnd && size >= length + roomBeside) { // GUARD-176: a text may be shorter than a line end
-        text[length - lineEnd] = L'\0';
+    if (length >= kLineEnd && size >= length + kRoomForNumber) { // GUARD-176: a text may be shorter than a line end
+        text[length - kLineEnd] = L'\0';
         (void)std::swprintf(buffer, size, L"%ls (0x%lx)", text, error); // it fits
     }
     LocalFree(text);
@@ -157,13 +157,14 @@ void CNtService::EnableErrorReports(bool enable) {
     mReportErrors = enable;
 }
 
-/// Puts the path of the program and its arguments together.
+/// Writes the path of the program and its arguments.
+/// @return false: they cannot be determined or do not fit, see GetLastError()
 bool CNtService::ProgramCommand(wchar_t* command, unsigned long size) {
     wchar_t ownPath[kPathLength];
     const wchar_t* path = mpExePath;
     if (path == nullptr) {
         const unsigned long length = GetModuleFileNameW(nullptr, ownPath, kPathLength);
-        // GUARD-171: a path that fills the room may have been cut, and need not be terminated.
+        // GUARD-171: a path that fills the buffer may be cut and not terminated.
         if (length >= kPathLength) SetLastError(ERROR_INSUFFICIENT_BUFFER);
         if (length == 0 || length >= kPathLength) return false;
         path = ownPath;
@@ -221,7 +222,7 @@ bool CNtService::Stop() {
 bool CNtService::Start() {
     if (!OpenHandles()) return false;
     const wchar_t** const arguments = mpThis != nullptr ? mpThis->GetStartArgs() : nullptr;
-    // GUARD-170: the object may be gone, or have no text to give.
+    // GUARD-170: the object may have been destroyed, or have no arguments.
     const bool started =
         arguments != nullptr && arguments[0] != nullptr && StartServiceW(mhService, 1, arguments) != FALSE;
     CloseHandles();
@@ -238,7 +239,7 @@ bool CNtService::IsInstalled(const wchar_t* name) {
 
 bool CNtService::IsRunning(const wchar_t* name) {
     if (!IsInstalled(name) || !OpenHandles()) return false;
-    // ODD-181: this service is asked, whatever the name
+    // ODD-181: the state of this service, whatever the name
     SERVICE_STATUS status{};
     const bool running = QueryServiceStatus(mhService, &status) && status.dwCurrentState == SERVICE_RUNNING;
     CloseHandles();
@@ -256,16 +257,16 @@ bool CNtService::SetStartMode(START_MODE mode) {
 
 START_MODE CNtService::GetStartMode() {
     if (!OpenHandles()) return START_MANUAL;
-    // ODD-180: there is no room for the record's texts, so the query fails and leaves the type 0
+    // ODD-180: without room for the record's texts the query fails, and the type stays 0
     QUERY_SERVICE_CONFIGW config{};
     unsigned long needed = 0;
-    (void)QueryServiceConfigW(mhService, &config, sizeof config, &needed); // the type tells
+    (void)QueryServiceConfigW(mhService, &config, sizeof config, &needed); // a failure leaves the type 0
     CloseHandles();
     return config.dwStartType == SERVICE_AUTO_START ? START_AUTO : START_MANUAL;
 }
 
 bool CNtService::OpenHandles() {
-    (void)mHandleMutex.Lock(); // waits for ever
+    (void)mHandleMutex.Lock(); // waits without limit
     const wchar_t* const failure = OpenMissingHandles();
     const unsigned long error = GetLastError();
     if (failure == nullptr) ++mHandleCount;
@@ -274,17 +275,17 @@ bool CNtService::OpenHandles() {
     return failure == nullptr;
 }
 
-/// @return the message about what could not be opened; null: both handles are open
+/// @return format of the error message; null: both handles are open
 const wchar_t* CNtService::OpenMissingHandles() {
     if (mhSCManager == nullptr) mhSCManager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS);
     if (mhSCManager == nullptr) return L"OpenSCManager failed - %ls\n";
-    // ODD-182: without the service the manager stays open, and the next attempt uses it
+    // ODD-182: when the service cannot be opened, the manager stays open for the next attempt
     if (mhService == nullptr) mhService = OpenServiceW(mhSCManager, mpServiceName, SERVICE_ALL_ACCESS);
     return mhService == nullptr ? L"OpenService failed - %ls\n" : nullptr;
 }
 
 void CNtService::CloseHandles() {
-    (void)mHandleMutex.Lock(); // waits for ever
+    (void)mHandleMutex.Lock(); // waits without limit
     if (--mHandleCount == 0) {
         CloseServiceHandle(mhService);
         CloseServiceHandle(mhSCManager);

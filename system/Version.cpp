@@ -12,20 +12,15 @@
 #include <new>
 #include <string>
 
-struct CSwVersionLayout {
-    static_assert(offsetof(CSwVersion, m_File) == 8);
-    static_assert(offsetof(CSwVersion, m_pVersionInfo) == 248);
-};
-
 namespace {
 
 constexpr unsigned long kLockTimeoutMs = 5000;
 
-/// Keeps the count right when the lock of all processes is not to be had.
+/// Protects the count when the lock that all processes share cannot be obtained.
 SRWLOCK countLock = SRWLOCK_INIT;
 
-/// Zeros behind the version resource. GUARD-182: a value that claims more than the file has ends in them; an aligned
-/// value starts up to 3 bytes behind the resource.
+/// Zeros after the version resource. GUARD-182: a value that claims more than the file has ends in them; an aligned
+/// value starts up to 3 bytes after the resource.
 constexpr DWORD kTailSize = sizeof(VS_FIXEDFILEINFO) + 3;
 
 /// @param size  receives the bytes of the resource
@@ -52,7 +47,7 @@ Value Query(const unsigned char* info, const wchar_t* path) {
     return {data, size};
 }
 
-/// A text by its name, in the first language.
+/// Finds a text by name in the first language.
 Value QueryText(const unsigned char* info, const wchar_t* name) {
     const Value translation = Query(info, L"\\VarFileInfo\\Translation");
     if (translation.size < 2 * sizeof(WORD)) return {nullptr, 0}; // GUARD-182
@@ -86,16 +81,16 @@ CSwVersion::CSwVersion(const wchar_t* path) : m_File{}, m_pVersionInfo(nullptr) 
     try {
         mSwFileTable.Add(m_File);
     } catch (const std::bad_alloc&) {
-        return; // the object still describes its file
+        return; // the object describes its file nevertheless
     }
 }
 
 CSwVersion::CSwVersion(int index) : m_File{}, m_pVersionInfo(nullptr) {
     CountObject();
-    (void)Select(index); // without such an entry the object stays empty
+    (void)Select(index); // if there is no such entry, the object stays empty
 }
 
-// GUARD-183: copies hold the version resource by value, where each freeing it would do so twice.
+// GUARD-183: copies share the version resource; otherwise it would be freed twice.
 CSwVersion::CSwVersion(const CSwVersion& other)
     : m_File(other.m_File), m_pVersionInfo(tessel::Share(other.m_pVersionInfo)) {
     CountObject();
@@ -129,7 +124,7 @@ void CSwVersion::UncountObject() {
 void CSwVersion::RemoveTable() {
     const tessel::Permit shared(mRefLock, kLockTimeoutMs); // GUARD-185
     const tessel::SlimLock own(countLock);
-    mFinishedWithTable = 1; // ODD-191: never taken back, so a later table is emptied with its last object
+    mFinishedWithTable = 1; // ODD-191: never reset, so that a later table is emptied with its last object, too
     if (mRefCount == 0) mSwFileTable.RemoveAll();
 }
 
@@ -166,10 +161,11 @@ void CSwVersion::ReadAttributes(const wchar_t* path) {
     if (!FileTimeToSystemTime(&data.ftLastWriteTime, &m_File.time)) m_File.time = {};
 }
 
-/// Takes an entry of the table over, unless the index is negative.
+/// Copies an entry of the table into the object, unless the index is negative.
+/// @return false: there is no such entry
 bool CSwVersion::Select(int index) {
     if (index >= mSwFileTable.GetSize()) return false;
-    if (index >= 0) m_File = mSwFileTable[index]; // ODD-192: the version resource stays that of the object's own file
+    if (index >= 0) m_File = mSwFileTable[index]; // ODD-192: the version resource remains that of the object's own file
     return true;
 }
 
@@ -223,7 +219,7 @@ bool CSwVersion::GetVerStringInfo(const wchar_t* name, wchar_t* value, unsigned 
     const auto* const text = static_cast<const wchar_t*>(found.data);
     const std::size_t length = wcsnlen(text, found.size);
     std::copy_n(text, std::min<std::size_t>(length, len), value);
-    if (length < len) value[length] = L'\0'; // ODD-193: a text as long as the room, or longer, is not terminated
+    if (length < len) value[length] = L'\0'; // ODD-193: a text that fills the buffer or is longer is not terminated
     return true;
 }
 

@@ -122,7 +122,7 @@ public:
 private:
     friend struct CFileLayout;
     void ShareWith(const CFile& other);
-    unsigned long Keep(STATUS status) { return m_ulStatus = status; }
+    unsigned long SetStatus(STATUS status) { return m_ulStatus = status; }
 
     int m_iFile;
     unsigned long m_ulStatus;

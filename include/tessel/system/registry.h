@@ -236,7 +236,7 @@ private:
     void AllocateName(std::size_t characters);
     void AllocateData(std::size_t bytes);
     void CopyFrom(const CReg& other);
-    unsigned long Check(bool rightType) const;
+    unsigned long Check(bool hasRightType) const;
     const wchar_t* FirstText() const;
     bool Prepare(const wchar_t* name, unsigned long dataLength);
     long Query(HKEY key, unsigned long& registryType, unsigned long& length);

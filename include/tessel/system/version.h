@@ -3,7 +3,6 @@
 #include <tessel/foundation/containers.h>
 #include <tessel/foundation/semaphore.h>
 
-#include <cstddef>
 #include <cstdint>
 
 /// What is known of one program file: an entry of the table that all CSwVersion objects of a process share.
@@ -16,9 +15,6 @@ struct CSwFile {
     SYSTEMTIME time;        ///< last write, UTC
     wchar_t path[100];      ///< where the file is, cut to 99 characters and terminated
 };
-
-static_assert(sizeof(CSwFile) == 240 && offsetof(CSwFile, size) == 16);
-static_assert(offsetof(CSwFile, time) == 24 && offsetof(CSwFile, path) == 40);
 
 /// The version resource, size and time of a program file, and a list of all files that the process has looked at.
 ///
