@@ -94,15 +94,25 @@ struct Again : CMessageBox {
     bool OnCommand(unsigned int, int id, HWND) override { return id == 8 ? Run() == IDNO : End(id); }
 };
 
+/// Forges, when button 8 is pressed, the message that says which object a new dialog belongs to.
+struct Forging : CMessageBox {
+    bool OnCommand(unsigned int, int id, HWND) override {
+        if (id != 8) return End(id);
+        SendMessageW(GetHandle(), WM_INITDIALOG, 0, reinterpret_cast<LPARAM>(&other));
+        return true;
+    }
+    CMessageBox other;
+};
+
 } // namespace
 
-TEST(MessageBoxes, Odd52And53OwnDialogHasTheButtonsOfThePlainTypesAndEndsWithOneOfThem) {
+TEST(MessageBoxes, Odd52And53And56OwnDialogHasTheButtonsOfThePlainTypesAndEndsWithOneOfThem) {
     const std::tuple<unsigned int, int, const unsigned int*, const wchar_t*> rows[] = {
         {MB_OK, IDOK, kButtonTexts, L"1:Yes "},
         {MB_OKCANCEL, IDCANCEL, kButtonTexts, L"1:Yes 2:Second "},
         {MB_ABORTRETRYIGNORE, IDIGNORE, kButtonTexts, L"3:Yes 4:Second 5:Cancel "},
         {MB_YESNOCANCEL, IDNO, kButtonTexts, L"2:Cancel 6:Yes 7:Second "},
-        {MB_YESNO, IDYES, kButtonTexts, L"6:Yes 7:Second "},
+        {MB_YESNO, IDCANCEL, kButtonTexts, L"6:Yes 7:Second "},
         {MB_RETRYCANCEL, IDRETRY, kButtonTexts, L"2:Second 4:Yes "},
         {MB_YESNOCANCEL, IDABORT, nullptr, L"2:Cancel 6:Yes 7:No "},
         {MB_ICONWARNING, IDYES, kButtonTexts, L""},
@@ -147,6 +157,15 @@ TEST(MessageBoxes, AnOwnDialogThatRunsAgainFromItsLoopCanStillBeClosed) {
     box.SetResources(&own);
     const Press press({8, IDNO, IDYES}); // the second one ends the inner dialog
     EXPECT_EQ(box.Run(L"Text", L"", MB_YESNO, MESSAGEBOX_NO_ERROR), IDYES);
+}
+
+TEST(MessageBoxes, AnOpenOwnDialogTakesNoOtherObjectFromAForgedMessage) {
+    Forging box;
+    const CMessageBox::RESOURCES own{IDD_BOX, IDC_MESSAGE, nullptr};
+    box.SetResources(&own);
+    const Press press({8, IDYES});
+    EXPECT_EQ(box.Run(L"Text", L"", MB_YESNO, MESSAGEBOX_NO_ERROR), IDYES);
+    EXPECT_EQ(box.other.GetHandle(), nullptr);
 }
 
 TEST(MessageBoxes, AppendsTheTextOfAnErrorThatTheSystemKnows) {

@@ -1,6 +1,23 @@
 #include <fenestra/dialog.h>
 
+#include <utility>
+
 namespace {
+
+/// The object whose dialog this thread is creating, until the dialog has it.
+thread_local CDialog* creating = nullptr;
+
+/// Names the object for as long as its dialog is created. A dialog that a hook creates meanwhile comes in between.
+class Creating {
+public:
+    explicit Creating(CDialog* dialog) : m_outer(std::exchange(creating, dialog)) {}
+    ~Creating() { creating = m_outer; }
+    Creating(const Creating&) = delete;
+    Creating& operator=(const Creating&) = delete;
+
+private:
+    CDialog* m_outer;
+};
 
 CDialog* ObjectOf(HWND window) {
     return reinterpret_cast<CDialog*>(GetWindowLongPtrW(window, DWLP_USER));
@@ -27,12 +44,14 @@ CDialog::~CDialog() {
 
 INT_PTR CDialog::RunModal(HINSTANCE module, unsigned int templateId, HWND owner) {
     m_iModal = 1;
+    const Creating scope(this);
     return DialogBoxParamW(module, MAKEINTRESOURCEW(templateId), owner, &DialogProcedure,
                            reinterpret_cast<LPARAM>(this));
 }
 
 HWND CDialog::RunModeless(HINSTANCE module, unsigned int templateId, HWND owner) {
     m_iModal = 0;
+    const Creating scope(this);
     return CreateDialogParamW(module, MAKEINTRESOURCEW(templateId), owner, &DialogProcedure,
                               reinterpret_cast<LPARAM>(this));
 }
@@ -59,26 +78,29 @@ bool CDialog::OnNotify(int /*id*/, NMHDR* /*header*/, unsigned long& /*result*/)
 }
 
 INT_PTR CALLBACK CDialog::DialogProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_INITDIALOG) {
+    // Any program can send WM_INITDIALOG with any number: only the first one with the object awaited is accepted.
+    if (message == WM_INITDIALOG && creating != nullptr && lParam == reinterpret_cast<LPARAM>(creating)) {
         (void)SetWindowLongPtrW(window, DWLP_USER, lParam); // 0, the value before, is no error
-        ObjectOf(window)->m_hWnd = window;
+        std::exchange(creating, nullptr)->m_hWnd = window;
+        return ObjectOf(window)->OnInitDialog(reinterpret_cast<HWND>(wParam));
     }
     CDialog* const dialog = ObjectOf(window); // none before WM_INITDIALOG
-    return dialog == nullptr ? FALSE : dialog->Handle(message, wParam, lParam);
+    return dialog == nullptr ? FALSE : dialog->Handle(window, message, wParam, lParam);
 }
 
-INT_PTR CDialog::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+INT_PTR CDialog::Handle(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
-    case WM_INITDIALOG: return OnInitDialog(reinterpret_cast<HWND>(wParam));
     case WM_COMMAND: return OnCommand(HIWORD(wParam), LOWORD(wParam), reinterpret_cast<HWND>(lParam));
     case WM_NOTIFY: {
-        const HWND window = m_hWnd;
         unsigned long result = 0;
         if (!OnNotify(static_cast<int>(wParam), reinterpret_cast<NMHDR*>(lParam), result)) return FALSE;
         (void)SetWindowLongPtrW(window, DWLP_MSGRESULT, static_cast<LONG_PTR>(result)); // the window may be gone
         return TRUE;
     }
-    case WM_NCDESTROY: m_hWnd = nullptr; return FALSE;
+    case WM_NCDESTROY: // may be forged, too: then the window must not keep an object that it outlives
+        (void)SetWindowLongPtrW(window, DWLP_USER, 0);
+        if (m_hWnd == window) m_hWnd = nullptr;
+        return FALSE;
     default: return FALSE;
     }
 }

@@ -65,7 +65,7 @@ protected:
 
 private:
     static INT_PTR CALLBACK DialogProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-    INT_PTR Handle(UINT message, WPARAM wParam, LPARAM lParam);
+    INT_PTR Handle(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     bool HasDialog() const;
 
     int m_iModal = 0;
