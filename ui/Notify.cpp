@@ -1,6 +1,7 @@
 #include <foundation/ReadableMemory.h>
 #include <tessel/messaging/mailbox.h>
 #include <tessel/ui/notify.h>
+#include <ui/ControlMessage.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -242,6 +243,9 @@ void FormatSysMsg::FollowPointer(HWND pointed) {
     if (ControlType(focus) != FT_BUTTON && (type == FT_UNKNOWN || type == FT_STATIC)) return;
     (void)SetFocus(pointed); // a window that refuses leaves the focus where it was
     if (type != FT_EDIT) return;
-    const bool multiLine = SendMessageW(pointed, EM_LINESCROLL, 0, 0) != 0;
-    (void)SendMessageW(pointed, EM_SETSEL, multiLine ? kBehindText : 0, static_cast<LPARAM>(kBehindText));
+    // GUARD-270: an edit of another process that refused the focus needs no caret.
+    if (!tessel::IsOwnWindow(pointed) && GetFocus() != pointed) return;
+    const std::optional<LRESULT> multiLine = tessel::AskControl(pointed, EM_LINESCROLL);
+    if (!multiLine) return;
+    (void)tessel::AskControl(pointed, EM_SETSEL, *multiLine != 0 ? kBehindText : 0, static_cast<LPARAM>(kBehindText));
 }

@@ -1,6 +1,7 @@
 #include <foundation/Permit.h>
 #include <tessel/ui/cursor.h>
 #include <tessel/ui/notify.h>
+#include <ui/ControlMessage.h>
 
 #include <cstddef>
 #include <memory>
@@ -16,16 +17,14 @@ namespace {
 
 constexpr unsigned long kLockTimeoutMs = 100;
 
-int Ask(HWND hListBox, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
-    return static_cast<int>(SendMessageW(hListBox, message, wParam, lParam));
-}
-
 /// The middle of an item on the screen.
 /// @return false: the list box has no such item
 bool ItemCentre(HWND hListBox, int index, POINT& centre) {
     RECT item{};
     const auto area = reinterpret_cast<LPARAM>(&item);
-    if (Ask(hListBox, LB_GETITEMRECT, static_cast<WPARAM>(index), area) == LB_ERR) return false;
+    if (tessel::AskControl(hListBox, LB_GETITEMRECT, static_cast<WPARAM>(index), area).value_or(LB_ERR) == LB_ERR) {
+        return false;
+    }
     centre = {(item.left + item.right) / 2, (item.top + item.bottom) / 2};
     return ClientToScreen(hListBox, &centre) != FALSE;
 }
@@ -68,14 +67,19 @@ void FormatSysMsg::ScrollCursor(HWND hListBox) {
     if (ControlType(hListBox) != FT_LISTBOX || !ListBoxMoveMap.Lookup(hListBox, store)) return;
     POINT client = pointer;
     if (!ScreenToClient(hListBox, &client)) return;
-    (void)Ask(hListBox, LB_GETITEMHEIGHT); // programs that watch the list box expect to see it
-    const int index = Ask(hListBox, LB_ITEMFROMPOINT, 0, MAKELPARAM(client.x, client.y));
+    // Programs that watch the list box expect to see it.
+    if (!tessel::AskControl(hListBox, LB_GETITEMHEIGHT)) return; // GUARD-270: it hangs
+    const auto found = tessel::AskControl(hListBox, LB_ITEMFROMPOINT, 0, MAKELPARAM(client.x, client.y));
+    if (!found) return;
+    const auto index = static_cast<int>(*found);
     // ODD-33: one index for all list boxes, so the same item of another one is not snapped to.
     if (index == LastListBoxIndex) return;
     // GUARD-31: while the list box answered it may have been released, and the record with it.
     if (!ListBoxMoveMap.Lookup(hListBox, store)) return;
     store->SetCursor(index);
-    LastListBoxIndex = Ask(hListBox, LB_SETCURSEL, static_cast<WPARAM>(index));
+    const auto selected = tessel::AskControl(hListBox, LB_SETCURSEL, static_cast<WPARAM>(index));
+    if (!selected) return;
+    LastListBoxIndex = static_cast<int>(*selected);
     POINT centre{};
     if (!ItemCentre(hListBox, index, centre)) return; // GUARD-222: the pointer is on no item
     (void)CCURSOR::SetCursorPos(pointer.x, centre.y); // a refused move leaves the selection

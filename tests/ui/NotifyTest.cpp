@@ -1,8 +1,9 @@
+#include "support/ChildProcess.h"
 #include "support/ImportPatch.h"
 
 #include <commctrl.h>
 #include <gtest/gtest.h>
-#include <tessel/ui/notify.h>
+#include <tessel/ui.h>
 
 #include <algorithm>
 #include <functional>
@@ -164,6 +165,16 @@ LRESULT CALLBACK ReleaseAsItAnswers(HWND list, UINT message, WPARAM wParam, LPAR
     return DefSubclassProc(list, message, wParam, lParam);
 }
 
+/// Makes a window of a class and handles no message until it is told to end.
+int Hang(const std::vector<std::string>& arguments) {
+    const HWND hWnd = CreateWindowExA(WS_EX_TOOLWINDOW, arguments[0].c_str(), "", WS_POPUP | WS_VISIBLE, 0, 0, 50, 50,
+                                      nullptr, nullptr, nullptr, nullptr);
+    Say("window " + std::to_string(HandleToULong(hWnd)));
+    Hear();
+    return 0;
+}
+const Role hang("hang", Hang);
+
 DWORD WINAPI TimeOut(HANDLE, DWORD timeoutMs, BOOL) {
     EXPECT_EQ(timeoutMs, 100u);
     return WAIT_TIMEOUT;
@@ -273,6 +284,20 @@ TEST_F(Notify, FocusFollowsThePointerAndPlacesTheCaret) {
     EXPECT_EQ(FieldsOf(*Point(line)), Fields(2, 25, window, line, 77, 1, 0, 0, 0, 0));
     EXPECT_EQ(GetFocus(), text);
     FormatSysMsg::SetCommonDlgActive(0);
+}
+
+TEST_F(Notify, WindowsOfAProcessThatHangsAreNotWaitedFor) {
+    for (const char* const className : {"Edit", "ListBox"}) {
+        ChildProcess other("hang", {className});
+        const HWND hung = reinterpret_cast<HWND>(std::stoul(other.WaitUntil("window ")));
+        host.formatter.RegisterListBoxMove(hung);
+        SetFocus(host.Add(L"Button"));
+        CCURSOR::SetCursorPos(20, 20);
+        EXPECT_EQ(Point(hung)->hCtrl, hung);
+        EXPECT_EQ(host.formatter.GetCursor(hung), -1);
+        host.formatter.ReleaseListBoxMove(hung);
+        other.Tell("end"); // on a wait for its answer, this line is never reached
+    }
 }
 
 TEST_F(Notify, ListBoxThatIsReleasedWhileItAnswersIsNotSnappedTo) {
