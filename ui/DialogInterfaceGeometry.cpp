@@ -5,7 +5,7 @@ namespace {
 
 constexpr unsigned char kTagMark = 0xDA;
 constexpr int kByteBits = 8;
-constexpr int kNoFlag = 0xFF;
+constexpr int kNoBrush = 0xFF;
 
 unsigned char ByteOf(DWORD tag, int number) {
     return static_cast<unsigned char>(tag >> (number * kByteBits));
@@ -78,7 +78,8 @@ long DIALOG_INTERFACE::PackLong(unsigned char b1, unsigned char b2, unsigned cha
 }
 
 int DIALOG_INTERFACE::SetColor(int id, int colourIndex, int flag) {
-    if (!Select(id)) return 1;
+    // GUARD-271: a larger index does not fit the tag; its low byte would be another brush's.
+    if (flag < -1 || flag >= kNoBrush || !Select(id)) return 1;
     const long tag =
         PackLong(kTagMark, static_cast<unsigned char>(colourIndex), static_cast<unsigned char>(flag), kTagMark);
     SetWindowLongPtrW(hCtrl, GWLP_USERDATA, tag);
@@ -89,6 +90,6 @@ int DIALOG_INTERFACE::GetColor(HWND hWnd, int& colourIndex, int& flag) {
     const auto tag = static_cast<DWORD>(GetWindowLongPtrW(hWnd, GWLP_USERDATA));
     if (ByteOf(tag, 3) != kTagMark || ByteOf(tag, 0) != kTagMark) return 1;
     colourIndex = ByteOf(tag, 2);
-    flag = ByteOf(tag, 1) == kNoFlag ? -1 : ByteOf(tag, 1);
+    flag = ByteOf(tag, 1) == kNoBrush ? -1 : ByteOf(tag, 1);
     return 0;
 }
