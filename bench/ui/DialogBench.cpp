@@ -4,22 +4,26 @@
 #include <tessel/ui/dialoginterface.h>
 
 #include <cwchar>
+#include <memory>
 #include <string>
 
-// The bare side finds the control by its identifier and sends it the messages, as a program would that knows which
-// kind of control it is.
+// The bare side sends the messages itself, as a program would that knows which kind of control it is. For single
+// operations it looks the control up by its identifier; to fill a control with many items it looks it up once.
 
 namespace {
 
 constexpr int kListBox = 1;
 constexpr int kListView = 2;
+constexpr int kComboBox = 3;
 constexpr int kItems = 100;
+constexpr int kManyItems = 10000;
 constexpr wchar_t kText[] = L"a text of usual length";
 
 /// The controls and what was last got from one.
 struct Controls {
     Controls() {
         window.Add(WC_LISTBOXW, kListBox, 0);
+        window.Add(WC_COMBOBOXW, kComboBox, CBS_DROPDOWNLIST);
         const HWND listView = window.Add(WC_LISTVIEWW, kListView, LVS_REPORT);
         LVCOLUMNW column{};
         column.mask = LVCF_WIDTH;
@@ -143,6 +147,52 @@ void Fill(benchmark::State& state, const Kind& kind, Operation add) {
     if (count != index) state.SkipWithError("the items were not added");
 }
 
+/// A kind of list and the messages that append to it.
+struct List {
+    const char* name;
+    int id;
+    UINT append;
+    UINT setData;
+    UINT count;
+};
+constexpr List kLists[] = {
+    {"list box", kListBox, LB_ADDSTRING, LB_SETITEMDATA, LB_GETCOUNT},
+    {"combo box", kComboBox, CB_ADDSTRING, CB_SETITEMDATA, CB_GETCOUNT},
+};
+
+void AppendByTessel(Controls& controls, const List& list) {
+    for (int i = 0; i < kManyItems; ++i) controls.dialog.Add(list.id, 0, kText, i + 1);
+}
+
+void AppendBare(Controls& controls, const List& list) {
+    const HWND control = controls.Bare(list.id);
+    for (int i = 0; i < kManyItems; ++i) {
+        const LRESULT added = SendMessageW(control, list.append, 0, reinterpret_cast<LPARAM>(kText));
+        SendMessageW(control, list.setData, static_cast<WPARAM>(added), i + 1);
+    }
+}
+
+/// Fills a new control with many items; making the control is not measured.
+void Append(benchmark::State& state, const List& list, void (*append)(Controls&, const List&)) {
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto controls = std::make_unique<Controls>();
+        state.ResumeTiming();
+        append(*controls, list);
+        state.PauseTiming();
+        const bool isFull = SendMessageW(controls->Bare(list.id), list.count, 0, 0) == kManyItems;
+        if (!isFull) state.SkipWithError("the items were not added");
+        controls.reset();
+        state.ResumeTiming();
+    }
+}
+
+void Register(const List& list) {
+    const std::string name = std::string("Dialog, ") + list.name + ": Add 10,000 items";
+    benchmark::RegisterBenchmark((name + "/Tessel").c_str(), Append, list, AppendByTessel)->UseRealTime();
+    benchmark::RegisterBenchmark((name + "/Bare").c_str(), Append, list, AppendBare)->UseRealTime();
+}
+
 void Register(const Kind& kind, const std::string& what, void (*run)(benchmark::State&, const Kind&, Operation),
               Operation tessel, Operation bare) {
     const std::string name = std::string("Dialog, ") + kind.name + ": " + what;
@@ -154,6 +204,7 @@ const bool registered = [] {
     Register(kKinds[0], "Set", Walk, Set<kListBox>, SetListBox);
     Register(kKinds[0], "Get", Walk, Get<kListBox>, GetListBox);
     Register(kKinds[0], "Add", Fill, Add<kListBox>, AddListBox);
+    for (const List& list : kLists) Register(list);
     Register(kKinds[1], "Set", Walk, Set<kListView>, SetListView);
     Register(kKinds[1], "Get", Walk, Get<kListView>, GetListView);
     Register(kKinds[1], "Add", Fill, Add<kListView>, AddListView);

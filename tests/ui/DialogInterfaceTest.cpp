@@ -406,6 +406,7 @@ TEST_F(Dialog, TagsAWindowWithAColour) {
     EXPECT_EQ(DIALOG_INTERFACE::GetColor(Item(CTL_EDIT), colour, flag), 1);
     EXPECT_EQ(dialog.SetColor(CTL_EDIT, 0x12, 0x34), 0);
     EXPECT_EQ(static_cast<DWORD>(GetWindowLongPtrW(Item(CTL_EDIT), GWLP_USERDATA)), 0xDA1234DAu);
+    for (const int tooLarge : {255, 256, -2}) EXPECT_EQ(dialog.SetColor(CTL_EDIT, 0x12, tooLarge), 1);
     EXPECT_EQ(dialog.SetColor(CTL_MISSING, 255, -1), 0);
     EXPECT_EQ(DIALOG_INTERFACE::GetColor(dialog.GetHandle(), colour, flag), 0);
     EXPECT_EQ(Pair(colour, flag), Pair(255, -1));
@@ -434,6 +435,32 @@ TEST_F(Dialog, LoadsTextsAndGivesFontsAndPictures) {
     EXPECT_EQ(dialog.SetButtonImage(CTL_CHECK, bitmap), 1);
     EXPECT_EQ(Ask(CTL_CHECK, BM_GETIMAGE, IMAGE_BITMAP), reinterpret_cast<LRESULT>(bitmap));
     DeleteObject(bitmap);
+}
+
+TEST_F(Dialog, FindsAControlAgainThatWasReplacedMovedOrRenumbered) {
+    dialog.Set(CTL_LIST, 0, L"", 0);
+    DestroyWindow(Item(CTL_LIST));
+    const auto make = [](HWND parent) {
+        return CreateWindowExW(0, L"Edit", L"", WS_CHILD, 0, 0, 9, 9, parent, reinterpret_cast<HMENU>(CTL_LIST),
+                               nullptr, nullptr);
+    };
+    const HWND first = make(dialog.GetHandle());
+    EXPECT_EQ(dialog.GetHandle(CTL_LIST), first);
+    dialog.Set(CTL_LIST, 0, L"replaced", 0);
+    EXPECT_EQ(Text(CTL_LIST), L"replaced");
+    SetWindowLongPtrW(first, GWLP_ID, CTL_MISSING);
+    const HWND second = make(dialog.GetHandle());
+    dialog.Set(CTL_LIST, 0, L"renumbered", 0);
+    EXPECT_EQ(Text(CTL_LIST), L"renumbered");
+    SetParent(second, Item(CTL_TAB));
+    const HWND third = make(dialog.GetHandle());
+    dialog.Set(CTL_LIST, 0, L"moved", 0);
+    EXPECT_EQ(Text(CTL_LIST), L"moved");
+    DIALOG_INTERFACE other(Module(), DLG_FEW, nullptr, Procedure, 0);
+    dialog.SetTargetDialog(other.GetHandle());
+    dialog.Reset(CTL_LIST, L"a");
+    EXPECT_EQ(Ask(CTL_LIST, LB_GETCOUNT), 1);
+    dialog.SetTargetDialog(GetParent(third));
 }
 
 TEST_F(Dialog, RemembersFourSelectionsAndTakesNoOtherSlot) {

@@ -318,8 +318,8 @@ public:
     /// the place of the window's user data.
     /// @param id           control
     /// @param colourIndex  index in the palette, 0 to 255
-    /// @param flag         0 to 254, or -1
-    /// @return 0: tagged; 1: no target dialog
+    /// @param flag         index of a brush in CBrush, 0 to 254; -1 for none
+    /// @return 0: tagged; 1: no target dialog, or a brush index beyond 254, which the tag cannot hold
     int SetColor(int id, int colourIndex, int flag);
 
     /// Reads the tag that SetColor() left.
@@ -462,6 +462,7 @@ private:
     static long PackLong(unsigned char b1, unsigned char b2, unsigned char b3, unsigned char b4);
     int ProcessMessage(int id, wchar_t* text);
     int Run(COMMAND command, int id, const wchar_t* text = nullptr);
+    bool IsSelected(int id) const;
     bool Select(int id);
     bool Select(int id, FIELD_TYPE type);
     LRESULT Send(UINT message, LPARAM wParam = 0, LPARAM lParam = 0);
