@@ -13,7 +13,8 @@ constexpr std::uint32_t kPatternKey = 1234;
 constexpr unsigned long kLockTimeoutMs = 1000;
 
 template <class Condition> int IndexOf(Condition condition) {
-    const auto all = brushTable.View();
+    const tessel::BrushTable::Reader reader(brushTable);
+    const auto all = reader.Elements();
     const auto found = std::find_if(all.begin(), all.end(), condition);
     return found == all.end() ? -1 : static_cast<int>(found - all.begin());
 }
@@ -49,7 +50,7 @@ int CBrush::AddColor(unsigned long color, unsigned long key) {
     const int existing = Find(color);
     if (existing >= 0) return existing;
     BrushEntry data{};
-    data.Key = key;
+    data.Key = key; // ODD-57: RGB(30, 0, 0) has the key of CI_TRANSPARENT
     data.hBrush = CreateSolidBrush(color);
     data.Color = color;
     tessel::ReportUnless(data.hBrush != nullptr, "data.hBrush", "Brush", __LINE__);
@@ -83,27 +84,30 @@ int CBrush::GetBrushIndex(unsigned long key) const {
 }
 
 HBRUSH CBrush::GetBrush(int index) const {
-    const BrushEntry* const entry = brushTable.At(index);
-    return entry == nullptr ? nullptr : entry->hBrush;
+    const std::optional<BrushEntry> entry = brushTable.At(index);
+    return !entry ? nullptr : entry->hBrush;
 }
 
 unsigned long CBrush::GetColor(int index) const {
-    const BrushEntry* const entry = brushTable.At(index);
-    return entry == nullptr ? 0 : entry->Color;
+    const std::optional<BrushEntry> entry = brushTable.At(index);
+    return !entry ? 0 : entry->Color;
 }
 
 int CBrush::IsColor(int index) const {
-    const BrushEntry* const entry = brushTable.At(index);
-    return entry == nullptr || entry->NotColor == 0; // ODD-50: what is not in the table counts as a colour
+    const std::optional<BrushEntry> entry = brushTable.At(index);
+    return !entry || entry->NotColor == 0; // ODD-50: what is not in the table counts as a colour
 }
 
 COLOR_IDX CBrush::GetRefId(int index) const {
-    const BrushEntry* const entry = brushTable.At(index);
-    return entry == nullptr ? COLOR_IDX{0} : COLOR_IDX{entry->Key}; // GUARD-50: nothing is read outside the table
+    const std::optional<BrushEntry> entry = brushTable.At(index);
+    return !entry ? COLOR_IDX{0} : COLOR_IDX{entry->Key}; // GUARD-50: nothing is read outside the table
 }
 
 void CBrush::RemoveAll() {
-    for (const BrushEntry& entry : brushTable.View())
-        (void)DeleteObject(entry.hBrush); // one in use stays with its user
+    {
+        const tessel::BrushTable::Reader reader(brushTable);
+        for (const BrushEntry& entry : reader.Elements())
+            (void)DeleteObject(entry.hBrush); // one in use stays with its user
+    }
     brushTable.Clear();
 }

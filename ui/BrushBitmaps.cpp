@@ -152,7 +152,8 @@ struct Match {
 
 Match FindPicture(HINSTANCE instance, std::uint32_t resources, int x, int y, std::uint32_t iconOffset) {
     Match match;
-    const auto all = brushTable.View();
+    const tessel::BrushTable::Reader reader(brushTable);
+    const auto all = reader.Elements();
     for (const BrushEntry& entry : all) {
         if (entry.Size == 0 || entry.hInstance != instance || entry.Resources != resources) continue;
         const int index = static_cast<int>(&entry - all.data());
@@ -222,7 +223,7 @@ int CBrush::AddBitmapCopies(int index, int x, int y) {
 }
 
 int CBrush::AddBitmapIconCopies(int index, int x, int y, int iconX, int iconY, HDC hdcDest, HDC hdcSource) {
-    const BrushEntry& entry = *brushTable.At(index);
+    const BrushEntry entry = *brushTable.At(index);
     return AddBitmapIcon(entry.hInstance, LOWORD(entry.Resources), x, y, HIWORD(entry.Resources), iconX, iconY, hdcDest,
                          hdcSource);
 }

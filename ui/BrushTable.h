@@ -5,6 +5,7 @@
 #include <ui/GrowingArray.h>
 
 #include <cstdint>
+#include <optional>
 
 namespace tessel {
 
@@ -27,11 +28,12 @@ static_assert(sizeof(void*) != 4 || sizeof(BrushEntry) == 40);
 class BrushTable : public GrowingArray<BrushEntry> {
 public:
     /// An entry by its position.
-    /// @return the entry, until the table is emptied; null outside the table
-    const BrushEntry* At(int index) const {
-        const auto all = View();
-        return index >= 0 && static_cast<std::size_t>(index) < all.size() ? &all[static_cast<std::size_t>(index)]
-                                                                          : nullptr;
+    /// @return a copy; empty outside the table
+    std::optional<BrushEntry> At(int index) const {
+        const Reader reader(*this);
+        const auto entries = reader.Elements();
+        if (index < 0 || static_cast<std::size_t>(index) >= entries.size()) return std::nullopt;
+        return entries[static_cast<std::size_t>(index)];
     }
 };
 

@@ -61,12 +61,13 @@ protected:
 
 } // namespace
 
-TEST_F(Brush, SharesOneEntryForOneColour) {
+TEST_F(Brush, Odd57SharesOneEntryForOneColourWhoseValueIsItsKey) {
     CBrush other;
     EXPECT_EQ(table.Add(RGB(255, 0, 0)), 0);
     EXPECT_EQ(other.Add(RGB(255, 0, 0)), 0);
     EXPECT_EQ(other.Add(CI_RED), 0);
     EXPECT_EQ(Paint(table.GetBrush(0)), "RRRRRRRR");
+    EXPECT_EQ(table.GetRefId(table.Add(RGB(30, 0, 0))), CI_TRANSPARENT);
     const int lime = other.Add(CI_LIME);
     EXPECT_EQ(table.GetBrushIndex(CI_LIME), lime);
     EXPECT_EQ(table.GetRefId(lime), CI_LIME);
