@@ -247,7 +247,7 @@ void CMessageBox::InitButtons() {
 }
 
 bool CMessageBox::OnCommand(unsigned int /*code*/, int id, HWND /*control*/) {
-    if (id < IDOK || id > IDNO) return false;
+    if (id < IDOK || id > IDNO) return false; // ODD-56: Escape is IDCANCEL for every set
     (void)End(id); // it is the button's in any case
     return true;
 }

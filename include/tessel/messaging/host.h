@@ -124,7 +124,8 @@ public:
     /// @return the window; null: failure
     HWND CreateWindowFrame(HINSTANCE instance, const wchar_t* name);
 
-    /// Makes a modeless dialog whose messages go through the host.
+    /// Makes a modeless dialog whose messages go through the host. Its keys, such as Tab, work once the pointer has been
+    /// over it.
     /// @param module    module that holds the template
     /// @param parent    its parent; may be null
     /// @param dialogId  resource number of the template

@@ -18,6 +18,9 @@
 /// Every new pair of offsets and every new place of a second bitmap takes one more of the 10,000 GDI objects that a
 /// process may have, until RemoveAll(): a picture that is dragged about uses them up.
 ///
+/// The key CI_TRANSPARENT (30) stands for no painting. The colour RGB(30, 0, 0) has the same key, so the host paints no
+/// background with it: use RGB(31, 0, 0) instead.
+///
 /// Threads: any thread may add; appending waits for at most 1 second for the others and then goes on without them.
 /// Looking up takes no lock, also while others add; RemoveAll() is called when nobody looks or adds. Two threads that
 /// add one new colour at the same time can make two entries of it.

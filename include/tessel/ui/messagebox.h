@@ -23,6 +23,7 @@ inline constexpr unsigned int MESSAGEBOX_SAME_TYPE = 0xFFFFFFFF;
 /// MB_YESNO            IDYES, IDNO
 /// MB_RETRYCANCEL      IDRETRY, IDCANCEL
 /// @endcode
+/// Escape ends such a dialog with IDCANCEL even if its set has no such button.
 /// Icons and other flags are for the system's box only. Texts by number and the template come from the program's own
 /// resources, not from a DLL's.
 ///
