@@ -5,8 +5,8 @@
 #include <optional>
 #include <span>
 
-/// A message whose id, sender and length were read once. The data are the block's and may change at any time, as all
-/// processes can write there: copy what is checked.
+/// A message whose id, sender and length were read once. Its data stay in the block, where any process can change them
+/// at any time: copy them before checking them.
 struct Mail {
     SBLOCK* block;
     ORCAOBJID from;
@@ -14,8 +14,8 @@ struct Mail {
     std::span<const unsigned char> data;
 };
 
-/// The message of a notification, if it is what it claims to be: the block's number comes from a window message,
-/// which anyone can post, and the block from memory that anyone can write.
+/// The message of a notification, if it is valid: any program can post the window message with the block's number, and
+/// any process can write to the block.
 inline std::optional<Mail> OpenMail(CMailBox& mailbox, LPARAM number, ORCAOBJID to) {
     if (number < 1 || number > 0xFFFF) return std::nullopt;
     SBLOCK* const block = mailbox.GetMessageBlock(static_cast<unsigned int>(number));
@@ -25,7 +25,7 @@ inline std::optional<Mail> OpenMail(CMailBox& mailbox, LPARAM number, ORCAOBJID 
     return Mail{block, ORCAOBJID{block->Sender}, block->MsgId, {block->Data, length - 1}};
 }
 
-/// Has the message of a notification handled, if it is what it claims to be, and gives back its block.
+/// Passes the message of a notification to the handler, if it is valid, and releases its block.
 template <class Handler> void WithMail(CMailBox& mailbox, LPARAM number, ORCAOBJID to, Handler handle) {
     const std::optional<Mail> mail = OpenMail(mailbox, number, to);
     if (!mail) return;
@@ -33,7 +33,7 @@ template <class Handler> void WithMail(CMailBox& mailbox, LPARAM number, ORCAOBJ
     (void)mailbox.ReleaseMemory(mail->block); // in use until now
 }
 
-/// Gives back the blocks that nobody will fetch any more: the receiver has ended, and nobody sends to it.
+/// Releases the blocks that will not be fetched: the receiver has ended, and no process sends to it.
 inline void ReleaseBlocksTo(CMailBox& mailbox, ORCAOBJID receiver) {
     for (unsigned int index = 1; SBLOCK* const block = mailbox.GetMessageBlock(index); ++index) {
         if (block->BlkNum != 0 && block->Receiver == receiver) (void)mailbox.ReleaseMemory(block); // just seen in use

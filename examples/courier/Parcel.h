@@ -23,8 +23,8 @@ inline const unsigned char* BytesOf(const Receipt& receipt) {
     return reinterpret_cast<const unsigned char*>(&receipt);
 }
 
-/// The two sides of one run. The tag is the run's own, so that several couriers, and what a killed one has left
-/// behind, stay out of each other's way.
+/// The two sides of one run. Each run has its own tag, so that concurrent runs, and the remains of a killed one, do not
+/// interfere.
 inline ORCAOBJID SenderId(unsigned long tag) {
     return ORCAOBJID{0x43000000UL | (tag & 0xFFFFFF)};
 }
@@ -33,7 +33,7 @@ inline ORCAOBJID ReceiverId(unsigned long tag) {
     return ORCAOBJID{0x52000000UL | (tag & 0xFFFFFF)};
 }
 
-/// A window that gets notifications and is not seen.
+/// A hidden window that receives notifications.
 inline HWND MakeMailWindow() {
     return CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
 }

@@ -60,7 +60,7 @@ private:
         return WaitForSingleObject(m_senderProcess, timeoutMs) != WAIT_TIMEOUT;
     }
 
-    /// A notification of a message that is not due is forged: its own is still to come.
+    /// A notification of a message that is not next in order is forged: the genuine one is still to come.
     void OnNotification(LPARAM number) {
         const std::optional<Mail> parcel = OpenMail(m_mailbox, number, m_self);
         if (!parcel || parcel->from != m_sender) return;

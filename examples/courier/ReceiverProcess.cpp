@@ -27,7 +27,7 @@ ReceiverProcess::~ReceiverProcess() {
         CPostOffice office;
         const bool locked = office.LockThreadSafe(kPatienceMs) == 0;
         TerminateProcess(m_process.hProcess, 1);
-        (void)Ended(INFINITE); // it was told to
+        (void)Ended(INFINITE); // its end was requested
         if (locked) office.UnlockThreadSafe();
     }
     (void)m_senderDone.SetEvent(); // its own event

@@ -6,8 +6,8 @@
 #include <string>
 #include <thread>
 
-/// The process that receives. Should it end while the sender waits for something that only it could give, such as
-/// a lock that it held, the sender's process is ended with a line that says so.
+/// The receiving process. If it ends while the sender waits for something that only it could provide, such as a lock
+/// that it held, the sender's process prints a line and ends.
 class ReceiverProcess {
 public:
     /// Starts it; throws std::runtime_error when that fails.
@@ -20,9 +20,9 @@ public:
 
     unsigned long Id() const { return m_process.dwProcessId; }
     bool Ended(unsigned long timeoutMs) const;
-    /// Throws when it has ended, which it does on its own only after the receipt.
+    /// Throws if it has ended, which it normally does only after the receipt.
     void ThrowIfEnded(unsigned long timeoutMs) const;
-    /// Waits for its end after the receipt; throws when it does not end well.
+    /// Waits for its end after the receipt; throws if it fails.
     void WaitForGoodEnd() const;
 
 private:

@@ -101,7 +101,7 @@ private:
         }
     }
 
-    /// Looks at all notifications; forged ones are passed over.
+    /// Checks all notifications and ignores forged ones.
     bool TakeReceipt() {
         MSG message;
         while (PeekMessageW(&message, m_window, MAILBOX_NOTIFICATION, MAILBOX_NOTIFICATION, PM_REMOVE)) {
@@ -149,7 +149,7 @@ bool Identical(const std::filesystem::path& first, const std::filesystem::path& 
     return a.eof() && b.eof();
 }
 
-/// A tag that no other run has, nor had lately.
+/// A tag that no other current or recent run has.
 unsigned long MakeTag() {
     return GetCurrentProcessId() * 4099 + GetTickCount();
 }

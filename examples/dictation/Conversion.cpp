@@ -31,7 +31,7 @@ bool WriteAll(const std::wstring& path, const char* data, unsigned long size) {
     return file.good();
 }
 
-/// Whole chunks are what CAudioConvert converts: silence fills the last one, and is cut off afterwards.
+/// CAudioConvert converts whole chunks: the last one is padded with silence, which is removed afterwards.
 bool Recode(std::vector<char> source, bool compress, const std::wstring& to) {
     const unsigned long block = compress ? kPcmBlock : kGsmBlock;
     const unsigned long chunk = compress ? kPcmChunk : kGsmChunk;
@@ -44,7 +44,7 @@ bool Recode(std::vector<char> source, bool compress, const std::wstring& to) {
     unsigned long allocated = 0;
     convert.Convert(source.data(), target, whole, used, whole, allocated);
     if (target == nullptr) return false;
-    // Failures are not told: without a codec the target stays empty.
+    // Convert() does not report failures: without a codec the target stays empty.
     const bool converted = std::any_of(target, target + allocated, [](char byte) { return byte != 0; });
     const bool written = converted && WriteAll(to, target, blocks * (compress ? kGsmBlock : kPcmBlock));
     GlobalFree(target);

@@ -60,10 +60,10 @@ void Dictation::Stop() {
     PostMessageW(m_window, kStopMessage, 0, 0);
 }
 
-// The device reports by messages to the window, until its close has been reported.
+// The device sends messages to the window until the one about its close.
 bool Dictation::Run(unsigned long started) {
     MSG message;
-    if (started != 0) { // what a device that was opened for a moment reports is not for the next run
+    if (started != 0) { // the next run must not get the messages of a device that was open briefly
         while (PeekMessageW(&message, m_window, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
         return false;
     }
@@ -98,7 +98,7 @@ bool Dictation::HandleNotification(UINT message, WPARAM wParam, LPARAM lParam) {
     }
 }
 
-// A message can carry any address.
+// Any program can post the message, with any address.
 void Dictation::Hear(const WAVEHDR* buffer) {
     const bool own = buffer == &m_WaveHeader[0] || buffer == &m_WaveHeader[1];
     if (m_hear == nullptr || !own || buffer->dwBytesRecorded == 0) return;
@@ -126,7 +126,7 @@ const AUDIO_TIME& Dictation::Progress() const {
     return m_nMode == MODE_RECORD ? m_Record : m_Play;
 }
 
-// It is called at the end of a run and after a failure: only then the end isn't reached.
+// It is called at the end of a run and after a failure; after a failure the end has not been reached.
 void Dictation::OnStop() {
     const AUDIO_TIME& progress = Progress();
     const unsigned long end = m_nMode == MODE_PLAY_STEP ? progress.ulBase + 1 : progress.ulLimit;

@@ -4,14 +4,14 @@
 
 #include <string>
 
-/// Told the samples of each buffer that was recorded: 8 bits each, 128 is silence.
+/// Called with the samples of each recorded buffer: 8 bits each, 128 is silence.
 using HearSamples = void (*)(double seconds, const unsigned char* samples, unsigned long count);
 
-/// Speech in a file, to be recorded and played. Each operation returns when its run has ended: at its end, by Stop(),
-/// or when the device stands still.
+/// Records and plays speech in a file. Each operation returns when its run ends: at the end of the data, by Stop(), or
+/// when the device stalls.
 class Dictation : private CAudio {
 public:
-    /// Attaches to the file, and makes it when it is missing.
+    /// Opens the file, or creates it if it is missing.
     /// @param file        path of up to 259 characters
     /// @param compressed  whether it holds GSM 6.10 data
     Dictation(const std::wstring& file, bool compressed);
@@ -23,21 +23,21 @@ public:
     bool IsReady() const { return m_ready; }
     /// Length of the data in seconds.
     double Length() const { return Seconds(m_ulDataWrite); }
-    /// Where the next run starts: after a run, where that one stopped.
+    /// Where the next run starts: where the last one stopped.
     double Position() const { return Seconds(m_ulDataRead); }
-    /// Goes to a block of 0.2 s, at most to the end.
+    /// Moves to a block of 0.2 s, at most to the end.
     void Seek(double seconds);
 
-    /// Records from the position on, and replaces what is behind it.
+    /// Records from the position on, replacing what follows it.
     /// @param seconds  longest duration
-    /// @param hear     told what is heard; may be null
+    /// @param hear     called with what was recorded; may be null
     /// @return whether the run ended without a failure
     bool Record(double seconds, HearSamples hear);
     /// Plays from the position to the end.
     bool Play();
-    /// Plays the 0.2 s at the position, and goes on to the next.
+    /// Plays the 0.2 s at the position and moves to the next block.
     bool Step();
-    /// Ends the run under way. Any thread may call it.
+    /// Ends the current run. Any thread may call it.
     void Stop();
 
 private:

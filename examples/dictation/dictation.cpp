@@ -55,8 +55,8 @@ bool PlaySteps(Dictation& dictation, unsigned long count) {
 }
 
 bool Execute(const std::wstring& order, const std::vector<std::wstring>& arguments) {
-    std::error_code none; // a file that cannot be looked at cannot be played
-    if (order != L"record" && !std::filesystem::exists(arguments[1], none)) return false; // else it would be made
+    std::error_code none; // a file that cannot be checked cannot be played
+    if (order != L"record" && !std::filesystem::exists(arguments[1], none)) return false; // would create it
     Dictation dictation(arguments[1], EndsIn(arguments[1], L".gsm"));
     if (!dictation.IsReady()) return false;
     running = &dictation;
@@ -89,7 +89,7 @@ int main() {
     const bool isOrder = runs ? std::all_of(arguments.begin() + 2, arguments.end(), &IsAmount)
                               : order == L"convert" && arguments.size() == 3;
     if (!isOrder) return Fail(kUsage);
-    (void)TesselGsmInstall(); // without a codec at all, what is compressed fails by itself
+    (void)TesselGsmInstall(); // without any codec, compressing fails later
     const bool done = runs ? Execute(order, arguments) : ConvertFile(arguments[1], arguments[2]);
     return done ? 0 : Fail("dictation: it did not work: is there the file, a device, a codec, room on the disk?\n");
 }

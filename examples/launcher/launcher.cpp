@@ -7,9 +7,9 @@
 int main() {
     CEvent opened(L"Tessel launcher", 1);
     const std::vector<std::wstring> arguments = Arguments();
-    if (!arguments.empty()) { // this is the application: it lasts until it is watched
+    if (!arguments.empty()) { // this is the application: it runs until its starter has opened it
         constexpr unsigned long patienceMs = 10000;
-        (void)opened.WaitOnEvent(patienceMs); // when they are over, nobody watches
+        (void)opened.WaitOnEvent(patienceMs); // after that, no process watches it
         return static_cast<int>(Number(arguments[0]));
     }
     char description[] = "[Application - 0]\r\n"
@@ -20,7 +20,7 @@ int main() {
     command.SubstituteArgument("$CODE", "42");
 
     const unsigned long id = command.Execute();
-    if (id == 0) return 1; // the user has read why
+    if (id == 0) return 1; // a message box has shown the reason
     DWORD code = 0;
     const HANDLE process = OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE, id);
     opened.SetEvent();

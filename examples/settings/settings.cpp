@@ -14,7 +14,7 @@ int main() {
     rooms.AddTail(L"MR 2");
     registry.SaveKey(key, L"Rooms", rooms);
 
-    unsigned long bytes = 0; // asked for, so that the buffer grows to a value of any length
+    unsigned long bytes = 0; // requesting the length makes the buffer grow to any value
     if (registry.ReadKey(key, L"Rooms", 0, &bytes) == 0 && registry.GetData(rooms) == 0) {
         std::printf("%lu bytes:", bytes);
         for (const wchar_t* room : rooms) std::printf(" [%ls]", room);

@@ -37,7 +37,7 @@ private:
 } // namespace
 
 int main() {
-    const std::wstring program = L"\"" + OwnProgram() + L"\""; // in marks, as the path may have blanks
+    const std::wstring program = L"\"" + OwnProgram() + L"\""; // quoted, because the path may contain spaces
     const std::vector<std::wstring> arguments = Arguments();
     const std::wstring order = arguments.empty() ? L"run" : arguments[0];
     Watcher watcher(program.c_str());
@@ -47,9 +47,9 @@ int main() {
         watcher.Install();
         return CNtService::Start() ? 0 : 1;
     } else if (order == L"remove") {
-        if (!CNtService::IsInstalled(nullptr)) return 1; // or without the rights to see it
+        if (!CNtService::IsInstalled(nullptr)) return 1; // or we lack the rights to see it
         watcher.Remove();
-        constexpr int tenths = 50; // the service manager forgets it once its process has ended
+        constexpr int tenths = 50; // the service manager removes it once its process has ended
         for (int tenth = 0; tenth < tenths && CNtService::IsInstalled(nullptr); ++tenth) Sleeper(100);
         return CNtService::IsInstalled(nullptr) ? 1 : 0;
     } else {

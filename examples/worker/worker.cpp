@@ -8,7 +8,7 @@ int main() {
     CEvent stop(nullptr, 1);
     std::thread worker([&work, &stop] {
         CWait either;
-        either.AddObject(work); // the first of those that are signalled is taken
+        either.AddObject(work); // of several signalled objects, the first is taken
         either.AddObject(stop);
         void* signalled = nullptr;
         while (either.WaitOnAnyObject(signalled, INFINITE) == STATUS_OK && signalled == work.GetHandle()) {

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <optional>
 
-/// What the system needs to know to show an Image: 8 bits a pixel, 256 greys, the top line first.
+/// The system's description of an Image: 8 bits per pixel, 256 greys, top line first.
 struct GreyBitmapInfo {
     BITMAPINFOHEADER header;
     RGBQUAD greys[256];
@@ -19,7 +19,7 @@ GreyBitmapInfo DescribeImage();
 /// Where an image is saved.
 std::filesystem::path ImagePath(const std::filesystem::path& folder, std::uint32_t image);
 
-/// Saves an image as a Windows bitmap, which every viewer shows.
+/// Saves an image as a Windows bitmap.
 /// @return whether it was written in full
 bool SaveImage(const std::filesystem::path& path, const Image& image);
 

@@ -14,7 +14,7 @@ struct Line {
     std::span<const std::uint8_t> pixels;
 };
 
-/// Reads a WORK_LINE; nothing when the message is something else, or somebody else's.
+/// Reads a WORK_LINE; empty for any other message or sender.
 inline std::optional<Line> ReadLine(const Mail& mail) {
     Line line{};
     if (mail.id != WORK_LINE || mail.from != kAcquisitionId) return std::nullopt;

@@ -3,7 +3,7 @@
 #include "LineCount.h"
 #include "Station.h"
 
-/// A station that is a manager of the workstation: it reports what it has done, and ends when it is told to.
+/// A manager of the workstation: it reports what it has done, and ends on request.
 class Manager : public Station {
 public:
     /// @param id      its own
@@ -13,7 +13,7 @@ public:
 protected:
     /// Does what is due.
     virtual void Work() {}
-    /// Says what the workstation has not heard yet.
+    /// Sends the reports that the workstation has not received yet.
     /// @return false: there was no room for all of it
     virtual bool SayRest() { return true; }
     /// An order of the workstation has arrived.

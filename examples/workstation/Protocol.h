@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <span>
 
-/// What the programs and managers of the workstation say to one another. Records have fields of fixed width, for
-/// the console may be of another bitness than the workstation.
+/// The messages between the programs and managers of the workstation. Records have fields of fixed width, because the
+/// console and the workstation may differ in bitness.
 
 inline constexpr ORCAOBJID kWorkstationId{3000};
 inline constexpr ORCAOBJID kAcquisitionId{3001};
@@ -18,8 +18,8 @@ inline constexpr wchar_t kHeartbeatName[] = L"Tessel workstation heartbeat";
 
 /// Message words.
 enum WORK_MESSAGE : unsigned long {
-    WORK_START = 1,  ///< acquire a number of images more, a std::uint32_t; 0: until stopped
-    WORK_STOP = 2,   ///< end with the image that is being acquired
+    WORK_START = 1,  ///< acquire this many more images, a std::uint32_t; 0: until stopped
+    WORK_STOP = 2,   ///< stop after the current image
     WORK_EXIT = 3,   ///< end
     WORK_FOLDER = 4, ///< where to save images, UTF-16
     WORK_LINE = 5,   ///< a line of an image: LineHead and its grey values

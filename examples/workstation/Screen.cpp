@@ -87,7 +87,7 @@ void Screen::SetLine(std::uint32_t line, std::span<const std::uint8_t> pixels) {
 }
 
 void Screen::RefreshImage() {
-    (void)m_controls.Display(IDC_IMAGE, DA_REFRESH, 0); // always says that it failed
+    (void)m_controls.Display(IDC_IMAGE, DA_REFRESH, 0); // always returns failure
 }
 
 void Screen::DrawImage(const DRAWITEMSTRUCT& item) const {

@@ -16,7 +16,7 @@ public:
     HWND Window() { return m_controls.GetHandle(); }
     void Show() { (void)ShowAWindow(Window(), SW_SHOW); }
 
-    /// Enters a manager in the list.
+    /// Adds a manager to the list.
     void AddManager(int row, const wchar_t* name);
     /// Shows what a manager does.
     void ShowManager(int row, const wchar_t* state, const ManagerStatus& status);

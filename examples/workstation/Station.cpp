@@ -4,7 +4,7 @@ namespace {
 
 constexpr UINT_PTR kTickTimer = 1;
 
-/// Hidden, but a top-level window: the heartbeat reaches no others.
+/// Hidden, but a top-level window: the heartbeat reaches only those.
 HWND MakeHiddenWindow() {
     return CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
 }
@@ -29,7 +29,7 @@ void Station::Run() {
     while (m_open && GetAMessage(&message, nullptr, 0, 0) > 0) DispatchAMessage(&message);
     Leave();
     while (PeekMessageW(&message, m_window, MAILBOX_NOTIFICATION, MAILBOX_NOTIFICATION, PM_REMOVE)) {
-        WithMail(m_mailbox, message.lParam, m_id, [](const Mail&) {}); // its block may be the last that is free
+        WithMail(m_mailbox, message.lParam, m_id, [](const Mail&) {}); // it may hold the last available block
     }
     OnLeft();
 }

@@ -4,8 +4,8 @@
 
 #include <common/Mail.h>
 
-/// A receiver of messages on a thread of its own: a hidden window, its mailbox, and a message loop. The managers
-/// and the console derive from it. Make it, run it and destroy it on one thread.
+/// A receiver of messages with its own thread: a hidden window, a mailbox and a message loop. The managers and the
+/// console derive from it. Create, run and destroy it on one thread.
 class Station {
 public:
     /// Opens the window and the mailbox.
@@ -17,7 +17,7 @@ public:
     /// @return whether the mailbox is registered
     bool IsOpen() const { return m_open; }
 
-    /// Handles messages until Leave(), then gives back the blocks of those that came too late.
+    /// Handles messages until Leave(), then releases the blocks of late ones.
     void Run();
 
 protected:
@@ -25,7 +25,7 @@ protected:
     virtual void OnMail(const Mail& mail) = 0;
     /// The time of TickEvery() has passed.
     virtual void OnTick() = 0;
-    /// Run() has ended: no block is held any more, so the last words wait for room without taking it.
+    /// Run() has ended: this thread holds no block any more, so it may wait for room to send its last messages.
     virtual void OnLeft() {}
 
     /// Starts the ticks.

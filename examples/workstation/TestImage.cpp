@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-// Whole numbers only, so that the image is the same on every thread and in every build: what a floating-point unit
-// makes of the last bits depends on how it is set.
+// Integers only, so that the image is the same on every thread and in every build: the last bits of floating-point
+// results depend on the unit's settings.
 
 namespace {
 
@@ -17,7 +17,7 @@ constexpr std::uint32_t kWedgeRight = 504;
 constexpr std::uint32_t kWedgeTop = 64;
 constexpr std::uint32_t kWedgeBottom = 448;
 
-/// A target in the sector: in its ellipse the echo is so many per cent of what it would be.
+/// A target in the sector: inside its ellipse the echo is scaled by a percentage.
 struct Target {
     int x, y, width, height;
     int gain;
@@ -29,10 +29,10 @@ constexpr Target kTargets[] = {
     {240, 400, 5, 4, 400}, {120, 330, 28, 20, 180},
 };
 
-/// How far the moving target is from its middle, image by image.
+/// Distance of the moving target from its centre, by image.
 constexpr int kBeat[] = {0, 14, 18, 8, -8, -18, -14};
 
-/// A value of 0 to 255 that looks random and is not.
+/// A pseudo-random value of 0 to 255.
 int Noise(std::uint32_t a, std::uint32_t b) {
     std::uint32_t h = a * 0x9E3779B1U ^ b * 0x85EBCA77U;
     h = (h ^ h >> 15) * 0x2C1B3C6DU;
@@ -40,7 +40,7 @@ int Noise(std::uint32_t a, std::uint32_t b) {
     return static_cast<int>((h ^ h >> 15) & 0xFF);
 }
 
-/// The greatest number whose square is not above a value.
+/// The integer square root.
 int SquareRoot(int value) {
     int root = 0;
     for (int bit = 1 << 15; bit > 0; bit >>= 1) {
@@ -49,7 +49,7 @@ int SquareRoot(int value) {
     return root;
 }
 
-/// Grains that are short along the beam and broad across it, as those of a real sector are.
+/// Grains that are short along the beam and broad across it, as in a real sector.
 /// @param across  thousandths, to the right
 /// @return per cent
 int Speckle(int depth, int across, std::uint32_t image) {

@@ -4,8 +4,8 @@
 #include <span>
 #include <vector>
 
-/// A test image as a scanner would make it: a sector of speckle with dark and bright targets, of which one
-/// moves from image to image, and a grey wedge beside it. The same number always gives the same image.
+/// A test image like a scanner's: a sector of speckle with dark and bright targets, one of which moves from image to
+/// image, and a grey wedge beside it. The same number always gives the same image.
 
 inline constexpr std::uint32_t kImageWidth = 512;
 inline constexpr std::uint32_t kImageHeight = 512;

@@ -54,7 +54,7 @@ void Workstation::LoadManagers() {
     for (int row = 0; LoadedManager & manager : m_managers) {
         m_screen->AddManager(row++, manager.name);
         HINSTANCE module = nullptr;
-        (void)CreateThreadedManager(manager.module, &module); // the module tells whether it was loaded
+        (void)CreateThreadedManager(manager.module, &module); // the module handle shows whether it was loaded
         manager.gone = module == nullptr;
     }
     m_screen->AddManager(static_cast<int>(std::size(m_managers)), L"Workstation");
@@ -98,7 +98,7 @@ void Workstation::OnDialogEvent(const NOTIFY& event, LPARAM lParam) {
 void Workstation::OnButton(int id) {
     switch (id) {
     case IDC_START: return Start(0);
-    case IDC_STOP: (void)Send(kAcquisitionId, WORK_STOP); return; // pressed again when there was no room
+    case IDC_STOP: (void)Send(kAcquisitionId, WORK_STOP); return; // without room the user presses it again
     case IDC_EXIT: return EndManagers();
     default: return;
     }
@@ -155,7 +155,7 @@ void Workstation::OnSaved(std::uint32_t image) {
 }
 
 void Workstation::TellConsole() {
-    (void)m_untold.Tell([this](auto number) { return Send(kConsoleId, WORK_SAVED, number); }); // again with the state
+    (void)m_untold.Tell([this](auto number) { return Send(kConsoleId, WORK_SAVED, number); }); // retried on status
 }
 
 void Workstation::StartConsole() {
@@ -164,7 +164,7 @@ void Workstation::StartConsole() {
     if (m_console == nullptr) Fail("the console cannot be started");
 }
 
-/// Its last order may still be on the way when it has ended, but has arrived by the next time.
+/// When it has ended its last order may still be in transit, but it has arrived by the next call.
 void Workstation::WatchConsole() {
     if (m_leaving || m_console == nullptr || WaitForSingleObject(m_console, 0) != WAIT_OBJECT_0) return;
     if (m_consoleEnded) Fail("the console has ended before the images were acquired");
@@ -178,7 +178,7 @@ void Workstation::Start(std::uint32_t images) {
     if (ready && !sent) Fail("the acquisition manager takes no order");
 }
 
-/// One after the other, so that the archive gets all that was acquired. Called until all have ended.
+/// One after another, so that the archive gets everything acquired. Called until all have ended.
 void Workstation::EndManagers() {
     m_leaving = true;
     for (LoadedManager& manager : m_managers) {
@@ -195,10 +195,10 @@ void Workstation::Fail(const char* problem) {
     EndManagers();
 }
 
-/// Managers that were not told yet are told now: the window may have been closed from outside.
+/// Asks the remaining managers to end: the window may have been closed from outside.
 void Workstation::OnPumpExit(int /*code*/, const wchar_t* /*text*/) {
     for (LoadedManager& manager : m_managers) {
-        if (!manager.told && !manager.gone) (void)Send(manager.id, WORK_EXIT); // one that is stuck meets the limit
+        if (!manager.told && !manager.gone) (void)Send(manager.id, WORK_EXIT); // a stuck one runs into the time limit
         const unsigned long start = GetTickCount();
         while (GetModuleHandleW(manager.module) != nullptr && GetTickCount() - start < kUnloadLimitMs) Sleeper(1);
     }

@@ -12,14 +12,13 @@
 /// How the workstation is to run.
 struct Options {
     bool hidden = false;          ///< without a window on the screen
-    std::uint32_t images = 0;     ///< have the console acquire so many and then exit; 0: the user decides
+    std::uint32_t images = 0;     ///< number that the console acquires before it exits; 0: the user decides
     std::filesystem::path folder; ///< where images are saved
     std::wstring movie;           ///< file that all images go into; empty: none
     std::wstring console;         ///< program of the console
 };
 
-/// The host of the workstation: it loads the managers, shows what they do, and passes on what the user or the
-/// console orders.
+/// The host of the workstation: it loads the managers, shows what they do, and forwards the orders of user and console.
 class Workstation : public OSClass {
 public:
     /// Makes the frame window and opens the mailbox.
@@ -29,8 +28,8 @@ public:
     Workstation& operator=(const Workstation&) = delete;
 
     /// Runs until the end and prints the result.
-    /// @return the process's exit code: 0 when all that was sent was received and saved as it was generated, and put
-    ///         into the movie if there is to be one
+    /// @return the process's exit code: 0 if everything sent was received and saved as generated, and written to the
+    ///         movie if there is one
     int Run();
 
 private:

@@ -10,10 +10,10 @@ namespace {
 constexpr unsigned int kTickMs = 10;
 constexpr int kLinesPerTick = 4;
 
-/// Whoever gets the lines: one to save them, one to show them.
+/// The receivers of the lines: one saves them, one shows them.
 constexpr std::array kReceivers = {kArchiveId, kWorkstationId};
 
-/// The manager that stands where a scanner would: it sends test images, line by line at a steady rate.
+/// The manager in place of a scanner: it sends test images, line by line at a steady rate.
 class Acquisition : public Manager {
 public:
     Acquisition() : Manager(kAcquisitionId, kTickMs) {}
@@ -33,7 +33,7 @@ private:
         for (int i = 0; i < kLinesPerTick && m_imagesLeft > 0 && SendLine(); ++i) Advance();
     }
 
-    /// Sends the line to whoever has not got it yet.
+    /// Sends the line to the receivers that have not got it yet.
     /// @return false: there was no room for it; it is to be sent again
     bool SendLine() {
         if (m_receiver == 0) MakeLine(m_head.image, m_head.line, m_pixels);

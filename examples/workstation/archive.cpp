@@ -14,8 +14,8 @@ std::wstring TextOf(const Mail& mail) {
     return {reinterpret_cast<const wchar_t*>(mail.data.data()), mail.data.size() / sizeof(wchar_t)};
 }
 
-/// The manager that puts images together from their lines and saves each one that is complete, in a file of its
-/// own and in the movie if there is to be one.
+/// The manager that assembles images from their lines and saves each complete one to a separate file and to the movie,
+/// if there is one.
 class Archive : public Manager {
 public:
     Archive() : Manager(kArchiveId, kTickMs) {}
@@ -38,7 +38,7 @@ private:
         if (++m_linesOfImage == kImageHeight && line.head.line == kImageHeight - 1) Save(line.head.image);
     }
 
-    /// Whoever hears of it looks for the file, and so notices when it could not be written.
+    /// Receivers look for the file, so they notice if it could not be written.
     void Save(std::uint32_t image) {
         (void)SaveImage(ImagePath(m_folder, image), m_image);
         Film();
@@ -50,11 +50,11 @@ private:
         return m_saved.Tell([this](auto number) { return Send(kWorkstationId, WORK_SAVED, number); });
     }
 
-    /// A movie that cannot be made is one without images.
+    /// A movie that cannot be created counts as one without images.
     void StartMovie(const std::wstring& path) {
         unsigned long greys[256];
         for (unsigned long grey = 0; grey < 256; ++grey) greys[grey] = RGB(grey, grey, grey);
-        void* frame = nullptr; // the images are put together elsewhere
+        void* frame = nullptr; // the images are assembled elsewhere
         if (m_movie.Open(path.c_str()) != 0) return;
         (void)m_movie.InitializeStream(kImageWidth, kImageHeight, greys, frame);
     }

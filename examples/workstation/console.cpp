@@ -18,7 +18,7 @@ class Console : public Station {
 public:
     Console() : Station(kConsoleId) {}
 
-    /// Sends an order, again if there is no room for it just now.
+    /// Sends an order, retrying while there is no room.
     /// @return whether it was sent
     bool Order(WORK_MESSAGE order, std::uint32_t images = 0) {
         int status = ERROR_BUSY;
@@ -26,7 +26,7 @@ public:
         return status == STATUS_OK;
     }
 
-    /// Has images acquired and waits until they are saved, then ends the workstation.
+    /// Requests images, waits until they are saved, then ends the workstation.
     bool RunImages(std::uint32_t images) {
         m_imagesLeft = images;
         if (!Order(WORK_START, images)) return false;
@@ -41,7 +41,7 @@ private:
         if (mail.from == kWorkstationId && mail.id == WORK_SAVED && --m_imagesLeft == 0) Leave();
     }
 
-    /// Waits no longer when the workstation has ended.
+    /// Stops waiting when the workstation has ended.
     void OnTick() override {
         if (!IsThere(kWorkstationId)) Leave();
     }
@@ -49,8 +49,8 @@ private:
     std::uint32_t m_imagesLeft = 0;
 };
 
-/// @param images  how many the order is about; 0: it names none
-/// @return whether the order is one
+/// @param images  number of images in the order; 0: none given
+/// @return whether the order is valid
 bool IsOrder(const std::wstring& order, std::uint32_t images) {
     if (images > 0) return order == L"start" || order == L"run";
     return order == L"start" || order == L"stop" || order == L"exit";
