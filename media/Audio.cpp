@@ -1,22 +1,5 @@
+#include <media/AudioMode.h>
 #include <media/WaveFormats.h>
-#include <tessel/media/audio.h>
-
-#include <cstddef>
-
-struct CAudioLayout {
-    static constexpr bool kOn32Bits = sizeof(void*) == 4;
-    static_assert(!kOn32Bits || offsetof(CAudio, m_bConvert) == 4);
-    static_assert(!kOn32Bits || offsetof(CAudio, m_hFile) == 28);
-    static_assert(!kOn32Bits || offsetof(CAudio, m_ulDataWrite) == 1072);
-    static_assert(!kOn32Bits || offsetof(CAudio, m_ulDataRead) == 1088);
-    static_assert(!kOn32Bits || offsetof(CAudio, m_pAudio) == 1104);
-    static_assert(!kOn32Bits || offsetof(CAudio, m_ulSizeAudio) == 1128);
-    static_assert(!kOn32Bits || offsetof(CAudio, m_cAudio) == 1168);
-    static_assert(!kOn32Bits || offsetof(CAudio, m_hStream) == 22344);
-    static_assert(!kOn32Bits || sizeof(ACMSTREAMHEADER) == 84);
-    static_assert(!kOn32Bits || offsetof(CAudio, m_hWaveIn) == 22600);
-    static_assert(!kOn32Bits || offsetof(CAudio, m_FormatPCM) == 22608);
-};
 
 CAudio::CAudio(int bConvert) : AUDIO_DATA{} {
     InitWaveFormatPCM(&m_FormatPCM);
@@ -27,24 +10,24 @@ CAudio::CAudio(int bConvert) : AUDIO_DATA{} {
 }
 
 CAudio::CAudio(const CAudio& other) : AUDIO_DATA(other) {
-    LeaveRunToOther();
+    DetachFromRun();
 }
 
 CAudio& CAudio::operator=(const CAudio& other) {
     if (this == &other) return *this;
-    LetGo();
+    EndEveryRun();
     static_cast<AUDIO_DATA&>(*this) = other;
-    LeaveRunToOther();
+    DetachFromRun();
     return *this;
 }
 
 CAudio::~CAudio() {
-    LetGo();
+    EndEveryRun();
 }
 
 // GUARD-100: copied as they are, the pointers would lead into the other object, and device, conversion, file and timer
 // would be closed twice.
-void CAudio::LeaveRunToOther() {
+void CAudio::DetachFromRun() {
     m_hFile = nullptr;
     m_bTimer = 0;
     m_hStream = nullptr;
@@ -75,7 +58,7 @@ void CAudio::UseOwnBuffers() {
 }
 
 // GUARD-101: the device would go on writing into an object that is gone or holds something else.
-void CAudio::LetGo() {
+void CAudio::EndEveryRun() {
     if (m_hWaveOut != nullptr) {
         if (m_nMode != MODE_PLAY_STEP) m_nMode = MODE_PLAY;
         StopWave();
@@ -91,6 +74,10 @@ void CAudio::LetGo() {
 
 void CAudio::SetParentWindow(HWND window) {
     m_hParent = window;
+}
+
+const tessel::AudioMode& CAudio::Mode() const {
+    return tessel::ModeOf(m_nMode);
 }
 
 void CAudio::SetModeIdle() {
@@ -122,12 +109,14 @@ wchar_t* CAudio::GetPath() {
 }
 
 void CAudio::SetConvert(int bConvert) {
-    constexpr unsigned long kLongest = 300; // seconds
+    constexpr unsigned long kLongest = 300;   // seconds
+    constexpr unsigned long kRatioOfPcm = 64; // so many bytes become the next number of bytes
+    constexpr unsigned long kRatioOfGsm = 13;
     const bool converts = bConvert != 0;
     m_bConvert = bConvert;
     UseOwnBuffers();
-    m_ulRatioAudio = 64;
-    m_ulRatioCompress = converts ? 13 : 64;
+    m_ulRatioAudio = kRatioOfPcm;
+    m_ulRatioCompress = converts ? kRatioOfGsm : kRatioOfPcm;
     m_ulMaxAudio = kLongest * tessel::kFormatPCM.nAvgBytesPerSec;
     m_ulMaxCompress = kLongest * FileBytesPerSecond();
     m_ulBlockAudio = tessel::kBlockPCM;
@@ -168,7 +157,7 @@ unsigned long CAudio::StartError() {
     StopFile();
     StopDeviceTimer();
     ClearDeviceTime();
-    LetGo();           // a run of another mode would go on, and nobody could stop it
+    EndEveryRun();     // a run of another mode would go on, and nobody could stop it
     ClearDeviceTime(); // of that one
     ClearStreamHeadersConvert();
     m_nMode = MODE_IDLE;

@@ -3,22 +3,6 @@
 #include <tessel/media/audioconvert.h>
 
 #include <algorithm>
-#include <cstddef>
-
-struct CAudioConvertLayout {
-    static constexpr bool kOn32Bits = sizeof(void*) == 4;
-    static_assert(offsetof(CAudioConvert, m_nDirection) == sizeof(void*));
-    static_assert(!kOn32Bits || offsetof(CAudioConvert, m_ulChunkPCM) == 8);
-    static_assert(!kOn32Bits || offsetof(CAudioConvert, m_ulChunkGSM) == 12);
-    static_assert(!kOn32Bits || offsetof(CAudioConvert, m_ulBlockPCM) == 16);
-    static_assert(!kOn32Bits || offsetof(CAudioConvert, m_ulBlockGSM) == 20);
-    static_assert(!kOn32Bits || offsetof(CAudioConvert, m_FormatPCM) == 24);
-    static_assert(!kOn32Bits || offsetof(CAudioConvert, m_FormatGSM) == 42);
-    static_assert(!kOn32Bits || offsetof(CAudioConvert, m_hStream) == 64);
-    static_assert(!kOn32Bits || offsetof(CAudioConvert, m_StreamHeader) == 68);
-    static_assert(!kOn32Bits || sizeof(ACMSTREAMHEADER) == 84);
-    static_assert(!kOn32Bits || sizeof(CAudioConvert) == 152);
-};
 
 namespace {
 
@@ -154,34 +138,34 @@ unsigned long CAudioConvert::OpenStream() {
     const MMRESULT result =
         acmStreamOpen(&m_hStream, nullptr, SourceOf(pcm, gsm), DestinationOf(pcm, gsm), nullptr, 0, 0, 0);
     if (result != MMSYSERR_NOERROR) m_hStream = nullptr;
-    return Told(result);
+    return ResultOfStream(result);
 }
 
 unsigned long CAudioConvert::CloseStream() {
     HACMSTREAM const stream = m_hStream;
     m_hStream = nullptr;
     if (stream != nullptr && !tessel::RemoveOwner(stream)) return 0;
-    return Told(acmStreamClose(stream, 0));
+    return ResultOfStream(acmStreamClose(stream, 0));
 }
 
 unsigned long CAudioConvert::PrepareStreamHeader(ACMSTREAMHEADER* pHeader) {
-    return pHeader != nullptr ? Told(acmStreamPrepareHeader(m_hStream, pHeader, 0)) : 1; // GUARD-09
+    return pHeader != nullptr ? ResultOfStream(acmStreamPrepareHeader(m_hStream, pHeader, 0)) : 1; // GUARD-09
 }
 
 unsigned long CAudioConvert::UnprepareStreamHeader(ACMSTREAMHEADER* pHeader) {
     if (pHeader == nullptr) return 1; // GUARD-09
     if ((pHeader->fdwStatus & ACMSTREAMHEADER_STATUSF_PREPARED) == 0) return 0;
-    return Told(acmStreamUnprepareHeader(m_hStream, pHeader, 0));
+    return ResultOfStream(acmStreamUnprepareHeader(m_hStream, pHeader, 0));
 }
 
 unsigned long CAudioConvert::ConvertBuffer(ACMSTREAMHEADER* pHeader) {
     if (pHeader == nullptr) return 1; // GUARD-09
-    return Told(acmStreamConvert(m_hStream, pHeader, ACM_STREAMCONVERTF_BLOCKALIGN));
+    return ResultOfStream(acmStreamConvert(m_hStream, pHeader, ACM_STREAMCONVERTF_BLOCKALIGN));
 }
 
 void CAudioConvert::SetStreamError(unsigned int /*uiError*/) {}
 
-unsigned long CAudioConvert::Told(unsigned int error) {
+unsigned long CAudioConvert::ResultOfStream(unsigned int error) {
     SetStreamError(error);
     return error == MMSYSERR_NOERROR ? 0 : 1;
 }

@@ -1,11 +1,19 @@
+#include <foundation/Handle.h>
 #include <foundation/Report.h>
-#include <tessel/media/audio.h>
+#include <media/AudioMode.h>
 
 #include <algorithm>
 
+using tessel::Handle;
+using tessel::ReportSite;
 using tessel::ReportUnless;
+using tessel::Transfer;
 
 namespace {
+
+constexpr ReportSite kNotCut{"CAudio", 412};
+constexpr ReportSite kLongerThanLongest{"CAudio", 478};
+constexpr ReportSite kReadBeyondData{"CAudio", 531};
 
 bool SeekTo(HANDLE file, unsigned long offset) {
     LARGE_INTEGER wanted{};
@@ -16,15 +24,14 @@ bool SeekTo(HANDLE file, unsigned long offset) {
 
 } // namespace
 
-unsigned long CAudio::KeepFileError(bool succeeded) {
+unsigned long CAudio::ResultOfFile(bool succeeded) {
     if (!succeeded) SetFileError(GetLastError());
     return succeeded ? 0 : 1;
 }
 
 HANDLE CAudio::OpenPath(unsigned long access, unsigned long disposition) {
     m_szPath[MAX_PATH - 1] = L'\0'; // GUARD-102: the owner may have filled all of the room
-    const HANDLE file = CreateFileW(m_szPath, access, 0, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
-    return file != INVALID_HANDLE_VALUE ? file : nullptr;
+    return CreateFileW(m_szPath, access, 0, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
 unsigned long CAudio::AttachToFile() {
@@ -41,49 +48,47 @@ unsigned long CAudio::DetachFromFile() {
 }
 
 unsigned long CAudio::OpenFile() {
-    constexpr unsigned long kAccess[] = {GENERIC_READ | GENERIC_WRITE, GENERIC_WRITE, GENERIC_READ, GENERIC_READ};
-    const bool known = m_nMode >= MODE_IDLE && m_nMode <= MODE_PLAY_STEP;
-    const HANDLE file = known ? OpenPath(kAccess[m_nMode], OPEN_ALWAYS) : nullptr;
-    const unsigned long failed = KeepFileError(file != nullptr);
+    const DWORD access = Mode().fileAccess;
+    Handle file(access != 0 ? OpenPath(access, OPEN_ALWAYS) : nullptr);
+    const unsigned long failed = ResultOfFile(static_cast<bool>(file));
     (void)CloseFile(); // only now: the same file, not shared, does not open twice
-    m_hFile = file;
+    m_hFile = file ? file.Release() : nullptr;
     return failed;
 }
 
 unsigned long CAudio::CloseFile() {
     const HANDLE file = m_hFile;
     m_hFile = nullptr;
-    return KeepFileError(file == nullptr || CloseHandle(file));
+    return ResultOfFile(file == nullptr || CloseHandle(file));
 }
 
 unsigned long CAudio::SizeFile() {
     const unsigned long size = m_hFile != nullptr ? GetFileSize(m_hFile, nullptr) : INVALID_FILE_SIZE;
-    if (size == INVALID_FILE_SIZE) return KeepFileError(false);
+    if (size == INVALID_FILE_SIZE) return ResultOfFile(false);
     m_ulDataWrite = size;
     return 0;
 }
 
 unsigned long CAudio::SeekFile() {
-    if (m_hFile == nullptr || m_nMode < MODE_RECORD || m_nMode > MODE_PLAY_STEP) return 1;
-    return KeepFileError(SeekTo(m_hFile, m_nMode == MODE_RECORD ? m_ulDataWrite : m_ulDataRead));
+    const auto offset = Mode().fileOffset;
+    return m_hFile != nullptr && offset != nullptr ? ResultOfFile(SeekTo(m_hFile, this->*offset)) : 1;
 }
 
 unsigned long CAudio::TruncateFile() {
-    if (m_nMode != MODE_RECORD) return 0;
+    if (Mode().transfer != Transfer::ToFile) return 0;
     if (m_ulDataRead < m_ulDataWrite) {
-        const HANDLE file = OpenPath(GENERIC_WRITE, OPEN_EXISTING);
-        const bool cut = file != nullptr && SeekTo(file, m_ulDataRead) && SetEndOfFile(file);
-        (void)KeepFileError(cut);
-        if (file != nullptr) (void)CloseHandle(file); // it was opened here
-        if (cut) m_ulDataWrite = m_ulDataRead;        // ODD-111: the file does not count as modified
+        const Handle file(OpenPath(GENERIC_WRITE, OPEN_EXISTING));
+        const bool cut = file && SeekTo(file.Get(), m_ulDataRead) && SetEndOfFile(file.Get());
+        (void)ResultOfFile(cut);
+        if (cut) m_ulDataWrite = m_ulDataRead; // ODD-111: the file does not count as modified
     }
-    ReportUnless(m_ulDataRead == m_ulDataWrite, "m_ulDataRead == m_ulDataWrite", "CAudio", 412);
+    ReportUnless(m_ulDataRead == m_ulDataWrite, "m_ulDataRead == m_ulDataWrite", kNotCut);
     return m_ulDataRead == m_ulDataWrite ? 0 : 1;
 }
 
 unsigned long CAudio::ClearFile() {
-    const HANDLE file = OpenPath(GENERIC_WRITE, TRUNCATE_EXISTING);
-    if (KeepFileError(file != nullptr && CloseHandle(file)) != 0) return 1;
+    const Handle file(OpenPath(GENERIC_WRITE, TRUNCATE_EXISTING));
+    if (ResultOfFile(static_cast<bool>(file)) != 0) return 1;
     if (m_ulDataWrite != 0) m_bMod = 1;
     m_ulDataWrite = 0;
     m_ulDataRead = 0;
@@ -91,12 +96,12 @@ unsigned long CAudio::ClearFile() {
 }
 
 unsigned long CAudio::WriteBuffers() {
-    if (m_nMode != MODE_RECORD) return 1;
+    if (Mode().transfer != Transfer::ToFile) return 1;
     return WriteBuffer(&m_StreamHeader[0]) || WriteBuffer(&m_StreamHeader[1]);
 }
 
 unsigned long CAudio::WriteBuffer(ACMSTREAMHEADER* header) {
-    if (m_nMode != MODE_RECORD || m_ulDataWrite == m_ulMaxCompress) return 0;
+    if (Mode().transfer != Transfer::ToFile || m_ulDataWrite == m_ulMaxCompress) return 0;
     if (header == nullptr) return 1; // GUARD-09
     // GUARD-103: no more than the buffer holds, whatever is said to be in use
     const auto used = static_cast<unsigned long>(std::min<DWORD_PTR>(header->dwDstUser, header->cbDstLength));
@@ -106,26 +111,26 @@ unsigned long CAudio::WriteBuffer(ACMSTREAMHEADER* header) {
     DWORD written = 0;
     const bool done = WriteFile(m_hFile, header->pbDst, count, &written, nullptr) && written == count;
     m_ulDataWrite += written;
-    if (KeepFileError(done) != 0) return 1; // ODD-111: the file does not count as modified
+    if (ResultOfFile(done) != 0) return 1; // ODD-111: the file does not count as modified
     m_bMod = 1;
-    ReportUnless(m_ulDataWrite <= m_ulMaxCompress, "m_ulDataWrite <= m_ulMaxCompress", "CAudio", 478);
+    ReportUnless(m_ulDataWrite <= m_ulMaxCompress, "m_ulDataWrite <= m_ulMaxCompress", kLongerThanLongest);
     return 0;
 }
 
 unsigned long CAudio::ReadBuffers() {
-    return m_nMode != MODE_RECORD ? ForEachBuffer(&CAudio::ReadBuffer) : 1;
+    return Mode().transfer == Transfer::FromFile ? ForEachBuffer(&CAudio::ReadBuffer) : 1;
 }
 
 unsigned long CAudio::ReadBuffer(ACMSTREAMHEADER* header) {
-    if (m_nMode != MODE_PLAY && m_nMode != MODE_PLAY_STEP) return 0;
+    if (Mode().transfer != Transfer::FromFile) return 0;
     if (m_ulDataRead == m_ulDataWrite) return 0; // ODD-113: the buffer is played with what it held before
     if (header == nullptr) return 1;             // GUARD-09
     const unsigned long count = std::min<unsigned long>(header->cbSrcLength, m_ulDataWrite - m_ulDataRead);
     DWORD read = 0;
-    (void)KeepFileError(ReadFile(m_hFile, header->pbSrc, count, &read, nullptr) != 0);
+    (void)ResultOfFile(ReadFile(m_hFile, header->pbSrc, count, &read, nullptr) != 0);
     SetUncompressUse(header, read);
     m_ulDataRead += read;
     if (read == 0) return 1;
-    ReportUnless(m_ulDataRead <= m_ulDataWrite, "m_ulDataRead <= m_ulDataWrite", "CAudio", 531);
+    ReportUnless(m_ulDataRead <= m_ulDataWrite, "m_ulDataRead <= m_ulDataWrite", kReadBeyondData);
     return 0;
 }

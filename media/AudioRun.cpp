@@ -1,10 +1,11 @@
+#include <media/AudioMode.h>
 #include <media/AudioRatio.h>
 #include <media/WaveFormats.h>
-#include <tessel/media/audio.h>
 
 #include <algorithm>
 #include <cstdint>
 
+using tessel::BufferSet;
 using tessel::InRatio;
 
 namespace {
@@ -51,7 +52,7 @@ unsigned long CAudio::PlayOn(WAVEHDR* header) {
 }
 
 void CAudio::ProcessWomDone(HWAVEOUT, WAVEHDR* header) {
-    if (m_nMode != MODE_PLAY_STEP) {
+    if (Mode().buffers != BufferSet::Step) {
         if (PlayOn(header) != 0) OnStop();
         return;
     }
@@ -72,7 +73,7 @@ void CAudio::FinishRun() {
     StopFile();
     StopDeviceTimer();
     ClearDeviceTime();
-    LetGo();           // the close may be that of an earlier device, whose start failed
+    EndEveryRun();     // the close may be that of an earlier device, whose start failed
     ClearDeviceTime(); // of the run that this ended
     m_nMode = MODE_IDLE;
     SetControls(1);
@@ -99,10 +100,10 @@ void CAudio::StopDeviceTimer() {
 }
 
 unsigned long CAudio::UpdateDeviceTime() {
-    if (m_nMode != MODE_RECORD && m_nMode != MODE_PLAY) return 0;
+    if (Mode().buffers != BufferSet::Continuous) return 0;
     unsigned long bytes = 0;
     if (GetDevicePosition(bytes) != 0) return 1;
-    AUDIO_TIME& time = m_nMode == MODE_RECORD ? m_Record : m_Play;
+    AUDIO_TIME& time = this->*Mode().time;
     const auto reached =
         static_cast<unsigned long>(std::min<std::uint64_t>(time.ulLimit, std::uint64_t{time.ulBase} + bytes));
     time.ulPosition = reached - reached % m_ulBlockAudio; // ODD-116: never a limit that is no whole number of blocks
@@ -112,8 +113,7 @@ unsigned long CAudio::UpdateDeviceTime() {
 
 // ODD-117: a play-step's position stays. ODD-118: the close that follows a failed start finds position 0
 void CAudio::ClearDeviceTime() {
-    if (m_nMode == MODE_RECORD) m_Record = AUDIO_TIME{};
-    if (m_nMode == MODE_PLAY) m_Play = AUDIO_TIME{};
+    if (Mode().buffers == BufferSet::Continuous) this->*Mode().time = AUDIO_TIME{};
 }
 
 unsigned long CAudio::FileBytesPerSecond() const {
@@ -121,15 +121,12 @@ unsigned long CAudio::FileBytesPerSecond() const {
 }
 
 unsigned long CAudio::GetTimeCurrent(double& seconds) const {
-    switch (m_nMode) {
-    case MODE_IDLE: seconds = Seconds(m_ulDataRead, FileBytesPerSecond()); break;
-    case MODE_RECORD: seconds = Seconds(m_Record.ulPosition, tessel::kFormatPCM.nAvgBytesPerSec); break;
-    default: seconds = Seconds(m_Play.ulPosition, tessel::kFormatPCM.nAvgBytesPerSec); break;
-    }
+    seconds = m_nMode == MODE_IDLE ? Seconds(m_ulDataRead, FileBytesPerSecond())
+                                   : Seconds((this->*Mode().time).ulPosition, tessel::kFormatPCM.nAvgBytesPerSec);
     return 0;
 }
 
 unsigned long CAudio::GetTimeTotal(double& seconds) const {
-    seconds = Seconds(m_nMode == MODE_RECORD ? m_ulMaxCompress : m_ulDataWrite, FileBytesPerSecond());
+    seconds = Seconds(this->*Mode().longestInFile, FileBytesPerSecond());
     return 0;
 }

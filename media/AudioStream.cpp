@@ -1,12 +1,18 @@
 #include <foundation/Report.h>
+#include <media/AudioMode.h>
 #include <media/AudioRatio.h>
 #include <media/WaveFormats.h>
-#include <tessel/media/audio.h>
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
+
+using tessel::BufferSet;
+using tessel::Transfer;
 
 namespace {
+
+constexpr tessel::ReportSite kPartOfABlock{"CAudio", 646};
 
 void SetBuffers(ACMSTREAMHEADER& header, char* source, unsigned long sourceSize, char* destination,
                 unsigned long destinationSize) {
@@ -40,10 +46,11 @@ void CAudio::InitStreamHeaders() {
 }
 
 void CAudio::InitStreamHeadersConvert() {
+    if (Mode().buffers != BufferSet::Continuous) return;
     for (int i = 0; i < 2; ++i) {
-        if (m_nMode == MODE_RECORD)
+        if (Mode().transfer == Transfer::ToFile)
             SetBuffers(m_StreamHeader[i], m_pAudio[i], m_ulSizeAudio, m_pCompress[i], m_ulSizeCompress);
-        if (m_nMode == MODE_PLAY)
+        else
             SetBuffers(m_StreamHeader[i], m_pCompress[i], m_ulSizeCompress, m_pAudio[i], m_ulSizeAudio);
     }
 }
@@ -52,32 +59,31 @@ void CAudio::ClearStreamHeadersConvert() {
     for (ACMSTREAMHEADER& header : m_StreamHeader) SetBuffers(header, nullptr, 0, nullptr, 0);
 }
 
-unsigned long CAudio::KeepStreamError(MMRESULT result) {
+unsigned long CAudio::ResultOfStream(MMRESULT result) {
     if (result != 0) SetStreamError(result);
     return result != 0 ? 1 : 0;
 }
 
 unsigned long CAudio::ForEachBuffer(unsigned long (CAudio::*step)(ACMSTREAMHEADER*)) {
-    if (m_nMode == MODE_PLAY_STEP) return (this->*step)(&m_StreamHeaderStep);
-    if (m_nMode != MODE_RECORD && m_nMode != MODE_PLAY) return 1;
-    const unsigned long failed = (this->*step)(&m_StreamHeader[0]);
-    return (this->*step)(&m_StreamHeader[1]) | failed;
+    return tessel::ForEachOf(Mode().buffers, m_StreamHeader, m_StreamHeaderStep,
+                             [&](ACMSTREAMHEADER* header) { return (this->*step)(header); });
 }
 
 unsigned long CAudio::OpenStream() {
     if (!m_bConvert) return 0;
     if (m_hStream != nullptr) return 1; // GUARD-108
-    if (m_nMode < MODE_RECORD || m_nMode > MODE_PLAY_STEP) return 1;
-    WAVEFORMATEX* const source = m_nMode == MODE_RECORD ? &m_FormatPCM : &m_FormatGSM.wfx;
-    WAVEFORMATEX* const destination = m_nMode == MODE_RECORD ? &m_FormatGSM.wfx : &m_FormatPCM;
-    return KeepStreamError(acmStreamOpen(&m_hStream, nullptr, source, destination, nullptr, 0, 0, 0));
+    if (Mode().transfer == Transfer::None) return 1;
+    WAVEFORMATEX* source = &m_FormatGSM.wfx;
+    WAVEFORMATEX* destination = &m_FormatPCM;
+    if (Mode().transfer == Transfer::ToFile) std::swap(source, destination);
+    return ResultOfStream(acmStreamOpen(&m_hStream, nullptr, source, destination, nullptr, 0, 0, 0));
 }
 
 unsigned long CAudio::CloseStream() {
     if (!m_bConvert || m_hStream == nullptr) return 0;
     const HACMSTREAM stream = m_hStream;
     m_hStream = nullptr;
-    return KeepStreamError(acmStreamClose(stream, 0));
+    return ResultOfStream(acmStreamClose(stream, 0));
 }
 
 unsigned long CAudio::PrepareStreamHeaders() {
@@ -85,7 +91,7 @@ unsigned long CAudio::PrepareStreamHeaders() {
 }
 
 unsigned long CAudio::PrepareStreamHeader(ACMSTREAMHEADER* header) {
-    return m_bConvert ? KeepStreamError(acmStreamPrepareHeader(m_hStream, header, 0)) : 0;
+    return m_bConvert ? ResultOfStream(acmStreamPrepareHeader(m_hStream, header, 0)) : 0;
 }
 
 unsigned long CAudio::UnprepareStreamHeaders() {
@@ -98,12 +104,12 @@ unsigned long CAudio::UnprepareStreamHeader(ACMSTREAMHEADER* header) {
     if (!m_bConvert) return 0;
     if (header == nullptr) return 1; // GUARD-09
     if ((header->fdwStatus & ACMSTREAMHEADER_STATUSF_PREPARED) == 0) return 0;
-    return KeepStreamError(acmStreamUnprepareHeader(m_hStream, header, 0));
+    return ResultOfStream(acmStreamUnprepareHeader(m_hStream, header, 0));
 }
 
 unsigned long CAudio::CompressBuffers() {
     if (!m_bConvert) return 0;
-    return m_nMode == MODE_RECORD ? ForEachBuffer(&CAudio::CompressBuffer) : 1;
+    return Mode().transfer == Transfer::ToFile ? ForEachBuffer(&CAudio::CompressBuffer) : 1;
 }
 
 unsigned long CAudio::CompressBuffer(ACMSTREAMHEADER* header) {
@@ -112,7 +118,7 @@ unsigned long CAudio::CompressBuffer(ACMSTREAMHEADER* header) {
 
 unsigned long CAudio::UncompressBuffers() {
     if (!m_bConvert) return 0;
-    return m_nMode != MODE_RECORD ? ForEachBuffer(&CAudio::UncompressBuffer) : 1;
+    return Mode().transfer == Transfer::FromFile ? ForEachBuffer(&CAudio::UncompressBuffer) : 1;
 }
 
 unsigned long CAudio::UncompressBuffer(ACMSTREAMHEADER* header) {
@@ -120,7 +126,7 @@ unsigned long CAudio::UncompressBuffer(ACMSTREAMHEADER* header) {
 }
 
 unsigned long CAudio::ConvertBuffer(ACMSTREAMHEADER* header) {
-    return m_bConvert ? KeepStreamError(acmStreamConvert(m_hStream, header, ACM_STREAMCONVERTF_BLOCKALIGN)) : 0;
+    return m_bConvert ? ResultOfStream(acmStreamConvert(m_hStream, header, ACM_STREAMCONVERTF_BLOCKALIGN)) : 0;
 }
 
 void CAudio::SetCompressUse(ACMSTREAMHEADER* header, unsigned long dwUse) {
@@ -131,7 +137,7 @@ void CAudio::SetCompressUse(ACMSTREAMHEADER* header, unsigned long dwUse) {
 }
 
 void CAudio::SetUncompressUse(ACMSTREAMHEADER* header, unsigned long dwUse) {
-    tessel::ReportUnless(dwUse % m_ulBlockCompress == 0, "(dwUse % m_ulBlockCompress) == 0", "CAudio", 646);
+    tessel::ReportUnless(dwUse % m_ulBlockCompress == 0, "(dwUse % m_ulBlockCompress) == 0", kPartOfABlock);
     if (header == nullptr) return; // GUARD-09
     const unsigned long use = FillUp(*header, dwUse);
     header->dwSrcUser = use;

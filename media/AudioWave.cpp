@@ -9,6 +9,8 @@
 
 namespace {
 
+constexpr tessel::ReportSite kPartOfABlock{"CAudio", 1287};
+
 constexpr ULONGLONG kChunkHead = 8;             // identifier and length
 constexpr ULONGLONG kRiffHead = kChunkHead + 4; // and the form type
 
@@ -79,7 +81,7 @@ unsigned long CAudio::CreateWAV(const wchar_t* path, const char* data, unsigned 
     if (data == nullptr || size == 0) return 0;
     const bool gsm = bCompressed != 0;
     const unsigned long align = gsm ? tessel::kFormatGSM.wfx.nBlockAlign : tessel::kFormatPCM.nBlockAlign;
-    tessel::ReportUnless(size % align == 0, "(ulSizeAudio % ulBlockAlign) == 0", "CAudio", 1287);
+    tessel::ReportUnless(size % align == 0, "(ulSizeAudio % ulBlockAlign) == 0", kPartOfABlock);
     if (size % align != 0) return 1;
     if (path == nullptr || size > LONG_MAX) return 1; // GUARD-107: such a size counts as negative
     const unsigned int samples = size / align * (gsm ? tessel::kFormatGSM.wSamplesPerBlock : 1);

@@ -9,31 +9,20 @@
 #include <malloc.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <memory>
 
-struct CAviFileLayout {
-    static_assert(offsetof(CAviFile, m_pFile) == sizeof(void*));
-    static_assert(offsetof(CAviFile, m_pStream) == 2 * sizeof(void*));
-    static_assert(offsetof(CAviFile, m_pCompressed) == 3 * sizeof(void*));
-    static_assert(offsetof(CAviFile, m_pHeader) == 4 * sizeof(void*));
-    static_assert(offsetof(CAviFile, m_pPixels) == 5 * sizeof(void*));
-    static_assert(offsetof(CAviFile, m_pFrame) == 6 * sizeof(void*));
-    static_assert(offsetof(CAviFile, m_iHeight) == 7 * sizeof(void*));
-    static_assert(offsetof(CAviFile, m_iWidth) == 7 * sizeof(void*) + 4);
-};
-
 namespace {
 
+constexpr tessel::ReportSite kOtherSize{"AviFile", 184};
 constexpr unsigned long kRefused = static_cast<unsigned long>(-1);
 constexpr unsigned int kColours = 256;
 constexpr DWORD kMillisecondRate = 1000;
 constexpr DWORD kBestQuality = 10000;
-constexpr DWORD kPerCent = 100;
+constexpr DWORD kQualityPerCent = 100;
 constexpr DWORD kCodecParameter = 75;
 
 /// What the header buffer begins with; the pixels follow.
@@ -108,7 +97,7 @@ unsigned long MakeCompressed(IAVIStream* stream, bool runLength, int quality, Ow
     DWORD parameter = kCodecParameter;
     AVICOMPRESSOPTIONS options{};
     options.fccHandler = runLength ? mmioFOURCC('M', 'R', 'L', 'E') : mmioFOURCC('M', 'S', 'V', 'C');
-    options.dwQuality = runLength ? kBestQuality : static_cast<DWORD>(quality) * kPerCent;
+    options.dwQuality = runLength ? kBestQuality : static_cast<DWORD>(quality) * kQualityPerCent;
     options.dwFlags = AVICOMPRESSF_VALID;
     options.lpParms = &parameter;
     options.cbParms = sizeof parameter;
@@ -198,7 +187,7 @@ void CAviFile::Close() {
     (void)AVIFileRelease(closing); // it returns a count of references
     AVIFileExit();
     // GUARD-252: the system does not report that the disk was full
-    tessel::ReportUnless(tessel::CheckMovie(closing), "!\"The file is not whole\"", "AviFile", __LINE__);
+    tessel::ReportUnless(tessel::CheckMovie(closing), "!\"The file is not whole\"", {"AviFile", __LINE__});
 }
 
 // GUARD-143: also before another stream is made: a codec would read images of the earlier size from the new buffer.
@@ -296,7 +285,7 @@ unsigned long CAviFile::WriteFrame(long position, unsigned char* pixels, unsigne
     if (!CanWrite()) return kRefused;
     const auto width = static_cast<unsigned long>(m_iWidth);
     const auto height = static_cast<unsigned long>(m_iHeight);
-    tessel::ReportUnless(size == width * height, "Size == (ULONG)(Width * Height)", "AviFile", 184);
+    tessel::ReportUnless(size == width * height, "Size == (ULONG)(Width * Height)", kOtherSize);
     if (pixels == nullptr) return kRefused; // GUARD-09
     // GUARD-146: a smaller image has fewer rows; its last one would be looked for behind its end
     for (unsigned long row = std::min(size / width, height); row-- > 0;) {

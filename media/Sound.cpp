@@ -5,17 +5,7 @@
 #include <tessel/media/sound.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <iterator>
-
-struct CSoundLayout {
-    static constexpr bool kOn32Bits = sizeof(void*) == 4;
-    static_assert(offsetof(CSound, m_bDefaults) == sizeof(void*));
-    static_assert(!kOn32Bits || offsetof(CSound, m_pImage) == 8);
-    static_assert(!kOn32Bits || offsetof(CSound, mhMixer) == 12);
-    static_assert(!kOn32Bits || offsetof(CSound, m_hWnd) == 16);
-    static_assert(!kOn32Bits || sizeof(CSound) == 20);
-};
 
 unsigned long CSound::mWaveInVolCtrlId = INVALID_CONTROLID;
 unsigned long CSound::mWaveInMuteCtrlId = INVALID_CONTROLID;
@@ -39,6 +29,9 @@ const wchar_t* CSound::mWave = L"Wave";
 
 namespace {
 
+constexpr tessel::ReportSite kNotOpened{"CSound", 88};
+constexpr tessel::ReportSite kNotClosed{"CSound", 107};
+constexpr tessel::ReportSite kNotInitialised{"CSound", 129};
 constexpr unsigned long kLevelStep = 2048;
 constexpr unsigned long kHighestLevel = 32;
 
@@ -78,12 +71,12 @@ unsigned long InBalance(unsigned long value, unsigned long channel, unsigned lon
     return static_cast<unsigned long>(std::uint64_t{value} * channel / louder);
 }
 
-unsigned long Reported(unsigned long status, unsigned int line) {
-    tessel::ReportUnless(status == STATUS_OK, "Status == STATUS_OK", "CSound", line);
+unsigned long ReportFailure(unsigned long status, const tessel::ReportSite& site) {
+    tessel::ReportUnless(status == STATUS_OK, "Status == STATUS_OK", site);
     return status;
 }
 
-void DiscoverAnew(CSound& sound) {
+void Rediscover(CSound& sound) {
     CSound::mMaster = L"Master";
     CSound::mLine = L"Line";
     CSound::mMicrophone = L"Microphone";
@@ -132,14 +125,14 @@ unsigned long CSound::Open() {
     const MMRESULT result = mixerOpen(&mixer, 0, reinterpret_cast<DWORD_PTR>(m_hWnd), 0,
                                       m_hWnd != nullptr ? CALLBACK_WINDOW : CALLBACK_NULL);
     if (result == MMSYSERR_NOERROR) mhMixer = mixer;
-    return Reported(result, 88);
+    return ReportFailure(result, kNotOpened);
 }
 
 unsigned long CSound::Close() {
     HMIXER const closing = mhMixer;
     mhMixer = nullptr;
     if (closing == nullptr || !tessel::RemoveOwner(closing)) return STATUS_OK;
-    return Reported(mixerClose(closing), 107);
+    return ReportFailure(mixerClose(closing), kNotClosed);
 }
 
 unsigned long CSound::Initialize() {
@@ -148,7 +141,7 @@ unsigned long CSound::Initialize() {
     if (status == STATUS_OK) status = InitMixerLineOut();
     if (status == STATUS_OK && m_bDefaults != 0) status = ApplyDefaults();
     if (status == STATUS_OK) m_bInit = 1;
-    return Reported(status, 129);
+    return ReportFailure(status, kNotInitialised);
 }
 
 unsigned long CSound::ApplyDefaults() {
@@ -212,9 +205,9 @@ unsigned long CSound::SetRecordLevel(SOUND_DEVICE device, unsigned long level) {
 }
 
 CSoundPort::CSoundPort(HWND hwnd) : CSound(hwnd, 1) {
-    DiscoverAnew(*this);
+    Rediscover(*this);
 }
 
 CSoundViewer::CSoundViewer(HWND hwnd) : CSound(hwnd, 0) {
-    DiscoverAnew(*this);
+    Rediscover(*this);
 }

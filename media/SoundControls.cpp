@@ -4,9 +4,12 @@
 
 namespace {
 
+constexpr tessel::ReportSite kNoMixer{"CSound", 514};
+constexpr tessel::ReportSite kNoControl{"CSound", 515};
+
 void ReportUnusable(HMIXER mixer, unsigned long id) {
-    tessel::ReportUnless(mixer != nullptr, "mhMixer", "CSound", 514);
-    tessel::ReportUnless(id != CSound::INVALID_CONTROLID, "ControlId != INVALID_CONTROLID", "CSound", 515);
+    tessel::ReportUnless(mixer != nullptr, "mhMixer", kNoMixer);
+    tessel::ReportUnless(id != CSound::INVALID_CONTROLID, "ControlId != INVALID_CONTROLID", kNoControl);
 }
 
 /// Describes one value for each of the channels.

@@ -1,3 +1,4 @@
+#include <foundation/Handle.h>
 #include <foundation/SharedOwners.h>
 #include <foundation/SlimLock.h>
 #include <media/SoundImage.h>
@@ -103,12 +104,11 @@ std::unique_ptr<unsigned char[]> ReadAll(HANDLE file, std::size_t& size) {
 
 unsigned char* tessel::ReadSoundImage(const wchar_t* path) {
     if (path == nullptr) return nullptr; // GUARD-09
-    HANDLE const file =
-        CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return nullptr;
+    const Handle file(
+        CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) return nullptr;
     std::size_t size = 0;
-    std::unique_ptr<unsigned char[]> image = ReadAll(file, size);
-    (void)CloseHandle(file); // just opened
+    std::unique_ptr<unsigned char[]> image = ReadAll(file.Get(), size);
     // GUARD-132: the system would read behind the bytes of a file that is not whole.
     return image != nullptr && StaysInside({image.get(), size}) ? image.release() : nullptr;
 }

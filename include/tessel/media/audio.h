@@ -2,6 +2,10 @@
 
 #include <tessel/media/waveformat.h>
 
+namespace tessel {
+struct AudioMode;
+}
+
 /// How far a run has come, in PCM bytes.
 struct AUDIO_TIME {
     unsigned long ulPosition; ///< base and what the device reports, at most the limit, in whole blocks of 0.2 s
@@ -493,14 +497,14 @@ private:
     friend struct CAudioLayout;
 
     HANDLE OpenPath(unsigned long access, unsigned long disposition);
-    unsigned long KeepFileError(bool succeeded);
-    unsigned long KeepStreamError(MMRESULT result);
-    unsigned long KeepWaveError(MMRESULT result);
+    unsigned long ResultOfFile(bool succeeded);
+    unsigned long ResultOfStream(MMRESULT result);
+    unsigned long ResultOfWave(MMRESULT result);
+    const tessel::AudioMode& Mode() const;
     unsigned long ForEachBuffer(unsigned long (CAudio::*step)(ACMSTREAMHEADER*));
     unsigned long ForEachBuffer(unsigned long (CAudio::*step)(WAVEHDR*));
     unsigned long ConvertBuffer(ACMSTREAMHEADER* header);
     ACMSTREAMHEADER* StreamHeaderOf(const WAVEHDR* header);
-    unsigned long OpenOutput();
     unsigned long GetDevicePosition(unsigned long& bytes);
     unsigned long RecordedByPosition() const;
     unsigned long StoreRecorded(WAVEHDR* header);
@@ -508,7 +512,7 @@ private:
     unsigned long FileBytesPerSecond() const;
     unsigned long StartOutput();
     void FinishRun();
-    void LeaveRunToOther();
+    void DetachFromRun();
     void UseOwnBuffers();
-    void LetGo();
+    void EndEveryRun();
 };

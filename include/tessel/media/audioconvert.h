@@ -109,7 +109,7 @@ private:
     }
     unsigned long CountChunks(unsigned long sourceSize) const;
     unsigned long long InBlocks(unsigned long sourceSize) const;
-    unsigned long Told(unsigned int error);
+    unsigned long ResultOfStream(unsigned int error);
     void ConvertChunks(char* source, unsigned long sourceSize, char* destination, unsigned long room);
     void ConvertChunk(char* source, unsigned long sourceSize, char* destination, unsigned long room);
 
