@@ -8,15 +8,15 @@
 
 namespace tessel {
 
-// They exist from before the entry point runs on attach until after it has run on detach, and are
-// constructed in this order. Unless something else is said they are unnamed, so no other process shares them.
+// They are constructed in this order before the entry point runs on attach, and destroyed after it has run on detach.
+// Except where stated they are unnamed, so no other process shares them.
 CMutex errorModeMutex;
 CThreadLock brushTableLock;
 BrushTable brushTable;
 
 } // namespace tessel
 
-// At unload the map goes without the records of list boxes that are still registered.
+// At unload the map is destroyed without the records of list boxes that are still registered.
 CMap<HWND, hWndStore*, FormatSysMsg::WindowHash> FormatSysMsg::ListBoxMoveMap(17);
 CSemaphore FormatSysMsg::ListBoxLock(nullptr, 1, 1);
 
@@ -32,5 +32,5 @@ COCuid COCuid::oInit;
 CMutex CNtService::mHandleMutex;
 
 CArray<CSwFile, CSwFile> CSwVersion::mSwFileTable;
-// ODD-190: the one lock here with a name; all processes share it, although each has a table of its own.
+// ODD-190: the only named lock here; all processes share it, although each has its own table.
 CThreadLock CSwVersion::mRefLock(L"CSwVersionRefLock");

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <vector>
 
-/// Something that the programs of a workstation do all day, in rounds: one of these for each, at namespace scope.
+/// One kind of work that the programs of a workstation do all day, in rounds; each is an object at namespace scope.
 struct Subject {
     using Round = void (*)();
     Subject(const char* subjectName, Round oneRound) : name(subjectName), round(oneRound) { All().push_back(*this); }
@@ -17,8 +17,8 @@ struct Subject {
     Round round;
 };
 
-/// Ends the run when something is not as it must be.
-/// @param what  what must be
+/// Ends the run if a condition does not hold.
+/// @param what  describes the condition
 inline void Require(bool condition, const char* what) {
     if (!condition) throw std::runtime_error(what);
 }

@@ -67,7 +67,7 @@ void ReadVersions() {
     CSwVersion::RemoveTable();
 }
 
-/// A program that ends when it is watched.
+/// A program that ends once it is watched.
 int Leave(const std::vector<std::string>&) {
     return CEvent(L"Tessel soak program", 1).WaitOnEvent(10000) == 0 ? 7 : 1;
 }
@@ -81,7 +81,7 @@ void Launch() {
     const unsigned long id = command.Execute();
     Require(id != 0, "a program is started");
     const HANDLE process = OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, FALSE, id);
-    started.SetEvent(); // until then it is there
+    started.SetEvent(); // it runs until then
     DWORD code = 0;
     const bool ended = WaitForSingleObject(process, 10000) == WAIT_OBJECT_0 && GetExitCodeProcess(process, &code);
     CloseHandle(process);
@@ -94,7 +94,7 @@ void AskForServices() {
 
 void AskForProcessor() {
     wchar_t name[64] = L"";
-    // On a thread of its own, as windows have made COM single-threaded on this one.
+    // On another thread, because windows have made COM single-threaded on this one.
     std::thread([&name] { CProcessor().GetName(name, 64); }).join();
     Require(name[0] != L'\0', "the processor has a name");
 }

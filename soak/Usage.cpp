@@ -32,7 +32,7 @@ long long AllocatedIn(HANDLE heap) {
 }
 
 long long HeapBytes() {
-    static std::vector<HANDLE> heaps(256); // one vector for all calls: it lies in a heap itself
+    static std::vector<HANDLE> heaps(256); // one vector for all calls, because it uses a heap itself
     const DWORD count = GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data());
     long long bytes = 0;
     for (DWORD i = 0; i < count && i < heaps.size(); ++i) bytes += AllocatedIn(heaps[i]);

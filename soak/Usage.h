@@ -2,13 +2,13 @@
 
 #include <array>
 
-/// What a process holds of the system's.
+/// System resources that a process holds.
 enum USAGE : unsigned int {
-    HANDLES,       ///< handles of the kernel
-    THREADS,       ///< its threads
-    OBJECTS,       ///< windows, menus, brushes and other objects of the user interface
-    HEAP_BYTES,    ///< bytes that are allocated in its heaps
-    ADDRESS_SPACE, ///< bytes of its addresses that are in use
+    HANDLES,       ///< kernel handles
+    THREADS,       ///< threads
+    OBJECTS,       ///< windows, menus, brushes and other user-interface objects
+    HEAP_BYTES,    ///< bytes allocated in its heaps
+    ADDRESS_SPACE, ///< bytes of address space in use
     USAGE_COUNT
 };
 using Usage = std::array<long long, USAGE_COUNT>;

@@ -16,8 +16,8 @@ namespace fs = std::filesystem;
 
 constexpr unsigned long long kSliceMs = 200;
 
-/// How much more a process may hold at the end than after everything was done for the first time. Windows keeps
-/// things for later, too: a leak shows in that it grows with the rounds, and there are hundreds of each.
+/// How much more a process may hold at the end than after the first round. Windows caches things, too: a leak is what
+/// grows with the rounds, of which there are hundreds.
 constexpr Usage kLimits = {32, 8, 64, 128 * 1024, 16 * 1024 * 1024};
 
 struct Course {
@@ -42,7 +42,7 @@ void RunSlice(Course& course) {
     for (unsigned int i = 0; i < USAGE_COUNT; ++i) course.grown[i] += grown[i];
 }
 
-/// @return whether all rounds ended as they must
+/// @return whether all rounds succeeded
 bool RunAll(std::vector<Course>& courses) {
     for (Course& course : courses) {
         try {

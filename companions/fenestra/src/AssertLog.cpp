@@ -6,7 +6,7 @@
 
 namespace {
 
-// A lock that needs no construction: reports may come while other DLLs are still being set up.
+// A lock that needs no construction: reports may arrive while other DLLs are still initialising.
 SRWLOCK lock = SRWLOCK_INIT;
 WND_ASSERT_RECORD ring[WND_ASSERT_RING_SIZE];
 unsigned long reported = 0;
@@ -57,7 +57,7 @@ void TellDebugger(const WND_ASSERT_RECORD& record) {
 } // namespace
 
 void WndLogAssert(const char* expression, const char* file, unsigned int line) {
-    const DWORD lastError = GetLastError(); // a report must not change what its reporter is about to read
+    const DWORD lastError = GetLastError(); // a report must not change an error that its caller is about to read
     WND_ASSERT_RECORD record = MakeRecord(expression, file, line);
     const Sink sink = Keep(record);
     TellDebugger(record);

@@ -10,7 +10,7 @@
 
 #include <cstddef>
 
-/// What the Audio Compression Manager says to its drivers: numbers and records that only the driver kit's header has.
+/// The driver interface of the Audio Compression Manager: messages and records that only the driver kit's header has.
 namespace tesselgsm {
 
 constexpr UINT kDriverDetails = ACMDM_BASE + 10;
@@ -22,8 +22,8 @@ constexpr UINT kStreamClose = ACMDM_BASE + 77;
 constexpr UINT kStreamSize = ACMDM_BASE + 78;
 constexpr UINT kStreamConvert = ACMDM_BASE + 79;
 
-// Laid out as Wine does, where records with pointers are padded. Windows does not pad them, which makes a difference
-// for 64-bit programs only: their records are shorter there, and the driver refuses them.
+// Laid out as in Wine, where records with pointers are padded. Windows does not pad them, which matters only to 64-bit
+// programs: their records are shorter there, and the driver refuses them.
 
 /// With DRV_OPEN.
 struct OpenDescription {
@@ -34,7 +34,7 @@ struct OpenDescription {
 /// With kFormatSuggest.
 struct FormatSuggestion {
     DWORD size;
-    DWORD restrictions; ///< ACM_FORMATSUGGESTF_*: members of the destination that are given
+    DWORD restrictions; ///< ACM_FORMATSUGGESTF_*: which members of the destination are set
     const WAVEFORMATEX* source;
     DWORD sourceSize;
     WAVEFORMATEX* destination;
@@ -58,14 +58,14 @@ struct StreamInstance {
 /// With kStreamSize.
 struct StreamSizes {
     DWORD size;
-    DWORD flags; ///< ACM_STREAMSIZEF_*: which one is given
+    DWORD flags; ///< ACM_STREAMSIZEF_*: which one is set
     DWORD source;
     DWORD destination;
 };
 
 #pragma pack(push, 1)
 
-/// With kStreamConvert: what the program's ACMSTREAMHEADER says, unpadded like that one, and what follows it.
+/// With kStreamConvert: the contents of the program's ACMSTREAMHEADER, unpadded like it, and what follows.
 struct StreamHeader {
     DWORD size;
     DWORD status;

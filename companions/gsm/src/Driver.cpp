@@ -77,7 +77,7 @@ MMRESULT OpenStream(LPARAM record, LPARAM /*unused*/) {
     return MMSYSERR_NOERROR;
 }
 
-// Wine closes what was only asked for, too.
+// Wine also closes streams that were only queried.
 MMRESULT CloseStream(LPARAM record, LPARAM /*unused*/) {
     const GsmStream* const stream = StreamOf(record);
     if (stream == nullptr) return MMSYSERR_NOERROR;
@@ -95,7 +95,7 @@ MMRESULT ConvertStream(LPARAM record, LPARAM header) {
     return StreamOf(record)->Convert(*reinterpret_cast<StreamHeader*>(header));
 }
 
-// What is not here is left to the manager, which prepares the buffers of a stream without its driver.
+// The rest is left to the manager, which prepares a stream's buffers without the driver.
 constexpr struct {
     UINT message;
     MMRESULT (*answer)(LPARAM, LPARAM);
@@ -112,7 +112,7 @@ MMRESULT AnswerManager(UINT message, LPARAM first, LPARAM second) {
     return MMSYSERR_NOTSUPPORTED;
 }
 
-/// @param description  null where the driver as such is opened
+/// @param description  null when the driver itself is opened
 BOOL OpenDriver(const OpenDescription* description) {
     return description == nullptr || description->type == ACMDRIVERDETAILS_FCCTYPE_AUDIOCODEC;
 }
@@ -147,7 +147,7 @@ MMRESULT AddDriver() {
     return acmDriverAddW(&installation.id, self, procedure, 0, ACM_DRIVERADDF_FUNCTION);
 }
 
-// Asked for it, Wine would remove a driver from under its streams.
+// On request, Wine would remove a driver whose streams are still open.
 MMRESULT RemoveDriver() {
     return installation.streams == 0 ? acmDriverRemove(installation.id, 0) : ACMERR_BUSY;
 }

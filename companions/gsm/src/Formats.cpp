@@ -17,7 +17,7 @@ struct KnownFormat {
     const wchar_t* name;
 };
 
-// The manager names PCM formats itself.
+// The manager supplies the names of PCM formats.
 constexpr KnownFormat kKnown[] = {
     {Format::Pcm, &kPcm8, sizeof(PCMWAVEFORMAT), L"", L""},
     {Format::Gsm, &kGsm.wfx, sizeof(GSM610WAVEFORMAT), L"GSM 6.10", L"8.000 kHz, Mono"},
@@ -51,7 +51,7 @@ void Write(const KnownFormat& known, WAVEFORMATEX* format, DWORD room) {
     std::memcpy(format, known.record, std::min(room, whole));
 }
 
-/// Whether a format agrees in those members that are given.
+/// Whether a format matches in the members that are set.
 bool Meets(const WAVEFORMATEX& format, const WAVEFORMATEX& wanted, DWORD given) {
     const auto holds = [given](DWORD flag, bool equal) { return (given & flag) == 0 || equal; };
     return holds(ACM_FORMATSUGGESTF_WFORMATTAG, format.wFormatTag == wanted.wFormatTag) &&

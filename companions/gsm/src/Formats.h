@@ -14,13 +14,13 @@ constexpr GSM610WAVEFORMAT kGsm = {{WAVE_FORMAT_GSM610, 1, 8000, 1625, kBytesPer
 /// The driver's two formats.
 enum class Format { None, Pcm, Gsm };
 
-/// @param size  bytes at the format; a PCM format may come without its cbSize
+/// @param size  size of the format in bytes; a PCM format may lack cbSize
 Format Recognise(const WAVEFORMATEX& format, DWORD size);
 
-/// Recognises a format that has its whole length.
+/// Recognises a complete format.
 Format Recognise(const WAVEFORMATEX& format);
 
-/// What a format is converted to.
+/// The format that a format is converted to.
 Format Counterpart(Format format);
 
 /// Answers to the messages about formats, as an MMRESULT.

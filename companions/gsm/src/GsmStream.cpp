@@ -11,7 +11,7 @@ std::int16_t Widen(BYTE sample) {
     return static_cast<std::int16_t>((sample - 128) * 256);
 }
 
-// To the nearest: cutting off would shift all sound down by half a step.
+// To nearest: truncating would shift all sound down by half a step.
 BYTE Narrow(std::int16_t sample) {
     return static_cast<BYTE>(std::min((sample + 32768 + 128) / 256, 255));
 }

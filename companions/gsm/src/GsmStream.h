@@ -4,23 +4,23 @@
 
 namespace tesselgsm {
 
-/// A stream between 8-bit PCM and GSM 6.10: between the program's buffers and those of the system's codec.
-/// One thread at a time.
+/// A stream between 8-bit PCM and GSM 6.10 that connects the program's buffers with the system's codec. One thread at a
+/// time.
 class GsmStream {
 public:
     GsmStream(HACMDRIVERID codec, bool compress) : m_compress(compress), m_codec(codec, compress) {}
 
-    /// How opening the system's codec went.
+    /// The result of opening the system's codec.
     MMRESULT Result() const { return m_codec.Result(); }
 
-    /// Converts as many blocks as the source has and the destination has room for, and writes down how much that was.
-    /// Without ACM_STREAMCONVERTF_BLOCKALIGN a last piece of PCM becomes a block, filled up with silence.
-    /// ACM_STREAMCONVERTF_START forgets the sound before it; nothing is held back for ACM_STREAMCONVERTF_END.
+    /// Converts as many blocks as the source contains and the destination can hold, and records how much that was.
+    /// Without ACM_STREAMCONVERTF_BLOCKALIGN an incomplete last block of PCM is padded with silence.
+    /// ACM_STREAMCONVERTF_START discards the state; ACM_STREAMCONVERTF_END has nothing left to deliver.
     MMRESULT Convert(StreamHeader& header);
 
-    /// Fills in the length that is not given: room for all of the source, a last piece included, or the longest source
-    /// that is sure to find room.
-    /// @return ACMERR_NOTPOSSIBLE for lengths that give no block or do not fit into 32 bits
+    /// Computes the missing length: the destination size for the whole source, an incomplete last block included, or
+    /// the longest source that is certain to fit.
+    /// @return ACMERR_NOTPOSSIBLE for lengths of less than a block or above 32 bits
     MMRESULT Size(StreamSizes& sizes) const;
 
 private:

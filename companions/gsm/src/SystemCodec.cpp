@@ -32,7 +32,7 @@ void CodecStream::Open() {
 }
 
 MMRESULT CodecStream::OpenStream() {
-    // Copies, as the manager does not promise to leave them alone.
+    // Copies, because the manager does not promise to leave them unchanged.
     WAVEFORMATEX pcm = kPcm16;
     GSM610WAVEFORMAT gsm = kGsm;
     return m_compress ? acmStreamOpen(&m_stream, m_driver, &pcm, &gsm.wfx, nullptr, 0, 0, 0)
@@ -52,7 +52,7 @@ MMRESULT CodecStream::PrepareHeader() {
 
 // Nothing is left to do about a failure.
 void CodecStream::Close() {
-    // The lengths are those that it was prepared with.
+    // The same lengths as for preparing.
     m_header.cbSrcLength = kBlocks * (m_compress ? kSampleBytesPerBlock : kBytesPerBlock);
     if ((m_header.fdwStatus & ACMSTREAMHEADER_STATUSF_PREPARED) != 0) {
         (void)acmStreamUnprepareHeader(m_stream, &m_header, 0);

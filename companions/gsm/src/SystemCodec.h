@@ -7,15 +7,15 @@
 
 namespace tesselgsm {
 
-/// Looks among the drivers of the process for one that converts 16-bit PCM to GSM 6.10.
+/// Searches the process's drivers for one that converts 16-bit PCM to GSM 6.10.
 /// @return null when there is none
 HACMDRIVERID FindSystemCodec();
 
-/// A stream of the system's codec between its two buffers, for as long as the object lives. It is opened by its
-/// driver, so that the manager does not look for one and come back to this one.
+/// A stream of the system's codec between two buffers, for the object's lifetime. It is opened with a specific driver,
+/// so that the manager does not search for one and come back to ours.
 class CodecStream {
 public:
-    static constexpr DWORD kBlocks = 25; ///< room of the buffers: a second
+    static constexpr DWORD kBlocks = 25; ///< size of the buffers: one second
 
     /// @param compress  from 16-bit PCM to GSM 6.10; otherwise back
     CodecStream(HACMDRIVERID codec, bool compress);
@@ -23,13 +23,13 @@ public:
     CodecStream(const CodecStream&) = delete;
     CodecStream& operator=(const CodecStream&) = delete;
 
-    /// How opening went.
+    /// The result of opening.
     MMRESULT Result() const { return m_result; }
 
-    /// Opens anew: the next sound owes nothing to what was before it.
+    /// Reopens the stream, so that earlier sound does not affect the next.
     MMRESULT Restart();
 
-    /// Converts so many blocks from one buffer to the other.
+    /// Converts a number of blocks from one buffer to the other.
     MMRESULT Convert(DWORD blocks);
 
     std::int16_t* Samples() { return m_samples.data(); }

@@ -2,8 +2,8 @@
 
 #include <facet/export.h>
 
-/// Position of a colour in COrcaPalette, 0 to 255. Only some positions have names; the others are reached by
-/// arithmetic on the first one of their range.
+/// Index of a colour in COrcaPalette, 0 to 255. Only some have names; compute the others from the first one of their
+/// range.
 enum COLOR_IDX : unsigned int {
     CI_BLACK = 0,        ///< 0, 0, 0; the first of the 16 standard colours
     CI_MAROON = 1,       ///< 128, 0, 0
@@ -22,7 +22,7 @@ enum COLOR_IDX : unsigned int {
     CI_AQUA = 14,        ///< 0, 255, 255
     CI_WHITE = 15,       ///< 255, 255, 255; the last of the 16 standard colours
     CI_INTERFACE = 16,   ///< the first of 16 muted colours for the user interface, dark to light
-    CI_TRANSPARENT = 30, ///< among them: stands for no painting; its colour is that of CI_SILVER
+    CI_TRANSPARENT = 30, ///< one of these: stands for no painting; its colour is that of CI_SILVER
     CI_GREY_RAMP = 32,   ///< the first of 64 even steps of grey from black to white: step i is 255 * i / 63
     CI_CUBE = 96,        ///< the first of 144 colours: 96 + 24 * red + 4 * green + blue, with red and green from
                          ///< 0 to 5 in steps of 51 and blue from 0 to 3 in steps of 85
@@ -30,35 +30,35 @@ enum COLOR_IDX : unsigned int {
     CI_COUNT = 256       ///< number of colours
 };
 
-/// The workstation's palette of 256 colours: a fixed table, and a system palette made of it.
+/// The workstation's palette of 256 colours: a fixed table, and a system palette created from it.
 ///
-/// The palette's handle is the first thing in the object; there is no virtual operation in front of it.
-/// Every object owns a handle of its own, copies too, and deletes it; it must then not be selected anywhere.
-/// Threads: any thread may read; a handle is best used by one thread at a time.
+/// The palette handle is the object's first member; the class has no virtual function table before it.
+/// Each object, copies included, owns its own handle and deletes it; by then it must not be selected anywhere.
+/// Threads: any thread may read; use a handle on one thread at a time.
 class FACET_API COrcaPalette {
 public:
     /// Creates the system palette; the handle is null when that fails.
     COrcaPalette();
 
-    /// Creates another system palette of the same colours.
-    /// @param other  the palette to be like
+    /// Creates another system palette with the same colours.
+    /// @param other  the palette to copy
     COrcaPalette(const COrcaPalette& other);
 
-    /// Keeps its own system palette, for all have the same colours.
-    /// @param other  the palette to be like
+    /// Keeps its own system palette, because all have the same colours.
+    /// @param other  the palette to copy
     /// @return this object
     COrcaPalette& operator=(const COrcaPalette& other);
 
     /// Deletes the system palette.
     ~COrcaPalette();
 
-    /// A colour by its position.
+    /// Returns a colour by its index.
     /// @param index  0 to 255
-    /// @return the RGB value; black (0) for any other position
+    /// @return the RGB value; black (0) for any other index
     COLORREF GetColor(COLOR_IDX index) const;
 
-    /// The system palette, still this object's.
-    /// @return the handle; null when it could not be created
+    /// The system palette; this object still owns it.
+    /// @return the handle; null if it could not be created
     HPALETTE GetPalette() const { return m_hPalette; }
 
 private:

@@ -2,8 +2,8 @@
 
 #include <fenestra/export.h>
 
-/// One report of a broken invariant or a misuse, as WndReadAsserts() hands it out.
-/// Texts that are longer than their field are cut; both are always terminated.
+/// One report of a broken invariant or a misuse, as returned by WndReadAsserts().
+/// Texts longer than their field are truncated; both are always terminated.
 struct WND_ASSERT_RECORD {
     /// Position among all reports of the process, counted from 1.
     unsigned long ulNumber;
@@ -19,21 +19,21 @@ struct WND_ASSERT_RECORD {
     char szExpression[256];
 };
 
-/// Reports that the ring keeps; an older one is overwritten.
+/// Number of reports that the ring keeps; older ones are overwritten.
 inline constexpr unsigned long WND_ASSERT_RING_SIZE = 256;
 
 /// Receives each report as it is made, on the reporting thread.
 ///
 /// The reporter may hold locks, the post office's among them: a sink must not call back into
-/// the library that reports. Reports that a sink makes itself are recorded, not handed to it again.
+/// the reporting library. Reports made by the sink itself are recorded but not passed to it.
 /// @param record   the report; valid during the call only
-/// @param context  the pointer that was given to WndSetAssertSink()
+/// @param context  the pointer passed to WndSetAssertSink()
 using WND_ASSERT_SINK = void (*)(const WND_ASSERT_RECORD& record, void* context);
 
 /// Records a broken invariant or a misuse and returns; it never stops the program.
 ///
 /// The report goes to the ring, to the debugger's output and to the sink if there is one.
-/// Any thread may call it at any time, also while DLLs are being loaded.
+/// Any thread may call it at any time, even while DLLs are being loaded.
 /// @param expression  text of what did not hold; null counts as empty
 /// @param file        bare name of the source file; null counts as empty
 /// @param line        source line
@@ -49,9 +49,9 @@ FENESTRA_API unsigned long WndGetAssertCount();
 /// @return reports copied: at most @p maximum, and at most WND_ASSERT_RING_SIZE
 FENESTRA_API unsigned long WndReadAsserts(WND_ASSERT_RECORD* records, unsigned long maximum);
 
-/// Installs the one sink of the process, in place of an earlier one. Any thread.
+/// Installs the sink of the process and replaces an earlier one. Any thread.
 ///
-/// A report under way on another thread may still reach the earlier sink after the return.
+/// A report in progress on another thread may still reach the earlier sink after the return.
 /// @param sink     the function to call; null for none
-/// @param context  handed to the sink unchanged; the caller keeps it alive
+/// @param context  passed to the sink unchanged; the caller keeps it alive
 FENESTRA_API void WndSetAssertSink(WND_ASSERT_SINK sink, void* context);

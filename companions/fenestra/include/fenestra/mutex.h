@@ -2,9 +2,9 @@
 
 #include <fenestra/export.h>
 
-/// What the lock classes share: one kernel object and the wait for it.
+/// Base class of the locks: one kernel object and the wait for it.
 ///
-/// Copies are not made: one object owns one handle and closes it.
+/// Not copyable: each object owns one handle and closes it.
 class FENESTRA_API CSyncObject {
 public:
     CSyncObject(const CSyncObject&) = delete;
@@ -15,12 +15,12 @@ public:
 
     /// Waits for the object. Any thread.
     /// @param timeoutMs  milliseconds; INFINITE waits for ever
-    /// @return true: taken, also from an owner that ended without giving it back;
+    /// @return true: taken, possibly from an owner that ended without releasing it;
     ///         false: time-out or failure (GetLastError())
     virtual bool Lock(unsigned long timeoutMs = INFINITE);
 
-    /// Gives the object back.
-    /// @return true: given back; false: failure (GetLastError())
+    /// Releases the object.
+    /// @return true: released; false: failure (GetLastError())
     virtual bool Unlock() = 0;
 
     /// The kernel object, still owned by this one; null when it could not be created.
@@ -44,7 +44,7 @@ public:
     /// @param name            name shared between processes; null for none
     explicit CMutex(bool initiallyOwned = false, const wchar_t* name = nullptr);
 
-    /// Gives the mutex back; only its owner can.
-    /// @return true: given back; false: the calling thread is not its owner
+    /// Releases the mutex; only its owner can.
+    /// @return true: released; false: the calling thread is not its owner
     bool Unlock() override;
 };

@@ -2,20 +2,20 @@
 
 #include <fenestra/export.h>
 
-/// A window by its handle.
+/// Wraps a window handle.
 ///
-/// The handle is copied by value and the window is not destroyed with the object; the classes derived from this one
-/// say what else they do. Threads: as for the window itself.
+/// The handle is copied by value and the window is not destroyed with the object; derived classes say what else they
+/// do. Threads: as for the window itself.
 class FENESTRA_API CWnd {
 public:
-    /// Stands for a window.
-    /// @param window  the window, which stays its owner's; null for none
+    /// Wraps a window.
+    /// @param window  the window, which stays with its owner; null for none
     explicit CWnd(HWND window = nullptr) : m_hWnd(window) {}
 
-    /// Stands for the same window.
+    /// Refers to the same window.
     CWnd(const CWnd&) = default;
 
-    /// Stands for the same window.
+    /// Refers to the same window.
     /// @return this object
     CWnd& operator=(const CWnd&) = default;
 
