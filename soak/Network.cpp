@@ -26,7 +26,7 @@ void Connect() {
     Require(client.Send(kBytes, sizeof kBytes, &done, 0) == 0 && done == sizeof kBytes, "bytes are sent");
     Require(WaitForSingleObject(server.GetEventHandle(), 5000) == WAIT_OBJECT_0, "bytes arrive");
     Require(server.Recv(buffer, sizeof buffer, &done, 0) == 0 && done == sizeof kBytes, "bytes are received");
-    Require(server.Disconnect() == 0 && client.Disconnect() == 0, "the ends part"); // the client waits for the other
+    Require(server.Disconnect() == 0 && client.Disconnect() == 0, "the ends part"); // the client waits for the server
 }
 
 void SendRecords() {

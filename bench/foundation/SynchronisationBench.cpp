@@ -7,7 +7,7 @@
 #include <deque>
 #include <vector>
 
-// Names end in "/Tessel" and "/Bare": the report makes the ratio of each such pair.
+// Names end in "/Tessel" and "/Bare": the report computes the ratio of each pair.
 
 namespace {
 

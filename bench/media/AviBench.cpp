@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-// A whole movie a round: opened, its images turned over and written, and closed.
+// One whole movie per round: opened, its images flipped and written, and closed.
 
 namespace {
 
@@ -22,7 +22,7 @@ std::filesystem::path Path() {
     return std::filesystem::temp_directory_path() / "tessel-bench.avi";
 }
 
-/// What both sides write: bars to and fro, wide ones because Wine's run-length codec has no room for many runs a row.
+/// What both sides write: moving bars, wide ones because Wine's run-length codec has no room for many runs per row.
 struct Source {
     Source() {
         for (unsigned long i = 0; i < 256; ++i) palette[i] = RGB(i, i, i);

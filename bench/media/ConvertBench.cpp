@@ -6,7 +6,7 @@
 
 #include <string>
 
-// A minute of speech at once, through the same driver on both sides.
+// A minute of speech in one call, through the same driver on both sides.
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The mailboxes' sequence of Windows calls written out, with nothing around it: wait, release, post to
-/// send; get, copy, wait, release to receive. What the library's cost is measured against.
+/// The mailboxes' bare sequence of Windows calls, which the library's cost is compared with: wait, release and post to
+/// send; get, copy, wait and release to receive.
 class BareOffice {
 public:
     static constexpr UINT kNotification = WM_APP + 20;
@@ -17,7 +17,7 @@ public:
     BareOffice& operator=(const BareOffice&) = delete;
 
     void Send(HWND to, const void* data, std::size_t size);
-    /// Takes the next message of the window.
+    /// Takes the window's next message.
     void Receive(HWND window, void* data, std::size_t size);
 
 private:

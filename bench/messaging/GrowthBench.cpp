@@ -16,7 +16,7 @@ constexpr ORCAOBJID kReceiver{81};
 constexpr ORCAOBJID kOthers{82};
 constexpr UINT kStop = WM_APP;
 
-/// A receiver that releases whatever comes, on a thread of its own.
+/// A receiver on another thread that releases every message.
 class Drain {
 public:
     Drain() {
@@ -55,7 +55,7 @@ void SendOne(CMailBox& mailbox, ORCAOBJID to = kReceiver) {
     }
 }
 
-/// Sends one and takes it on the same thread, so that nothing but the post office's state differs.
+/// Sends a message and takes it on the same thread, so that only the post office's state differs.
 class SelfSender {
 public:
     explicit SelfSender(ORCAOBJID id) : m_id(id), m_mailbox(id) { m_mailbox.RegisterMailbox(m_window.Get()); }
@@ -86,7 +86,7 @@ void RegisteredMailboxes(benchmark::State& state) {
     for (auto _ : state) sender.SendAndTake();
 }
 
-/// Messages that their receiver does not fetch fill the pool, and the search for a free block passes them.
+/// Messages that are not fetched fill the pool, and the search for a free block has to pass them.
 void PoolFullness(benchmark::State& state) {
     const OpenPostOffice office;
     SelfSender behind(kOthers);
@@ -97,8 +97,8 @@ void PoolFullness(benchmark::State& state) {
     for (int64_t i = 0; i < used; ++i) behind.Take();
 }
 
-/// Threads that send to one receiver at the same time. Only sending is measured: the receiver takes what comes, but up
-/// to a pool of messages is left to it when the clock stops.
+/// Threads that send to one receiver at the same time. Only sending is measured: when the clock stops, up to a whole
+/// pool of messages may still be waiting for the receiver.
 void Senders(benchmark::State& state) {
     static std::unique_ptr<Drain> drain;
     if (state.thread_index() == 0) {

@@ -8,10 +8,10 @@
 
 namespace {
 
-/// As many as a thread's queue holds.
+/// The capacity of a thread's queue.
 constexpr int kMessages = 10000;
 
-/// Fills the queue while the clock stands.
+/// Fills the queue while the clock is stopped.
 void Post(benchmark::State& state, HWND window) {
     state.PauseTiming();
     for (int i = 0; i < kMessages; ++i) PostMessageW(window, MAILBOX_NOTIFICATION, 0, i);

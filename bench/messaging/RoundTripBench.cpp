@@ -10,7 +10,7 @@ namespace {
 
 constexpr unsigned char kQuit = 0xFF;
 
-/// Sends every message back until one starts with kQuit. Arguments: kind, size, the other side's address.
+/// Returns every message until one starts with kQuit. Arguments: kind, size, the other side's address.
 int Echo(const std::vector<std::string>& arguments) {
     const auto transport = MakeTransport(arguments[0], false);
     const std::size_t size = std::stoul(arguments[1]);

@@ -14,7 +14,7 @@ public:
     Transport(const Transport&) = delete;
     Transport& operator=(const Transport&) = delete;
 
-    /// Where the other side finds this one; told to it before the first message.
+    /// This side's address, which the other side receives before the first message.
     virtual std::string Address() = 0;
     virtual void Connect(const std::string& peer) = 0;
     virtual void Send(const void* data, std::size_t size) = 0;
@@ -23,5 +23,5 @@ public:
 };
 
 /// @param kind    Tessel, Bare, WM_COPYDATA, Pipe, Mailslot or TCP
-/// @param server  whether this side was there first
+/// @param server  whether this side was created first
 std::unique_ptr<Transport> MakeTransport(const std::string& kind, bool server);

@@ -15,8 +15,8 @@ constexpr int kHour12 = 8;
 
 using WriteBare = int (*)(wchar_t* text, const SYSTEMTIME& time);
 
-/// What a program without the library would write for a layout, and where it would cut the fields out of the text:
-/// each run of a letter is one. There is no mask for layouts that are not read.
+/// The format that a program without the library would use for a layout, and a mask of the fields in the text: each run
+/// of one letter is a field. Layouts that cannot be read have no mask.
 constexpr struct {
     FORMAT_ID id;
     const char* mask;
@@ -159,7 +159,7 @@ void ReadBare(benchmark::State& state, int layout) {
 using Measurement = void(benchmark::State&, int);
 
 void Register(const std::string& name, int layout, Measurement byTessel, Measurement bare) {
-    constexpr double kSeconds = 0.01; // enough for nanoseconds, and there are many
+    constexpr double kSeconds = 0.01; // enough for nanoseconds; there are many of these
     benchmark::RegisterBenchmark((name + "/Tessel").c_str(), byTessel, layout)->UseRealTime()->MinTime(kSeconds);
     benchmark::RegisterBenchmark((name + "/Bare").c_str(), bare, layout)->UseRealTime()->MinTime(kSeconds);
 }

@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A folder, which goes again.
+/// A temporary folder.
 struct Folder {
     Folder() { fs::create_directories(path); }
     ~Folder() { fs::remove_all(path); }
@@ -93,7 +93,7 @@ void RemoveTree(benchmark::State& state, bool (*remove)(const std::wstring&)) {
 
 constexpr int kBlock = 4096;
 constexpr int kImage = 1 << 20;
-constexpr int kTreeRepetitions = 5; // each makes its 10,000 files first, which takes seconds
+constexpr int kTreeRepetitions = 5; // each creates its 10,000 files first, which takes seconds
 
 BENCHMARK(TransferTessel)->Name("File, write and read/Tessel")->Arg(kBlock)->Arg(kImage)->UseRealTime();
 BENCHMARK(TransferBare)->Name("File, write and read/Bare")->Arg(kBlock)->Arg(kImage)->UseRealTime();

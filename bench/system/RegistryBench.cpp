@@ -9,7 +9,7 @@ constexpr wchar_t kPath[] = L"Software\\Tessel benchmark";
 constexpr wchar_t kName[] = L"name of usual length";
 constexpr wchar_t kText[] = L"a text of usual length";
 
-/// A key with one text, which goes again.
+/// A temporary key with one text.
 struct TextKey {
     TextKey() : key(CReg::OpenKey(HKEY_CURRENT_USER, kPath, true)) { registry.SaveKey(key, kName, kText); }
     ~TextKey() {

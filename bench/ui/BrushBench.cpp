@@ -3,7 +3,7 @@
 
 namespace {
 
-/// A table of so many colours, for a benchmark's life.
+/// A table with a number of colours, for the duration of a benchmark.
 class Table {
 public:
     explicit Table(int64_t entries) {

@@ -19,7 +19,7 @@ constexpr int kItems = 100;
 constexpr int kManyItems = 10000;
 constexpr wchar_t kText[] = L"a text of usual length";
 
-/// The controls and what was last got from one.
+/// The controls and what was last read from one.
 struct Controls {
     Controls() {
         window.Add(WC_LISTBOXW, kListBox, 0);
@@ -113,7 +113,7 @@ constexpr Kind kKinds[] = {
     {"list view", kListView, Add<kListView>, LVM_DELETEALLITEMS},
 };
 
-/// Walks through the items of a filled control.
+/// Reads the items of a filled control one after another.
 void Walk(benchmark::State& state, const Kind& kind, Operation operation) {
     Controls controls;
     for (int i = 0; i < kItems; ++i) kind.add(controls, i);

@@ -12,7 +12,7 @@ constexpr int kButton = 1;
 constexpr int kListView = 2;
 constexpr int kSlider = 3;
 
-/// A window with what messages come from.
+/// A window with the sources of messages.
 struct Sources {
     ControlWindow window;
     HWND button = window.Add(WC_BUTTONW, kButton, 0);
