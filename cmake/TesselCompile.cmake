@@ -2,7 +2,8 @@
 function(tessel_compile target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
-  target_compile_definitions(${target} PRIVATE UNICODE _UNICODE WINVER=0x0601 _WIN32_WINNT=0x0601)
+  target_compile_definitions(${target} PRIVATE
+    UNICODE _UNICODE WINVER=0x0601 _WIN32_WINNT=0x0601 WIN32_LEAN_AND_MEAN NOMINMAX)
 
   if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     # The layout checks apply offsetof to classes with virtual functions, which this compiler supports.

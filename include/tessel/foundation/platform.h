@@ -1,11 +1,7 @@
 #pragma once
 
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
+// Which parts of it there are, and whether it defines min and max, is up to the program: define WIN32_LEAN_AND_MEAN or
+// include <winsock2.h> before Tessel's headers to use Winsock 2.
 #include <windows.h>
 
 #ifdef TESSEL_BUILD

@@ -2,7 +2,8 @@
 
 #include <tessel/foundation/platform.h>
 
-#include <oaidl.h>
+struct tagVARIANT; // in <oaidl.h>, which the program includes to use it
+using VARIANT = tagVARIANT;
 
 struct IWbemLocator;
 struct IWbemServices;
