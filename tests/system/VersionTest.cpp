@@ -300,24 +300,3 @@ TEST_F(Version, ADamagedResourceHasNoTexts) {
         EXPECT_EQ(TextOf(version), L"untouched false") << block.data() << " at " << offset;
     }
 }
-
-TEST(Array, GrowsToWhereAnElementIsSet) {
-    CArray<int> array;
-    array.SetSize(1, 4);
-    EXPECT_EQ(array.Add(7), 1);
-    array.SetAtGrow(3, 9);
-    array.SetAtGrow(1, 8);
-    CArray<int> copy;
-    copy = array;
-    array.RemoveAll();
-    ASSERT_EQ(copy.GetSize() - array.GetSize(), 4);
-    copy.ElementAt(2) += 1;
-    EXPECT_EQ((std::vector{copy[0], copy[1], copy[2], copy[3]}), (std::vector{0, 8, 1, 9}));
-    CArray<std::wstring> texts;
-    texts.SetSize(1, 1);
-    texts[0] = std::wstring(99, L'x');
-    texts.Add(texts[0]);
-    texts.SetAtGrow(5, texts[0]);
-    texts.SetAtGrow(INT_MAX, texts[0]);
-    EXPECT_TRUE(texts.GetSize() == 6 && texts[1] == texts[0] && texts[5] == texts[0]) << "also while it moves";
-}

@@ -1,57 +1,177 @@
 #pragma once
 
-#include <algorithm>
+#include <tessel/foundation/platform.h>
+
+#include <climits>
 #include <cstddef>
-#include <limits>
-#include <list>
-#include <unordered_map>
+#include <new>
+#include <typeindex> // std::hash; much smaller than <functional>
 #include <utility>
-#include <vector>
 
-/// An ordered list over the standard one; it owns its elements but not what they point to.
-///
-/// Threads: none is excluded; whoever shares a list locks it. An iterator stays valid until its element goes.
-/// @tparam Element  what is stored; copied
-template <class Element> class CList {
-public:
-    /// Walks through the elements without changing them.
-    using const_iterator = typename std::list<Element>::const_iterator;
+// The library passes these containers to programs, so their layout must not depend on how the C++ library was
+// configured, as that of the standard containers does.
 
-    /// Puts an element in front of the others. Throws std::bad_alloc, and changes nothing then.
-    /// @param element  what to add
-    void AddHead(const Element& element) { m_elements.push_front(element); }
+namespace tessel {
 
-    /// Puts an element behind the others. Throws std::bad_alloc, and changes nothing then.
-    /// @param element  what to add
-    void AddTail(const Element& element) { m_elements.push_back(element); }
+/// Memory of the containers. It comes from the heap of the process, so that one module can free what another has
+/// allocated.
+struct ContainerMemory {
+    /// Allocates memory. Throws std::bad_alloc.
+    /// @param size  bytes
+    /// @return the memory, to be freed with operator delete
+    static void* operator new(std::size_t size) {
+        void* const memory = HeapAlloc(GetProcessHeap(), 0, size);
+        if (memory == nullptr) throw std::bad_alloc();
+        return memory;
+    }
+    /// Frees memory.
+    /// @param memory  from operator new; may be null
+    static void operator delete(void* memory) { HeapFree(GetProcessHeap(), 0, memory); }
 
-    /// Removes the elements that a condition holds for; the others keep their order.
-    /// @param condition  is given an element and tells whether it goes
-    /// @return elements removed
-    template <class Condition> std::size_t RemoveIf(Condition condition) { return m_elements.remove_if(condition); }
-
-    /// Removes all elements.
-    void RemoveAll() { m_elements.clear(); }
-
-    /// How many elements there are.
-    /// @return number of elements
-    std::size_t GetCount() const { return m_elements.size(); }
-
-    /// The first element, for walking through the list in order.
-    /// @return iterator; end() when the list is empty
-    const_iterator begin() const { return m_elements.begin(); }
-
-    /// Where a walk through the list ends.
-    /// @return iterator behind the last element
-    const_iterator end() const { return m_elements.end(); }
-
-private:
-    std::list<Element> m_elements;
+    /// Allocates memory for several objects, which it does not construct. Throws std::bad_alloc.
+    /// @param count  objects
+    /// @return the memory, to be freed with operator delete
+    template <class Object> static Object* Allocate(std::size_t count) {
+        static_assert(alignof(Object) <= MEMORY_ALLOCATION_ALIGNMENT);
+        if (count > static_cast<std::size_t>(-1) / sizeof(Object)) throw std::bad_alloc();
+        return static_cast<Object*>(operator new(count * sizeof(Object)));
+    }
 };
 
-/// A hash table from keys to values, over the standard one; it owns neither what a key nor what a value points to.
+} // namespace tessel
+
+/// An ordered list. It owns its elements but not what they point to.
 ///
-/// Threads: none is excluded; whoever shares a map locks it.
+/// Threads: not synchronised; lock a list that threads share. An iterator stays valid until its element is removed.
+/// @tparam Element  what is stored; copied
+template <class Element> class CList {
+    struct Link : tessel::ContainerMemory {
+        Link* previous = this;
+        Link* next = this;
+    };
+    struct Node : Link {
+        explicit Node(const Element& value) : element(value) {}
+        Element element;
+    };
+    static_assert(alignof(Element) <= MEMORY_ALLOCATION_ALIGNMENT);
+
+public:
+    /// Walks through the elements, in both directions, without changing them.
+    class const_iterator {
+    public:
+        using value_type = Element;
+        using difference_type = std::ptrdiff_t;
+
+        const_iterator() = default;
+        const Element& operator*() const { return static_cast<const Node*>(m_link)->element; }
+        const Element* operator->() const { return &**this; }
+        const_iterator& operator++() { return *this = const_iterator(m_link->next); }
+        const_iterator operator++(int) { return std::exchange(*this, const_iterator(m_link->next)); }
+        const_iterator& operator--() { return *this = const_iterator(m_link->previous); }
+        const_iterator operator--(int) { return std::exchange(*this, const_iterator(m_link->previous)); }
+        bool operator==(const const_iterator& other) const = default;
+
+    private:
+        friend CList;
+        explicit const_iterator(const Link* link) : m_link(link) {}
+
+        const Link* m_link = nullptr;
+    };
+
+    /// Makes an empty list.
+    CList() = default;
+
+    /// Copies each element of another list. Throws std::bad_alloc.
+    /// @param other  list to copy
+    CList(const CList& other) : CList() {
+        for (const Element& element : other) AddTail(element);
+    }
+
+    /// Takes the elements of another list.
+    /// @param other  list that is empty afterwards
+    CList(CList&& other) noexcept : CList() { Swap(other); }
+
+    /// Replaces the elements by those of another list. Throws std::bad_alloc, and changes nothing then.
+    /// @param other  list to copy
+    /// @return this list
+    CList& operator=(CList other) noexcept {
+        Swap(other);
+        return *this;
+    }
+
+    /// Removes all elements.
+    ~CList() { RemoveAll(); }
+
+    /// Inserts an element before the others. Throws std::bad_alloc, and changes nothing then.
+    /// @param element  what to add
+    void AddHead(const Element& element) { InsertBefore(m_ends.next, element); }
+
+    /// Inserts an element after the others. Throws std::bad_alloc, and changes nothing then.
+    /// @param element  what to add
+    void AddTail(const Element& element) { InsertBefore(&m_ends, element); }
+
+    /// Removes the elements that satisfy a condition; the others keep their order.
+    /// @param condition  takes an element and returns true to remove it
+    /// @return elements removed
+    template <class Condition> std::size_t RemoveIf(Condition condition) {
+        const std::size_t before = m_count;
+        for (Link* link = m_ends.next; link != &m_ends;) {
+            Node* const node = static_cast<Node*>(std::exchange(link, link->next));
+            if (condition(std::as_const(node->element))) Remove(node);
+        }
+        return before - m_count;
+    }
+
+    /// Removes all elements.
+    void RemoveAll() {
+        while (m_count > 0) Remove(static_cast<Node*>(m_ends.next));
+    }
+
+    /// Counts the elements.
+    /// @return number of elements
+    std::size_t GetCount() const { return m_count; }
+
+    /// Starts a walk through the list.
+    /// @return iterator at the first element; end() when the list is empty
+    const_iterator begin() const { return const_iterator(m_ends.next); }
+
+    /// Ends a walk through the list.
+    /// @return iterator behind the last element
+    const_iterator end() const { return const_iterator(&m_ends); }
+
+private:
+    void InsertBefore(Link* next, const Element& element) {
+        Link* const node = new Node(element);
+        node->next = next;
+        node->previous = next->previous;
+        node->previous->next = next->previous = node;
+        ++m_count;
+    }
+    void Remove(Node* node) {
+        node->previous->next = node->next;
+        node->next->previous = node->previous;
+        --m_count;
+        delete node;
+    }
+    void Swap(CList& other) {
+        std::swap(m_ends, other.m_ends);
+        std::swap(m_count, other.m_count);
+        Reconnect();
+        other.Reconnect();
+    }
+    /// Connects the elements with the ends, which have moved.
+    void Reconnect() {
+        if (m_count == 0) m_ends.next = m_ends.previous = &m_ends;
+        m_ends.next->previous = m_ends.previous->next = &m_ends;
+    }
+
+    Link m_ends; ///< next: the first element; previous: the last
+    std::size_t m_count = 0;
+};
+
+/// A hash table from keys to values. It owns neither what a key nor what a value points to.
+///
+/// Threads: not synchronised; lock a map that threads share.
 /// @tparam Key    what values are found by; copied
 /// @tparam Value  what is stored; copied
 /// @tparam Hash   function object that spreads keys over the buckets
@@ -59,16 +179,41 @@ template <class Key, class Value, class Hash = std::hash<Key>> class CMap {
 public:
     /// Makes an empty map, which has no table yet.
     /// @param tableSize  buckets that the table has at least, once there is one
-    explicit CMap(std::size_t tableSize) : m_tableSize(tableSize) {}
+    explicit CMap(std::size_t tableSize) : m_tableSize(tableSize > 0 ? tableSize : 1) {}
+
+    /// Copies each entry of another map. Throws std::bad_alloc.
+    /// @param other  map to copy
+    CMap(const CMap& other) : CMap(other.m_tableSize) {
+        other.ForEachEntry([this](Entry* entry) { SetAt(entry->key, entry->value); });
+    }
+
+    /// Takes the entries of another map.
+    /// @param other  map that is empty afterwards
+    CMap(CMap&& other) noexcept : CMap(other.m_tableSize) { Swap(other); }
+
+    /// Replaces the entries by those of another map. Throws std::bad_alloc, and changes nothing then.
+    /// @param other  map to copy
+    /// @return this map
+    CMap& operator=(CMap other) noexcept {
+        Swap(other);
+        return *this;
+    }
+
+    /// Removes all entries.
+    ~CMap() {
+        ForEachEntry([](Entry* entry) { delete entry; });
+        tessel::ContainerMemory::operator delete(m_buckets);
+    }
 
     /// Finds the value of a key.
     /// @param key    what to look for
     /// @param value  receives the value; unchanged when there is none
     /// @return true: found; false: not there
     bool Lookup(const Key& key, Value& value) const {
-        const auto found = m_entries.find(key);
-        if (found == m_entries.end()) return false;
-        value = found->second;
+        if (m_count == 0) return false;
+        const Entry* const entry = *Find(key);
+        if (entry == nullptr) return false;
+        value = entry->value;
         return true;
     }
 
@@ -76,94 +221,203 @@ public:
     /// @param key    where
     /// @param value  what
     void SetAt(const Key& key, const Value& value) {
-        if (m_entries.empty()) m_entries.rehash(m_tableSize);
-        m_entries.insert_or_assign(key, value);
+        if (m_count >= m_bucketCount) MakeTable(m_count == 0 ? m_tableSize : 2 * m_bucketCount);
+        Entry** const link = Find(key);
+        if (*link != nullptr) {
+            (*link)->value = value;
+            return;
+        }
+        *link = new Entry{{}, nullptr, key, value};
+        ++m_count;
     }
 
     /// Removes a key; with the last one the table is freed too.
     /// @param key  what to remove
     /// @return true: removed; false: not there
     bool RemoveKey(const Key& key) {
-        if (m_entries.erase(key) == 0) return false;
-        if (m_entries.empty()) Entries().swap(m_entries);
+        if (m_count == 0) return false;
+        Entry** const link = Find(key);
+        Entry* const entry = *link;
+        if (entry == nullptr) return false;
+        *link = entry->next;
+        delete entry;
+        if (--m_count == 0) CMap(m_tableSize).Swap(*this);
         return true;
     }
 
 private:
-    using Entries = std::unordered_map<Key, Value, Hash>;
+    struct Entry : tessel::ContainerMemory {
+        Entry* next;
+        Key key;
+        Value value;
+    };
+
+    /// Where the pointer to a key's entry is, or would be; there must be a table.
+    Entry** Find(const Key& key) const {
+        Entry** link = &m_buckets[Hash()(key) % m_bucketCount];
+        while (*link != nullptr && !((*link)->key == key)) link = &(*link)->next;
+        return link;
+    }
+    /// The action may delete or move the entry.
+    template <class Action> void ForEachEntry(Action action) const {
+        for (std::size_t bucket = 0; bucket < m_bucketCount; ++bucket) {
+            for (Entry* entry = m_buckets[bucket]; entry != nullptr;) action(std::exchange(entry, entry->next));
+        }
+    }
+    void MakeTable(std::size_t bucketCount) {
+        CMap larger(m_tableSize);
+        larger.m_buckets = tessel::ContainerMemory::Allocate<Entry*>(bucketCount);
+        larger.m_bucketCount = bucketCount;
+        for (std::size_t bucket = 0; bucket < bucketCount; ++bucket) larger.m_buckets[bucket] = nullptr;
+        ForEachEntry([&larger](Entry* entry) {
+            Entry*& bucket = larger.m_buckets[Hash()(entry->key) % larger.m_bucketCount];
+            entry->next = std::exchange(bucket, entry);
+        });
+        larger.m_count = std::exchange(m_count, 0);
+        m_bucketCount = 0; // its entries belong to the larger table
+        Swap(larger);
+    }
+    void Swap(CMap& other) {
+        std::swap(m_tableSize, other.m_tableSize);
+        std::swap(m_buckets, other.m_buckets);
+        std::swap(m_bucketCount, other.m_bucketCount);
+        std::swap(m_count, other.m_count);
+    }
 
     std::size_t m_tableSize;
-    Entries m_entries;
+    Entry** m_buckets = nullptr;
+    std::size_t m_bucketCount = 0;
+    std::size_t m_count = 0;
 };
 
-/// A growable array over the standard one; elements are copied whole.
+/// A growable array. Elements are copied whole.
 ///
-/// Threads: none is excluded; whoever shares an array locks it. A reference to an element is valid until the array
+/// Threads: not synchronised; lock an array that threads share. A reference to an element is valid until the array
 /// grows or shrinks.
 /// @tparam Element   what is stored; it has a default value
 /// @tparam Argument  how an element is passed to the array
 template <class Element, class Argument = const Element&> class CArray {
 public:
-    /// Puts an element behind the others. Throws std::bad_alloc or std::length_error, and changes nothing then.
+    /// Makes an empty array.
+    CArray() = default;
+
+    /// Copies each element of another array. Throws std::bad_alloc.
+    /// @param other  array to copy
+    CArray(const CArray& other) : CArray() {
+        MakeRoom(other.m_count);
+        for (std::size_t i = 0; i < other.m_count; ++i) Append(std::as_const(other.m_elements[i]));
+        m_grow = other.m_grow;
+    }
+
+    /// Takes the elements of another array.
+    /// @param other  array that is empty afterwards
+    CArray(CArray&& other) noexcept : CArray() { Swap(other); }
+
+    /// Replaces the elements by those of another array. Throws std::bad_alloc, and changes nothing then.
+    /// @param other  array to copy
+    /// @return this array
+    CArray& operator=(CArray other) noexcept {
+        Swap(other);
+        return *this;
+    }
+
+    /// Removes all elements.
+    ~CArray() { RemoveAll(); }
+
+    /// Appends an element. Throws std::bad_alloc, and changes nothing then.
     /// @param element  what to add; may be one of the array's
     /// @return its index
     int Add(Argument element) {
         Element copy(element); // the array's own move when it grows
-        MakeRoom(m_elements.size() + 1);
-        m_elements.push_back(std::move(copy));
+        MakeRoom(m_count + 1);
+        Append(std::move(copy));
         return GetSize() - 1;
     }
 
-    /// Stores an element, after the array has grown to it with elements of the default value where it is shorter.
-    /// Throws std::bad_alloc or std::length_error, and changes nothing then.
+    /// Stores an element. A shorter array first grows to it with elements of the default value. Throws
+    /// std::bad_alloc, and changes nothing then.
     /// @param index    where; with a negative one, or the greatest, nothing is stored
     /// @param element  what; may be one of the array's
     void SetAtGrow(int index, Argument element) {
-        if (index < 0 || index == std::numeric_limits<int>::max()) return;
+        if (index < 0 || index == INT_MAX) return;
         Element copy(element); // the array's own move when it grows
         if (index >= GetSize()) SetSize(index + 1);
         ElementAt(index) = std::move(copy);
     }
 
-    /// Cuts the array, or lengthens it with elements of the default value. Throws std::bad_alloc or
-    /// std::length_error, and changes no element then.
-    /// @param count  elements that there are afterwards; below 1: none, and the memory is freed
-    /// @param grow   elements that memory is had for at a time from now on; 0: left to the array; below 0: as before
+    /// Cuts the array, or lengthens it with elements of the default value. Throws std::bad_alloc, and changes no
+    /// element then.
+    /// @param count  elements afterwards; below 1: none, and the memory is freed
+    /// @param grow   elements to allocate memory for at a time from now on; 0: left to the array; below 0: as before
     void SetSize(int count, int grow = -1) {
         if (grow >= 0) m_grow = static_cast<std::size_t>(grow);
         if (count < 1) return RemoveAll();
-        MakeRoom(static_cast<std::size_t>(count));
-        m_elements.resize(static_cast<std::size_t>(count));
+        const std::size_t wanted = static_cast<std::size_t>(count);
+        const std::size_t before = m_count;
+        MakeRoom(wanted);
+        try {
+            while (m_count < wanted) Append();
+        } catch (...) {
+            Cut(before);
+            throw;
+        }
+        Cut(wanted);
     }
 
-    /// How many elements there are.
+    /// Counts the elements.
     /// @return number of elements
-    int GetSize() const { return static_cast<int>(m_elements.size()); }
+    int GetSize() const { return static_cast<int>(m_count); }
 
-    /// An element to be read or changed.
+    /// Returns an element, to be read or changed.
     /// @param index  0 to GetSize() - 1
     /// @return the element, still the array's
-    Element& ElementAt(int index) { return m_elements[static_cast<std::size_t>(index)]; }
+    Element& ElementAt(int index) { return m_elements[index]; }
 
-    /// An element to be read or changed.
+    /// Returns an element, to be read or changed.
     /// @param index  0 to GetSize() - 1
     /// @return the element, still the array's
-    Element& operator[](int index) { return ElementAt(index); }
+    Element& operator[](int index) { return m_elements[index]; }
 
-    /// An element to be read.
+    /// Returns an element, to be read.
     /// @param index  0 to GetSize() - 1
     /// @return the element, still the array's
-    const Element& operator[](int index) const { return m_elements[static_cast<std::size_t>(index)]; }
+    const Element& operator[](int index) const { return m_elements[index]; }
 
     /// Removes all elements and frees the memory.
-    void RemoveAll() { std::vector<Element>().swap(m_elements); }
+    void RemoveAll() {
+        Cut(0);
+        tessel::ContainerMemory::operator delete(std::exchange(m_elements, nullptr));
+        m_room = 0;
+    }
 
 private:
     void MakeRoom(std::size_t count) {
-        const std::size_t room = m_elements.capacity();
-        if (m_grow > 0 && count > room) m_elements.reserve(std::max(count, room + m_grow));
+        if (count <= m_room) return;
+        const std::size_t grown = m_room + (m_grow > 0 ? m_grow : m_room);
+        CArray larger;
+        larger.m_elements = tessel::ContainerMemory::Allocate<Element>(count > grown ? count : grown);
+        larger.m_room = count > grown ? count : grown;
+        for (std::size_t i = 0; i < m_count; ++i) larger.Append(std::move_if_noexcept(m_elements[i]));
+        larger.m_grow = m_grow;
+        Swap(larger);
+    }
+    /// Adds an element at the end, where there is room.
+    template <class... Source> void Append(Source&&... source) {
+        ::new (static_cast<void*>(m_elements + m_count)) Element(std::forward<Source>(source)...);
+        ++m_count;
+    }
+    void Cut(std::size_t count) {
+        while (m_count > count) m_elements[--m_count].~Element();
+    }
+    void Swap(CArray& other) {
+        std::swap(m_elements, other.m_elements);
+        std::swap(m_count, other.m_count);
+        std::swap(m_room, other.m_room);
+        std::swap(m_grow, other.m_grow);
     }
 
-    std::vector<Element> m_elements;
-    std::size_t m_grow = 0;
+    Element* m_elements = nullptr;
+    std::size_t m_count = 0;
+    std::size_t m_room = 0;
+    std::size_t m_grow = 0; ///< elements to allocate memory for at a time; 0: as many as there are
 };
