@@ -1,20 +1,19 @@
 #include "support/ImportPatch.h"
 
 #include <gtest/gtest.h>
-#include <tessel/foundation/event.h>
-#include <tessel/foundation/semaphore.h>
-#include <tessel/foundation/wait.h>
+#include <tessel/foundation.h>
 
+#include <memory>
 #include <thread>
+#include <vector>
 
 namespace {
 
-/// An event-like handle of a mutex whose owner ended without giving it back.
-HANDLE AbandonedMutex() {
-    HANDLE mutex = nullptr;
-    std::thread([&mutex] { mutex = CreateMutexW(nullptr, TRUE, nullptr); }).join();
-    return mutex;
-}
+constexpr unsigned long kNotSignalled = 0xFFFFFFFF;
+constexpr auto kInvalidHandle = static_cast<unsigned long>(ERROR_INVALID_HANDLE);
+
+/// Results of calls, in their order.
+using Results = std::vector<unsigned long>;
 
 } // namespace
 
@@ -30,14 +29,15 @@ TEST(Semaphore, Odd05ResultConventionsDifferFromOperationToOperation) {
     EXPECT_EQ(semaphore.WaitOnSemaphoreA(0, nullptr), 0);
     EXPECT_EQ(semaphore.ReleaseSemaphoreA(), 0);
 
-    const HANDLE abandoned = AbandonedMutex();
+    HANDLE abandoned = nullptr;
+    std::thread([&abandoned] { abandoned = CreateMutexW(nullptr, TRUE, nullptr); }).join();
     EXPECT_EQ(semaphore.WaitOnSemaphoreA(0, abandoned), 0);
     CloseHandle(abandoned);
     EXPECT_EQ(semaphore.WaitOnSemaphoreA(0, ULongToHandle(0xDEAD)), ERROR_INVALID_HANDLE);
     CSemaphore impossible(nullptr, 2, 1);
     EXPECT_EQ(impossible.GetKeptError(), static_cast<unsigned long>(ERROR_INVALID_PARAMETER));
     EXPECT_EQ(impossible.WaitOnSemaphore(0), 1);
-    EXPECT_EQ(impossible.GetKeptError(), static_cast<unsigned long>(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(impossible.GetKeptError(), kInvalidHandle);
 }
 
 TEST(Semaphore, TheSignallingFormGivesItsPermitOnlyWhenItCreates) {
@@ -45,16 +45,14 @@ TEST(Semaphore, TheSignallingFormGivesItsPermitOnlyWhenItCreates) {
     CSemaphore second(L"Tessel test signal", 1);
     EXPECT_EQ(second.WaitOnSemaphore(0), 0);
     EXPECT_EQ(first.WaitOnSemaphore(0), 1);
-    CSemaphore opened(L"Tessel test signal", 5, 5);
-    EXPECT_EQ(opened.WaitOnSemaphore(0), 1) << "opened, not created";
+    EXPECT_EQ(CSemaphore(L"Tessel test signal", 5, 5).WaitOnSemaphore(0), 1) << "opened, not created";
     CSemaphore large(L"Tessel test maximum", 1);
     EXPECT_EQ(large.ReleaseSemaphore(9999), 1);
     EXPECT_EQ(large.ReleaseSemaphore(1), 0) << "the form's maximum";
     const ImportPatch open(Failing("OpenSemaphoreW", &OpenSemaphoreW, nullptr));
     const CSemaphore between(L"Tessel test signal", 5, 5);
     EXPECT_EQ(between.GetKeptError(), static_cast<unsigned long>(ERROR_ALREADY_EXISTS));
-    CSemaphore late(L"Tessel test signal", 1);
-    EXPECT_EQ(late.WaitOnSemaphore(0), 1) << "made by another in between";
+    EXPECT_EQ(CSemaphore(L"Tessel test signal", 1).WaitOnSemaphore(0), 1) << "made by another in between";
 }
 
 TEST(ThreadLock, TellsWhetherItIsLockedAndLeavesItSo) {
@@ -69,16 +67,14 @@ TEST(ThreadLock, TellsWhetherItIsLockedAndLeavesItSo) {
 
 TEST(Event, SignalsAndResets) {
     CEvent automatic;
-    EXPECT_EQ(automatic.WaitOnEvent(0), 0xFFFFFFFFu);
-    EXPECT_EQ(automatic.SetEvent(), 0u);
+    EXPECT_EQ((Results{automatic.WaitOnEvent(0), automatic.SetEvent()}), (Results{kNotSignalled, 0}));
     EXPECT_EQ(automatic.IsSignalled(), 1);
     EXPECT_EQ(automatic.IsSignalled(), 0) << "the question took the signal";
     CEvent manual(L"Tessel test event", 1, 1, 1);
     CEvent same(L"Tessel test event");
     EXPECT_EQ(same.WaitOnEvent(0), 0u);
     EXPECT_EQ(same.IsSignalled(), 1);
-    EXPECT_EQ(manual.ResetEvent(), 0u);
-    EXPECT_EQ(manual.PulseEvent(), 0u);
+    EXPECT_EQ((Results{manual.ResetEvent(), manual.PulseEvent()}), (Results{0, 0}));
     EXPECT_EQ(same.IsSignalled(), 0);
 }
 
@@ -105,7 +101,7 @@ TEST(Event, Odd08AFailedOpenIsMarkedAndWaitedOn) {
     EXPECT_EQ(event.GetHandle(), INVALID_HANDLE_VALUE);
     EXPECT_FALSE(event.IsOpen());
     const ImportPatch wait(Failing("WaitForSingleObjectEx", &WaitForSingleObjectEx, WAIT_FAILED, ERROR_INVALID_HANDLE));
-    EXPECT_EQ(event.WaitOnEvent(0), static_cast<unsigned long>(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(event.WaitOnEvent(0), kInvalidHandle);
 }
 
 TEST(Event, Odd07ADuplicateIsAFreshEvent) {
@@ -117,10 +113,10 @@ TEST(Event, Odd07ADuplicateIsAFreshEvent) {
 
 TEST(Event, Odd06WaitingWithMessagesDispatchesThemAll) {
     CEvent event;
-    EXPECT_EQ(event.WaitOnEventMsg(0), 0xFFFFFFFFu);
+    EXPECT_EQ(event.WaitOnEventMsg(0), kNotSignalled);
     PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
     PostQuitMessage(3);
-    EXPECT_EQ(event.WaitOnEventMsg(INFINITE), 0xFFFFFFFFu);
+    EXPECT_EQ(event.WaitOnEventMsg(INFINITE), kNotSignalled);
     MSG message;
     EXPECT_FALSE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
     event.SetEvent();
@@ -130,11 +126,11 @@ TEST(Event, Odd06WaitingWithMessagesDispatchesThemAll) {
 class WaitTest : public testing::Test {
 protected:
     /// Which of the three the set waits for, found by signalling them one by one.
-    std::string Members() {
+    std::string Members(CWait& waited) {
         std::string members;
         for (auto [event, name] : {std::pair{&a, 'A'}, {&b, 'B'}, {&c, 'C'}}) {
             event->SetEvent();
-            if (set.WaitOnAnyObject(0) == 0) members += name;
+            if (waited.WaitOnAnyObject(0) == 0) members += name;
             event->ResetEvent();
         }
         return members;
@@ -145,12 +141,12 @@ protected:
     CEvent a, b, c;
     CWait set;
     void* signalled = &set;
+    MSG message{};
 };
 
 TEST_F(WaitTest, AnEmptySetReturnsAtOnceAndLeavesTheHandleAlone) {
     EXPECT_EQ(set.WaitOnAnyObject(signalled, INFINITE), 0u);
     EXPECT_EQ(signalled, &set);
-    MSG message;
     message.message = 7;
     EXPECT_EQ(set.WaitOnAnyObjectOrMsg(signalled, message, INFINITE), 0u);
     EXPECT_EQ(signalled, nullptr);
@@ -159,18 +155,18 @@ TEST_F(WaitTest, AnEmptySetReturnsAtOnceAndLeavesTheHandleAlone) {
 
 TEST_F(WaitTest, AnyAndAllOfOneAndOfMany) {
     set.AddObject(a);
-    EXPECT_EQ(set.WaitOnAnyObject(signalled, 0), 0xFFFFFFFFu);
+    EXPECT_EQ(set.WaitOnAnyObject(signalled, 0), kNotSignalled);
     EXPECT_EQ(signalled, nullptr);
     CSemaphore semaphore(nullptr, 0, 1);
     set.AddObject(b);
     set.AddObject(semaphore);
-    EXPECT_EQ(set.WaitOnAnyObject(signalled, 0), 0xFFFFFFFFu);
+    EXPECT_EQ(set.WaitOnAnyObject(signalled, 0), kNotSignalled);
     semaphore.ReleaseSemaphoreA();
     EXPECT_EQ(set.WaitOnAnyObject(signalled, 0), 0u);
     EXPECT_EQ(signalled, semaphore.GetHandle());
     a.SetEvent();
     b.SetEvent();
-    EXPECT_EQ(set.WaitOnAllObjects(0), 0xFFFFFFFFu);
+    EXPECT_EQ(set.WaitOnAllObjects(0), kNotSignalled);
     semaphore.ReleaseSemaphoreA();
     EXPECT_EQ(set.WaitOnAllObjects(0), 0u);
     EXPECT_EQ(a.IsSignalled(), 0);
@@ -178,24 +174,23 @@ TEST_F(WaitTest, AnyAndAllOfOneAndOfMany) {
 
 TEST_F(WaitTest, Odd09DeletingKeepsTheRemovedHandleAndLosesItsFollowers) {
     AddAll();
-    set.DeleteObject(b);
-    EXPECT_EQ(Members(), "AB");
-    set.DeleteObject(b);
-    EXPECT_EQ(Members(), "A") << "the last entry goes cleanly";
-    set.DeleteObject(c);
-    EXPECT_EQ(Members(), "A");
+    const auto membersWithout = [this](const CEvent& object) {
+        set.DeleteObject(object);
+        return Members(set);
+    };
+    EXPECT_EQ(membersWithout(b), "AB");
+    EXPECT_EQ(membersWithout(b), "A") << "the last entry goes cleanly";
+    EXPECT_EQ(membersWithout(c), "A") << "it was not there";
     set.DeleteObject(a);
     set.DeleteObject(a);
     EXPECT_EQ(set.WaitOnAnyObject(INFINITE), 0u) << "empty";
     AddAll();
-    set.DeleteObject(a);
-    EXPECT_EQ(Members(), "A");
+    EXPECT_EQ(membersWithout(a), "A");
 }
 
 TEST_F(WaitTest, MessagesEndAWaitAndAreHandedOver) {
     set.AddObject(a);
-    MSG message;
-    EXPECT_EQ(set.WaitOnAnyObjectOrMsg(signalled, message, 0), 0xFFFFFFFFu);
+    EXPECT_EQ(set.WaitOnAnyObjectOrMsg(signalled, message, 0), kNotSignalled);
     PostThreadMessageW(GetCurrentThreadId(), WM_APP + 1, 2, 3);
     PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // one that was looked at counts, too
     EXPECT_EQ(set.WaitOnAnyObjectOrMsg(signalled, message, 10'000), 0u);
@@ -216,12 +211,10 @@ TEST_F(WaitTest, CopiesHaveTheirOwnArray) {
     AddAll();
     CWait copy(set);
     copy.DeleteObject(c);
-    EXPECT_EQ(Members(), "ABC");
+    EXPECT_EQ(Members(set), "ABC");
     copy = set;
     set.DeleteObject(c);
-    c.SetEvent();
-    EXPECT_EQ(copy.WaitOnAnyObject(signalled, 0), 0u);
-    EXPECT_EQ(signalled, c.GetHandle());
+    EXPECT_EQ(Members(copy), "ABC");
 }
 
 TEST_F(WaitTest, AWaitThatEndsOtherwiseIsATimeOut) {
@@ -229,7 +222,7 @@ TEST_F(WaitTest, AWaitThatEndsOtherwiseIsATimeOut) {
     for (const DWORD end : {DWORD{WAIT_ABANDONED}, DWORD{WAIT_ABANDONED + 1}, DWORD{WAIT_IO_COMPLETION}, DWORD{3}}) {
         const ImportPatch wait(Failing("WaitForMultipleObjectsEx", &WaitForMultipleObjectsEx, end));
         signalled = &set;
-        EXPECT_EQ(set.WaitOnAnyObject(signalled, 0), 0xFFFFFFFFu) << end;
+        EXPECT_EQ(set.WaitOnAnyObject(signalled, 0), kNotSignalled) << end;
         EXPECT_EQ(signalled, nullptr);
     }
 }

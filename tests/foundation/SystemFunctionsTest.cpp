@@ -1,44 +1,12 @@
 #include "support/ImportPatch.h"
-#include "support/MessageWindow.h"
 
 #include <gtest/gtest.h>
-#include <tessel/foundation/clock.h>
-#include <tessel/foundation/drive.h>
-#include <tessel/foundation/message.h>
-#include <tessel/foundation/module.h>
-#include <tessel/foundation/process.h>
-#include <tessel/foundation/window.h>
+#include <tessel/foundation.h>
 
 #include <cstring>
-#include <string>
 #include <vector>
 
 namespace {
-
-std::vector<SYSTEMTIME> clockSettings;
-std::vector<DWORD> classes;
-std::vector<std::vector<DWORD>> keys;
-std::wstring volumeRoot;
-
-BOOL WINAPI NoteLocalTime(const SYSTEMTIME* time) {
-    clockSettings.push_back(*time);
-    return TRUE;
-}
-
-BOOL WINAPI NoteClass(HANDLE, DWORD priorityClass) {
-    classes.push_back(priorityClass);
-    return 7;
-}
-
-void WINAPI NoteKey(BYTE key, BYTE scan, DWORD flags, ULONG_PTR) {
-    keys.push_back({key, scan, flags});
-}
-
-BOOL WINAPI NoteVolume(LPCWSTR root, LPWSTR, DWORD, DWORD* serial, DWORD*, DWORD*, LPWSTR, DWORD) {
-    volumeRoot = root;
-    *serial = 1234;
-    return TRUE;
-}
 
 int ticks = 0;
 
@@ -47,71 +15,48 @@ void CALLBACK QuitOnTick(HWND, UINT, UINT_PTR, DWORD) {
     QuitManager();
 }
 
-void WINAPI TellTime(SYSTEMTIME* time) {
-    *time = {2004, 5, 1, 31, 23, 58, 59, 7};
-}
-
-using Steps = std::vector<std::wstring>;
-Steps steps;
-HWND foreground = nullptr;
-DWORD foregroundThread = 0;
-BOOL attaches = TRUE;
-
-HWND WINAPI TellForeground() {
-    return foreground;
-}
-
-DWORD WINAPI TellThread(HWND, DWORD*) {
-    return foregroundThread;
-}
-
-BOOL WINAPI NoteAttach(DWORD from, DWORD to, BOOL attach) {
-    EXPECT_EQ(from, GetCurrentThreadId());
-    EXPECT_EQ(to, foregroundThread);
-    steps.push_back(attach ? L"attach" : L"detach");
-    return attaches;
-}
-
-BOOL WINAPI NoteForeground(HWND) {
-    steps.push_back(L"set");
-    return 7;
-}
-
 } // namespace
 
 TEST(Clock, Odd60IsSetToTimesThatExistButNeverTo29February) {
-    const ImportPatch set(L"Tessel.dll", "SetLocalTime", NoteLocalTime);
+    std::vector<SYSTEMTIME> set;
+    const ImportPatch patch("SetLocalTime", &SetLocalTime, [&set](const SYSTEMTIME* time) {
+        set.push_back(*time);
+        return TRUE;
+    });
     for (WORD month = 0; month <= 13; ++month) {
         for (WORD day = 0; day <= 32; ++day) {
             const SYSTEMTIME time{2004, month, 0, day, 23, 58, 59, 0};
             FILETIME any;
             const bool exists = SystemTimeToFileTime(&time, &any) && !(month == 2 && day == 29);
-            clockSettings.clear();
+            set.clear();
             SetDateTime(day, month, 2004, 23, 58, 59);
-            ASSERT_EQ(clockSettings.size(), exists ? 1u : 0u) << day << '.' << month;
-            EXPECT_TRUE(!exists || std::memcmp(&clockSettings[0], &time, sizeof time) == 0) << day << '.' << month;
+            ASSERT_EQ(set.size(), exists ? 1u : 0u) << day << '.' << month;
+            EXPECT_TRUE(!exists || std::memcmp(&set[0], &time, sizeof time) == 0) << day << '.' << month;
         }
     }
-    clockSettings.clear();
+    set.clear();
     SetDateTime(1, 1, 2004, 24, 0, 0);
     SetDateTime(1, 1, 2004, 0, 60, 0);
     SetDateTime(1, 1, 2004, 0, 0, 60);
-    EXPECT_TRUE(clockSettings.empty());
+    EXPECT_TRUE(set.empty());
 }
 
 TEST(Clock, IsReadFieldByField) {
-    const ImportPatch get(L"Tessel.dll", "GetLocalTime", TellTime);
+    const ImportPatch get("GetLocalTime", &GetLocalTime,
+                          [](SYSTEMTIME* time) { *time = {2004, 5, 1, 31, 23, 58, 59, 7}; });
     unsigned short t[6];
     GetDateTime(t[0], t[1], t[2], t[3], t[4], t[5]);
     EXPECT_EQ(std::vector(t, t + 6), (std::vector<unsigned short>{31, 5, 2004, 23, 58, 59}));
 }
 
-TEST(ProcessFunctions, EachPriorityHasItsClass) {
-    const ImportPatch set(L"Tessel.dll", "SetPriorityClass", NoteClass);
-    for (const int priority : {-3, -2, -1, 0, 1, 2, 3}) EXPECT_EQ(SetProcess(static_cast<PRIORITY>(priority)), 7);
-    EXPECT_EQ(classes, (std::vector<DWORD>{NORMAL_PRIORITY_CLASS, IDLE_PRIORITY_CLASS, IDLE_PRIORITY_CLASS,
-                                           NORMAL_PRIORITY_CLASS, HIGH_PRIORITY_CLASS, REALTIME_PRIORITY_CLASS,
-                                           NORMAL_PRIORITY_CLASS}));
+TEST(ProcessFunctions, APriorityHasItsClassAndAnUnknownOneTheNormalClass) {
+    std::vector<DWORD> classes;
+    const ImportPatch set("SetPriorityClass", &SetPriorityClass, [&classes](HANDLE, DWORD priorityClass) {
+        classes.push_back(priorityClass);
+        return 7;
+    });
+    for (const int priority : {-3, -2, 1}) EXPECT_EQ(SetProcess(static_cast<PRIORITY>(priority)), 7);
+    EXPECT_EQ(classes, (std::vector<DWORD>{NORMAL_PRIORITY_CLASS, IDLE_PRIORITY_CLASS, HIGH_PRIORITY_CLASS}));
     EXPECT_EQ(SetPriority(PRIORITY_BELOW_NORMAL), 0);
     EXPECT_EQ(GetPriority(), -1);
     EXPECT_EQ(SetPriority(static_cast<PRIORITY>(99)), ERROR_INVALID_PARAMETER);
@@ -120,23 +65,25 @@ TEST(ProcessFunctions, EachPriorityHasItsClass) {
 TEST(ProcessFunctions, OnlyTheFirstInstanceIsSingle) {
     EXPECT_EQ(SingleInstance(L"Tessel test instance"), 0);
     EXPECT_EQ(SingleInstance(L"Tessel test instance"), 1);
-    const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, L"Tessel test taken");
+    const CEvent event(L"Tessel test taken");
     EXPECT_EQ(SingleInstance(L"Tessel test taken"), 1) << "the check failed";
-    CloseHandle(event);
 }
 
 TEST(ProcessFunctions, AThreadIsStarted) {
-    const HANDLE ran = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    EXPECT_NE(BeginThread([](void* event) { SetEvent(event); }, 0, ran), 0xFFFFFFFFu);
-    EXPECT_EQ(WaitForSingleObject(ran, INFINITE), WAIT_OBJECT_0);
-    CloseHandle(ran);
+    CEvent ran;
+    EXPECT_NE(BeginThread([](void* event) { static_cast<CEvent*>(event)->SetEvent(); }, 0, &ran), 0xFFFFFFFFu);
+    EXPECT_EQ(ran.WaitOnEvent(INFINITE), 0u);
 }
 
 TEST(MessageFunctions, Odd27AKeypressUsesTheCharacterAsScanCode) {
-    const ImportPatch press(L"Tessel.dll", "keybd_event", NoteKey);
-    for (const int flags : {0, 1 | 2, 8, 16, 8 | 16}) EXPECT_EQ(SimulatedKeypress('A', flags), 0);
-    const std::vector<DWORD> plain{'A', 'A', 0};
-    EXPECT_EQ(keys, (std::vector<std::vector<DWORD>>{plain, plain, {'A', 'A', 1}, {'A', 'A', 2}, {'A', 'A', 3}}));
+    for (const auto& [flags, expected] : {std::pair{0, 0u}, {1 | 2, 0}, {8, 1}, {16, 2}, {8 | 16, 3}}) {
+        std::vector<DWORD> key;
+        const ImportPatch press("keybd_event", &keybd_event, [&key](BYTE code, BYTE scan, DWORD sent, ULONG_PTR) {
+            key = {code, scan, sent};
+        });
+        EXPECT_EQ(SimulatedKeypress('A', flags), 0);
+        EXPECT_EQ(key, (std::vector<DWORD>{'A', 'A', expected})) << flags;
+    }
 }
 
 TEST(MessageFunctions, TheBarePumpDispatchesUntilQuit) {
@@ -164,26 +111,32 @@ TEST(WindowFunctions, Odd28RectanglesAreReadAndInvalidated) {
 }
 
 TEST(WindowFunctions, TheForegroundIsTakenFromAnotherThreadWithItsInput) {
-    const ImportPatch get(L"Tessel.dll", "GetForegroundWindow", TellForeground);
-    const ImportPatch thread(L"Tessel.dll", "GetWindowThreadProcessId", TellThread);
-    const ImportPatch attach(L"Tessel.dll", "AttachThreadInput", NoteAttach);
-    const ImportPatch set(L"Tessel.dll", "SetForegroundWindow", NoteForeground);
-    const auto take = [] {
-        steps.clear();
-        return SetForegroundWindowEx(nullptr);
+    struct Row {
+        HWND foreground;
+        DWORD thread;
+        BOOL attaches;
+        const char* steps;
+        int result;
     };
-    EXPECT_EQ(take(), 0);
-    EXPECT_EQ(steps, Steps{}) << "no window has it";
-    foreground = GetDesktopWindow();
-    foregroundThread = GetCurrentThreadId();
-    EXPECT_EQ(take(), 7);
-    EXPECT_EQ(steps, Steps{L"set"});
-    foregroundThread = 77;
-    EXPECT_EQ(take(), 7);
-    EXPECT_EQ(steps, (Steps{L"attach", L"set", L"detach"}));
-    attaches = FALSE;
-    EXPECT_EQ(take(), 0);
-    EXPECT_EQ(steps, Steps{L"attach"});
+    const HWND window = GetDesktopWindow();
+    for (const Row& row : {Row{nullptr, 0, TRUE, "", 0}, Row{window, GetCurrentThreadId(), TRUE, "set ", 7},
+                           Row{window, 77, TRUE, "attach set detach ", 7}, Row{window, 77, FALSE, "attach ", 0}}) {
+        std::string steps;
+        const ImportPatch get("GetForegroundWindow", &GetForegroundWindow, [&] { return row.foreground; });
+        const ImportPatch thread("GetWindowThreadProcessId", &GetWindowThreadProcessId,
+                                 [&](auto...) { return row.thread; });
+        const ImportPatch attach("AttachThreadInput", &AttachThreadInput, [&](DWORD from, DWORD to, BOOL attaches) {
+            EXPECT_TRUE(from == GetCurrentThreadId() && to == row.thread);
+            steps += attaches ? "attach " : "detach ";
+            return row.attaches;
+        });
+        const ImportPatch set("SetForegroundWindow", &SetForegroundWindow, [&](HWND) {
+            steps += "set ";
+            return 7;
+        });
+        EXPECT_EQ(SetForegroundWindowEx(nullptr), row.result) << row.steps;
+        EXPECT_EQ(steps, row.steps);
+    }
 }
 
 TEST(DriveFunctions, Odd29ModulesVolumesAndSpace) {
@@ -193,16 +146,21 @@ TEST(DriveFunctions, Odd29ModulesVolumesAndSpace) {
     unsigned long long free = 0;
     unsigned long long total = 0;
     EXPECT_NE(GetDriveFreeSpace(L"C:\\", &free, &total), 0);
-    EXPECT_GE(total, free);
-    EXPECT_GT(free, 0u);
+    EXPECT_TRUE(total >= free && free > 0);
     total = 5;
     EXPECT_EQ(GetDriveFreeSpace(L"Q:\\nowhere", &free, &total), 0);
     EXPECT_EQ(total, 5u);
-    const ImportPatch volume(L"Tessel.dll", "GetVolumeInformationW", NoteVolume);
+    std::wstring root;
+    const ImportPatch volume("GetVolumeInformationW", &GetVolumeInformationW,
+                             [&root](LPCWSTR asked, LPWSTR, DWORD, DWORD* serial, auto...) {
+                                 root = asked;
+                                 *serial = 1234;
+                                 return TRUE;
+                             });
     EXPECT_EQ(GetVolumeSerialNumber(L"c:\\folder\\file"), 1234u);
-    EXPECT_EQ(volumeRoot, L"c:\\");
+    EXPECT_EQ(root, L"c:\\");
     EXPECT_EQ(GetVolumeSerialNumber(L"no drive"), 1234u);
-    EXPECT_EQ(volumeRoot, L"\\");
+    EXPECT_EQ(root, L"\\");
     EXPECT_EQ(GetVolumeSerialNumber(nullptr), 0u);
 }
 

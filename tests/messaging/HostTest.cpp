@@ -1,17 +1,12 @@
 #include "support/ChildProcess.h"
-#include "support/ImportPatch.h"
 #include "support/OpenPostOffice.h"
 #include "support/Reports.h"
+#include "support/ShownBoxes.h"
 
 #include <gtest/gtest.h>
-#include <tessel/foundation/event.h>
-#include <tessel/foundation/message.h>
-#include <tessel/foundation/semaphore.h>
-#include <tessel/messaging/host.h>
-#include <tessel/messaging/hostrequest.h>
-#include <tessel/messaging/mailbox.h>
-#include <tessel/ui/brush.h>
-#include <tessel/ui/dialoginterface.h>
+#include <tessel/foundation.h>
+#include <tessel/messaging.h>
+#include <tessel/ui.h>
 
 #include <algorithm>
 #include <functional>
@@ -22,6 +17,14 @@ namespace {
 constexpr int kDialog = 101;
 constexpr int kText = 1001;
 constexpr int kButton = 1002;
+constexpr RESOURCE_TYPE kFrameType{1};
+constexpr RESOURCE_TYPE kDialogType{2};
+constexpr RESOURCE_ID kFrameId{2};
+constexpr RESOURCE_ID kDialogId{0};
+constexpr WPARAM kRequests[] = {0xFFAB, 0xFFAD};
+
+using Strings = std::vector<std::wstring>;
+using Messages = std::vector<UINT>;
 
 /// Notes what the host tells it; what it does at the start is the test's.
 class Program : public OSClass {
@@ -33,75 +36,28 @@ public:
         if (atStart) atStart();
     }
     void OnClose() override { events.push_back(L"close"); }
-    void OnMessage(HWND, UINT message, WPARAM, LPARAM lParam) override {
-        seen.push_back(message);
-        if (message == MAILBOX_NOTIFICATION && atMail) atMail(lParam);
-    }
+    void OnMessage(HWND, UINT message, WPARAM, LPARAM) override { seen.push_back(message); }
     void OnPumpExit(int code, const wchar_t* text) override { events.push_back(std::to_wstring(code) + L" " + text); }
-    bool Sees(UINT message) {
-        seen.clear();
-        SendMessageW(GetFrameWindow(), message, 0, 0);
-        return seen == std::vector<UINT>{message};
+    int Run(std::function<void()> start) {
+        events.clear();
+        atStart = std::move(start);
+        return OS_Pump();
     }
 
     std::function<void()> atStart;
-    std::function<void(LPARAM)> atMail;
-    std::vector<std::wstring> events;
-    std::vector<UINT> seen;
+    Strings events;
+    Messages seen;
 };
-
-std::vector<std::wstring> boxes;
-
-int WINAPI NoteBox(HWND, LPCWSTR text, LPCWSTR title, UINT) {
-    boxes.push_back(std::wstring(title) + L": " + text);
-    return IDOK;
-}
-
-std::uintptr_t NoThread(void (*)(void*), unsigned, void*) {
-    return static_cast<std::uintptr_t>(-1);
-}
-
-struct Timer {
-    HWND window;
-    UINT_PTR id;
-    UINT intervalMs;
-    TIMERPROC procedure;
-} timer{};
-
-UINT_PTR WINAPI NoteTimer(HWND window, UINT_PTR id, UINT intervalMs, TIMERPROC procedure) {
-    timer = {window, id, intervalMs, procedure};
-    return id;
-}
-
-std::wstring startedLine;
-
-BOOL WINAPI NoteStart(LPCWSTR program, LPWSTR line, LPSECURITY_ATTRIBUTES own, LPSECURITY_ATTRIBUTES thread,
-                      BOOL inherit, DWORD flags, LPVOID environment, LPCWSTR directory, LPSTARTUPINFOW startup,
-                      LPPROCESS_INFORMATION process) {
-    EXPECT_TRUE(startup->wShowWindow == SW_SHOW && startup->lpDesktop == nullptr && startup->lpTitle == nullptr);
-    startedLine = line;
-    return CreateProcessW(program, line, own, thread, inherit, flags, environment, directory, startup, process);
-}
-
-HWND released = nullptr;
-
-int WINAPI NoteRelease(HWND window, HDC context) {
-    released = window;
-    return ReleaseDC(window, context);
-}
-
-POINT textAt;
-
-BOOL WINAPI NoteText(HDC, int x, int y, LPCWSTR, int) {
-    textAt = {x, y};
-    return TRUE;
-}
 
 class Host : public testing::Test {
 protected:
-    Host() { boxes.clear(); }
+    HWND MakeDialog(HWND parent = nullptr) {
+        return program.CreateDialogWindow(GetModuleHandleW(nullptr), parent, kDialog);
+    }
     OpenPostOffice office;
     Program program;
+    const HWND frame = program.GetFrameWindow();
+    CResource table;
 };
 
 LRESULT CALLBACK QuitWhenDestroyed(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -114,39 +70,33 @@ int RunHost(const std::vector<std::string>&) {
     const OpenPostOffice office;
     Program program;
     SetWindowLongPtrW(program.GetFrameWindow(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&QuitWhenDestroyed));
-    program.atStart = [] { Say("running"); };
-    return program.OS_Pump();
+    return program.Run([] { Say("running"); });
 }
 const Role runHost("run-host", RunHost);
 
 } // namespace
 
 TEST_F(Host, RunsFromStartToExitAndReturnsTheCode) {
-    program.atStart = [this] { program.ExitApplication(5); };
-    EXPECT_EQ(program.OS_Pump(), 5);
-    EXPECT_EQ(program.events, (std::vector<std::wstring>{L"start", L"0 OS_Pump exiting"}));
+    EXPECT_EQ(program.Run([this] { program.ExitApplication(5); }), 5);
+    EXPECT_EQ(program.events, (Strings{L"start", L"0 OS_Pump exiting"}));
     program.SetExitCode(7);
-    program.atStart = [this] { program.ExitApplication(0); };
-    EXPECT_EQ(program.OS_Pump(), 7);
-    program.atStart = [this] { PostMessageW(program.GetFrameWindow(), WM_CLOSE, 0, 0); };
-    program.events.clear();
-    EXPECT_EQ(program.OS_Pump(), 7);
-    EXPECT_EQ(program.events, (std::vector<std::wstring>{L"start", L"close", L"0 OS_Pump exiting"}));
+    EXPECT_EQ(program.Run([this] { program.ExitApplication(0); }), 7);
+    EXPECT_EQ(program.Run([this] { PostMessageW(frame, WM_CLOSE, 0, 0); }), 7);
+    EXPECT_EQ(program.events, (Strings{L"start", L"close", L"0 OS_Pump exiting"}));
 }
 
 TEST_F(Host, Odd36And38RegistersItsFrameWindowUntilTheFirstCopyGoes) {
-    const HWND frame = CResource().GetResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, GetCurrentProcessId());
-    EXPECT_EQ(frame, program.GetFrameWindow());
+    EXPECT_EQ(table.GetResource(kFrameType, kFrameId, GetCurrentProcessId()), frame);
     EXPECT_FALSE(IsWindowVisible(frame));
     ShutDown(0);
     MSG message;
     EXPECT_FALSE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE)) << "that is up to the program";
     EXPECT_EQ(RequestNotify(frame, 1), 1);
-    CResource().AddResource(RESOURCE_TYPE{3}, RESOURCE_ID{3}, frame, 3);
+    table.AddResource(RESOURCE_TYPE{3}, RESOURCE_ID{3}, frame, 3);
     const int brush = CBrush().Add(RGB(1, 2, 3));
     { const Program copy(program); }
     EXPECT_EQ(RequestNotify(frame, 1), 0);
-    EXPECT_EQ(CResource().GetResource(RESOURCE_TYPE{3}, RESOURCE_ID{3}, 3), nullptr);
+    EXPECT_EQ(table.GetResource(RESOURCE_TYPE{3}, RESOURCE_ID{3}, 3), nullptr);
     EXPECT_EQ(CBrush().GetBrush(brush), nullptr);
     EXPECT_EQ(LoadResourceDialog(kDialog, nullptr, nullptr), nullptr);
     EXPECT_EQ(Program(std::string(1000, 'x').c_str(), L"Tessel other host").GetCommandLineText(),
@@ -157,10 +107,9 @@ TEST_F(Host, Odd36And38RegistersItsFrameWindowUntilTheFirstCopyGoes) {
 }
 
 TEST_F(Host, TakesThePlaceOfEntriesThatAKilledProcessOfItsIdLeft) {
-    CResource table;
     const HWND strangers = GetDesktopWindow();
-    ASSERT_EQ(table.DeleteResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, GetCurrentProcessId()), 0);
-    table.AddResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, strangers, GetCurrentProcessId());
+    ASSERT_EQ(table.DeleteResource(kFrameType, kFrameId, GetCurrentProcessId()), 0);
+    table.AddResource(kFrameType, kFrameId, strangers, GetCurrentProcessId());
     EXPECT_EQ(RequestNotify(strangers, 1), 0) << "not sent to the stranger";
     const Program next("", L"Tessel other host");
     EXPECT_EQ(RequestNotify(strangers, 1), 1);
@@ -171,14 +120,15 @@ TEST(HostProcedures, RegisterTheFrameInAPostOfficeThatComesLater) {
     Program program;
     EXPECT_EQ(reports.Take().size(), 1u) << "there is no table";
     const OpenPostOffice office;
-    program.atStart = [&program] {
-        EXPECT_EQ(RequestNotify(program.GetFrameWindow(), 1), 1);
-        program.ExitApplication(0);
-    };
-    for (int time = 0; time < 2; ++time) program.OS_Pump();
+    for (int time = 0; time < 2; ++time) {
+        program.Run([&program] {
+            EXPECT_EQ(RequestNotify(program.GetFrameWindow(), 1), 1);
+            program.ExitApplication(0);
+        });
+    }
     CResource table;
-    EXPECT_EQ(table.DeleteResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, GetCurrentProcessId()), 0);
-    EXPECT_EQ(table.DeleteResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, GetCurrentProcessId()), 1) << "once";
+    EXPECT_EQ(table.DeleteResource(kFrameType, kFrameId, GetCurrentProcessId()), 0);
+    EXPECT_EQ(table.DeleteResource(kFrameType, kFrameId, GetCurrentProcessId()), 1) << "once";
 }
 
 TEST(HostProcedures, DoNothingWithoutAHost) {
@@ -186,109 +136,84 @@ TEST(HostProcedures, DoNothingWithoutAHost) {
     const HWND frame = Program().GetFrameWindow();
     const UINT_PTR request[5] = {};
     auto address = reinterpret_cast<LPARAM>(request);
-    EXPECT_EQ(OSClass::ProcessOsAPIs(frame, WM_COMMAND, 0xFFAB, address), 0);
-    EXPECT_EQ(OSClass::DlgProc(frame, WM_COMMAND, 0xFFAD, address), FALSE);
+    for (const WPARAM number : kRequests) {
+        EXPECT_EQ(OSClass::ProcessOsAPIs(frame, WM_COMMAND, number, address), 0);
+        EXPECT_EQ(OSClass::DlgProc(frame, WM_COMMAND, number, address), FALSE);
+    }
     for (const UINT message : {WM_COMMAND, WM_PAINT, WM_CTLCOLORDLG, WM_CLOSE}) SendMessageW(frame, message, 0, 0);
     EXPECT_FALSE(IsWindow(frame)) << "the system closes it";
 }
 
 TEST_F(Host, HandsOnWhatIsOfInterestAndNothingElse) {
-    for (const UINT message :
-         {WM_PAINT, WM_TIMER, WM_MENUSELECT, WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, WM_RBUTTONDOWN,
-          WM_RBUTTONDBLCLK, WM_MBUTTONDOWN, WM_MBUTTONDBLCLK, WM_NOTIFY, WM_COMMAND}) {
-        EXPECT_TRUE(program.Sees(message)) << message;
-    }
-    for (const UINT message : {WM_LBUTTONUP, WM_RBUTTONUP, WM_MBUTTONUP, WM_SIZE, WM_DRAWITEM, WM_USER}) {
-        EXPECT_FALSE(program.Sees(message)) << message;
-    }
-}
-
-TEST_F(Host, GetsTheMessagesOfItsMailbox) {
-    CMailBox mailbox(ORCAOBJID{90});
-    ASSERT_EQ(mailbox.RegisterMailbox(program.GetFrameWindow()), 0);
-    program.atStart = [&] { mailbox.Send(ORCAOBJID{90}, 42, 0, nullptr, 0, nullptr); };
-    unsigned long received = 0;
-    program.atMail = [&](LPARAM number) {
-        SBLOCK* const block = mailbox.GetMessageBlock(static_cast<unsigned>(number));
-        received = block->MsgId;
-        mailbox.ReleaseMemory(block);
-        program.ExitApplication(0);
-    };
-    program.OS_Pump();
-    EXPECT_EQ(received, 42u);
+    const Messages interesting{WM_PAINT, WM_TIMER, WM_COMMAND, MAILBOX_NOTIFICATION};
+    for (const UINT message : interesting) SendMessageW(frame, message, 0, 0);
+    for (const UINT message : {WM_LBUTTONUP, WM_SIZE, WM_DRAWITEM}) SendMessageW(frame, message, 0, 0);
+    EXPECT_EQ(program.seen, interesting);
 }
 
 TEST_F(Host, Odd37AnswersRequestsOfOtherThreads) {
     HWND dialog = nullptr;
     const DWORD thread = GetCurrentThreadId();
     std::thread other;
-    program.atStart = [&] {
+    program.Run([&] {
         other = std::thread([&] {
             dialog = LoadResourceDialog(kDialog, nullptr, nullptr);
-            EXPECT_EQ(LoadResourceDialog(999, nullptr, nullptr), nullptr);
             EXPECT_EQ(LoadResourceDialog(kDialog, nullptr, GetModuleHandleW(L"Tessel.dll")), nullptr) << "not there";
             EXPECT_EQ(GetParent(LoadResourceDialog(kDialog, dialog, nullptr)), dialog);
             EXPECT_EQ(RequestNotify(dialog, 3), 1);
             PostThreadMessageW(thread, WM_QUIT, 0, 0);
         });
-    };
-    program.OS_Pump();
+    });
     other.join();
     EXPECT_EQ(GetWindowThreadProcessId(dialog, nullptr), thread);
-    EXPECT_EQ(GetParent(dialog), program.GetFrameWindow());
-    EXPECT_EQ(CResource().GetResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, kDialog), dialog);
+    EXPECT_EQ(GetParent(dialog), frame);
+    EXPECT_EQ(table.GetResource(kDialogType, kDialogId, kDialog), dialog);
     DestroyWindow(dialog);
     EXPECT_EQ(program.IsWindowNotify(dialog, 1), 1);
 }
 
 TEST_F(Host, Odd37DialogsThatAreGoneLeaveNoEntryInTheResourceTable) {
-    CResource table;
     const auto entries = [records = table.GetResourceAddress()] {
         return std::count_if(records, records + POST_OFFICE_RESOURCES,
-                             [](const RESOURCE& record) { return record.Type == RESOURCE_TYPE{2}; });
+                             [](const RESOURCE& record) { return record.Type == kDialogType; });
     };
     for (int time = 0; time < 3; ++time) DestroyWindow(LoadResourceDialog(kDialog, nullptr, nullptr));
     EXPECT_EQ(entries(), 0);
     for (int time = 0; time < 3; ++time) EXPECT_EQ(LoadResourceDialog(999, nullptr, nullptr), nullptr);
     EXPECT_EQ(entries(), 1) << "the last that could not be made";
-    EXPECT_EQ(table.DeleteResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, 999), 0);
+    EXPECT_EQ(table.DeleteResource(kDialogType, kDialogId, 999), 0);
 }
 
 TEST_F(Host, RequestsWithoutAReadableRecordAreAnsweredWith0) {
     for (const LPARAM address : {LPARAM{0}, LPARAM{8}, LPARAM{-1}}) {
-        EXPECT_EQ(SendMessageW(program.GetFrameWindow(), WM_COMMAND, 0xFFAB, address), 0);
-        EXPECT_EQ(SendMessageW(program.GetFrameWindow(), WM_COMMAND, 0xFFAD, address), 0);
+        for (const WPARAM number : kRequests) EXPECT_EQ(SendMessageW(frame, WM_COMMAND, number, address), 0);
         OSClass::PaintWithOwnerBrush(address);
     }
     EXPECT_TRUE(program.seen.empty());
 
     auto* const pages = static_cast<char*>(VirtualAlloc(nullptr, 0x2000, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
     const auto across = reinterpret_cast<LPARAM>(pages + 0x1000 - 7); // odd, too
-    DWORD before = 0;
-    VirtualProtect(pages + 0x1000, 1, PAGE_READONLY, &before);
-    EXPECT_EQ(SendMessageW(program.GetFrameWindow(), WM_COMMAND, 0xFFAD, across), 1);
-    VirtualProtect(pages + 0x1000, 1, PAGE_NOACCESS, &before);
-    EXPECT_EQ(SendMessageW(program.GetFrameWindow(), WM_COMMAND, 0xFFAD, across), 0);
+    for (const DWORD protection : {PAGE_READONLY, PAGE_NOACCESS}) {
+        DWORD before = 0;
+        VirtualProtect(pages + 0x1000, 1, protection, &before);
+        EXPECT_EQ(SendMessageW(frame, WM_COMMAND, 0xFFAD, across), protection == PAGE_READONLY ? 1 : 0);
+    }
     VirtualFree(pages, 0, MEM_RELEASE);
 }
 
 TEST_F(Host, ItsNotificationTableHolds1999Windows) {
     const auto window = [](unsigned long number) { return static_cast<HWND>(ULongToHandle(number * 16)); };
     for (unsigned long number = 1; number < 2000; ++number) ASSERT_EQ(program.RequestWndNotify(window(number), 2), 0);
-    const ImportPatch box(L"Tessel.dll", "MessageBoxW", NoteBox);
+    const ShownBoxes boxes;
     EXPECT_EQ(program.RequestWndNotify(window(2000), 2), 1);
     EXPECT_EQ(RequestNotify(window(2000), 2), 1) << "handled all the same";
-    EXPECT_EQ(boxes, std::vector<std::wstring>(2, L"Varda Message: Unable to ADD Window Message Notification\n"
-                                                  L"(Enlarge Array)"));
+    EXPECT_EQ(boxes.texts, Strings(2, L"Varda Message: Unable to ADD Window Message Notification\n(Enlarge Array)"));
     EXPECT_EQ(program.IsWindowNotify(window(2000), 2), 0);
-    EXPECT_EQ(program.RequestWndNotify(window(1999), 6), 0);
-    EXPECT_EQ(program.IsWindowNotify(window(1999), 4), 4);
-    EXPECT_EQ(program.RequestWndNotify(window(7), 0), 0);
-    EXPECT_EQ(program.IsWindowNotify(window(7), 2), 0);
-    EXPECT_EQ(program.RequestWndNotify(window(2000), 3), 0);
-    EXPECT_EQ(program.IsWindowNotify(window(2000), 1), 1);
-    EXPECT_EQ(program.IsWindowNotify(nullptr, 5), 5);
-    EXPECT_EQ(program.IsWindowNotify(nullptr, 6), 6);
+    for (const auto& [number, mask] : {std::pair{1999ul, 6}, {7, 0}, {2000, 3}}) { // the last in place of the 7th
+        EXPECT_EQ(program.RequestWndNotify(window(number), static_cast<unsigned long>(mask)), 0) << number;
+        EXPECT_EQ(program.IsWindowNotify(window(number), 7), mask) << number;
+    }
+    for (const UINT always : {5u, 6u}) EXPECT_EQ(program.IsWindowNotify(nullptr, always), static_cast<int>(always));
 }
 
 TEST_F(Host, ManagersLiveAsLongAsTheirMainAndSeveralAtOnce) {
@@ -301,29 +226,33 @@ TEST_F(Host, ManagersLiveAsLongAsTheirMainAndSeveralAtOnce) {
     }
     EXPECT_EQ(GetModuleHandleW(L"manager_runs.dll"), modules[0]);
     EXPECT_NE(program.CreateThread([](void*) { CEvent(L"Tessel test manager stop").SetEvent(); }), 0u);
-    while (GetModuleHandleW(L"manager_runs.dll") != nullptr) Sleep(1);
-
     EXPECT_NE(program.CreateThreadedManager(L"manager_empty.dll", modules), 0xFFFFFFFFu);
-    while (GetModuleHandleW(L"manager_empty.dll") != nullptr) Sleep(1);
+    for (const wchar_t* ended : {L"manager_runs.dll", L"manager_empty.dll"}) {
+        while (GetModuleHandleW(ended) != nullptr) Sleep(1);
+    }
 
-    const ImportPatch threads(L"Tessel.dll", "_beginthread", NoThread);
+    const ImportPatch threads(Failing("_beginthread", &_beginthread, -1));
     EXPECT_EQ(program.CreateThreadedManager(L"manager_empty.dll", modules), 0xFFFFFFFFu);
     EXPECT_EQ(GetModuleHandleW(L"manager_empty.dll"), nullptr);
     EXPECT_EQ(program.CreateThread(nullptr), 0u);
 
-    const ImportPatch box(L"Tessel.dll", "MessageBoxW", NoteBox);
+    const ShownBoxes boxes;
     EXPECT_EQ(program.CreateThreadedManager(L"no such.dll", modules), 0xFFFFFFFFu);
     EXPECT_EQ(modules[0], nullptr);
     EXPECT_EQ(program.OpenResourceFile(L"no such.dll"), nullptr);
-    EXPECT_EQ(boxes, std::vector<std::wstring>(2, L"LoadLibrary failed: DllName: no such.dll\nErrorCode:126"));
+    EXPECT_EQ(boxes.texts, Strings(2, L"LoadLibrary failed: DllName: no such.dll\nErrorCode:126"));
 }
 
 TEST_F(Host, Odd62StartsAProcessUnderTheNameOfTheConsoleProgram) {
     constexpr DWORD kNoSuchRole = 98;
-    const std::wstring own = OwnProgram();
-    const ImportPatch start(L"Tessel.dll", "CreateProcessW", NoteStart);
-    void* const process = program.StartProcess(own.c_str(), reinterpret_cast<const unsigned char*>(L"--role none"));
-    EXPECT_EQ(startedLine, L"ConsoleApp.exe --role none");
+    std::wstring line;
+    const ImportPatch start("CreateProcessW", &CreateProcessW, [&line](auto file, auto arguments, auto... others) {
+        line = arguments;
+        return CreateProcessW(file, arguments, others...);
+    });
+    const auto* const arguments = reinterpret_cast<const unsigned char*>(L"--role none");
+    void* const process = program.StartProcess(OwnProgram().c_str(), arguments);
+    EXPECT_EQ(line, L"ConsoleApp.exe --role none");
     EXPECT_EQ(WaitForSingleObject(process, INFINITE), WAIT_OBJECT_0);
     DWORD code = 0;
     EXPECT_TRUE(GetExitCodeProcess(process, &code));
@@ -342,103 +271,107 @@ TEST(HostProcess, IsShutDownThroughItsFrameWindow) {
 }
 
 TEST_F(Host, SendsItsHeartbeatToAllTopLevelWindows) {
+    constexpr UINT_PTR kTimer = 40039;
     const HWND listener = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
     const UINT beat = RegisterThisWindowMessage(L"Tessel test heartbeat");
+    const auto wasHeard = [&] {
+        MSG message{};
+        const BOOL heard = GetMessageW(&message, listener, beat, beat);
+        return heard && message.wParam == kTimer && message.lParam == reinterpret_cast<LPARAM>(frame);
+    };
     program.SetVardaMsgId(beat);
     EXPECT_EQ(OSClass::GetVardaMsgId(), beat);
-    MSG message{};
-    ASSERT_TRUE(GetMessageW(&message, listener, beat, beat));
-    EXPECT_EQ(message.wParam, 40039u);
-    EXPECT_EQ(message.lParam, reinterpret_cast<LPARAM>(program.GetFrameWindow()));
-    const ImportPatch set(L"Tessel.dll", "SetTimer", NoteTimer);
-    program.atStart = [this] { program.ExitApplication(0); };
-    program.OS_Pump();
-    EXPECT_TRUE(timer.window == program.GetFrameWindow() && timer.id == 40039 && timer.intervalMs == 2500);
-    timer.procedure(program.GetFrameWindow(), WM_TIMER, timer.id, 0);
-    ASSERT_TRUE(GetMessageW(&message, listener, beat, beat));
+    EXPECT_TRUE(wasHeard());
+    TIMERPROC onTimer = nullptr;
+    const ImportPatch set("SetTimer", &SetTimer, [&](HWND window, UINT_PTR id, UINT intervalMs, TIMERPROC procedure) {
+        EXPECT_TRUE(window == frame && id == kTimer && intervalMs == 2500);
+        onTimer = procedure;
+        return id;
+    });
+    program.Run([this] { program.ExitApplication(0); });
+    onTimer(frame, WM_TIMER, kTimer, 0);
+    EXPECT_TRUE(wasHeard());
     program.SetVardaMsgId(0);
+    MSG message;
     EXPECT_FALSE(PeekMessageW(&message, listener, beat, beat, PM_REMOVE));
     DestroyWindow(listener);
 }
 
 TEST_F(Host, Odd61DialogsGoThroughItAndBecomeActiveUnderThePointer) {
-    const HWND dialog = program.CreateDialogWindow(GetModuleHandleW(nullptr), program.GetFrameWindow(), kDialog);
-    ASSERT_NE(dialog, nullptr);
+    const HWND dialog = MakeDialog(frame);
     EXPECT_EQ(program.seen.back(), static_cast<UINT>(WM_INITDIALOG));
     program.seen.clear();
     SendMessageW(dialog, WM_SETCURSOR, reinterpret_cast<WPARAM>(dialog), HTCLIENT);
     EXPECT_TRUE(program.seen.empty());
     SendMessageW(dialog, WM_SETCURSOR, reinterpret_cast<WPARAM>(dialog), HTCLIENT);
     SendMessageW(GetDlgItem(dialog, kButton), BM_CLICK, 0, 0);
-    EXPECT_EQ(program.seen, (std::vector<UINT>{WM_SETCURSOR, WM_COMMAND}));
-    for (const UINT message :
-         {WM_SIZE, WM_HSCROLL, WM_VSCROLL, WM_NOTIFY, WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, WM_RBUTTONDOWN,
-          WM_RBUTTONDBLCLK, WM_MBUTTONDOWN, WM_MBUTTONDBLCLK, WM_PRINTCLIENT}) {
-        EXPECT_EQ(OSClass::DlgProc(dialog, message, 0, 0), TRUE);
-        EXPECT_EQ(program.seen.back(), message);
-    }
-    program.atStart = [this, dialog] {
+    EXPECT_EQ(OSClass::DlgProc(dialog, WM_HSCROLL, 0, 0), TRUE);
+    EXPECT_EQ(program.seen, (Messages{WM_SETCURSOR, WM_COMMAND, WM_HSCROLL}));
+    program.seen.clear();
+    program.Run([this, dialog] {
         PostMessageW(dialog, WM_KEYDOWN, VK_ESCAPE, 0);
         program.ExitApplication(0);
-    };
-    program.seen.clear();
-    program.OS_Pump();
-    EXPECT_EQ(program.seen, std::vector<UINT>{WM_COMMAND}) << "Escape is a button of the active dialog";
+    });
+    EXPECT_EQ(program.seen, Messages{WM_COMMAND}) << "Escape is a button of the active dialog";
     SendMessageW(dialog, WM_CLOSE, 0, 0);
     EXPECT_FALSE(IsWindow(dialog));
     EXPECT_EQ(program.seen.back(), static_cast<UINT>(WM_CLOSE));
 }
 
 TEST_F(Host, Odd64PaintsControlsInTheColoursOfTheirTag) {
-    const HWND dialog = program.CreateDialogWindow(GetModuleHandleW(nullptr), nullptr, kDialog);
+    const HWND dialog = MakeDialog();
     const HWND control = GetDlgItem(dialog, kText);
     const HDC context = CreateCompatibleDC(nullptr);
     const HBITMAP bitmap = CreateBitmap(100, 40, 1, 32, nullptr);
     SelectObject(context, bitmap);
-    const auto ask = [&] {
-        return OSClass::DlgProc(dialog, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(context),
-                                reinterpret_cast<LPARAM>(control));
+    const auto askForBrush = [&] {
+        return reinterpret_cast<HBRUSH>(OSClass::DlgProc(dialog, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(context),
+                                                         reinterpret_cast<LPARAM>(control)));
     };
-    EXPECT_EQ(ask(), 0);
+    EXPECT_EQ(askForBrush(), nullptr);
     CBrush brushes;
     const int background = brushes.Add(RGB(10, 200, 30));
     DIALOG_INTERFACE(dialog).SetColor(kText, 1, background);
-    EXPECT_EQ(ask(), reinterpret_cast<INT_PTR>(brushes.GetBrush(background)));
+    EXPECT_EQ(askForBrush(), brushes.GetBrush(background));
     EXPECT_EQ(GetBkColor(context), RGB(10, 200, 30));
     EXPECT_EQ(GetTextColor(context), program.GetPalette().GetColor(COLOR_IDX{1}));
 
-    const ImportPatch text(L"Tessel.dll", "TextOutW", NoteText);
+    SIZE size;
+    GetTextExtentPoint32W(context, L"text", 4, &size);
+    const ImportPatch text("TextOutW", &TextOutW, [&size](HDC, int x, int y, auto...) {
+        EXPECT_TRUE(x == (100 - size.cx) / 2 && y == (40 - size.cy) / 2);
+        return TRUE;
+    });
     DRAWITEMSTRUCT item{};
     item.CtlType = ODT_BUTTON;
     item.hwndItem = control;
     item.hDC = context;
     item.rcItem = {20, 10, 100, 40};
-    const auto paint = [&](UINT state) {
-        item.itemState = state;
-        EXPECT_EQ(OSClass::DlgProc(dialog, WM_DRAWITEM, 0, reinterpret_cast<LPARAM>(&item)), FALSE);
-        return GetPixel(context, 20, 10);
+    for (const COLORREF color : {RGB(1, 0, 0), RGB(2, 0, 0), RGB(3, 0, 0)}) brushes.Add(CreateSolidBrush(color), 5);
+    const int button = brushes.GetBrushIndex(5);
+    const int transparent = brushes.Add(CreateSolidBrush(0), 30);
+    struct Row {
+        int brush;
+        UINT state;
+        COLORREF expected;
     };
-    EXPECT_EQ(paint(ODS_SELECTED), RGB(10, 200, 30));
-    SIZE size;
-    GetTextExtentPoint32W(context, L"text", 4, &size);
-    EXPECT_EQ(textAt.x, (100 - size.cx) / 2);
-    EXPECT_EQ(textAt.y, (40 - size.cy) / 2);
-    const COLORREF colors[] = {RGB(1, 0, 0), RGB(2, 0, 0), RGB(3, 0, 0)};
-    for (const COLORREF color : colors) brushes.Add(CreateSolidBrush(color), 5);
-    DIALOG_INTERFACE(dialog).SetColor(kText, 1, brushes.GetBrushIndex(5));
-    EXPECT_EQ(paint(0), colors[0]);
-    EXPECT_EQ(paint(ODS_SELECTED | ODS_FOCUS), colors[1]);
-    EXPECT_EQ(paint(ODS_FOCUS), colors[2]);
-    DIALOG_INTERFACE(dialog).SetColor(kText, 1, brushes.Add(CreateSolidBrush(0), 30));
-    EXPECT_EQ(paint(0), colors[2]) << "transparent";
+    for (const Row& row : {Row{background, ODS_SELECTED, RGB(10, 200, 30)}, Row{button, 0, RGB(1, 0, 0)},
+                           Row{button, ODS_SELECTED | ODS_FOCUS, RGB(2, 0, 0)}, Row{button, ODS_FOCUS, RGB(3, 0, 0)},
+                           Row{transparent, 0, RGB(3, 0, 0)}}) {
+        DIALOG_INTERFACE(dialog).SetColor(kText, 1, row.brush);
+        item.itemState = row.state;
+        EXPECT_EQ(OSClass::DlgProc(dialog, WM_DRAWITEM, 0, reinterpret_cast<LPARAM>(&item)), FALSE);
+        EXPECT_EQ(GetPixel(context, 20, 10), row.expected) << row.brush << ' ' << row.state;
+    }
     DeleteDC(context);
     DeleteObject(bitmap);
 }
 
 TEST_F(Host, Odd63ADialogRealisesThePaletteOnceAnotherProgramChangedIt) {
-    const HWND dialog = program.CreateDialogWindow(GetModuleHandleW(nullptr), nullptr, kDialog);
-    const ImportPatch release(L"Tessel.dll", "ReleaseDC", NoteRelease);
-    released = dialog;
+    const HWND dialog = MakeDialog();
+    HWND released = dialog;
+    const ImportPatch release("ReleaseDC", &ReleaseDC,
+                              [&](HWND window, HDC context) { return released = window, ReleaseDC(window, context); });
     OSClass::PaletteFlag = 0;
     EXPECT_EQ(OSClass::DlgProc(dialog, WM_QUERYNEWPALETTE, 0, 0), FALSE);
     SendMessageW(dialog, WM_PALETTECHANGED, reinterpret_cast<WPARAM>(dialog), 0);

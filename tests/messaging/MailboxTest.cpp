@@ -14,27 +14,17 @@ namespace {
 constexpr ORCAOBJID kSender{21};
 constexpr ORCAOBJID kReceiver{22};
 constexpr ORCAOBJID kNobody{23};
+constexpr unsigned long kBlocks = SMALL_BLOCK_COUNT - 1;
 
 const unsigned char kData[SMALL_BLOCK_SIZE] = {'d', 'a', 't', 'a'};
-
-int sleeps = 0;
-
-void WINAPI CountSleep(DWORD) {
-    ++sleeps;
-}
-
-CMailBox* leaving = nullptr;
-
-void WINAPI LeaveMeanwhile(DWORD) {
-    leaving->UnregisterMailbox();
-}
 
 class Mailbox : public testing::Test {
 protected:
     Mailbox() { EXPECT_EQ(receiver.RegisterMailbox(window.Get()), 0); }
     int Send(unsigned long length) { return sender.Send(kReceiver, 1, length, kData, 0, nullptr); }
     SBLOCK* Take() { return receiver.GetMessageBlock(static_cast<unsigned>(window.Take(MAILBOX_NOTIFICATION))); }
-    FILE_HEADER& Header() { return *CPostOffice().GetHeaderAddr(); }
+    int Release(SBLOCK* block) { return receiver.ReleaseMemory(block); }
+    int Registered() { return CPostOffice().GetHeaderAddr()->MailboxesInUse; }
     /// Nothing is allocated and nobody holds the lock.
     void ExpectUntouched() {
         EXPECT_EQ(sender.GetFreeBlockCount(), 500u);
@@ -48,6 +38,8 @@ protected:
     MessageWindow window;
     CMailBox sender{kSender};
     CMailBox receiver{kReceiver};
+    CMailBox other{kNobody};
+    MAILBOX* const mailboxes = CPostOffice().GetPostOfficeAddr();
     Reports reports;
 };
 
@@ -56,16 +48,13 @@ protected:
 TEST_F(Mailbox, DeliversBothPartsAsOneMessage) {
     const unsigned char more[] = "more";
     ASSERT_EQ(sender.Send(kReceiver, 0xABCD1234, 4, kData, 5, more), 0);
-    EXPECT_EQ(sender.GetFreeBlockCount(), 499u);
+    EXPECT_EQ(sender.GetFreeBlockCount(), kBlocks);
     SBLOCK* const block = Take();
     ASSERT_EQ(block, receiver.GetDirectMessage(2)) << "the cursor starts at 1 and moves first";
-    EXPECT_EQ(block->MsgId, 0xABCD1234u);
-    EXPECT_EQ(block->Length, 10u);
-    EXPECT_EQ(block->Sender, static_cast<unsigned>(kSender));
-    EXPECT_EQ(block->Receiver, static_cast<unsigned>(kReceiver));
-    EXPECT_EQ(block->RefCount, 1u);
+    EXPECT_TRUE(block->MsgId == 0xABCD1234 && block->Length == 10 && block->RefCount == 1);
+    EXPECT_TRUE(block->Sender == kSender && block->Receiver == kReceiver);
     EXPECT_STREQ(reinterpret_cast<char*>(block->Data), "datamore");
-    EXPECT_EQ(receiver.ReleaseMemory(block), 0);
+    EXPECT_EQ(Release(block), 0);
     EXPECT_EQ(block->RefCount, 0u);
     ExpectUntouched();
 }
@@ -79,11 +68,11 @@ TEST_F(Mailbox, Odd24TakesMessagesUpTo5119BytesAndCountsOneMore) {
     EXPECT_EQ(std::memcmp(first->Data, kData, 5119), 0);
     EXPECT_EQ(first->Data[5119], '#');
     EXPECT_EQ(receiver.GetMessageBlock(3)->BlkNum, 0);
-    receiver.ReleaseMemory(first);
+    Release(first);
     EXPECT_EQ(sender.Send(kReceiver, 1, 0, nullptr, 7, nullptr), 0);
     SBLOCK* const second = Take();
     EXPECT_EQ(second->Length, 8u);
-    receiver.ReleaseMemory(second);
+    Release(second);
     EXPECT_TRUE(reports.Take().empty());
     EXPECT_EQ(Send(5120), ERROR_NOT_ENOUGH_MEMORY);
     EXPECT_EQ(reports.Take(),
@@ -91,89 +80,82 @@ TEST_F(Mailbox, Odd24TakesMessagesUpTo5119BytesAndCountsOneMore) {
     ExpectUntouched();
 }
 
-TEST_F(Mailbox, LengthsThatWrapAndMissingDataAreRefusedAndLeaveThePoolAsItWas) {
+TEST_F(Mailbox, WhatCannotBeSentLeavesThePoolAsItWas) {
     for (const auto& [first, second] : {std::pair{0xFFFFFFFFUL, 0UL}, {4UL, 0xFFFFFFFBUL}}) {
         EXPECT_EQ(sender.Send(kReceiver, 1, first, kData, second, kData), ERROR_NOT_ENOUGH_MEMORY) << first;
     }
     EXPECT_EQ(sender.Send(kReceiver, 1, 4, nullptr, 0, nullptr), ERROR_INVALID_PARAMETER);
-    ExpectUntouched();
-}
-
-TEST_F(Mailbox, AWindowThatIsGoneGivesItsErrorAndTheBlockBack) {
     EXPECT_EQ(sender.Send(kNobody, 1, 0, nullptr, 0, nullptr), ERROR_SERVICE_NOT_FOUND);
+    ExpectUntouched();
     window.Destroy();
     EXPECT_EQ(Send(4), ERROR_INVALID_WINDOW_HANDLE);
     ExpectUntouched();
 }
 
 TEST_F(Mailbox, ReportsAPoolBelow50OnceUntilItHasBeenAbove250) {
-    const auto sendDownTo = [this](unsigned long free) {
-        while (sender.GetFreeBlockCount() > free) ASSERT_EQ(Send(1), 0);
+    /// Sends or releases until so many blocks are free. @return what was reported
+    const auto bringTo = [this](unsigned long free) {
+        while (sender.GetFreeBlockCount() > free) EXPECT_EQ(Send(1), 0);
+        while (sender.GetFreeBlockCount() < free) Release(Take());
+        return reports.Take();
     };
-    const auto releaseUpTo = [this](unsigned long free) {
-        while (sender.GetFreeBlockCount() < free) receiver.ReleaseMemory(Take());
-    };
+    const Texts none;
     const Texts low{"CMailbox:76 !\"Message resources low\""};
-    sendDownTo(50);
-    EXPECT_TRUE(reports.Take().empty());
+    EXPECT_EQ(bringTo(50), none);
     EXPECT_EQ(sender.MsgResourcesLow(), 0);
-    sendDownTo(49);
-    EXPECT_EQ(reports.Take(), low);
+    EXPECT_EQ(bringTo(49), low);
     EXPECT_EQ(sender.MsgResourcesLow(), 1);
-    releaseUpTo(251);
+    EXPECT_EQ(bringTo(251), none);
     EXPECT_EQ(sender.MsgResourcesHigh(), 1);
-    sendDownTo(250); // looked at when a message is sent: 250 is not above 250
+    EXPECT_EQ(bringTo(250), none) << "looked at when a message is sent: 250 is not above 250";
     EXPECT_EQ(sender.MsgResourcesHigh(), 0);
-    sendDownTo(1);
-    EXPECT_TRUE(reports.Take().empty());
-    releaseUpTo(252);
-    sendDownTo(50);
-    EXPECT_TRUE(reports.Take().empty());
-    sendDownTo(49);
-    EXPECT_EQ(reports.Take(), low);
+    for (const unsigned long free : {1ul, 252ul, 50ul}) EXPECT_EQ(bringTo(free), none) << free;
+    EXPECT_EQ(bringTo(49), low);
 }
 
 TEST_F(Mailbox, Odd15And20AFullPoolIsBusyAlsoWhileOnlyTheLastBlockIsFree) {
     SBLOCK* last = nullptr;
-    SBLOCK* other = nullptr;
-    for (int i = 0; i < 499; ++i) {
+    SBLOCK* earlier = nullptr;
+    for (unsigned long i = 0; i < kBlocks; ++i) {
         ASSERT_EQ(Send(1), 0);
-        other = std::exchange(last, Take());
+        earlier = std::exchange(last, Take());
     }
     EXPECT_EQ(sender.GetFreeBlockCount(), 1u);
-    const ImportPatch sleep(L"Tessel.dll", "Sleep", CountSleep);
-    EXPECT_EQ(Send(1), ERROR_BUSY);
-    EXPECT_EQ(sleeps, 100);
     {
-        leaving = &receiver;
-        const ImportPatch leave(L"Tessel.dll", "Sleep", LeaveMeanwhile);
+        int pauses = 0;
+        const ImportPatch sleep("Sleep", &Sleep, [&pauses](DWORD) { ++pauses; });
+        EXPECT_EQ(Send(1), ERROR_BUSY);
+        EXPECT_EQ(pauses, 100);
+        const ImportPatch leave("Sleep", &Sleep, [this](DWORD) { receiver.UnregisterMailbox(); });
         EXPECT_EQ(Send(1), ERROR_SERVICE_NOT_FOUND);
-        ASSERT_EQ(receiver.RegisterMailbox(window.Get()), 0);
     }
-    receiver.ReleaseMemory(last);
+    ASSERT_EQ(receiver.RegisterMailbox(window.Get()), 0);
+    Release(last);
     EXPECT_EQ(Send(1), ERROR_BUSY);
-    receiver.ReleaseMemory(other);
+    Release(earlier);
     EXPECT_EQ(Send(1), 0);
-    EXPECT_EQ(Take(), other);
+    EXPECT_EQ(Take(), earlier);
 }
 
 TEST_F(Mailbox, Odd21OnlyAnAllocatedBlockOfThePoolIsReleasedAndItsNumberIsCheckedByOneLookUpOnly) {
     ASSERT_EQ(Send(1), 0);
     SBLOCK* const block = Take();
-    const auto inside = reinterpret_cast<SBLOCK*>(reinterpret_cast<unsigned char*>(block) + 1);
-    for (SBLOCK* const bad : {static_cast<SBLOCK*>(nullptr), inside, receiver.GetDirectMessage(500),
-                              receiver.GetDirectMessage(0xFFFF), reinterpret_cast<SBLOCK*>(&Header())}) {
-        EXPECT_EQ(receiver.ReleaseMemory(bad), 1);
+    SBLOCK* const none = nullptr;
+    SBLOCK* const inside = reinterpret_cast<SBLOCK*>(reinterpret_cast<unsigned char*>(block) + 1);
+    SBLOCK* const before = reinterpret_cast<SBLOCK*>(CPostOffice().GetHeaderAddr());
+    for (SBLOCK* const bad :
+         {none, inside, before, receiver.GetDirectMessage(500), receiver.GetDirectMessage(0xFFFF)}) {
+        EXPECT_EQ(Release(bad), 1);
         EXPECT_EQ(reports.Take(), Texts{"CMailbox:206 pBlock"});
     }
-    EXPECT_EQ(receiver.ReleaseMemory(block + 1), 1);
+    EXPECT_EQ(Release(block + 1), 1);
     EXPECT_EQ(reports.Take(), Texts{"CMailbox:207 pBlock->BlkNum"});
     block->RefCount = 2;
-    EXPECT_EQ(receiver.ReleaseMemory(block), 0);
+    EXPECT_EQ(Release(block), 0);
     EXPECT_EQ(reports.Take(), Texts{"CMailbox:199 pBlock->RefCount == 0"});
     EXPECT_EQ(CPostOffice().LockThreadSafe(0), 0) << "free after every refusal";
     SBLOCK* again = nullptr;
-    for (int i = 0; i < 499; ++i) EXPECT_EQ(sender.AllocateSmallBlock(1, 1, again), 0);
+    for (unsigned long i = 0; i < kBlocks; ++i) EXPECT_EQ(sender.AllocateSmallBlock(1, 1, again), 0);
     EXPECT_EQ(again, block);
     EXPECT_EQ(reports.Take(), Texts{"CMailbox:182 pSmall[cnt].RefCount == 1"});
     CPostOffice().UnlockThreadSafe();
@@ -183,72 +165,60 @@ TEST_F(Mailbox, Odd21OnlyAnAllocatedBlockOfThePoolIsReleasedAndItsNumberIsChecke
 }
 
 TEST_F(Mailbox, Odd23RegistersInTheFirstFreeSlotAndForgetsAnEarlierOne) {
-    CMailBox second(kNobody);
-    EXPECT_EQ(second.UnregisterMailbox(), 1);
-    EXPECT_EQ(second.GetMailboxAddr(), CPostOffice().GetPostOfficeAddr());
-    EXPECT_EQ(second.RegisterMailbox(window.Get()), 0);
-    EXPECT_EQ(second.RegisterMailbox(window.Get()), 0);
-    EXPECT_EQ(second.GetMailboxAddr(), CPostOffice().GetPostOfficeAddr() + 3);
-    EXPECT_EQ(Header().MailboxesInUse, 3u);
-    EXPECT_EQ(second.UnregisterMailbox(), 0);
-    EXPECT_EQ(second.UnregisterMailbox(), 1);
+    EXPECT_EQ(other.UnregisterMailbox(), 1);
+    EXPECT_EQ(other.GetMailboxAddr(), mailboxes);
+    EXPECT_EQ(other.RegisterMailbox(window.Get()) + other.RegisterMailbox(window.Get()), 0);
+    EXPECT_EQ(other.GetMailboxAddr(), mailboxes + 3);
+    EXPECT_EQ(Registered(), 3);
+    EXPECT_EQ(other.UnregisterMailbox(), 0);
+    EXPECT_EQ(other.UnregisterMailbox(), 1);
     EXPECT_EQ(CPostOffice::IsManager(kNobody, 0), 1) << "the first slot is still there";
-    for (int i = 3; i < 100; ++i) ASSERT_EQ(second.RegisterMailbox(window.Get()), 0);
-    EXPECT_EQ(second.RegisterMailbox(window.Get()), 1);
+    for (int i = 3; i < 100; ++i) ASSERT_EQ(other.RegisterMailbox(window.Get()), 0);
+    EXPECT_EQ(other.RegisterMailbox(window.Get()), 1);
 }
 
 TEST_F(Mailbox, ListsTheDirectoryWithItsLevels) {
-    CMailBox second(kNobody);
-    EXPECT_EQ(second.UpdateMonitorLevel(LEVEL{3}), 1);
-    ASSERT_EQ(second.RegisterMailbox(window.Get()), 0);
-    EXPECT_EQ(second.UpdateMonitorLevel(LEVEL{3}), 0);
+    EXPECT_EQ(other.UpdateMonitorLevel(LEVEL{3}), 1);
+    ASSERT_EQ(other.RegisterMailbox(window.Get()), 0);
+    EXPECT_EQ(other.UpdateMonitorLevel(LEVEL{3}), 0);
     MONITOR_LEVEL list[3] = {};
     EXPECT_EQ(sender.BuildDirectoryList(list, 3), 2);
-    EXPECT_EQ(list[0].ObjId, static_cast<unsigned>(kReceiver));
-    EXPECT_EQ(list[1].ObjId, static_cast<unsigned>(kNobody));
-    EXPECT_EQ(list[1].Level, 3u);
-    EXPECT_EQ(sender.BuildDirectoryList(list, 1), 1);
-    EXPECT_EQ(sender.BuildDirectoryList(list, -1), 0);
+    EXPECT_TRUE(list[0].ObjId == kReceiver && list[1].ObjId == kNobody && list[1].Level == 3);
+    for (const int max : {1, 0, -1}) EXPECT_EQ(sender.BuildDirectoryList(list, max), max > 0 ? max : 0);
     EXPECT_EQ(sender.BuildDirectoryList(nullptr, 3), 0);
     EXPECT_EQ(sender.SetRecordFlag(-5), 0);
-    EXPECT_EQ(second.GetRecordFlag(), -5);
+    EXPECT_EQ(other.GetRecordFlag(), -5);
 }
 
 TEST_F(Mailbox, Odd19TheSweepFreesBlocksButDoesNotCountRegistrationsDown) {
-    CMailBox kept(kNobody);
-    ASSERT_EQ(kept.RegisterMailbox(window.Get()), 0);
+    ASSERT_EQ(other.RegisterMailbox(window.Get()), 0);
     ASSERT_EQ(sender.Send(kNobody, 1, 0, nullptr, 0, nullptr), 0);
     for (int i = 0; i < 20; ++i) ASSERT_EQ(Send(1), 0);
-    EXPECT_EQ(kept.CleanUp(kNobody), 0);
-    EXPECT_EQ(sender.GetFreeBlockCount(), 499u);
+    EXPECT_EQ(other.CleanUp(kNobody), 0);
+    EXPECT_EQ(sender.GetFreeBlockCount(), kBlocks) << "the message to the one that stays";
     EXPECT_EQ(CPostOffice::IsManager(kReceiver, 0), 0);
     EXPECT_EQ(CPostOffice::IsManager(kNobody, 0), 1);
-    EXPECT_EQ(Header().MailboxesInUse, 2u);
+    EXPECT_EQ(Registered(), 2);
     const MAILBOX zero{};
     EXPECT_EQ(std::memcmp(receiver.GetMailboxAddr(), &zero, sizeof zero), 0);
     CMailBox next(kSender);
     ASSERT_EQ(next.RegisterMailbox(window.Get()), 0);
     ASSERT_EQ(next.GetMailboxAddr(), receiver.GetMailboxAddr());
     EXPECT_EQ(receiver.UnregisterMailbox(), 0);
-    EXPECT_EQ(Header().MailboxesInUse, 2u);
+    EXPECT_EQ(Registered(), 2);
     EXPECT_EQ(CPostOffice::IsManager(kSender, 0), 1) << "the slot is another's by now";
-}
-
-DWORD WINAPI IsBroken(HANDLE, DWORD, BOOL) {
-    return WAIT_FAILED;
 }
 
 TEST_F(Mailbox, WithoutTheLockNothingIsChanged) {
     ASSERT_EQ(Send(1), 0);
     SBLOCK* const block = Take();
     {
-        const ImportPatch broken(L"Tessel.dll", "WaitForSingleObjectEx", IsBroken);
+        const ImportPatch broken(Failing("WaitForSingleObjectEx", &WaitForSingleObjectEx, WAIT_FAILED));
         EXPECT_EQ(Send(1), ERROR_INVALID_HANDLE);
-        EXPECT_EQ(sender.RegisterMailbox(window.Get()) + receiver.UnregisterMailbox(), 2);
-        EXPECT_EQ(receiver.ReleaseMemory(block), 1);
+        EXPECT_EQ(sender.RegisterMailbox(window.Get()) + receiver.UnregisterMailbox() + Release(block), 3);
         EXPECT_EQ(sender.CleanUp(kSender), 0);
     }
     EXPECT_EQ(CPostOffice::IsManager(kReceiver, 0), 1);
-    EXPECT_EQ(receiver.ReleaseMemory(block), 0);
+    EXPECT_EQ(Release(block), 0);
     ExpectUntouched();
 }
