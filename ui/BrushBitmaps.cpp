@@ -1,51 +1,30 @@
 #include <foundation/Report.h>
 #include <tessel/ui/brush.h>
 #include <ui/BrushTable.h>
+#include <ui/GdiHandles.h>
 
 #include <algorithm>
 #include <limits>
-#include <memory>
-#include <type_traits>
 
 namespace {
 
 using tessel::BrushEntry;
 using tessel::brushTable;
 
-struct ObjectDeleter {
-    void operator()(HGDIOBJ object) const { (void)DeleteObject(object); } // nothing is left to do about a failure
-};
-using Bitmap = std::unique_ptr<std::remove_pointer_t<HBITMAP>, ObjectDeleter>;
-using Brush = std::unique_ptr<std::remove_pointer_t<HBRUSH>, ObjectDeleter>;
+using Bitmap = tessel::GdiObject<HBITMAP>;
+using Brush = tessel::GdiObject<HBRUSH>;
+using tessel::DeviceContext;
+using tessel::SelectedObject;
 
-struct ContextDeleter {
-    void operator()(HDC context) const { (void)DeleteDC(context); } // nothing is left to do about a failure
-};
-using Context = std::unique_ptr<std::remove_pointer_t<HDC>, ContextDeleter>;
-
-Context DisplayContext() {
-    return Context(CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr));
+DeviceContext DisplayContext() {
+    return DeviceContext(CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr));
 }
 
 /// A memory device context of the display; null when there is none, for then no other device steps in.
-Context MemoryContext() {
-    const Context display = DisplayContext();
-    return Context(display == nullptr ? nullptr : CreateCompatibleDC(display.get()));
+DeviceContext MemoryContext() {
+    const DeviceContext display = DisplayContext();
+    return DeviceContext(display == nullptr ? nullptr : CreateCompatibleDC(display.get()));
 }
-
-/// Selects an object for a scope.
-class Selected {
-public:
-    Selected(HDC context, HGDIOBJ object) : m_context(context), m_former(SelectObject(context, object)) {}
-    ~Selected() { (void)SelectObject(m_context, m_former); } // it was selected before, so it can be again
-    bool IsDone() const { return m_former != nullptr; }
-    Selected(const Selected&) = delete;
-    Selected& operator=(const Selected&) = delete;
-
-private:
-    HDC m_context;
-    HGDIOBJ m_former;
-};
 
 Bitmap LoadPicture(HINSTANCE instance, unsigned int id) {
     return Bitmap(
@@ -60,21 +39,21 @@ SIZE SizeOf(const Bitmap& bitmap) {
 }
 
 Bitmap EmptyPicture(SIZE size) {
-    const Context display = DisplayContext();
+    const DeviceContext display = DisplayContext();
     return Bitmap(CreateCompatibleBitmap(display.get(), size.cx, size.cy));
 }
 
 bool Copy(const Bitmap& base, HDC hdcDest, HDC hdcSource) {
     const SIZE size = SizeOf(base);
-    const Selected source(hdcSource, base.get());
-    return source.IsDone() && BitBlt(hdcDest, 0, 0, size.cx, size.cy, hdcSource, 0, 0, SRCCOPY);
+    const SelectedObject source(hdcSource, base.get());
+    return source && BitBlt(hdcDest, 0, 0, size.cx, size.cy, hdcSource, 0, 0, SRCCOPY);
 }
 
 bool LayOn(const Bitmap& icon, POINT place, HDC hdcDest, HDC hdcSource) {
     const SIZE size = SizeOf(icon);
     const POINT corners[] = {place, {place.x + size.cx, place.y}, {place.x, place.y + size.cy}};
-    const Selected source(hdcSource, icon.get());
-    return source.IsDone() && PlgBlt(hdcDest, corners, hdcSource, 0, 0, size.cx, size.cy, nullptr, 0, 0);
+    const SelectedObject source(hdcSource, icon.get());
+    return source && PlgBlt(hdcDest, corners, hdcSource, 0, 0, size.cx, size.cy, nullptr, 0, 0);
 }
 
 /// Lays one bitmap on another, in the caller's contexts.
@@ -82,20 +61,20 @@ bool LayOn(const Bitmap& icon, POINT place, HDC hdcDest, HDC hdcSource) {
 Bitmap Compose(const Bitmap& base, const Bitmap& icon, POINT place, HDC hdcDest, HDC hdcSource) {
     if (hdcDest == hdcSource) return nullptr;
     Bitmap canvas = EmptyPicture(SizeOf(base));
-    const Selected target(hdcDest, canvas.get());
-    if (!target.IsDone() || !Copy(base, hdcDest, hdcSource) || !LayOn(icon, place, hdcDest, hdcSource)) return nullptr;
+    const SelectedObject target(hdcDest, canvas.get());
+    if (!target || !Copy(base, hdcDest, hdcSource) || !LayOn(icon, place, hdcDest, hdcSource)) return nullptr;
     return canvas;
 }
 
 /// The same pattern with its origin moved, as a new brush in the display's colours.
 Brush Shift(HBRUSH pattern, SIZE size, POINT offset) {
-    const Context context = MemoryContext();
+    const DeviceContext context = MemoryContext();
     const Bitmap canvas = EmptyPicture(size);
     if (pattern == nullptr || context == nullptr || canvas == nullptr) return nullptr;
     {
-        const Selected target(context.get(), canvas.get());
+        const SelectedObject target(context.get(), canvas.get());
         (void)SetBrushOrgEx(context.get(), offset.x, offset.y, nullptr); // the context is valid
-        const Selected paint(context.get(), pattern);
+        const SelectedObject paint(context.get(), pattern);
         if (!PatBlt(context.get(), 0, 0, size.cx, size.cy, PATCOPY)) return nullptr;
     }
     return Brush(CreatePatternBrush(canvas.get()));
@@ -180,8 +159,8 @@ int CBrush::AddBitmap(HINSTANCE instance, unsigned int id, int x, int y) {
 
 int CBrush::AddBitmapIcon(HINSTANCE instance, unsigned int id, int x, int y, unsigned int iconId, int iconX, int iconY,
                           HDC hdcDest, HDC hdcSource) {
-    const Context ownDest = hdcDest == nullptr ? MemoryContext() : nullptr;
-    const Context ownSource = hdcSource == nullptr ? MemoryContext() : nullptr;
+    const DeviceContext ownDest = hdcDest == nullptr ? MemoryContext() : nullptr;
+    const DeviceContext ownSource = hdcSource == nullptr ? MemoryContext() : nullptr;
     if (hdcDest == nullptr) hdcDest = ownDest.get();
     if (hdcSource == nullptr) hdcSource = ownSource.get();
     tessel::ReportUnless(hdcDest && hdcSource, "hdcDest && hdcSource", "Brush", __LINE__);

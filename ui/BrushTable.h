@@ -22,7 +22,6 @@ struct BrushEntry {
     std::uint32_t Offset;     ///< origin of the pattern, wrapped into its size: x low, y high
     std::uint32_t IconOffset; ///< place of the second bitmap on the first, signed: x low, y high
 };
-static_assert(sizeof(void*) != 4 || sizeof(BrushEntry) == 40);
 
 /// The brushes of the process.
 class BrushTable : public GrowingArray<BrushEntry> {

@@ -4,87 +4,129 @@
 
 #include <memory>
 #include <span>
-#include <tuple>
 
-/// What each command does; every operation that takes an item works on the dialog's selected control.
-struct DIALOG_INTERFACE::Commands {
-    /// One command, or its part for one kind of control. The text is what is to be set, or the caller's buffer.
-    using Handler = int (*)(DIALOG_INTERFACE& dialog, wchar_t* text);
-    /// A kind of control and what a command does to it.
-    struct ForType {
-        FIELD_TYPE type;
-        Handler handler;
-    };
-    /// The messages that differ between a list box and a combo box.
-    struct ListMessages {
-        UINT insert, append, erase, clear, count;
-        UINT setData, getData, getText, getTextLength, select, getSelected;
-    };
-    class Kept;
+namespace tessel {
 
-    static const ListMessages kListBox;
-    static const ListMessages kComboBox;
-    static const ListMessages& Messages(const DIALOG_INTERFACE& dialog);
+/// A control and its kind.
+struct DialogControl {
+    HWND hWnd = nullptr; ///< null: there is no target dialog
+    FIELD_TYPE type = FT_UNKNOWN;
 
-    static int Position(DIALOG_INTERFACE& dialog, wchar_t* text);
-    static int Display(DIALOG_INTERFACE& dialog, wchar_t* text);
-    static int Set(DIALOG_INTERFACE& dialog, wchar_t* text);
-    static int Get(DIALOG_INTERFACE& dialog, wchar_t* text);
-    static int Add(DIALOG_INTERFACE& dialog, wchar_t* text);
-    static int Delete(DIALOG_INTERFACE& dialog, wchar_t* text);
-    static int Reset(DIALOG_INTERFACE& dialog, wchar_t* text);
-    static int Size(DIALOG_INTERFACE& dialog, wchar_t* text);
-    static int Range(DIALOG_INTERFACE& dialog, wchar_t* text);
-    static int GetCount(DIALOG_INTERFACE& dialog, wchar_t* text);
-    static int SetEditSelection(DIALOG_INTERFACE& dialog, wchar_t* text);
-    static int TextColour(DIALOG_INTERFACE& dialog, wchar_t* text);
-
-    /// Does a command's part for the selected control.
-    /// @return what it reports; @p otherwise for a kind that is not in the table
-    static int Run(std::span<const ForType> table, DIALOG_INTERFACE& dialog, wchar_t* text, int otherwise = 0);
-
-    /// Sets the window text; null empties it.
-    static int SetText(DIALOG_INTERFACE& dialog, wchar_t* text);
-    /// Inserts an item into a list box (append below 0) or adds it, and gives it the item data.
-    static int AddString(DIALOG_INTERFACE& dialog, UINT message, int index, const wchar_t* text);
-
-    /// The position of a trackbar, progress bar or scroll bar.
-    static int ReadGauge(DIALOG_INTERFACE& dialog);
-    static void MoveGauge(DIALOG_INTERFACE& dialog, int position);
-
-    /// Characters that the text of a list-box or combo-box item needs, terminator included. @return 0: no such item
-    static std::size_t TextRoom(DIALOG_INTERFACE& dialog, int index);
-    /// Reads the text into a buffer with that much room. @return false: no such item
-    static bool ReadText(DIALOG_INTERFACE& dialog, int index, wchar_t* text, std::size_t room);
-    /// The whole text of a list-box or combo-box item, however long. @return null: no such item, or no memory
-    static std::unique_ptr<wchar_t[]> ItemText(DIALOG_INTERFACE& dialog, int index);
-
-    struct Setting;
-    struct Getting;
-    struct Items;
-    struct Resetting;
-    struct Ranging;
-    struct Showing;
-};
-
-/// Keeps the fields of the operation under way for a scope in which a control may tell the dialog something.
-// GUARD-220: an operation that the dialog's procedure asks for then sets them too; this one would go on with another
-// control, index and buffer length.
-class DIALOG_INTERFACE::Commands::Kept {
-    using Values = std::tuple<HWND, int, FIELD_TYPE, COMMAND, DISPLAY_ACTION, int, int, int, int, LPARAM>;
-
-    static auto FieldsOf(DIALOG_INTERFACE& dialog) {
-        return std::tie(dialog.hCtrl, dialog.CtrlId, dialog.CtrlType, dialog.Command, dialog.Action, dialog.X, dialog.Y,
-                        dialog.Index, dialog.BufferLen, dialog.Data);
+    LRESULT Send(UINT message, LPARAM wParam = 0, LPARAM lParam = 0) const {
+        return SendMessageW(hWnd, message, static_cast<WPARAM>(wParam), lParam);
     }
-
-public:
-    explicit Kept(DIALOG_INTERFACE& dialog) : m_dialog(dialog), m_values(FieldsOf(dialog)) {}
-    ~Kept() { FieldsOf(m_dialog) = m_values; }
-    Kept(const Kept&) = delete;
-    Kept& operator=(const Kept&) = delete;
-
-private:
-    DIALOG_INTERFACE& m_dialog;
-    Values m_values;
+    LRESULT SendData(UINT message, LPARAM wParam, const void* record) const {
+        return Send(message, wParam, reinterpret_cast<LPARAM>(record));
+    }
 };
+
+/// One operation: its arguments, its control, and what it returns besides the result.
+struct DialogRequest {
+    const wchar_t* text = nullptr; ///< text to set; null for none
+    wchar_t* buffer = nullptr;     ///< receives a text; null for none
+    int bufferLen = 0;             ///< characters that the buffer holds, terminator included
+    int x = 0;                     ///< position, width, lower limit, sub-item or reset flag
+    int y = 0;                     ///< position, height, upper limit or item
+    int index = 0;                 ///< item or position; receives the one that was meant
+    LPARAM data = 0;               ///< item data or count, in and out
+    DISPLAY_ACTION action = DA_SHOW;
+    COLORREF color = 0;
+
+    // Set by the dispatcher.
+    DialogControl control{};
+    DIALOG_INTERFACE* dialog = nullptr;
+    HIMAGELIST images = nullptr;
+    int imageIndex = 0;
+
+    LRESULT Send(UINT message, LPARAM wParam = 0, LPARAM lParam = 0) const {
+        return control.Send(message, wParam, lParam);
+    }
+    LRESULT SendData(UINT message, LPARAM wParam, const void* record) const {
+        return control.SendData(message, wParam, record);
+    }
+};
+
+/// Carries out a command, or its part for one kind of control.
+/// @return 0: done; 1: failure
+using DialogCommand = int (*)(DialogRequest& request);
+
+/// What a command does for one kind of control.
+struct CommandForType {
+    FIELD_TYPE type;
+    DialogCommand command;
+};
+
+/// Carries out a command's part for the control of the request.
+/// @param parts      what the command does, by kind
+/// @param request    the operation
+/// @param otherwise  result for a kind that has no part
+int RunForType(std::span<const CommandForType> parts, DialogRequest& request, int otherwise = 0);
+
+/// The commands of DIALOG_INTERFACE.
+namespace commands {
+
+int Position(DialogRequest& request);
+int Display(DialogRequest& request);
+int Set(DialogRequest& request);
+int Get(DialogRequest& request);
+int Add(DialogRequest& request);
+int Delete(DialogRequest& request);
+int Reset(DialogRequest& request);
+int Size(DialogRequest& request);
+int Range(DialogRequest& request);
+int GetCount(DialogRequest& request);
+int SetEditSelection(DialogRequest& request);
+int TextColour(DialogRequest& request);
+
+/// Sets the window text; no text empties it.
+int SetText(DialogRequest& request);
+
+} // namespace commands
+
+/// The messages that differ between a list box and a combo box.
+struct ListMessages {
+    UINT insert, append, clear;
+    UINT setData, getData, getText, getTextLength, select;
+};
+
+/// The messages of a combo box, if the control is one, else those of a list box.
+const ListMessages& MessagesOf(const DialogControl& control);
+
+/// Inserts or appends an item to a list box or combo box and gives it its item data.
+/// @param message  the message that inserts or appends
+/// @return the item's index; below 0: the control refused
+int AddString(const DialogControl& control, UINT message, int index, const wchar_t* text, LPARAM data);
+
+/// The buffer size that the text of a list-box or combo-box item needs, in characters.
+/// @return the size, terminator included; 0: no such item
+std::size_t TextRoom(const DialogControl& control, int index);
+
+/// Reads the text of an item into a buffer of the size that TextRoom() returned.
+/// @return false: no such item
+bool ReadText(const DialogControl& control, int index, wchar_t* text, std::size_t room);
+
+/// The whole text of a list-box or combo-box item.
+/// @return null: no such item, or no memory
+std::unique_ptr<wchar_t[]> ItemText(const DialogControl& control, int index);
+
+/// The position of a trackbar, progress bar or scroll bar.
+int ReadGauge(const DialogControl& control);
+
+/// Moves a trackbar, progress bar or scroll bar.
+void MoveGauge(const DialogControl& control, int position);
+
+/// A tab item to send to its control; without a text only the item data is meant.
+TCITEMW TabItem(const wchar_t* text, LPARAM data);
+
+/// Sets or clears states of a list-view item.
+/// @param withSelection  not 0: the selection as well as the focus
+/// @param state          the states after the call
+/// @return 0: done; 1: the list view refused
+int SetListViewState(const DialogControl& control, int index, int withSelection, UINT state);
+
+/// For records of common controls, which take no constant text although they only read it.
+inline wchar_t* Writable(const wchar_t* text) {
+    return const_cast<wchar_t*>(text);
+}
+
+} // namespace tessel

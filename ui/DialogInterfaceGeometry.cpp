@@ -1,5 +1,6 @@
 #include <tessel/ui/cursor.h>
 #include <ui/DialogInterfaceCommands.h>
+#include <ui/GdiHandles.h>
 
 namespace {
 
@@ -14,7 +15,8 @@ unsigned char ByteOf(DWORD tag, int number) {
 } // namespace
 
 int DIALOG_INTERFACE::GetCoordinates(int id, RECT& area) {
-    return Select(id) && GetWindowRect(hCtrl, &area) ? 1 : 0;
+    const HWND control = Select(id).hWnd;
+    return control != nullptr && GetWindowRect(control, &area) ? 1 : 0;
 }
 
 int DIALOG_INTERFACE::GetScreenCoordinates(int id, RECT& area) {
@@ -22,7 +24,8 @@ int DIALOG_INTERFACE::GetScreenCoordinates(int id, RECT& area) {
 }
 
 int DIALOG_INTERFACE::GetClientCoordinates(int id, RECT& area) {
-    return Select(id) && GetClientRect(hCtrl, &area) ? 1 : 0;
+    const HWND control = Select(id).hWnd;
+    return control != nullptr && GetClientRect(control, &area) ? 1 : 0;
 }
 
 int DIALOG_INTERFACE::GetSize(int id, int& width, int& height) {
@@ -42,13 +45,14 @@ int DIALOG_INTERFACE::GetClientSize(int id, int& width, int& height) {
 }
 
 int DIALOG_INTERFACE::GetPosition(int id, int& x, int& y) {
+    const HWND control = Select(id).hWnd;
     RECT area{};
     RECT origin{};
-    int result = GetCoordinates(id, area);
-    if (result != 0 && hCtrl != hDialog && !GetWindowRect(hDialog, &origin)) result = 0;
+    bool found = control != nullptr && GetWindowRect(control, &area);
+    if (found && control != hDialog) found = GetWindowRect(hDialog, &origin);
     x = area.left - origin.left;
     y = area.top - origin.top;
-    return result;
+    return found ? 1 : 0;
 }
 
 int DIALOG_INTERFACE::MoveFocus(int id) {
@@ -61,16 +65,14 @@ int DIALOG_INTERFACE::FillCtrlRect(int id, COLORREF colour, const RECT* area) {
     const HWND item = GetHandle(id);
     RECT whole{};
     if (item == nullptr || !GetClientRect(item, &whole)) return 0;
-    const HBRUSH brush = CreateSolidBrush(colour);
-    const HDC context = GetDC(item);
-    const int result = FillRect(context, area == nullptr ? &whole : area, brush);
-    ReleaseDC(item, context);
-    DeleteObject(brush);
-    return result;
+    const tessel::GdiObject<HBRUSH> brush(CreateSolidBrush(colour));
+    const tessel::WindowContext context(item);
+    return FillRect(context.Get(), area == nullptr ? &whole : area, brush.get());
 }
 
 int DIALOG_INTERFACE::ValidateCtrl(int id) {
-    return Select(id) ? ValidateRect(hCtrl, nullptr) : 0;
+    const HWND control = Select(id).hWnd;
+    return control != nullptr ? ValidateRect(control, nullptr) : 0;
 }
 
 long DIALOG_INTERFACE::PackLong(unsigned char b1, unsigned char b2, unsigned char b3, unsigned char b4) {
@@ -79,10 +81,12 @@ long DIALOG_INTERFACE::PackLong(unsigned char b1, unsigned char b2, unsigned cha
 
 int DIALOG_INTERFACE::SetColor(int id, int colourIndex, int flag) {
     // GUARD-271: a larger index does not fit the tag; its low byte would be another brush's.
-    if (flag < -1 || flag >= kNoBrush || !Select(id)) return 1;
+    if (flag < -1 || flag >= kNoBrush) return 1;
+    const HWND control = Select(id).hWnd;
+    if (control == nullptr) return 1;
     const long tag =
         PackLong(kTagMark, static_cast<unsigned char>(colourIndex), static_cast<unsigned char>(flag), kTagMark);
-    SetWindowLongPtrW(hCtrl, GWLP_USERDATA, tag);
+    SetWindowLongPtrW(control, GWLP_USERDATA, tag);
     return 0;
 }
 

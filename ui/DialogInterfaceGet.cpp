@@ -2,6 +2,8 @@
 
 #include <cwchar>
 
+using tessel::DialogRequest;
+
 namespace {
 
 constexpr int kNone = -1;
@@ -15,93 +17,91 @@ void CopyCut(wchar_t* buffer, int room, const wchar_t* text) {
     buffer[length] = L'\0';
 }
 
+int WindowText(const DialogRequest& request) {
+    if (request.buffer != nullptr) GetWindowTextW(request.control.hWnd, request.buffer, request.bufferLen);
+    return 0;
+}
+
+int Text(DialogRequest& request) {
+    request.data = GetWindowLongPtrW(request.control.hWnd, GWLP_USERDATA);
+    return WindowText(request);
+}
+
+int Button(DialogRequest& request) {
+    request.index = static_cast<int>(request.Send(BM_GETCHECK));
+    return Text(request);
+}
+
+int Tab(DialogRequest& request) {
+    if (request.index <= kNone) request.index = static_cast<int>(request.Send(TCM_GETCURSEL));
+    TCITEMW item{};
+    item.mask = request.buffer == nullptr ? TCIF_PARAM : TCIF_PARAM | TCIF_TEXT;
+    item.pszText = request.buffer;
+    item.cchTextMax = request.bufferLen;
+    if (request.SendData(TCM_GETITEMW, request.index, &item) == 0) return 1;
+    request.data = item.lParam;
+    CopyCut(request.buffer, request.bufferLen, item.pszText);
+    return 0;
+}
+
+bool Item(DialogRequest& request) {
+    request.data = request.Send(tessel::MessagesOf(request.control).getData, request.index);
+    const std::size_t room = tessel::TextRoom(request.control, request.index);
+    if (room == 0) return false;
+    if (room <= static_cast<std::size_t>(request.bufferLen)) {
+        return tessel::ReadText(request.control, request.index, request.buffer, room);
+    }
+    const auto item = tessel::ItemText(request.control, request.index);
+    CopyCut(request.buffer, request.bufferLen, item.get());
+    return item != nullptr;
+}
+
+int ListBox(DialogRequest& request) {
+    if (request.index <= kNone) request.index = static_cast<int>(request.Send(LB_GETCURSEL));
+    if (request.index == LB_ERR) {
+        request.data = request.Send(LB_GETCOUNT); // ODD-46: no selection gives the number of items as data
+        return WindowText(request);
+    }
+    if (Item(request)) return 0;
+    request.index = kNone;
+    return 1;
+}
+
+int ComboBox(DialogRequest& request) {
+    if (request.index == kOwnText) return WindowText(request);
+    if (request.index == kNone) request.index = static_cast<int>(request.Send(CB_GETCURSEL));
+    if (request.index == CB_ERR) return 0;
+    return Item(request) ? 0 : 1;
+}
+
+int Gauge(DialogRequest& request) {
+    request.index = tessel::ReadGauge(request.control);
+    return 0;
+}
+
+int ListView(DialogRequest& request) {
+    if (request.index <= kNone) {
+        request.index = static_cast<int>(request.Send(LVM_GETNEXTITEM, kNone, LVNI_SELECTED));
+    }
+    LVITEMW item{};
+    item.mask = request.buffer == nullptr ? LVIF_PARAM : LVIF_PARAM | LVIF_TEXT;
+    item.iItem = request.index;
+    item.iSubItem = request.x;
+    item.pszText = request.buffer;
+    item.cchTextMax = request.bufferLen;
+    if (request.SendData(LVM_GETITEMW, 0, &item) == 0) return 1;
+    request.data = item.lParam;
+    CopyCut(request.buffer, request.bufferLen, item.pszText);
+    return 0;
+}
+
 } // namespace
 
-struct DIALOG_INTERFACE::Commands::Getting {
-    static int WindowText(DIALOG_INTERFACE& dialog, wchar_t* text) {
-        const Kept kept(dialog);
-        if (text != nullptr) GetWindowTextW(dialog.hCtrl, text, dialog.BufferLen);
-        return 0;
-    }
-
-    static int Text(DIALOG_INTERFACE& dialog, wchar_t* text) {
-        dialog.Data = GetWindowLongPtrW(dialog.hCtrl, GWLP_USERDATA);
-        return WindowText(dialog, text);
-    }
-
-    static int Button(DIALOG_INTERFACE& dialog, wchar_t* text) {
-        dialog.Index = static_cast<int>(dialog.Send(BM_GETCHECK));
-        return Text(dialog, text);
-    }
-
-    static int Tab(DIALOG_INTERFACE& dialog, wchar_t* text) {
-        if (dialog.Index <= kNone) dialog.Index = static_cast<int>(dialog.Send(TCM_GETCURSEL));
-        TCITEMW item{};
-        item.mask = text == nullptr ? TCIF_PARAM : TCIF_PARAM | TCIF_TEXT;
-        item.pszText = text;
-        item.cchTextMax = dialog.BufferLen;
-        if (dialog.SendData(TCM_GETITEMW, dialog.Index, &item) == 0) return 1;
-        dialog.Data = item.lParam;
-        CopyCut(text, dialog.BufferLen, item.pszText);
-        return 0;
-    }
-
-    static bool Item(DIALOG_INTERFACE& dialog, wchar_t* text) {
-        dialog.Data = dialog.Send(Messages(dialog).getData, dialog.Index);
-        const std::size_t room = TextRoom(dialog, dialog.Index);
-        if (room == 0) return false;
-        if (room <= static_cast<std::size_t>(dialog.BufferLen)) return ReadText(dialog, dialog.Index, text, room);
-        const auto item = ItemText(dialog, dialog.Index);
-        CopyCut(text, dialog.BufferLen, item.get());
-        return item != nullptr;
-    }
-
-    static int ListBox(DIALOG_INTERFACE& dialog, wchar_t* text) {
-        if (dialog.Index <= kNone) dialog.Index = static_cast<int>(dialog.Send(LB_GETCURSEL));
-        if (dialog.Index == LB_ERR) {
-            dialog.Data = dialog.Send(LB_GETCOUNT); // ODD-46: no selection gives the number of items as data
-            return WindowText(dialog, text);
-        }
-        if (Item(dialog, text)) return 0;
-        dialog.Index = kNone;
-        return 1;
-    }
-
-    static int ComboBox(DIALOG_INTERFACE& dialog, wchar_t* text) {
-        if (dialog.Index == kOwnText) return WindowText(dialog, text);
-        if (dialog.Index == kNone) dialog.Index = static_cast<int>(dialog.Send(CB_GETCURSEL));
-        if (dialog.Index == CB_ERR) return 0;
-        return Item(dialog, text) ? 0 : 1;
-    }
-
-    static int Gauge(DIALOG_INTERFACE& dialog, wchar_t*) {
-        dialog.Index = ReadGauge(dialog);
-        return 0;
-    }
-
-    static int ListView(DIALOG_INTERFACE& dialog, wchar_t* text) {
-        if (dialog.Index <= kNone) {
-            dialog.Index = static_cast<int>(dialog.Send(LVM_GETNEXTITEM, kNone, LVNI_SELECTED));
-        }
-        LVITEMW item{};
-        item.mask = text == nullptr ? LVIF_PARAM : LVIF_PARAM | LVIF_TEXT;
-        item.iItem = dialog.Index;
-        item.iSubItem = dialog.X;
-        item.pszText = text;
-        item.cchTextMax = dialog.BufferLen;
-        if (dialog.SendData(LVM_GETITEMW, 0, &item) == 0) return 1;
-        dialog.Data = item.lParam;
-        CopyCut(text, dialog.BufferLen, item.pszText);
-        return 0;
-    }
-};
-
-int DIALOG_INTERFACE::Commands::Get(DIALOG_INTERFACE& dialog, wchar_t* text) {
-    static constexpr ForType kByType[] = {
-        {FT_STATIC, Getting::Text},       {FT_EDIT, Getting::Text},         {FT_RICHEDIT, Getting::Text},
-        {FT_UNKNOWN, Getting::Text},      {FT_BUTTON, Getting::Button},     {FT_TAB, Getting::Tab},
-        {FT_LISTBOX, Getting::ListBox},   {FT_COMBOBOX, Getting::ComboBox}, {FT_SLIDER, Getting::Gauge},
-        {FT_PROGRESSBAR, Getting::Gauge}, {FT_SCROLLBAR, Getting::Gauge},   {FT_LISTVIEW, Getting::ListView},
+int tessel::commands::Get(DialogRequest& request) {
+    static constexpr CommandForType kByType[] = {
+        {FT_STATIC, Text},   {FT_EDIT, Text},         {FT_RICHEDIT, Text},   {FT_UNKNOWN, Text},
+        {FT_BUTTON, Button}, {FT_TAB, Tab},           {FT_LISTBOX, ListBox}, {FT_COMBOBOX, ComboBox},
+        {FT_SLIDER, Gauge},  {FT_PROGRESSBAR, Gauge}, {FT_SCROLLBAR, Gauge}, {FT_LISTVIEW, ListView},
     };
-    return Run(kByType, dialog, text);
+    return tessel::RunForType(kByType, request);
 }

@@ -4,181 +4,171 @@
 #include <limits>
 #include <new>
 
+using tessel::DialogRequest;
+
 namespace {
 
 /// GUARD-46: the sum stays in range instead of wrapping.
 int Sum(int position, long long step) {
-    constexpr long long kLeast = std::numeric_limits<int>::min();
-    constexpr long long kGreatest = std::numeric_limits<int>::max();
-    return static_cast<int>(std::clamp(position + step, kLeast, kGreatest));
+    constexpr long long kLowest = std::numeric_limits<int>::min();
+    constexpr long long kHighest = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(position + step, kLowest, kHighest));
 }
 
 const wchar_t* OrEmpty(const wchar_t* text) {
     return text == nullptr ? L"" : text; // GUARD-40
 }
 
+int Added(DialogRequest& request, LRESULT index) {
+    request.index = static_cast<int>(index);
+    return request.index >= 0 ? 0 : 1;
+}
+
+int AddTab(DialogRequest& request) {
+    const TCITEMW item = tessel::TabItem(request.text, request.data);
+    return Added(request, request.SendData(TCM_INSERTITEMW, request.index, &item));
+}
+
+int AddToList(DialogRequest& request) {
+    const tessel::ListMessages& messages = tessel::MessagesOf(request.control);
+    // ODD-47: index 0 appends or sorts in, only other indices insert.
+    const UINT message = request.index != 0 ? messages.insert : messages.append;
+    return Added(request, tessel::AddString(request.control, message, request.index, request.text, request.data));
+}
+
+int AddListView(DialogRequest& request) {
+    LVITEMW item{};
+    item.iItem = request.index;
+    if (request.text != nullptr) item.mask |= LVIF_TEXT;
+    if (request.images != nullptr) item.mask |= LVIF_IMAGE;
+    if (request.data != 0) item.mask |= LVIF_PARAM;
+    item.pszText = tessel::Writable(request.text);
+    item.iImage = request.imageIndex;
+    item.lParam = request.data;
+    return Added(request, request.SendData(LVM_INSERTITEMW, 0, &item));
+}
+
+int StepForward(DialogRequest& request) {
+    request.index = Sum(tessel::ReadGauge(request.control), request.index);
+    tessel::MoveGauge(request.control, request.index);
+    return 0;
+}
+
+int StepProgress(DialogRequest& request) {
+    request.Send(PBM_DELTAPOS, request.index);
+    return 0;
+}
+
+int StepBack(DialogRequest& request) {
+    tessel::MoveGauge(request.control, Sum(tessel::ReadGauge(request.control), -static_cast<long long>(request.index)));
+    return 0;
+}
+
+template <UINT message> int DeleteItem(DialogRequest& request) {
+    const LRESULT answer = request.Send(message, request.index);
+    constexpr bool kReturnsBool = message == TCM_DELETEITEM || message == LVM_DELETEITEM;
+    return (kReturnsBool ? answer != 0 : answer >= 0) ? 0 : 1;
+}
+
+/// An error answer leaves the count as it is.
+template <UINT message> int CountItems(DialogRequest& request) {
+    request.data = std::max<LRESULT>(request.Send(message), 0);
+    return 0;
+}
+
 } // namespace
 
-const DIALOG_INTERFACE::Commands::ListMessages DIALOG_INTERFACE::Commands::kListBox = {
-    LB_INSERTSTRING, LB_ADDSTRING, LB_DELETESTRING, LB_RESETCONTENT, LB_GETCOUNT,  LB_SETITEMDATA,
-    LB_GETITEMDATA,  LB_GETTEXT,   LB_GETTEXTLEN,   LB_SETCURSEL,    LB_GETCURSEL,
-};
-const DIALOG_INTERFACE::Commands::ListMessages DIALOG_INTERFACE::Commands::kComboBox = {
-    CB_INSERTSTRING, CB_ADDSTRING, CB_DELETESTRING, CB_RESETCONTENT, CB_GETCOUNT,  CB_SETITEMDATA,
-    CB_GETITEMDATA,  CB_GETLBTEXT, CB_GETLBTEXTLEN, CB_SETCURSEL,    CB_GETCURSEL,
-};
-
-const DIALOG_INTERFACE::Commands::ListMessages& DIALOG_INTERFACE::Commands::Messages(const DIALOG_INTERFACE& dialog) {
-    return dialog.CtrlType == FT_LISTBOX ? kListBox : kComboBox;
+const tessel::ListMessages& tessel::MessagesOf(const DialogControl& control) {
+    static constexpr ListMessages kListBox = {LB_INSERTSTRING, LB_ADDSTRING, LB_RESETCONTENT, LB_SETITEMDATA,
+                                              LB_GETITEMDATA,  LB_GETTEXT,   LB_GETTEXTLEN,   LB_SETCURSEL};
+    static constexpr ListMessages kComboBox = {CB_INSERTSTRING, CB_ADDSTRING, CB_RESETCONTENT, CB_SETITEMDATA,
+                                               CB_GETITEMDATA,  CB_GETLBTEXT, CB_GETLBTEXTLEN, CB_SETCURSEL};
+    return control.type == FT_COMBOBOX ? kComboBox : kListBox;
 }
 
-int DIALOG_INTERFACE::Commands::SetText(DIALOG_INTERFACE& dialog, wchar_t* text) {
-    const Kept kept(dialog);
-    return SetWindowTextW(dialog.hCtrl, OrEmpty(text)) ? 0 : 1;
-}
-
-int DIALOG_INTERFACE::Commands::AddString(DIALOG_INTERFACE& dialog, UINT message, int index, const wchar_t* text) {
-    const auto added = static_cast<int>(dialog.SendData(message, index, OrEmpty(text)));
-    if (added >= 0) dialog.Send(Messages(dialog).setData, added, dialog.Data);
+int tessel::AddString(const DialogControl& control, UINT message, int index, const wchar_t* text, LPARAM data) {
+    const auto added = static_cast<int>(control.SendData(message, index, OrEmpty(text)));
+    if (added >= 0) control.Send(MessagesOf(control).setData, added, data);
     return added;
 }
 
-int DIALOG_INTERFACE::Commands::ReadGauge(DIALOG_INTERFACE& dialog) {
-    if (dialog.CtrlType != FT_PROGRESSBAR) {
-        return static_cast<int>(dialog.Send(dialog.CtrlType == FT_SLIDER ? TBM_GETPOS : SBM_GETPOS));
-    }
-    const LRESULT position = dialog.Send(PBM_DELTAPOS, 0);
-    dialog.Send(PBM_SETPOS, position);
-    return static_cast<int>(position);
-}
-
-void DIALOG_INTERFACE::Commands::MoveGauge(DIALOG_INTERFACE& dialog, int position) {
-    switch (dialog.CtrlType) {
-    case FT_SLIDER: dialog.Send(TBM_SETPOS, TRUE, position); break;
-    case FT_PROGRESSBAR: dialog.Send(PBM_SETPOS, position); break;
-    default: dialog.Send(SBM_SETPOS, position, TRUE);
-    }
-}
-
-// GUARD-42: the control copies a whole text whatever room there is, so it gets a buffer of that length; an item
-// without a text is copied as a number.
-std::size_t DIALOG_INTERFACE::Commands::TextRoom(DIALOG_INTERFACE& dialog, int index) {
-    const LRESULT length = dialog.Send(Messages(dialog).getTextLength, index);
+// GUARD-42: the control copies the whole text whatever the buffer's size, so it gets a buffer of that length; of an
+// item without a text it copies a number.
+std::size_t tessel::TextRoom(const DialogControl& control, int index) {
+    const LRESULT length = control.Send(MessagesOf(control).getTextLength, index);
     return length < 0 ? 0 : std::max(static_cast<std::size_t>(length), sizeof(ULONG_PTR)) + 1;
 }
 
-bool DIALOG_INTERFACE::Commands::ReadText(DIALOG_INTERFACE& dialog, int index, wchar_t* text, std::size_t room) {
-    std::fill_n(text, room, L'\0'); // a number brings no terminator
-    return dialog.SendData(Messages(dialog).getText, index, text) >= 0;
+bool tessel::ReadText(const DialogControl& control, int index, wchar_t* text, std::size_t room) {
+    std::fill_n(text, room, L'\0'); // a number has no terminator
+    return control.SendData(MessagesOf(control).getText, index, text) >= 0;
 }
 
-std::unique_ptr<wchar_t[]> DIALOG_INTERFACE::Commands::ItemText(DIALOG_INTERFACE& dialog, int index) {
-    const std::size_t room = TextRoom(dialog, index);
+std::unique_ptr<wchar_t[]> tessel::ItemText(const DialogControl& control, int index) {
+    const std::size_t room = TextRoom(control, index);
     if (room == 0) return nullptr;
     std::unique_ptr<wchar_t[]> text(new (std::nothrow) wchar_t[room]);
-    if (text != nullptr && !ReadText(dialog, index, text.get(), room)) text.reset();
+    if (text != nullptr && !ReadText(control, index, text.get(), room)) text.reset();
     return text;
 }
 
-struct DIALOG_INTERFACE::Commands::Items {
-    static int AddTab(DIALOG_INTERFACE& dialog, wchar_t* text) {
-        TCITEMW item{};
-        item.mask = text == nullptr ? TCIF_PARAM : TCIF_PARAM | TCIF_TEXT;
-        item.pszText = text;
-        item.lParam = dialog.Data;
-        return Added(dialog, dialog.SendData(TCM_INSERTITEMW, dialog.Index, &item));
+int tessel::ReadGauge(const DialogControl& control) {
+    if (control.type != FT_PROGRESSBAR) {
+        return static_cast<int>(control.Send(control.type == FT_SLIDER ? TBM_GETPOS : SBM_GETPOS));
     }
-
-    static int AddToList(DIALOG_INTERFACE& dialog, wchar_t* text) {
-        const ListMessages& messages = Messages(dialog);
-        // ODD-47: index 0 appends or sorts in, only other indices insert.
-        const UINT message = dialog.Index != 0 ? messages.insert : messages.append;
-        return Added(dialog, AddString(dialog, message, dialog.Index, text));
-    }
-
-    static int AddListView(DIALOG_INTERFACE& dialog, wchar_t* text) {
-        LVITEMW item{};
-        item.iItem = dialog.Index;
-        if (text != nullptr) item.mask |= LVIF_TEXT;
-        if (dialog.hImageList != nullptr) item.mask |= LVIF_IMAGE;
-        if (dialog.Data != 0) item.mask |= LVIF_PARAM;
-        item.pszText = text;
-        item.iImage = dialog.ImageIndex;
-        item.lParam = dialog.Data;
-        return Added(dialog, dialog.SendData(LVM_INSERTITEMW, 0, &item));
-    }
-
-    static int StepForward(DIALOG_INTERFACE& dialog, wchar_t*) {
-        dialog.Index = Sum(ReadGauge(dialog), dialog.Index);
-        MoveGauge(dialog, dialog.Index);
-        return 0;
-    }
-
-    static int StepProgress(DIALOG_INTERFACE& dialog, wchar_t*) {
-        dialog.Send(PBM_DELTAPOS, dialog.Index);
-        return 0;
-    }
-
-    static int StepBack(DIALOG_INTERFACE& dialog, wchar_t*) {
-        MoveGauge(dialog, Sum(ReadGauge(dialog), -static_cast<long long>(dialog.Index)));
-        return 0;
-    }
-
-    template <UINT message> static int Delete(DIALOG_INTERFACE& dialog, wchar_t*) {
-        const LRESULT answer = dialog.Send(message, dialog.Index);
-        constexpr bool kAnswersTruth = message == TCM_DELETEITEM || message == LVM_DELETEITEM;
-        return (kAnswersTruth ? answer != 0 : answer >= 0) ? 0 : 1;
-    }
-
-    /// An error answer leaves the count as it is.
-    template <UINT message> static int Count(DIALOG_INTERFACE& dialog, wchar_t*) {
-        dialog.Data = std::max<LRESULT>(dialog.Send(message), 0);
-        return 0;
-    }
-
-private:
-    static int Added(DIALOG_INTERFACE& dialog, LRESULT index) {
-        dialog.Index = static_cast<int>(index);
-        return dialog.Index >= 0 ? 0 : 1;
-    }
-};
-
-int DIALOG_INTERFACE::Commands::Add(DIALOG_INTERFACE& dialog, wchar_t* text) {
-    static constexpr ForType kByType[] = {
-        {FT_STATIC, SetText},
-        {FT_BUTTON, SetText},
-        {FT_EDIT, SetText},
-        {FT_RICHEDIT, SetText},
-        {FT_UNKNOWN, SetText},
-        {FT_TAB, Items::AddTab},
-        {FT_LISTBOX, Items::AddToList},
-        {FT_COMBOBOX, Items::AddToList},
-        {FT_SLIDER, Items::StepForward},
-        {FT_SCROLLBAR, Items::StepForward},
-        {FT_PROGRESSBAR, Items::StepProgress},
-        {FT_LISTVIEW, Items::AddListView},
-    };
-    return Run(kByType, dialog, text);
+    const LRESULT position = control.Send(PBM_DELTAPOS, 0);
+    control.Send(PBM_SETPOS, position);
+    return static_cast<int>(position);
 }
 
-int DIALOG_INTERFACE::Commands::Delete(DIALOG_INTERFACE& dialog, wchar_t* text) {
-    static constexpr ForType kByType[] = {
-        {FT_TAB, Items::Delete<TCM_DELETEITEM>},
-        {FT_LISTBOX, Items::Delete<LB_DELETESTRING>},
-        {FT_COMBOBOX, Items::Delete<CB_DELETESTRING>},
-        {FT_LISTVIEW, Items::Delete<LVM_DELETEITEM>},
-        {FT_SLIDER, Items::StepBack},
-        {FT_SCROLLBAR, Items::StepBack},
-    };
-    return Run(kByType, dialog, text);
+void tessel::MoveGauge(const DialogControl& control, int position) {
+    switch (control.type) {
+    case FT_SLIDER: control.Send(TBM_SETPOS, TRUE, position); break;
+    case FT_PROGRESSBAR: control.Send(PBM_SETPOS, position); break;
+    default: control.Send(SBM_SETPOS, position, TRUE);
+    }
 }
 
-int DIALOG_INTERFACE::Commands::GetCount(DIALOG_INTERFACE& dialog, wchar_t* text) {
-    static constexpr ForType kByType[] = {
-        {FT_LISTBOX, Items::Count<LB_GETCOUNT>},
-        {FT_COMBOBOX, Items::Count<CB_GETCOUNT>},
-        {FT_EDIT, Items::Count<WM_GETTEXTLENGTH>},
-        {FT_LISTVIEW, Items::Count<LVM_GETITEMCOUNT>},
+TCITEMW tessel::TabItem(const wchar_t* text, LPARAM data) {
+    TCITEMW item{};
+    item.mask = text == nullptr ? TCIF_PARAM : TCIF_PARAM | TCIF_TEXT;
+    item.pszText = Writable(text);
+    item.lParam = data;
+    return item;
+}
+
+int tessel::commands::SetText(DialogRequest& request) {
+    return SetWindowTextW(request.control.hWnd, OrEmpty(request.text)) ? 0 : 1;
+}
+
+int tessel::commands::Add(DialogRequest& request) {
+    static constexpr CommandForType kByType[] = {
+        {FT_STATIC, SetText},        {FT_BUTTON, SetText},           {FT_EDIT, SetText},
+        {FT_RICHEDIT, SetText},      {FT_UNKNOWN, SetText},          {FT_TAB, AddTab},
+        {FT_LISTBOX, AddToList},     {FT_COMBOBOX, AddToList},       {FT_SLIDER, StepForward},
+        {FT_SCROLLBAR, StepForward}, {FT_PROGRESSBAR, StepProgress}, {FT_LISTVIEW, AddListView},
     };
-    return Run(kByType, dialog, text);
+    return tessel::RunForType(kByType, request);
+}
+
+int tessel::commands::Delete(DialogRequest& request) {
+    static constexpr CommandForType kByType[] = {
+        {FT_TAB, DeleteItem<TCM_DELETEITEM>},
+        {FT_LISTBOX, DeleteItem<LB_DELETESTRING>},
+        {FT_COMBOBOX, DeleteItem<CB_DELETESTRING>},
+        {FT_LISTVIEW, DeleteItem<LVM_DELETEITEM>},
+        {FT_SLIDER, StepBack},
+        {FT_SCROLLBAR, StepBack},
+    };
+    return tessel::RunForType(kByType, request);
+}
+
+int tessel::commands::GetCount(DialogRequest& request) {
+    static constexpr CommandForType kByType[] = {
+        {FT_LISTBOX, CountItems<LB_GETCOUNT>},
+        {FT_COMBOBOX, CountItems<CB_GETCOUNT>},
+        {FT_EDIT, CountItems<WM_GETTEXTLENGTH>},
+        {FT_LISTVIEW, CountItems<LVM_GETITEMCOUNT>},
+    };
+    return tessel::RunForType(kByType, request);
 }

@@ -1,10 +1,13 @@
 #include <foundation/SharedOwners.h>
 #include <ui/DialogInterfaceCommands.h>
 #include <ui/DialogInterfaceImages.h>
+#include <ui/GdiHandles.h>
 
 #include <algorithm>
 #include <iterator>
 #include <utility>
+
+using tessel::DialogControl;
 
 namespace {
 
@@ -16,26 +19,32 @@ constexpr int kWidestColumn = 0x7FFF; // beyond, the message would mean a negati
 bool AddImages(HIMAGELIST images, const unsigned int* bitmapIds, HINSTANCE instance) {
     bool complete = true;
     for (; *bitmapIds != 0; ++bitmapIds) {
-        const HBITMAP bitmap = LoadBitmapW(instance, MAKEINTRESOURCEW(*bitmapIds));
+        const tessel::GdiObject<HBITMAP> bitmap(LoadBitmapW(instance, MAKEINTRESOURCEW(*bitmapIds)));
         if (bitmap == nullptr) return false;
-        complete = ImageList_Add(images, bitmap, nullptr) >= 0 && complete;
-        DeleteObject(bitmap);
+        complete = ImageList_Add(images, bitmap.get(), nullptr) >= 0 && complete;
     }
     return complete;
+}
+
+/// @return the image list that the control had
+HIMAGELIST SetSmallImages(const DialogControl& control, HIMAGELIST images) {
+    if (control.type == FT_LISTVIEW) return tessel::ShowImages(control.hWnd, images);
+    return reinterpret_cast<HIMAGELIST>(control.SendData(LVM_SETIMAGELIST, LVSIL_SMALL, images));
 }
 
 } // namespace
 
 int DIALOG_INTERFACE::InitIconList(const unsigned int* bitmapIds, HINSTANCE instance, int id) {
-    const bool selected = Select(id);
-    if (selected) Send(WM_DESTROY); // ODD-45: also when there is no list
+    const DialogControl control = Select(id);
+    const bool selected = control.hWnd != nullptr;
+    if (selected) control.Send(WM_DESTROY); // ODD-45: also when there is no list
     if (bitmapIds == nullptr) return 1;
     const HIMAGELIST images = ImageList_Create(kImageWidth, kImageHeight, ILC_COLOR, 1, 1);
     if (images == nullptr) return 0;
     const HIMAGELIST before = std::exchange(hImageList, images);
     const bool complete = AddImages(images, bitmapIds, instance);
-    if (selected && !complete) Send(LVM_GETIMAGELIST, LVSIL_SMALL);
-    const HIMAGELIST replaced = selected ? SetSmallImages() : nullptr;
+    if (selected && !complete) control.Send(LVM_GETIMAGELIST, LVSIL_SMALL);
+    const HIMAGELIST replaced = selected ? SetSmallImages(control, images) : nullptr;
     if (before == nullptr || !tessel::RemoveOwner(before)) return 1;
     if (before == replaced) {
         ImageList_Destroy(before);
@@ -45,35 +54,24 @@ int DIALOG_INTERFACE::InitIconList(const unsigned int* bitmapIds, HINSTANCE inst
     return 1;
 }
 
-/// @return the image list that the control had
-HIMAGELIST DIALOG_INTERFACE::SetSmallImages() {
-    if (CtrlType == FT_LISTVIEW) return tessel::ShowImages(hCtrl, hImageList);
-    return reinterpret_cast<HIMAGELIST>(SendData(LVM_SETIMAGELIST, LVSIL_SMALL, hImageList));
-}
-
-int DIALOG_INTERFACE::SetListViewState(int index, int withSelection, UINT state) {
+int tessel::SetListViewState(const DialogControl& control, int index, int withSelection, UINT state) {
     LVITEMW item{};
     item.mask = LVIF_STATE;
     item.iItem = index;
     item.stateMask = LVIS_FOCUSED | (withSelection != 0 ? LVIS_SELECTED : 0U);
     item.state = state & item.stateMask;
-    return SendData(LVM_SETITEMW, 0, &item) != 0 ? 0 : 1;
-}
-
-int DIALOG_INTERFACE::SetListViewFocus(int index, int withSelection) {
-    return SetListViewState(index, withSelection, LVIS_FOCUSED | LVIS_SELECTED);
-}
-
-int DIALOG_INTERFACE::ClearListViewFocus(int index, int withSelection) {
-    return SetListViewState(index, withSelection, 0);
+    return control.SendData(LVM_SETITEMW, 0, &item) != 0 ? 0 : 1;
 }
 
 int DIALOG_INTERFACE::SetLVFocus(int id, int index, int flag) {
-    return Select(id, FT_LISTVIEW) ? SetListViewFocus(index, flag) : 1;
+    const DialogControl control = Select(id);
+    if (control.type != FT_LISTVIEW) return 1;
+    return tessel::SetListViewState(control, index, flag, LVIS_FOCUSED | LVIS_SELECTED);
 }
 
 int DIALOG_INTERFACE::ClearLVFocus(int id, int index, int flag) {
-    return Select(id, FT_LISTVIEW) ? ClearListViewFocus(index, flag) : 1;
+    const DialogControl control = Select(id);
+    return control.type == FT_LISTVIEW ? tessel::SetListViewState(control, index, flag, 0) : 1;
 }
 
 int DIALOG_INTERFACE::GetLVSelected(int slot) {
@@ -88,6 +86,7 @@ int DIALOG_INTERFACE::SetLVSelected(int value, int slot) {
 }
 
 int DIALOG_INTERFACE::LVSetColumnWidth(int id, int column, int width) {
-    if (width < LVSCW_AUTOSIZE_USEHEADER || !Select(id, FT_LISTVIEW)) return 0;
-    return Send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(std::min(width, kWidestColumn), 0)) != 0 ? 1 : 0;
+    const DialogControl control = Select(id);
+    if (width < LVSCW_AUTOSIZE_USEHEADER || control.type != FT_LISTVIEW) return 0;
+    return control.Send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(std::min(width, kWidestColumn), 0)) != 0 ? 1 : 0;
 }

@@ -2,7 +2,9 @@
 
 #include <cwchar>
 
-// ODD-42: except where the header says so, an operation gives 0 whatever its command reported.
+// ODD-42: unless the header says otherwise, an operation returns 0 even if its command failed.
+
+using tessel::DialogRequest;
 
 namespace {
 
@@ -10,20 +12,18 @@ constexpr int kNumberLength = 32;
 constexpr int kDecimal = 10;
 constexpr int kOwnValue = -1;
 constexpr int kStringLength = 512;
+constexpr int kKeepColumns = 0;
+constexpr int kRemoveColumns = 1;
 
 } // namespace
 
 int DIALOG_INTERFACE::Size(int id, int width, int height) {
-    X = width;
-    Y = height;
-    (void)Run(CMD_SIZE, id);
+    (void)Run(id, CMD_SIZE, {.x = width, .y = height});
     return 0;
 }
 
 int DIALOG_INTERFACE::Position(int id, int x, int y) {
-    X = x;
-    Y = y;
-    (void)Run(CMD_POSITION, id);
+    (void)Run(id, CMD_POSITION, {.x = x, .y = y});
     return 0;
 }
 
@@ -33,20 +33,12 @@ int DIALOG_INTERFACE::Set(int id, int index, int value) {
 }
 
 int DIALOG_INTERFACE::Set(int id, int index, const wchar_t* text, LPARAM data) {
-    X = 0;
-    Y = index;
-    Index = index;
-    Data = data;
-    (void)Run(CMD_SET, id, text);
+    (void)Run(id, CMD_SET, {.text = text, .y = index, .index = index, .data = data});
     return 0;
 }
 
 int DIALOG_INTERFACE::Set(int id, int index, int subItem, const wchar_t* text) {
-    X = subItem;
-    Y = index;
-    Index = index;
-    Data = 0;
-    (void)Run(CMD_SET, id, text);
+    (void)Run(id, CMD_SET, {.text = text, .x = subItem, .y = index, .index = index});
     return 0;
 }
 
@@ -54,29 +46,29 @@ int DIALOG_INTERFACE::Set(int id, int value) {
     return Set(id, kOwnValue, value); // ODD-48: a gauge takes its position from the index and so goes to -1
 }
 
-/// Gets into the buffer and the fields; both are empty when there is nothing to get.
-void DIALOG_INTERFACE::Fetch(int id, wchar_t* buffer, int bufferLen) {
+/// Reads into the buffer and the request; both are empty if there is nothing to read.
+void DIALOG_INTERFACE::Fetch(int id, DialogRequest& request, wchar_t* buffer, int bufferLen) {
     // GUARD-41: without room for the terminator nothing is written.
-    BufferLen = buffer == nullptr || bufferLen < 0 ? 0 : bufferLen;
-    if (BufferLen > 0) buffer[0] = L'\0';
-    Data = 0;
-    (void)Run(CMD_GET, id, BufferLen > 0 ? buffer : nullptr);
+    if (buffer != nullptr && bufferLen > 0) {
+        buffer[0] = L'\0';
+        request.buffer = buffer;
+        request.bufferLen = bufferLen;
+    }
+    (void)ProcessMessage(id, CMD_GET, request);
 }
 
 int DIALOG_INTERFACE::Get(int id, int& index, wchar_t* buffer, int bufferLen, LPARAM& data) {
-    X = 0;
-    Index = index;
-    Fetch(id, buffer, bufferLen);
-    index = Index;
-    data = Data;
+    DialogRequest request{.index = index};
+    Fetch(id, request, buffer, bufferLen);
+    index = request.index;
+    data = request.data;
     return 0;
 }
 
 int DIALOG_INTERFACE::Get(int id, int index, int subItem, wchar_t* buffer, int bufferLen, LPARAM& data) {
-    X = subItem;
-    Index = index;
-    Fetch(id, buffer, bufferLen);
-    data = Data;
+    DialogRequest request{.x = subItem, .index = index};
+    Fetch(id, request, buffer, bufferLen);
+    data = request.data;
     return 0;
 }
 
@@ -98,23 +90,20 @@ int DIALOG_INTERFACE::Get(int id, int& value) {
 }
 
 int DIALOG_INTERFACE::GetCount(int id, int& count) {
-    Data = 0;
-    const int result = Run(CMD_GETCOUNT, id);
-    count = static_cast<int>(Data);
+    DialogRequest request;
+    const int result = ProcessMessage(id, CMD_GETCOUNT, request);
+    count = static_cast<int>(request.data);
     return result;
 }
 
 int DIALOG_INTERFACE::SetEditSelection(int id, int start, int end) {
-    X = start;
-    Y = end;
-    return Run(CMD_EDITSELECTION, id);
+    return Run(id, CMD_EDITSELECTION, {.x = start, .y = end});
 }
 
 int DIALOG_INTERFACE::Add(int id, int index, const wchar_t* text, LPARAM data) {
-    Index = index;
-    Data = data;
-    (void)Run(CMD_ADD, id, text);
-    return Index;
+    DialogRequest request{.text = text, .index = index, .data = data};
+    (void)ProcessMessage(id, CMD_ADD, request);
+    return request.index;
 }
 
 int DIALOG_INTERFACE::LVAdd(int id, int index, const wchar_t* text, LPARAM data, int imageIndex) {
@@ -123,51 +112,44 @@ int DIALOG_INTERFACE::LVAdd(int id, int index, const wchar_t* text, LPARAM data,
 }
 
 int DIALOG_INTERFACE::LVDeleteAllItems(int id) {
-    X = 0;
-    (void)Run(CMD_RESET, id);
+    (void)Run(id, CMD_RESET, {.x = kKeepColumns});
     return 0;
 }
 
 int DIALOG_INTERFACE::Reset(int id, const wchar_t* text) {
-    X = 1;
-    (void)Run(CMD_RESET, id, text);
+    (void)Run(id, CMD_RESET, {.text = text, .x = kRemoveColumns});
     return 0;
 }
 
 int DIALOG_INTERFACE::Range(int id, int low, int high, int position) {
-    X = low;
-    Y = high;
-    Index = position;
-    (void)Run(CMD_RANGE, id);
+    (void)Run(id, CMD_RANGE, {.x = low, .y = high, .index = position});
     return 0;
 }
 
 int DIALOG_INTERFACE::Display(int id, DISPLAY_ACTION action, int item) {
-    Action = action;
-    Index = item;
-    return Run(CMD_DISPLAY, id);
+    return Run(id, CMD_DISPLAY, {.index = item, .action = action});
 }
 
 int DIALOG_INTERFACE::Delete(int id, int index) {
-    Index = index;
-    (void)Run(CMD_DELETE, id);
+    (void)Run(id, CMD_DELETE, {.index = index});
     return 0;
 }
 
 int DIALOG_INTERFACE::ColorStaticText(int id, int red, int green, int blue) {
-    Color = RGB(red, green, blue);
-    (void)Run(CMD_TEXTCOLOUR, id);
+    (void)Run(id, CMD_TEXTCOLOUR, {.color = RGB(red, green, blue)});
     return 0;
 }
 
 int DIALOG_INTERFACE::LoadControlString(HINSTANCE instance, const CONTROL_STRING* table, int count) {
     for (int i = 0; table != nullptr && i < count; ++i) { // GUARD-40
+        const int id = table[i].ControlId;
         wchar_t text[kStringLength];
         if (LoadStringW(instance, table[i].StringId, text, kStringLength) == 0) continue;
-        if (Select(table[i].ControlId, FT_BUTTON)) {
-            (void)Commands::SetText(*this, text); // Set would change the check mark too
+        const tessel::DialogControl control = Select(id);
+        if (control.type == FT_BUTTON) {
+            (void)SetWindowTextW(control.hWnd, text); // Set would change the check mark too
         } else {
-            (void)Set(table[i].ControlId, kOwnValue, text, 0);
+            (void)Set(id, kOwnValue, text, 0);
         }
     }
     return 0;

@@ -1,30 +1,24 @@
 #include <foundation/Report.h>
 #include <tessel/ui/messagebox.h>
 
-#include <cstddef>
 #include <cwchar>
 #include <iterator>
 #include <new>
 #include <utility>
 
-// The seven fields follow the dialog in this order, 4 bytes each on 32 bits.
-struct CMessageBoxLayout {
-    static_assert(offsetof(CMessageBox, m_hOwner) == sizeof(CDialog));
-    static_assert(offsetof(CMessageBox, m_pText) == sizeof(CDialog) + sizeof(void*));
-    static_assert(offsetof(CMessageBox, m_pCaption) == sizeof(CDialog) + 2 * sizeof(void*));
-    static_assert(offsetof(CMessageBox, m_uiType) == sizeof(CDialog) + 3 * sizeof(void*));
-    static_assert(offsetof(CMessageBox, m_Resources) == sizeof(CDialog) + 4 * sizeof(void*));
-    static_assert(offsetof(CMessageBox::RESOURCES, TextId) == 4 && offsetof(CMessageBox::RESOURCES, ButtonIds) == 8);
-    static_assert(sizeof(void*) != 4 || sizeof(CMessageBox) == sizeof(CDialog) + 28);
-};
-
 namespace {
+
+/// Programs know the report of an unsupported type by this line.
+constexpr unsigned int kUnsupportedTypeLine = 289;
 
 constexpr int kPositions = 3;
 /// Buttons of each type, 0 to 5, by position.
 constexpr int kButtonSets[][kPositions] = {
     {IDOK}, {IDOK, IDCANCEL}, {IDABORT, IDRETRY, IDIGNORE}, {IDYES, IDNO, IDCANCEL}, {IDYES, IDNO}, {IDRETRY, IDCANCEL},
 };
+constexpr int kMessageLength = 1024;
+constexpr int kCaptionLength = 256;
+constexpr int kButtonTextLength = 128;
 constexpr const wchar_t* kFallbackTexts[kPositions] = {L"Yes", L"No", L"Cancel"};
 
 /// The hook of this thread's box until its window has been moved.
@@ -51,10 +45,10 @@ private:
     bool m_loaded;
 };
 
-struct MessageText : ProgramText<1024> {
+struct MessageText : ProgramText<kMessageLength> {
     explicit MessageText(unsigned int id) : ProgramText(&id, L"Message text not found.") {}
 };
-struct CaptionText : ProgramText<256> {
+struct CaptionText : ProgramText<kCaptionLength> {
     explicit CaptionText(unsigned int id) : ProgramText(&id, L"Caption text not found.") {}
 };
 
@@ -233,7 +227,7 @@ void CMessageBox::PositionInCenter() {
 void CMessageBox::InitButtons() {
     // ODD-53: flags count here, so that a type with an icon is unsupported.
     const bool supported = m_uiType < std::size(kButtonSets);
-    tessel::ReportUnless(supported, "Unsupported MessageBox type!", "MessageBox", 289);
+    tessel::ReportUnless(supported, "Unsupported MessageBox type!", "MessageBox", kUnsupportedTypeLine);
     if (!supported) return;
     for (int position = 0; position < kPositions; ++position) {
         const int button = kButtonSets[m_uiType][position];
@@ -241,13 +235,13 @@ void CMessageBox::InitButtons() {
         // GUARD-53: without an array no resource id is read.
         const unsigned int* const id = m_Resources.ButtonIds == nullptr ? nullptr : m_Resources.ButtonIds + position;
         // ODD-52: the fallback goes by position: an OK button without its text reads "Yes".
-        const ProgramText<128> text(id, kFallbackTexts[position]);
+        const ProgramText<kButtonTextLength> text(id, kFallbackTexts[position]);
         (void)SetDlgItemTextW(m_hWnd, button, text.Get()); // a template may lack the button
     }
 }
 
 bool CMessageBox::OnCommand(unsigned int /*code*/, int id, HWND /*control*/) {
     if (id < IDOK || id > IDNO) return false; // ODD-56: Escape is IDCANCEL for every set
-    (void)End(id); // it is the button's in any case
+    (void)End(id);                            // it is the button's in any case
     return true;
 }

@@ -4,27 +4,7 @@
 #include <ui/ControlMessage.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <iterator>
-
-static_assert(sizeof(void*) != 4 || sizeof(NOTIFY) == 40);
-static_assert(offsetof(NOTIFY, Function) == 4);
-static_assert(offsetof(NOTIFY, hWnd) == 8);
-static_assert(sizeof(void*) != 4 || offsetof(NOTIFY, hCtrl) == 12);
-static_assert(sizeof(void*) != 4 || offsetof(NOTIFY, CtrlId) == 16);
-static_assert(sizeof(void*) != 4 || offsetof(NOTIFY, Data1) == 20);
-static_assert(offsetof(NOTIFY, Data1Hi) == offsetof(NOTIFY, Data1) + 2);
-static_assert(sizeof(void*) != 4 || offsetof(NOTIFY, Data2) == 24);
-static_assert(offsetof(NOTIFY, Data2Hi) == offsetof(NOTIFY, Data2) + 2);
-static_assert(sizeof(void*) != 4 || offsetof(NOTIFY, Data3) == 28);
-static_assert(sizeof(void*) != 4 || offsetof(NOTIFY, Data4) == 32);
-static_assert(sizeof(void*) != 4 || offsetof(NOTIFY, Data5) == 36);
-
-struct FormatSysMsgLayout {
-    static_assert(offsetof(FormatSysMsg, m_Notify) == sizeof(void*));
-    static_assert(offsetof(FormatSysMsg, m_pListBoxLock) == sizeof(void*) + sizeof(NOTIFY));
-    static_assert(sizeof(FormatSysMsg) == 2 * sizeof(void*) + sizeof(NOTIFY));
-};
 
 namespace {
 

@@ -3,15 +3,8 @@
 #include <tessel/ui/notify.h>
 #include <ui/ControlMessage.h>
 
-#include <cstddef>
 #include <memory>
 #include <new>
-
-struct hWndStoreLayout {
-    static_assert(offsetof(hWndStore, m_hWnd) == 0);
-    static_assert(offsetof(hWndStore, Cursor) == sizeof(void*));
-    static_assert(sizeof(hWndStore) == 2 * sizeof(void*));
-};
 
 namespace {
 

@@ -1,8 +1,5 @@
 #include <tessel/ui/views.h>
 
-static_assert(sizeof(CListViewOrca) == sizeof(CListView));
-static_assert(sizeof(CTreeViewOrca) == sizeof(CTreeView));
-
 namespace {
 
 /// Passes the notification of a record on to the handler of a view's base class.

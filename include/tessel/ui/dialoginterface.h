@@ -5,6 +5,11 @@
 
 #include <commctrl.h>
 
+namespace tessel {
+struct DialogControl;
+struct DialogRequest;
+} // namespace tessel
+
 /// What DIALOG_INTERFACE::Display() does to a control.
 enum DISPLAY_ACTION : int {
     DA_SHOW = 0,           ///< show it
@@ -441,7 +446,6 @@ public:
 
 private:
     friend struct DialogInterfaceLayout;
-    struct Commands;
 
     enum COMMAND : int {
         CMD_POSITION = 0,
@@ -460,18 +464,12 @@ private:
 
     static FIELD_TYPE ControlType(HWND hWnd);
     static long PackLong(unsigned char b1, unsigned char b2, unsigned char b3, unsigned char b4);
-    int ProcessMessage(int id, wchar_t* text);
-    int Run(COMMAND command, int id, const wchar_t* text = nullptr);
+    int ProcessMessage(int id, COMMAND command, tessel::DialogRequest& request);
+    int Run(int id, COMMAND command, tessel::DialogRequest request);
+    void StoreArguments(COMMAND command, const tessel::DialogRequest& request);
     bool IsSelected(int id) const;
-    bool Select(int id);
-    bool Select(int id, FIELD_TYPE type);
-    LRESULT Send(UINT message, LPARAM wParam = 0, LPARAM lParam = 0);
-    LRESULT SendData(UINT message, LPARAM wParam, const void* data);
-    void Fetch(int id, wchar_t* buffer, int bufferLen);
-    int SetListViewFocus(int index, int withSelection);
-    int ClearListViewFocus(int index, int withSelection);
-    int SetListViewState(int index, int withSelection, UINT state);
-    HIMAGELIST SetSmallImages();
+    tessel::DialogControl Select(int id);
+    void Fetch(int id, tessel::DialogRequest& request, wchar_t* buffer, int bufferLen);
     void ShareFields(const DIALOG_INTERFACE& other);
 
     HWND hOwnDialog;
