@@ -5,14 +5,13 @@
 
 #include <rpc.h>
 
+#include <functional>
 #include <string>
 
 namespace {
 
 constexpr wchar_t kText[] = L"00112233-4455-6677-8899-aabbccddeeff";
 constexpr wchar_t kNil[] = L"00000000-0000-0000-0000-000000000000";
-constexpr const COCuid* kNoObject = nullptr;
-constexpr const OCUID* kNoRecord = nullptr;
 
 COCuid Parsed() {
     COCuid uid;
@@ -41,28 +40,20 @@ TEST(Identifier, IsMadeOnceWithItsText) {
     OCUID read{};
     ASSERT_EQ(COCuid::ToUid(std::wstring(uid.GetString()).data(), &read), 0);
     EXPECT_TRUE(uid == &read);
-    COCuid other(1);
-    EXPECT_TRUE(other != uid && other != &uid && other != &read);
     EXPECT_EQ(COCuid::oInit.IsPresent(), 0);
 }
 
 TEST(Identifier, FailureOfTheSystemLeavesNone) {
     COCuid uid;
-    {
-        const ImportPatch create(Failing("UuidCreate", &UuidCreate, RPC_S_UUID_NO_ADDRESS));
-        EXPECT_EQ(uid.Create(), OCUID_NOT_CREATED);
-        EXPECT_EQ(uid.IsPresent(), 0);
-    }
-    const ImportPatch create("UuidCreate", &UuidCreate, [](UUID* made) {
-        UuidCreate(made);
-        return RPC_S_UUID_LOCAL_ONLY;
-    });
+    RPC_STATUS status = RPC_S_UUID_NO_ADDRESS;
+    const ImportPatch create("UuidCreate", &UuidCreate, [&status](UUID* made) { return UuidCreate(made), status; });
+    EXPECT_EQ(uid.Create(), OCUID_NOT_CREATED);
+    EXPECT_EQ(uid.IsPresent(), 0);
+    status = RPC_S_UUID_LOCAL_ONLY;
     EXPECT_EQ(uid.Create(), 0UL);
     const OCUID made = *uid.GetUid();
     const ImportPatch convert(WithoutText());
-    COCuid none;
-    EXPECT_EQ(none.Create(), OCUID_NOT_CREATED);
-    EXPECT_EQ(none.IsPresent(), 0);
+    EXPECT_EQ(COCuid(1).IsPresent(), 0);
     wchar_t text[] = L"as it was";
     EXPECT_EQ(COCuid::ToString(&made, text, 10), 1);
     EXPECT_STREQ(text, L"as it was");
@@ -88,8 +79,7 @@ TEST(Identifier, OnlyTextsOfIdentifiersAreRead) {
         EXPECT_TRUE(uid.IsPresent() == 0 && IsZero(*uid.GetUid())) << text.size();
         EXPECT_EQ(uid.GetString(), text.substr(0, 63));
     }
-    EXPECT_EQ(uid = static_cast<const wchar_t*>(nullptr), 1);
-    EXPECT_EQ(COCuid::ToUid(nullptr, nullptr), 1);
+    EXPECT_EQ((uid = static_cast<const wchar_t*>(nullptr)) + COCuid::ToUid(nullptr, nullptr), 2);
     OCUID read = *Parsed().GetUid();
     EXPECT_EQ(COCuid::ToUid(nullptr, &read), 0);
     EXPECT_TRUE(IsZero(read));
@@ -105,61 +95,59 @@ TEST(Identifier, ComparisonLooksAtTheOthersPresenceInOneFormOnlyOdd161) {
     record.Reserved[15] = 1;
     EXPECT_FALSE(uid == &record);
     COCuid padded;
-    COCuid set;
-    EXPECT_EQ((padded = &record) + set.SetUid(&record, 0), 2);
-    EXPECT_TRUE(padded == &record && set == &record && padded == uid && padded == &uid);
+    padded = &record;
+    EXPECT_TRUE(padded == &record && padded == uid && padded == &uid);
     COCuid nil;
     nil.SetToZero();
     const COCuid none;
-    const OCUID zero{};
     EXPECT_TRUE(nil == &none);
-    EXPECT_FALSE(nil == none || none == nil || none == &nil || none == &zero || nil == kNoObject || nil == kNoRecord);
+    EXPECT_FALSE(nil == none || none == nil || none == &nil || none == none.GetUid() || nil != nil.GetUid());
+    EXPECT_FALSE(nil == static_cast<const COCuid*>(nullptr) || nil == static_cast<const OCUID*>(nullptr));
 }
 
-TEST(Identifier, IsTakenOverInPlaceOfAnotherOnlyWhenAskedTo) {
-    COCuid nil = Parsed();
+TEST(Identifier, Odd162And163WaysToTakeOneOverDifferInWhatTheyReturnAndReplace) {
+    const COCuid source = Parsed();
+    const COCuid none;
+    const COCuid* const noObject = nullptr;
+    const OCUID* const noRecord = nullptr;
+    COCuid nil;
     nil.SetToZero();
-    const COCuid held = Parsed();
-    COCuid uid = nil;
-    EXPECT_EQ(uid.SetUid(&held, 0) + uid.SetUid(held.GetUid(), 2), 0);
-    EXPECT_TRUE(uid == nil);
-    EXPECT_EQ(uid.SetUid(&held, 1), 1);
-    EXPECT_TRUE(uid == held);
-    EXPECT_EQ(uid.SetUid(nil.GetUid(), 1), 1);
-    EXPECT_STREQ(uid.GetString(), kNil);
-    COCuid first;
-    COCuid second;
-    EXPECT_EQ(first.SetUid(&held, 0) + second.SetUid(held.GetUid(), 0), 2) << "nothing is held there";
-    const COCuid none;
-    const auto isCleared = [&nil](const auto* source) {
-        COCuid cleared = nil;
-        return cleared.SetUid(source, 1) == 0 && cleared.IsPresent() == 0;
+    struct Row {
+        const char* name;
+        std::function<int(COCuid&)> take;
+        COCuid target;
+        int result;
+        const wchar_t* text; // of what is held then; null: nothing
     };
-    EXPECT_TRUE(isCleared(&none) && isCleared(kNoObject) && isCleared(kNoRecord));
-}
-
-TEST(Identifier, Odd162And163AssignmentsDifferInWhatTheyReturnAndReplace) {
-    const COCuid held = Parsed();
-    const COCuid none;
-    COCuid uid;
-    {
-        const ImportPatch convert(WithoutText());
-        EXPECT_EQ(uid = held.GetUid(), 1);
+    const Row rows[] = {{"object", [&](COCuid& uid) { return uid.SetUid(&source, 0); }, none, 1, kText},
+                        {"object, held", [&](COCuid& uid) { return uid.SetUid(&source, 0); }, nil, 0, kNil},
+                        {"object, over", [&](COCuid& uid) { return uid.SetUid(&source, 1); }, nil, 1, kText},
+                        {"empty object, over", [&](COCuid& uid) { return uid.SetUid(&none, 1); }, nil, 0, nullptr},
+                        {"no object, over", [&](COCuid& uid) { return uid.SetUid(noObject, 1); }, nil, 0, nullptr},
+                        {"record", [&](COCuid& uid) { return uid.SetUid(source.GetUid(), 0); }, none, 1, kText},
+                        {"record, held", [&](COCuid& uid) { return uid.SetUid(source.GetUid(), 2); }, nil, 0, kNil},
+                        {"record, over", [&](COCuid& uid) { return uid.SetUid(source.GetUid(), 1); }, nil, 1, kText},
+                        {"no record, over", [&](COCuid& uid) { return uid.SetUid(noRecord, 1); }, nil, 0, nullptr},
+                        {"= record", [&](COCuid& uid) { return uid = source.GetUid(); }, none, 1, kText},
+                        {"= record, held", [&](COCuid& uid) { return uid = source.GetUid(); }, nil, 0, kNil},
+                        {"= no record", [&](COCuid& uid) { return uid = noRecord; }, none, 0, nullptr},
+                        {"= object, held", [&](COCuid& uid) { return uid = &source; }, nil, 0, kText},
+                        {"= empty object, held", [&](COCuid& uid) { return uid = &none; }, nil, 1, kNil},
+                        {"= no object, held", [&](COCuid& uid) { return uid = noObject; }, nil, 1, kNil}};
+    for (Row row : rows) {
+        EXPECT_EQ(row.take(row.target), row.result) << row.name;
+        EXPECT_EQ(row.target.IsPresent(), row.text != nullptr) << row.name;
+        EXPECT_TRUE(row.text == nullptr || row.target.GetString() == std::wstring(row.text)) << row.name;
     }
-    EXPECT_EQ(uid.IsPresent(), 1);
+    const ImportPatch convert(WithoutText());
+    COCuid uid;
+    EXPECT_EQ((uid = source.GetUid()) + uid.IsPresent(), 2);
     EXPECT_STREQ(uid.GetString(), L"");
-    EXPECT_EQ((uid = none.GetUid()) + (uid = kNoRecord), 0);
-    EXPECT_EQ((uid = &none) + (uid = kNoObject), 2);
-    EXPECT_TRUE(uid == held);
-    const COCuid other(1);
-    EXPECT_EQ(uid = &other, 0);
-    EXPECT_STREQ(uid.GetString(), other.GetString());
 }
 
 TEST(Identifier, EndOfTheTextStaysWhenItIsClearedOdd164) {
     COCuid uid = Parsed();
     uid.Clear();
-    EXPECT_EQ(uid.IsPresent(), 0);
     EXPECT_EQ(std::wstring(uid.GetString(), 37), std::wstring(32, L'\0') + L"eeff" + L'\0');
-    EXPECT_TRUE(IsZero(*uid.GetUid()));
+    EXPECT_TRUE(uid.IsPresent() == 0 && IsZero(*uid.GetUid()));
 }

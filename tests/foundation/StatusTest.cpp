@@ -20,26 +20,21 @@ TEST(Library, KnowsItsModuleAndReadsItsOwnTexts) {
     EXPECT_NE(FindResourceW(module, MAKEINTRESOURCEW(1), MAKEINTRESOURCEW(16)), nullptr) << "its version";
 }
 
-TEST(ErrorMode, OnlyTheOutermostPairChangesIt) {
+TEST(ErrorMode, Odd01OnlyTheOutermostPairChangesItAndAnUnbalancedEndEatsTheNextBegin) {
+    Reports reports;
     SetErrorMode(SEM_NOOPENFILEERRORBOX);
     BeginErrorModeFailCritical();
-    SetErrorMode(SEM_NOGPFAULTERRORBOX);
+    EXPECT_EQ(SetErrorMode(SEM_NOGPFAULTERRORBOX), static_cast<UINT>(SEM_FAILCRITICALERRORS));
     BeginErrorModeFailCritical();
     EndErrorMode();
     EXPECT_EQ(GetErrorMode(), static_cast<UINT>(SEM_NOGPFAULTERRORBOX));
     EndErrorMode();
     EXPECT_EQ(GetErrorMode(), static_cast<UINT>(SEM_NOOPENFILEERRORBOX));
-}
-
-TEST(ErrorMode, Odd01UnbalancedEndIsReportedAndEatsTheNextBegin) {
-    Reports reports;
-    SetErrorMode(0);
+    EXPECT_TRUE(reports.Take().empty());
     EndErrorMode();
     EXPECT_EQ(reports.Take(), Texts{"ErrorMode:34 s_iCount > 0"});
     BeginErrorModeFailCritical();
-    EXPECT_EQ(GetErrorMode(), 0u);
+    EXPECT_EQ(GetErrorMode(), static_cast<UINT>(SEM_NOOPENFILEERRORBOX));
     BeginErrorModeFailCritical();
     EXPECT_EQ(GetErrorMode(), static_cast<UINT>(SEM_FAILCRITICALERRORS));
-    EndErrorMode();
-    EXPECT_TRUE(reports.Take().empty());
 }

@@ -111,32 +111,29 @@ TEST(WindowFunctions, Odd28RectanglesAreReadAndInvalidated) {
 }
 
 TEST(WindowFunctions, TheForegroundIsTakenFromAnotherThreadWithItsInput) {
-    struct Row {
-        HWND foreground;
-        DWORD thread;
-        BOOL attaches;
-        const char* steps;
-        int result;
+    HWND foreground = nullptr;
+    DWORD owner = GetCurrentThreadId();
+    BOOL attaches = TRUE;
+    std::string steps;
+    const ImportPatch get("GetForegroundWindow", &GetForegroundWindow, [&] { return foreground; });
+    const ImportPatch thread("GetWindowThreadProcessId", &GetWindowThreadProcessId, [&](auto...) { return owner; });
+    const ImportPatch attach("AttachThreadInput", &AttachThreadInput, [&](DWORD from, DWORD to, BOOL begins) {
+        EXPECT_TRUE(from == GetCurrentThreadId() && to == owner);
+        steps += begins ? "attach " : "detach ";
+        return attaches;
+    });
+    const ImportPatch set("SetForegroundWindow", &SetForegroundWindow, [&](HWND) { return steps += "set ", 7; });
+    const auto take = [&steps] {
+        steps.clear();
+        return std::to_string(SetForegroundWindowEx(nullptr)) + " " + steps;
     };
-    const HWND window = GetDesktopWindow();
-    for (const Row& row : {Row{nullptr, 0, TRUE, "", 0}, Row{window, GetCurrentThreadId(), TRUE, "set ", 7},
-                           Row{window, 77, TRUE, "attach set detach ", 7}, Row{window, 77, FALSE, "attach ", 0}}) {
-        std::string steps;
-        const ImportPatch get("GetForegroundWindow", &GetForegroundWindow, [&] { return row.foreground; });
-        const ImportPatch thread("GetWindowThreadProcessId", &GetWindowThreadProcessId,
-                                 [&](auto...) { return row.thread; });
-        const ImportPatch attach("AttachThreadInput", &AttachThreadInput, [&](DWORD from, DWORD to, BOOL attaches) {
-            EXPECT_TRUE(from == GetCurrentThreadId() && to == row.thread);
-            steps += attaches ? "attach " : "detach ";
-            return row.attaches;
-        });
-        const ImportPatch set("SetForegroundWindow", &SetForegroundWindow, [&](HWND) {
-            steps += "set ";
-            return 7;
-        });
-        EXPECT_EQ(SetForegroundWindowEx(nullptr), row.result) << row.steps;
-        EXPECT_EQ(steps, row.steps);
-    }
+    EXPECT_EQ(take(), "0 ") << "no window has it";
+    foreground = GetDesktopWindow();
+    EXPECT_EQ(take(), "7 set ");
+    owner = 77;
+    EXPECT_EQ(take(), "7 attach set detach ");
+    attaches = FALSE;
+    EXPECT_EQ(take(), "0 attach ");
 }
 
 TEST(DriveFunctions, Odd29ModulesVolumesAndSpace) {

@@ -244,7 +244,6 @@ TEST_F(Host, ManagersLiveAsLongAsTheirMainAndSeveralAtOnce) {
 }
 
 TEST_F(Host, Odd62StartsAProcessUnderTheNameOfTheConsoleProgram) {
-    constexpr DWORD kNoSuchRole = 98;
     std::wstring line;
     const ImportPatch start("CreateProcessW", &CreateProcessW, [&line](auto file, auto arguments, auto... others) {
         line = arguments;
@@ -254,9 +253,6 @@ TEST_F(Host, Odd62StartsAProcessUnderTheNameOfTheConsoleProgram) {
     void* const process = program.StartProcess(OwnProgram().c_str(), arguments);
     EXPECT_EQ(line, L"ConsoleApp.exe --role none");
     EXPECT_EQ(WaitForSingleObject(process, INFINITE), WAIT_OBJECT_0);
-    DWORD code = 0;
-    EXPECT_TRUE(GetExitCodeProcess(process, &code));
-    EXPECT_EQ(code, kNoSuchRole) << "its second argument";
     CloseHandle(process);
     EXPECT_EQ(program.StartProcess(L"no such.exe", nullptr), nullptr);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
@@ -350,18 +346,15 @@ TEST_F(Host, Odd64PaintsControlsInTheColoursOfTheirTag) {
     for (const COLORREF color : {RGB(1, 0, 0), RGB(2, 0, 0), RGB(3, 0, 0)}) brushes.Add(CreateSolidBrush(color), 5);
     const int button = brushes.GetBrushIndex(5);
     const int transparent = brushes.Add(CreateSolidBrush(0), 30);
-    struct Row {
-        int brush;
-        UINT state;
-        COLORREF expected;
-    };
-    for (const Row& row : {Row{background, ODS_SELECTED, RGB(10, 200, 30)}, Row{button, 0, RGB(1, 0, 0)},
-                           Row{button, ODS_SELECTED | ODS_FOCUS, RGB(2, 0, 0)}, Row{button, ODS_FOCUS, RGB(3, 0, 0)},
-                           Row{transparent, 0, RGB(3, 0, 0)}}) {
-        DIALOG_INTERFACE(dialog).SetColor(kText, 1, row.brush);
-        item.itemState = row.state;
+    for (const auto& [brush, state, color] : {std::tuple{background, ODS_SELECTED, RGB(10, 200, 30)},
+                                              {button, 0, RGB(1, 0, 0)},
+                                              {button, ODS_SELECTED | ODS_FOCUS, RGB(2, 0, 0)},
+                                              {button, ODS_FOCUS, RGB(3, 0, 0)},
+                                              {transparent, 0, RGB(3, 0, 0)}}) {
+        DIALOG_INTERFACE(dialog).SetColor(kText, 1, brush);
+        item.itemState = static_cast<UINT>(state);
         EXPECT_EQ(OSClass::DlgProc(dialog, WM_DRAWITEM, 0, reinterpret_cast<LPARAM>(&item)), FALSE);
-        EXPECT_EQ(GetPixel(context, 20, 10), row.expected) << row.brush << ' ' << row.state;
+        EXPECT_EQ(GetPixel(context, 20, 10), color) << brush << ' ' << state;
     }
     DeleteDC(context);
     DeleteObject(bitmap);

