@@ -4,11 +4,10 @@
 
 /// The Ethernet (MAC) address of the machine's first network card, found at construction.
 ///
-/// The cards are those that the registry lists under
-/// "SOFTWARE\Microsoft\Windows NT\CurrentVersion\NetworkCards"; the first of them whose "ServiceName" can be read
-/// counts, and its driver is asked. That takes the right to open the driver and, where the card has no DOS device
-/// name, to define one for the moment of the question.
-/// The object holds values only: copies are independent. Threads: any thread may read an object that none changes.
+/// The registry lists the cards under "SOFTWARE\Microsoft\Windows NT\CurrentVersion\NetworkCards". The first one whose
+/// "ServiceName" can be read is used, and its driver is queried. That requires the right to open the driver and, if the
+/// card has no DOS device name, to define one temporarily.
+/// The object holds only values: copies are independent. Threads: any thread may read an object while none changes it.
 class TESSEL_API CEtherAddr {
 public:
     /// Room for texts in characters, their terminators included.
@@ -17,7 +16,7 @@ public:
         SERVICE_NAME_SIZE = 64 ///< of the service name at most
     };
 
-    /// Finds the card and asks its driver. GetStatus() tells whether that went well.
+    /// Finds the card and queries its driver. GetStatus() returns the result.
     CEtherAddr();
 
     /// Copies the values.
@@ -31,15 +30,15 @@ public:
     virtual ~CEtherAddr() = default;
 
     /// Whether there is an address.
-    /// @return 0: it was read; 1: there is no card, its driver cannot be asked or did not give 6 bytes, or a device
-    ///         name that was defined for the question could not be removed again
+    /// @return 0: it was read; 1: there is no card, its driver cannot be queried or did not return 6 bytes, or the
+    ///         temporary device name could not be removed
     unsigned long GetStatus() const { return m_ulStatus; }
 
-    /// Copies the address in binary form, all zero without one.
-    /// @param out  receives 6 bytes in the order of the wire; null is ignored
+    /// Copies the address in binary form; all zero if there is none.
+    /// @param out  receives 6 bytes in network order; null is ignored
     void GetBinary(unsigned char* out) const;
 
-    /// Copies the address as 12 upper-case hexadecimal digits without separators, empty without one.
+    /// Copies the address as 12 upper-case hexadecimal digits without separators; empty if there is none.
     /// @param out  receives up to TEXT_SIZE characters; null is ignored
     void GetText(wchar_t* out) const;
 
@@ -47,9 +46,9 @@ public:
     /// @return characters without the terminator, at most 63
     unsigned int GetServiceNameLen() const;
 
-    /// Copies the card's service name, under which the system keeps its settings and its device. It is there as soon
-    /// as a card was found, also when its driver did not answer; else it is empty. A card whose name is no text, or
-    /// does not fit, counts as having none.
+    /// Copies the card's service name, under which the system keeps its settings and its device. It is set if a card
+    /// was found, even if its driver did not answer; else it is empty. A card whose name is not a text, or does not
+    /// fit, counts as nameless.
     /// @param out  receives up to SERVICE_NAME_SIZE characters; null is ignored
     void GetServiceName(wchar_t* out) const;
 

@@ -2,31 +2,31 @@
 
 #include <tessel/foundation/platform.h>
 
-/// An IPv4 address, with its dotted text in both widths.
+/// An IPv4 address, with its dotted text in both character widths.
 ///
-/// The number is in network byte order, as the socket functions take it; Pack() and Unpack() work on numbers in host
-/// byte order instead. Text that is no address gives INADDR_NONE (0xFFFFFFFF), and so does a null pointer.
-/// A copy makes texts of its own.
-/// Threads: not synchronised, conversions to text neither; one thread at a time uses an object.
+/// The number is in network byte order, as the socket functions expect it; Pack() and Unpack() work on numbers in host
+/// byte order instead. Text that is not an address yields INADDR_NONE (0xFFFFFFFF), and so does a null pointer.
+/// Each copy has its own texts.
+/// Threads: not synchronised, not even conversions to text; only one thread at a time may use an object.
 class TESSEL_API CIpAddress {
 public:
-    /// Takes the address as it is.
+    /// Stores an address.
     /// @param address  in network byte order
     CIpAddress(unsigned long address);
 
-    /// Reads dotted text, with inet_addr.
-    /// @param dotted  text; null gives INADDR_NONE
+    /// Parses dotted text with inet_addr.
+    /// @param dotted  text; null yields INADDR_NONE
     CIpAddress(const char* dotted);
 
-    /// Reads dotted text, with inet_addr.
-    /// @param dotted  text, of which 15 characters count; null gives INADDR_NONE
+    /// Parses dotted text with inet_addr.
+    /// @param dotted  text, of which only the first 15 characters count; null yields INADDR_NONE
     CIpAddress(const wchar_t* dotted);
 
     /// Copies the address.
     /// @param other  address to copy
     CIpAddress(const CIpAddress& other);
 
-    /// Copies the address; text that was got before stays valid.
+    /// Copies the address; texts obtained earlier stay valid.
     /// @param other  address to copy
     /// @return this object
     CIpAddress& operator=(const CIpAddress& other);
@@ -39,27 +39,28 @@ public:
     operator unsigned long() const { return m_ulAddress; }
 
     /// Dotted text.
-    /// @return text in a buffer of 16 bytes, owned by this object and written anew by every call; null without memory
+    /// @return text in a buffer of 16 bytes, owned by this object and overwritten by every call; null if memory is
+    ///         short
     operator char*() const;
 
     /// Dotted wide text.
-    /// @return text in a buffer of 16 characters, owned by this object and written anew by every call; null without
-    ///         memory
+    /// @return text in a buffer of 16 characters, owned by this object and overwritten by every call; null if memory is
+    ///         short
     operator unsigned short*() const;
 
     /// Dotted wide text, for functions that take wchar_t; the same buffer.
-    /// @return text in a buffer of 16 characters, owned by this object and written anew by every call; null without
-    ///         memory
+    /// @return text in a buffer of 16 characters, owned by this object and overwritten by every call; null if memory is
+    ///         short
     operator wchar_t*() const;
 
-    /// Writes a number as dotted text, its highest byte first.
+    /// Formats a number as dotted text, highest byte first.
     /// @param value  number in host byte order
     /// @param out    receives the text and its terminator, 16 characters at most; null writes nothing
     static void Unpack(unsigned long value, wchar_t* out);
 
-    /// Reads dotted text, its first number as the highest byte. Of each number the low 8 bits count, runs of dots
-    /// count as one, and numbers that are missing are 0.
-    /// @param dotted  text; null or fewer than 7 characters give 0
+    /// Parses dotted text; the first number becomes the highest byte. Only the low 8 bits of each number count, several
+    /// dots in a row count as one, and missing numbers are 0.
+    /// @param dotted  text; null or fewer than 7 characters yield 0
     /// @return number in host byte order
     static unsigned long Pack(const wchar_t* dotted);
 

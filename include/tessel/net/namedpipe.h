@@ -2,24 +2,24 @@
 
 #include <tessel/foundation/platform.h>
 
-/// Status of a pipe without a connection: closed, or not awaiting a client yet.
+/// Status of a pipe without a connection: closed, or not yet awaiting a client.
 constexpr unsigned long PIPE_CLOSED = 0x15010000;
-/// Status of a server's pipe that awaits its client.
+/// Status of a server's pipe that is awaiting a client.
 constexpr unsigned long PIPE_LISTENING = 0x15010001;
 /// Status of a pipe whose last operation succeeded while client and server are connected.
 constexpr unsigned long PIPE_CONNECTED = 0x15010002;
 
-/// The client's end of a named pipe: a two-way connection with a server of this or another machine.
+/// The client's end of a named pipe: a two-way connection with a server on this or another machine.
 ///
-/// Bytes are read as a stream, whatever messages the server wrote. Reads and writes do not tell how many bytes they
-/// moved: both sides must know the size of what they exchange.
+/// Bytes are read as a stream, regardless of the server's message boundaries. Reads and writes do not report how many
+/// bytes were transferred: both sides must know the size of what they exchange.
 ///
-/// A pipe opened as overlapped never waits: a transfer either ends at once or goes on by itself, signals the caller's
-/// event at its end, and GetStatus() then tells how it went. It works on a record inside this object and on the
-/// caller's buffer: leave both where they are until then, and start nothing else before. Close(), the destructor and
-/// another Open() cancel it.
-/// Copies share the handle, which the last of them closes. A copy of an object with an operation under way never
-/// learns of its end: ask the object that started it.
+/// A pipe opened as overlapped never waits: a transfer either completes at once or continues in the background and
+/// signals the caller's event at its end; GetStatus() then returns the result. It uses a record inside this object and
+/// the caller's buffer: until then keep both in place and start no other operation. Close(), the destructor and another
+/// Open() cancel it.
+/// Copies share the handle; the last one closes it. If an object is copied while an operation is pending, only the
+/// original learns of its end.
 /// Threads: one at a time.
 class TESSEL_API CClientNamedPipe {
 public:
@@ -30,16 +30,15 @@ public:
         MODE_READ_WRITE = 2 ///< both
     };
 
-    /// Names a pipe without opening it.
-    /// @param name  name, copied and cut to 19 characters
+    /// Stores the name of a pipe without opening it.
+    /// @param name  name, copied and truncated to 19 characters
     explicit CClientNamedPipe(const wchar_t* name);
 
-    /// Shares the handle and copies everything else. Without memory to share it the copy has none.
+    /// Shares the handle and copies everything else. If memory is short, the copy has no handle.
     /// @param other  object to copy
     CClientNamedPipe(const CClientNamedPipe& other);
 
-    /// Shares the handle and copies everything else. A pipe that was held before stays open, out of reach: Close() it
-    /// first.
+    /// Shares the handle and copies everything else. The previous pipe stays open and is leaked: Close() it first.
     /// @param other  object to copy
     /// @return this object
     CClientNamedPipe& operator=(const CClientNamedPipe& other);
@@ -47,38 +46,38 @@ public:
     /// Closes the handle, unless a copy still uses it.
     virtual ~CClientNamedPipe();
 
-    /// Opens the pipe of a server that awaits a client. A handle that was held before is closed.
-    /// @param server      machine of the server; "." is this one. The path "\\SERVER\PIPE\NAME" is cut to 259
-    /// characters
+    /// Opens the pipe of a server that is awaiting a client. Closes the previous handle.
+    /// @param server      machine of the server; "." is this one. The path "\\SERVER\PIPE\NAME" is truncated to 259
+    ///                    characters
     /// @param mode        direction; the server must allow it
     /// @param overlapped  true: operations need an event and never wait
-    /// @return true: open, the status is PIPE_CONNECTED; false: the status is the Win32 error (ERROR_PIPE_BUSY when no
-    ///         server's end is free), or nothing changed for a null server or another mode
+    /// @return true: open, the status is PIPE_CONNECTED; false: the status is the Win32 error (ERROR_PIPE_BUSY: no
+    ///         server's end is free), or unchanged for a null server or an invalid mode
     bool Open(const wchar_t* server, MODE mode, bool overlapped);
 
     /// Reads.
     /// @param buffer  receives the bytes
     /// @param size    bytes at most
     /// @param event   a manual-reset event, for an overlapped pipe; unused otherwise
-    /// @return true: read, the status is PIPE_CONNECTED; false: the status is the Win32 error, which for an overlapped
-    ///         read that goes on is ERROR_IO_PENDING, and for a message longer than the buffer ERROR_MORE_DATA
+    /// @return true: read, the status is PIPE_CONNECTED; false: the status is the Win32 error: ERROR_IO_PENDING for an
+    ///         overlapped read in progress, ERROR_MORE_DATA for a message longer than the buffer
     bool Read(void* buffer, unsigned int size, void* event);
 
     /// Writes.
     /// @param buffer  bytes to write
     /// @param size    number of bytes
     /// @param event   a manual-reset event, for an overlapped pipe; unused otherwise
-    /// @return true: written, the status is PIPE_CONNECTED; false: the status is the Win32 error, which for an
-    ///         overlapped write that goes on is ERROR_IO_PENDING
+    /// @return true: written, the status is PIPE_CONNECTED; false: the status is the Win32 error: ERROR_IO_PENDING for
+    ///         an overlapped write in progress
     bool Write(const void* buffer, unsigned int size, void* event);
 
-    /// The status; while an overlapped operation is pending the system is asked how it goes. Never waits.
-    /// @return PIPE_CLOSED, PIPE_LISTENING, PIPE_CONNECTED or a Win32 error; ERROR_IO_PENDING (997): still under way
+    /// Returns the status; while an overlapped operation is pending it queries the system. Never waits.
+    /// @return PIPE_CLOSED, PIPE_LISTENING, PIPE_CONNECTED or a Win32 error; ERROR_IO_PENDING (997): still pending
     unsigned long GetStatus();
 
-    /// Cancels an operation that is pending and closes the handle, which stays open for copies. The status is
-    /// PIPE_CLOSED; but GetStatus() still tells of an operation that it has not reported as done, as a rule
-    /// ERROR_OPERATION_ABORTED (995), until the next one starts or, on a client, it is opened anew.
+    /// Cancels a pending operation and closes the handle, which stays open for copies. The status is PIPE_CLOSED; but
+    /// if GetStatus() has not yet reported an operation as completed, it still returns that operation's result,
+    /// normally ERROR_OPERATION_ABORTED (995), until the next one starts or, on a client, the pipe is reopened.
     virtual void Close();
 
 private:
@@ -100,49 +99,47 @@ private:
     bool m_bPending;
 };
 
-/// The server's end of a named pipe; it serves one client at a time, and one name may have many such ends.
+/// The server's end of a named pipe; it serves one client at a time, and several ends may have the same name.
 ///
-/// Open(), AwaitConnection(), transfers, CloseInstance(), and from AwaitConnection() on again for the next client.
-/// What is written in one call is one message, and one read gives one message at most.
+/// Order: Open(), AwaitConnection(), transfers, CloseInstance(); then AwaitConnection() again for the next client.
+/// Each write sends one message, and each read returns at most one.
 /// Otherwise like CClientNamedPipe.
 class TESSEL_API CServerNamedPipe : public CClientNamedPipe {
 public:
-    /// Names a pipe without creating it.
-    /// @param name  name, copied and cut to 19 characters
+    /// Stores the name of a pipe without creating it.
+    /// @param name  name, copied and truncated to 19 characters
     explicit CServerNamedPipe(const wchar_t* name);
 
-    /// Shares the handle and copies everything else. Without memory to share it the copy has none.
+    /// Shares the handle and copies everything else. If memory is short, the copy has no handle.
     CServerNamedPipe(const CServerNamedPipe&) = default;
 
-    /// Shares the handle and copies everything else. A pipe that was held before stays open, out of reach: Close() it
-    /// first.
+    /// Shares the handle and copies everything else. The previous pipe stays open and is leaked: Close() it first.
     /// @return this object
     CServerNamedPipe& operator=(const CServerNamedPipe&) = default;
 
-    /// Closes the handle, unless a copy still uses it; what the client has not read yet it can still read.
+    /// Closes the handle, unless a copy still uses it; the client can still read what it has not read yet.
     ~CServerNamedPipe() override;
 
-    /// Creates one end of the pipe on this machine, with buffers of 4,096 bytes each way. A handle that was held before
-    /// is closed.
+    /// Creates one end of the pipe on this machine, with buffers of 4,096 bytes each way. Closes the previous handle.
     /// @param mode        direction
     /// @param overlapped  true: operations need an event and never wait
-    /// @return true: created, the status is as it was before, or that of an operation that this cancelled; false: the
-    ///         status is the Win32 error, or nothing changed for another mode
+    /// @return true: created; the status is unchanged, or that of an operation cancelled by this call; false: the
+    ///         status is the Win32 error, or unchanged for an invalid mode
     bool Open(CClientNamedPipe::MODE mode, bool overlapped);
 
-    /// Waits for a client or, on an overlapped pipe, starts to. The status is then PIPE_CONNECTED, ERROR_IO_PENDING
-    /// (GetStatus() goes on to PIPE_CONNECTED) or the Win32 error; ERROR_PIPE_CONNECTED (535) means that the client
-    /// came before the call and is connected, and stays until the next operation.
+    /// Waits for a client or, on an overlapped pipe, starts waiting. The status is then PIPE_CONNECTED,
+    /// ERROR_IO_PENDING (GetStatus() changes it to PIPE_CONNECTED) or the Win32 error; ERROR_PIPE_CONNECTED (535) means
+    /// that the client had connected before the call, and remains until the next operation.
     /// @param event  a manual-reset event, for an overlapped pipe; unused otherwise
     void AwaitConnection(void* event);
 
-    /// Takes leave of the client, then closes like CClientNamedPipe::Close(). The leave waits until the client has read
-    /// everything. It is left out when the status is one of those errors that share no bit with PIPE_CONNECTED, as
+    /// Disconnects the client after it has read everything, then closes like CClientNamedPipe::Close(). The
+    /// disconnection is skipped if the status is an error that shares no bit with PIPE_CONNECTED, such as
     /// ERROR_BROKEN_PIPE (109).
     void Close() override;
 
-    /// Waits until the client has read everything and disconnects it; the end can then await the next client. The
-    /// status is PIPE_CLOSED; as after Close(), GetStatus() may still tell of an operation that it has not reported as
-    /// done.
+    /// Waits until the client has read everything and disconnects it; then the next client can be awaited. The status
+    /// is PIPE_CLOSED; as after Close(), GetStatus() may still return the result of an operation that it has not
+    /// reported as completed.
     void CloseInstance();
 };

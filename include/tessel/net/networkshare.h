@@ -2,43 +2,42 @@
 
 #include <tessel/foundation/platform.h>
 
-/// A connection of this machine to a shared resource of the network, under a local device name or without one.
+/// A connection of this machine to a network share, with or without a local device name.
 ///
-/// One object makes one connection in its life: it stays marked as connected after Close(), so use a fresh object for
-/// the next share.
-/// Copies share the name, and each copy that closes on destruction cancels the connection, for all of them: pass by
+/// An object can connect only once: it stays marked as connected after Close(), so use a new object for the next share.
+/// Copies share the name, and each copy that closes on destruction cancels the connection for all of them: pass by
 /// pointer or reference.
-/// Threads: one at a time. The network may take long to answer, and every operation waits for it.
+/// Threads: one at a time. Every operation waits for the network, which may take long.
 class TESSEL_API CNetworkShare {
 public:
-    /// Makes no connection.
+    /// Creates an object without a connection.
     /// @param closeOnDestruction  true: the destructor cancels the connection
     explicit CNetworkShare(bool closeOnDestruction = true);
 
-    /// Shares the connection. Without memory to share its name the copy is not connected.
+    /// Shares the connection. If memory is short, the copy is not connected.
     /// @param other  object to copy
     CNetworkShare(const CNetworkShare& other);
 
-    /// Shares the connection. One that was held before stays: Close() it first.
+    /// Shares the connection. The previous connection stays: Close() it first.
     /// @param other  object to copy
     /// @return this object
     CNetworkShare& operator=(const CNetworkShare& other);
 
-    /// Cancels the connection if the constructor was told so; the outcome is lost.
+    /// Cancels the connection if that was requested at construction; the result is lost.
     virtual ~CNetworkShare();
 
-    /// Connects to a share. A local name that is connected to that very share already is a success, and so is the
-    /// system's answer that the logon session does not exist, which is reported.
-    /// @param remoteName  the share, as "\\server\share"; compared without regard to case
+    /// Connects to a share. Succeeds if the local name is already connected to that share, and also if the system
+    /// answers that the logon session does not exist, which is reported.
+    /// @param remoteName  the share, as "\\server\share"; compared ignoring case
     /// @param userName    null for the user who is logged on
     /// @param password    null for that user's
-    /// @param localName   device to redirect, as "Z:"; the share must then be a disk. Null for none
-    /// @return 0; ERROR_ALREADY_ASSIGNED (85): this object is connected already, or the local name to another share;
+    /// @param localName   device to redirect, such as "Z:"; the share must then be a disk. Null for none
+    /// @return 0; ERROR_ALREADY_ASSIGNED (85): this object is already connected, or the local name to another share;
     ///         ERROR_INVALID_PARAMETER (87): no remote name; else the Win32 error
     unsigned long Open(wchar_t* remoteName, const wchar_t* userName, const wchar_t* password, wchar_t* localName);
 
-    /// Finds out whether a share can be reached: connects without a local name and cancels at once. The object is
-    /// marked as connected after a success: use a fresh one for the next test.
+    /// Tests whether a share can be reached: connects without a local name and disconnects at once. After a success the
+    /// object is marked as connected: use a new one for the next test.
     /// @param remoteName  the share
     /// @param userName    null for the user who is logged on
     /// @param password    null for that user's
@@ -46,7 +45,7 @@ public:
     unsigned long Test(wchar_t* remoteName, const wchar_t* userName, const wchar_t* password);
 
     /// Cancels the connection, unless files on it are open. The object stays marked as connected.
-    /// @return 0: cancelled, or there was none; else the Win32 error (ERROR_NOT_CONNECTED the second time)
+    /// @return 0: cancelled, or there was none; else the Win32 error (ERROR_NOT_CONNECTED for a second call)
     unsigned long Close();
 
 private:
