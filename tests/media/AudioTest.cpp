@@ -3,13 +3,13 @@
 #include "support/ImportPatch.h"
 #include "support/OpenObjects.h"
 #include "support/Reports.h"
+#include "support/TemporaryFolder.h"
 #include "support/UnixTool.h"
 
 #include <tesselgsm/driver.h>
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -18,8 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const wchar_t* kLibrary = L"Tessel.dll";
-
 /// What a file holds, and its sizes.
 struct Kind {
     int convert;
@@ -27,8 +25,8 @@ struct Kind {
 };
 constexpr Kind kKinds[] = {{0, 1600, 2400000}, {1, 325, 487500}};
 
-/// What a start asks of the devices.
-std::vector<Stub> Devices() {
+/// What a start asks of the system.
+std::vector<Stub> StartCalls() {
     return {Failing("waveInOpen", &waveInOpen, MMSYSERR_NODRIVER),
             Failing("waveInPrepareHeader", &waveInPrepareHeader, MMSYSERR_NODRIVER),
             Failing("waveInAddBuffer", &waveInAddBuffer, MMSYSERR_NODRIVER),
@@ -37,54 +35,18 @@ std::vector<Stub> Devices() {
             Failing("waveOutPause", &waveOutPause, MMSYSERR_NODRIVER),
             Failing("waveOutPrepareHeader", &waveOutPrepareHeader, MMSYSERR_NODRIVER),
             Failing("waveOutWrite", &waveOutWrite, MMSYSERR_NODRIVER),
-            Failing("waveOutRestart", &waveOutRestart, MMSYSERR_NODRIVER)};
-}
-
-MMTIME position{}; ///< what the device answers
-
-template <class Device> MMRESULT WINAPI TellPosition(Device, MMTIME* time, UINT) {
-    *time = position;
-    return 0;
-}
-
-DWORD room = 0; ///< bytes that the disk has left
-
-BOOL WINAPI WriteUntilFull(HANDLE file, LPCVOID data, DWORD size, DWORD* written, OVERLAPPED* overlapped) {
-    const DWORD count = std::min(size, room);
-    room -= count;
-    return WriteFile(file, data, count, written, overlapped);
-}
-
-using Opened = std::array<DWORD, 3>;
-Opened opened; ///< access, sharing and disposition of the last file
-DWORD refusedAccess = 0;
-
-HANDLE WINAPI LogAndOpen(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,
-                         DWORD flags, HANDLE like) {
-    opened = {access, share, disposition};
-    if (access & refusedAccess) return INVALID_HANDLE_VALUE;
-    return CreateFileW(path, access, share, security, disposition, flags, like);
-}
-
-int closed = 0;
-
-MMRESULT WINAPI CountAndClose(HWAVEOUT device) {
-    ++closed;
-    return waveOutClose(device);
+            Failing("waveOutRestart", &waveOutRestart, MMSYSERR_NODRIVER),
+            Failing("acmStreamOpen", &acmStreamOpen, MMSYSERR_NODRIVER),
+            Failing("acmStreamPrepareHeader", &acmStreamPrepareHeader, MMSYSERR_NODRIVER),
+            Failing("acmStreamConvert", &acmStreamConvert, MMSYSERR_NODRIVER)};
 }
 
 struct Audio : testing::Test {
-    fs::path folder = fs::temp_directory_path() / ("tessel-audio-" + std::to_string(GetCurrentProcessId()));
+    TemporaryFolder folder;
     Reports reports;
 
-    Audio() {
-        EXPECT_EQ(TesselGsmInstall(), 0u);
-        fs::create_directory(folder);
-    }
-    ~Audio() override {
-        fs::remove_all(folder);
-        EXPECT_EQ(TesselGsmRemove(), 0u);
-    }
+    Audio() { EXPECT_EQ(TesselGsmInstall(), 0u); }
+    ~Audio() override { EXPECT_EQ(TesselGsmRemove(), 0u); }
     fs::path File(const std::string& name, const std::string& bytes = {}) const {
         std::ofstream(folder / name, std::ios::binary) << bytes;
         return folder / name;
@@ -108,11 +70,6 @@ std::string Said(const std::wstring& command) {
     const UnixAnswer answer = RunUnix(command);
     EXPECT_EQ(answer.exitCode, 0) << answer.output;
     return answer.output;
-}
-
-void HandleWaitingMessages() {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
 }
 
 bool IsIdle(Recorder& recorder) {
@@ -216,12 +173,9 @@ TEST_F(Audio, Odd114WhatComesFromTheDeviceBecomesWholeBlocksOfTheFile) {
         {2398400, 0, 8000, 2400000}, {2400000, 0, 8000, 2400000}};
     for (const auto& [before, reached, recorded, after] : kCases) {
         Recorder recorder(0, File("blocks", before));
-        recorder.Pretend(CAudio::MODE_RECORD);
         recorder->m_Record.ulPosition = reached;
-        WAVEHDR& header = recorder->m_WaveHeader[1];
-        std::fill_n(header.lpData, 8000, 'x');
-        header.dwBytesRecorded = recorded;
-        recorder.ProcessWimData(nullptr, &header);
+        std::fill_n(recorder->m_cAudio[1], 8000, 'x');
+        recorder.Receive(1, recorded);
         recorder.ProcessWimClose(nullptr);
         const std::string bytes = BytesOf(folder / "blocks");
         EXPECT_EQ(bytes.size(), after) << before << " " << reached << " " << recorded;
@@ -236,11 +190,10 @@ TEST_F(Audio, Odd114WhatComesFromTheDeviceBecomesWholeBlocksOfTheFile) {
 TEST_F(Audio, Odd111And112AFullDiskStopsTheRunAndDataBeyondTheLimitAreReported) {
     Recorder recorder(0, File("full"));
     {
-        const ImportPatch disk(kLibrary, "WriteFile", WriteUntilFull);
-        room = 2000;
-        recorder.Pretend(CAudio::MODE_RECORD);
-        recorder->m_WaveHeader[0].dwBytesRecorded = 8000;
-        recorder.ProcessWimData(nullptr, recorder->m_WaveHeader);
+        const ImportPatch disk("WriteFile", &WriteFile, [](HANDLE file, LPCVOID data, DWORD, DWORD* written, auto...) {
+            return WriteFile(file, data, 2000, written, nullptr);
+        });
+        recorder.Receive(0, 8000);
     }
     EXPECT_EQ(recorder.stops, 1);
     EXPECT_EQ(recorder->m_ulDataWrite, 2000u);
@@ -249,11 +202,8 @@ TEST_F(Audio, Odd111And112AFullDiskStopsTheRunAndDataBeyondTheLimitAreReported) 
     EXPECT_TRUE(IsIdle(recorder));
 
     Recorder beyond(0, File("beyond", 2400001));
-    beyond.Pretend(CAudio::MODE_RECORD);
-    beyond->m_WaveHeader[0].dwBytesRecorded = 8000;
-    beyond.ProcessWimData(nullptr, beyond->m_WaveHeader);
+    beyond.Receive(0, 8000);
     EXPECT_EQ(beyond->m_ulDataWrite, 2408001u);
-    beyond.StopFile();
     EXPECT_EQ(reports.Take(), Texts{"CAudio:478 m_ulDataWrite <= m_ulMaxCompress"});
 }
 
@@ -270,8 +220,6 @@ TEST_F(Audio, Odd113WhatIsReadEndsWithTheDataAndIsFilledUp) {
     player->m_ulDataWrite = 12000;
     EXPECT_EQ(player.ReadBuffers(), 1u) << "the file is shorter than it was";
     EXPECT_EQ(player->m_ulDataRead, 9700u);
-    player.ProcessWomClose(nullptr);
-    EXPECT_EQ(player->m_ulDataRead, 0u);
 }
 
 TEST_F(Audio, NotificationsWithForeignRecordsStopTheRun) {
@@ -295,7 +243,6 @@ TEST_F(Audio, NotificationsWithForeignRecordsStopTheRun) {
     recorder.SetUncompressUse(&header, 0xFFFFFFFF);
     EXPECT_EQ(header.dwSrcUser, 8000u);
     EXPECT_EQ(recorder.WriteBuffer(nullptr), 1u);
-    recorder.StopFile();
 
     Recorder player(0, File("played", 16000ul));
     ASSERT_EQ(player.Play(), 0u);
@@ -305,9 +252,10 @@ TEST_F(Audio, NotificationsWithForeignRecordsStopTheRun) {
     player.Finish();
     player->m_nMode = CAudio::MODE_PLAY_STEP;
     player->m_Play = {0, 0, 1000};
-    player.ProcessWomDone(nullptr, reinterpret_cast<WAVEHDR*>(8));
-    EXPECT_EQ(player->m_Play.ulPosition, 0u);
-    player.ProcessWomDone(nullptr, &player->m_WaveHeaderStep);
+    for (WAVEHDR* const done : {reinterpret_cast<WAVEHDR*>(8), &player->m_WaveHeaderStep}) {
+        EXPECT_EQ(player->m_Play.ulPosition, 0u);
+        player.ProcessWomDone(nullptr, done);
+    }
     EXPECT_EQ(player->m_Play.ulPosition, 1000u);
 }
 
@@ -317,8 +265,13 @@ TEST_F(Audio, Odd116ThePositionIsRoundedDownAndReachesOnlyWholeLimits) {
         {0, 3200, 0xFFFFFFFF, TIME_BYTES, 0, 3200, 1}, {0xFFFFFFFF, 3200, 9, TIME_BYTES, 0, 3200, 1},
         {0, 4000, 16000, TIME_BYTES, 0, 3200, 0},      {1600, 16000, 1600, TIME_MS, 1, 77, 0},
     };
-    const ImportPatch input(kLibrary, "waveInGetPosition", TellPosition<HWAVEIN>);
-    const ImportPatch output(kLibrary, "waveOutGetPosition", TellPosition<HWAVEOUT>);
+    MMTIME position{};
+    const auto answer = [&](auto, MMTIME* time, UINT) {
+        *time = position;
+        return MMRESULT{MMSYSERR_NOERROR};
+    };
+    const ImportPatch input("waveInGetPosition", &waveInGetPosition, answer);
+    const ImportPatch output("waveOutGetPosition", &waveOutGetPosition, answer);
     Recorder recorder(0, File("times", 16000ul));
     for (const auto& [base, limit, bytes, type, result, reached, stops] : kCases) {
         for (const auto mode : {CAudio::MODE_RECORD, CAudio::MODE_PLAY}) {
@@ -361,14 +314,11 @@ TEST_F(Audio, Odd110And118AStartThatFailsLeavesNothingOpen) {
     const auto expectFailure = [&](unsigned long (Recorder::*start)(), unsigned long from) {
         recorder->m_ulDataRead = from;
         EXPECT_EQ((recorder.*start)(), 1u);
-        HandleWaitingMessages();
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
         EXPECT_TRUE(IsIdle(recorder));
     };
-    std::vector<Stub> stubs = Devices();
-    stubs.push_back(Failing("acmStreamOpen", &acmStreamOpen, MMSYSERR_NODRIVER));
-    stubs.push_back(Failing("acmStreamPrepareHeader", &acmStreamPrepareHeader, MMSYSERR_NODRIVER));
-    stubs.push_back(Failing("acmStreamConvert", &acmStreamConvert, MMSYSERR_NODRIVER));
-    for (const Stub& stub : stubs) {
+    for (const Stub& stub : StartCalls()) {
         SCOPED_TRACE(stub.name);
         const ImportPatch patch(stub);
         if (!stub.name.starts_with("waveOut") && stub.name != "acmStreamConvert") {
@@ -395,9 +345,8 @@ TEST_F(Audio, Odd110And118AStartThatFailsLeavesNothingOpen) {
 }
 
 TEST_F(Audio, ADeviceThatVanishesStopsTheRun) {
-    const Stub stubs[] = {Failing("waveInAddBuffer", &waveInAddBuffer, MMSYSERR_NODRIVER),
-                          Failing("acmStreamConvert", &acmStreamConvert, MMSYSERR_NODRIVER)};
-    for (const Stub& stub : stubs) {
+    for (const Stub& stub : {Failing("waveInAddBuffer", &waveInAddBuffer, MMSYSERR_NODRIVER),
+                             Failing("acmStreamConvert", &acmStreamConvert, MMSYSERR_NODRIVER)}) {
         Recorder recorder(1, File("recorded"));
         ASSERT_EQ(recorder.Record(), 0u);
         const ImportPatch patch(stub);
@@ -423,48 +372,43 @@ TEST_F(Audio, ADeviceThatVanishesStopsTheRun) {
     player.End();
 }
 
-TEST_F(Audio, FilesAreOpenedByModeAndNeverShared) {
-    const ImportPatch patch(kLibrary, "CreateFileW", LogAndOpen);
+TEST_F(Audio, FilesAreNeverSharedAndStayAsTheyAreWhenTheyCannotBeOpened) {
+    DWORD refused = 0;
+    const ImportPatch patch("CreateFileW", &CreateFileW, [&](LPCWSTR path, DWORD access, auto... more) {
+        return access & refused ? INVALID_HANDLE_VALUE : CreateFileW(path, access, more...);
+    });
     Recorder recorder(0, File("opened", 3200ul));
-    constexpr DWORD kAccess[] = {GENERIC_READ | GENERIC_WRITE, GENERIC_WRITE, GENERIC_READ, GENERIC_READ};
-    for (const int mode : {0, 1, 2, 3}) {
-        recorder->m_nMode = mode;
-        EXPECT_EQ(recorder.OpenFile(), 0u);
-        EXPECT_EQ(opened, (Opened{kAccess[mode], 0, OPEN_ALWAYS}));
-        EXPECT_EQ(recorder.OpenFile(), 1u) << "it is open";
-        EXPECT_EQ(recorder->m_hFile, nullptr);
+    for (const auto& [access, failures] :
+         {std::pair{GENERIC_WRITE, "11001"}, {GENERIC_READ, "10111"}, {0UL, "00001"}}) {
+        refused = access;
+        for (int mode = CAudio::MODE_IDLE; mode <= CAudio::MODE_PLAY_STEP + 1; ++mode) {
+            recorder->m_nMode = mode;
+            EXPECT_EQ(recorder.OpenFile(), static_cast<unsigned long>(failures[mode] - '0')) << access << " " << mode;
+            EXPECT_EQ(recorder.OpenFile(), 1u) << "it is open";
+            EXPECT_EQ(recorder->m_hFile, nullptr);
+        }
     }
     EXPECT_EQ(recorder.SizeFile() + recorder.SeekFile(), 2u);
-    EXPECT_EQ(recorder.ClearFile(), 0u);
-    EXPECT_EQ(opened, (Opened{GENERIC_WRITE, 0, TRUNCATE_EXISTING}));
-    EXPECT_EQ(recorder.GetMod(), 1);
-    EXPECT_EQ(fs::file_size(folder / "opened"), 0u);
-    EXPECT_EQ(recorder.OpenFile(), 0u);
-    File("others").wstring().copy(recorder.GetPath(), MAX_PATH);
-    EXPECT_EQ(recorder.OpenFile(), 0u);
-    recorder->m_nMode = 4;
-    EXPECT_EQ(recorder.OpenFile(), 1u);
-    EXPECT_TRUE(fs::remove(folder / "opened") && fs::remove(folder / "others")) << "they are closed";
-}
 
-TEST_F(Audio, AFileThatCannotBeOpenedOrCutStaysAsItIs) {
-    const ImportPatch patch(kLibrary, "CreateFileW", LogAndOpen);
-    Recorder recorder(0, File("read-only", 3200ul));
     recorder->m_ulDataRead = 1600;
-    EXPECT_EQ(recorder.AttachToFile(), 0u);
-    EXPECT_EQ(recorder->m_ulDataRead, 0u);
-    EXPECT_EQ(recorder.DetachFromFile() + recorder->m_ulDataWrite, 0u);
-    EXPECT_EQ(recorder.AttachToFile(), 0u);
-    refusedAccess = GENERIC_WRITE;
+    refused = GENERIC_WRITE;
     EXPECT_EQ(recorder.Record() + recorder.ClearFile(), 2u);
     EXPECT_EQ(reports.Take(), Texts{"CAudio:412 m_ulDataRead == m_ulDataWrite"});
     EXPECT_EQ(recorder->m_ulDataWrite, 3200u);
     EXPECT_EQ(recorder.AttachToFile(), 1u);
     EXPECT_EQ(recorder->m_ulDataWrite, 0u);
-    refusedAccess = 0;
+    refused = 0;
+    EXPECT_EQ(recorder.AttachToFile(), 0u);
+    EXPECT_EQ(recorder->m_ulDataWrite - recorder->m_ulDataRead, 3200u);
+    EXPECT_EQ(recorder.GetMod(), 0);
+    EXPECT_EQ(recorder.ClearFile(), 0u);
+    EXPECT_EQ(recorder.GetMod(), 1);
+    EXPECT_EQ(fs::file_size(folder / "opened"), 0u);
+
+    EXPECT_EQ(recorder.OpenFile(), 0u);
     std::fill_n(recorder.GetPath(), MAX_PATH, L'x');
     EXPECT_EQ(recorder.AttachToFile(), 1u);
-    EXPECT_TRUE(IsIdle(recorder));
+    EXPECT_TRUE(fs::remove(folder / "opened")) << "it is closed";
 }
 
 TEST_F(Audio, CopiesHaveTheirOwnBuffersAndNoRun) {
@@ -482,8 +426,6 @@ TEST_F(Audio, CopiesHaveTheirOwnBuffersAndNoRun) {
         EXPECT_TRUE(copy->m_StreamHeaderStep.pbDst == reinterpret_cast<BYTE*>(copy->m_cAudioStep));
         EXPECT_EQ(copy->m_pCompress[0], copy->m_cCompress[0]);
         EXPECT_TRUE(copy->m_StreamHeader[0].pbSrc == nullptr);
-        EXPECT_TRUE(copy->m_hStream == nullptr && copy->m_hWaveIn == nullptr);
-        EXPECT_TRUE(copy->m_hFile == nullptr && !copy->m_bTimer);
         EXPECT_EQ(copy.Record(), 1u) << "the file is not shared";
     }
     recorder.WaitFor(1600);
@@ -491,7 +433,9 @@ TEST_F(Audio, CopiesHaveTheirOwnBuffersAndNoRun) {
     const CAudio idle;
     recorder.CAudio::operator=(idle);
     EXPECT_TRUE(IsIdle(recorder));
-    const ImportPatch close(kLibrary, "waveOutClose", CountAndClose);
+    int closed = 0;
+    const ImportPatch close("waveOutClose", &waveOutClose,
+                            [&](HWAVEOUT device) { return ++closed, waveOutClose(device); });
     for (const bool stops : {false, true}) {
         Recorder gone(0, File("gone", 24000ul));
         ASSERT_EQ(stops ? gone.Record() : gone.Play(), 0u);
@@ -522,30 +466,33 @@ TEST_F(Audio, WaveFilesAreWholeOrNotThere) {
     const auto number = [](unsigned int value) { return std::string(reinterpret_cast<const char*>(&value), 4); };
     const fs::path path = folder / "made.wav";
     const std::string sound(130, 'x');
-    EXPECT_EQ(CAudio::CreateWAV(path.c_str(), sound.data(), 3, 0), 0u);
+    const auto create = [&](unsigned long size, int gsm = 0) {
+        return CAudio::CreateWAV(path.c_str(), sound.data(), size, gsm);
+    };
+    EXPECT_EQ(create(3), 0u);
     EXPECT_EQ(BytesOf(path), "RIFF" + number(54) + "WAVEfmt " + number(18) +
                                  std::string("\1\0\1\0\x40\x1F\0\0\x40\x1F\0\0\1\0\x8\0\0\0", 18) + "fact" + number(4) +
                                  number(3) + "data" + number(3) + std::string("xxx\0", 4));
-    EXPECT_EQ(CAudio::CreateWAV(path.c_str(), sound.data(), 130, 1), 0u);
+    EXPECT_EQ(create(130, 1), 0u);
     EXPECT_EQ(BytesOf(path), "RIFF" + number(182) + "WAVEfmt " + number(20) +
                                  std::string("\x31\0\1\0\x40\x1F\0\0\x59\6\0\0\x41\0\0\0\2\0\x40\1", 20) + "fact" +
                                  number(4) + number(640) + "data" + number(130) + sound);
     for (const Stub& stub :
-         {Failing("mmioCreateChunk", &mmioCreateChunk, MMSYSERR_NODRIVER),
-          Failing("mmioWrite", &mmioWrite, MMSYSERR_NODRIVER), Failing("mmioAscend", &mmioAscend, MMSYSERR_NODRIVER),
+         {Failing("mmioCreateChunk", &mmioCreateChunk, MMIOERR_CANNOTWRITE), Failing("mmioWrite", &mmioWrite, -1),
+          Failing("mmioAscend", &mmioAscend, MMIOERR_CANNOTWRITE),
           Replacing("mmioClose", &mmioClose,
                     [](auto... arguments) { return mmioClose(arguments...), MMIOERR_CANNOTWRITE; })}) {
         const ImportPatch patch(stub);
-        EXPECT_EQ(CAudio::CreateWAV(path.c_str(), sound.data(), 130, 0), 1u);
+        EXPECT_EQ(create(130), 1u);
         EXPECT_FALSE(fs::exists(path)) << stub.name;
     }
-    EXPECT_EQ(CAudio::CreateWAV(path.c_str(), sound.data(), 0, 0), 0u);
+    EXPECT_EQ(create(0), 0u);
+    EXPECT_EQ(create(0x80000000), 1u);
     EXPECT_EQ(CAudio::CreateWAV(path.c_str(), nullptr, 5, 0), 0u);
     EXPECT_EQ(CAudio::CreateWAV(nullptr, sound.data(), 5, 0), 1u);
-    EXPECT_EQ(CAudio::CreateWAV(path.c_str(), sound.data(), 0x80000000, 0), 1u);
     EXPECT_EQ(CAudio::CreateWAV((path / "none").c_str(), sound.data(), 5, 0), 1u);
     EXPECT_TRUE(reports.Take().empty());
-    EXPECT_EQ(CAudio::CreateWAV(path.c_str(), sound.data(), 100, 1), 1u);
+    EXPECT_EQ(create(100, 1), 1u);
     EXPECT_EQ(reports.Take(), Texts{"CAudio:1287 (ulSizeAudio % ulBlockAlign) == 0"});
     EXPECT_FALSE(fs::exists(path));
 }
@@ -562,9 +509,9 @@ TEST_F(Audio, Odd115TheVolumeIsReadAndNeverSet) {
     for (const Stub& stub : {Failing("waveOutOpen", &waveOutOpen, MMSYSERR_NODRIVER),
                              Failing("waveOutGetVolume", &waveOutGetVolume, MMSYSERR_NODRIVER)}) {
         const ImportPatch patch(stub);
-        volume = 77;
         EXPECT_EQ(audio.GetSystemVolume(volume), 1u);
         EXPECT_EQ(volume, 0u);
         EXPECT_EQ(audio.SetSystemVolume(0), stub.name == "waveOutOpen" ? 1u : 0u);
+        volume = 77;
     }
 }

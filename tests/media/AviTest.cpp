@@ -1,5 +1,6 @@
 #include "support/ImportPatch.h"
 #include "support/Reports.h"
+#include "support/TemporaryFolder.h"
 #include "support/UnixTool.h"
 
 #include <gtest/gtest.h>
@@ -35,16 +36,9 @@ Pixels TurnOver(const Pixels& pixels, int width, int height, int stride) {
     return turned;
 }
 
-class AviFile : public testing::Test {
-protected:
-    AviFile() {
-        fs::create_directories(path.parent_path());
-        EXPECT_EQ(movie.Open(path.c_str()), 0u);
-    }
-    ~AviFile() override {
-        movie.Close();
-        fs::remove_all(path.parent_path());
-    }
+struct AviFile : testing::Test {
+    AviFile() { EXPECT_EQ(movie.Open(path.c_str()), 0u); }
+    ~AviFile() override { movie.Close(); }
     static void SetPalette(COLORREF (*colour)(unsigned char)) {
         for (int i = 0; i < 256; ++i) palette[i] = colour(static_cast<unsigned char>(i));
     }
@@ -77,7 +71,8 @@ protected:
         return fs::remove(path, open);
     }
 
-    fs::path path = fs::temp_directory_path() / (L"tessel avi " + std::to_wstring(GetCurrentProcessId())) / L"m.avi";
+    TemporaryFolder folder;
+    fs::path path = folder / L"m.avi";
     static inline unsigned long palette[256];
     CAviFile movie;
     void* frame = nullptr;
@@ -91,33 +86,30 @@ COLORREF Colour(unsigned char index) {
     return RGB(index, 255 - index, index / 2);
 }
 
-AVICOMPRESSOPTIONS asked;
-DWORD askedParameter;
-HRESULT WINAPI LookAtOptions(PAVISTREAM* compressed, PAVISTREAM source, AVICOMPRESSOPTIONS* options, CLSID* handler) {
-    asked = *options;
-    std::memcpy(&askedParameter, options->lpParms, sizeof askedParameter);
-    return AVIMakeCompressedStream(compressed, source, options, handler);
-}
+/// What the library asks of the AVI functions.
+struct Asked {
+    AVISTREAMINFOW stream{};
+    AVICOMPRESSOPTIONS options{};
+    DWORD parameter = 0;
+    HRESULT format = 0; ///< what the codec says to the format
 
-AVISTREAMINFOW described;
-HRESULT WINAPI LookAtStream(PAVIFILE file, PAVISTREAM* stream, AVISTREAMINFOW* info) {
-    described = *info;
-    return AVIFileCreateStreamW(file, stream, info);
-}
-
-HRESULT refusal;
-HRESULT WINAPI NoteRefusal(PAVISTREAM stream, LONG position, LPVOID format, LONG size) {
-    return refusal = AVIStreamSetFormat(stream, position, format, size);
-}
+private:
+    const ImportPatch m_stream{"AVIFileCreateStreamW", &AVIFileCreateStreamW,
+                               [this](PAVIFILE file, PAVISTREAM* made, AVISTREAMINFOW* info) {
+                                   stream = *info;
+                                   return AVIFileCreateStreamW(file, made, info);
+                               }};
+    const ImportPatch m_options{"AVIMakeCompressedStream", &AVIMakeCompressedStream,
+                                [this](PAVISTREAM* made, PAVISTREAM source, AVICOMPRESSOPTIONS* given, CLSID* codec) {
+                                    options = *given;
+                                    std::memcpy(&parameter, given->lpParms, sizeof parameter);
+                                    return AVIMakeCompressedStream(made, source, given, codec);
+                                }};
+    const ImportPatch m_format{"AVIStreamSetFormat", &AVIStreamSetFormat,
+                               [this](auto... given) { return format = AVIStreamSetFormat(given...); }};
+};
 
 constexpr auto kFailure = static_cast<unsigned long>(AVIERR_INTERNAL);
-template <class... Arguments> HRESULT WINAPI Fail(Arguments...) {
-    return AVIERR_INTERNAL;
-}
-/// A function that fails, with the arguments of another one.
-template <class... Arguments> void* FailingLike(HRESULT(WINAPI*)(Arguments...)) {
-    return reinterpret_cast<void*>(&Fail<Arguments...>);
-}
 
 } // namespace
 
@@ -135,12 +127,11 @@ TEST_F(AviFile, UncompressedImagesPlayAtTheirMillisecondsAsTheyWereDrawn) {
 
 TEST_F(AviFile, RunLengthImagesPlayAtTheirRateAsTheyWereGiven) {
     SetPalette(Grey);
-    const ImportPatch stream(L"Tessel.dll", "AVIFileCreateStreamW", LookAtStream);
-    const ImportPatch options(L"Tessel.dll", "AVIMakeCompressedStream", LookAtOptions);
+    const Asked asked;
     ASSERT_EQ(movie.InitializeStream(40, 6, palette, 25, 1, 0), 0u);
-    EXPECT_EQ(described.dwSuggestedBufferSize, 240u);
-    EXPECT_EQ(std::pair(described.rcFrame.right, described.rcFrame.bottom), std::pair(40L, 6L));
-    EXPECT_EQ(asked.dwQuality, 10000u);
+    EXPECT_EQ(asked.stream.dwSuggestedBufferSize, 240u);
+    EXPECT_EQ(std::pair(asked.stream.rcFrame.right, asked.stream.rcFrame.bottom), std::pair(40L, 6L));
+    EXPECT_EQ(asked.options.dwQuality, 10000u);
     Pixels runs = Draw(40, 6, 1);
     std::fill(runs.begin() + 50, runs.begin() + 190, static_cast<unsigned char>(9));
     EXPECT_EQ(Write(0, Draw(40, 6, 0)), 0u);
@@ -152,16 +143,15 @@ TEST_F(AviFile, RunLengthImagesPlayAtTheirRateAsTheyWereGiven) {
 }
 
 TEST_F(AviFile, ACodecsRefusalIsTheResultAndTheStreamStaysWithoutAFormatOdd151) {
-    const ImportPatch options(L"Tessel.dll", "AVIMakeCompressedStream", LookAtOptions);
-    const ImportPatch format(L"Tessel.dll", "AVIStreamSetFormat", NoteRefusal);
+    const Asked asked;
     const unsigned long result = movie.InitializeStream(8, 4, palette, 25, 0, 80);
-    EXPECT_EQ(result, static_cast<unsigned long>(refusal));
-    EXPECT_TRUE(FAILED(refusal)) << "Wine's codec compresses nothing";
-    EXPECT_EQ(asked.fccHandler, mmioFOURCC('M', 'S', 'V', 'C'));
-    EXPECT_EQ(asked.dwQuality, 8000u);
-    EXPECT_EQ(asked.dwFlags, DWORD{AVICOMPRESSF_VALID});
-    EXPECT_EQ(asked.cbParms, 4u);
-    EXPECT_EQ(askedParameter, 75u);
+    EXPECT_EQ(result, static_cast<unsigned long>(asked.format));
+    EXPECT_TRUE(FAILED(asked.format)) << "Wine's codec compresses nothing";
+    EXPECT_EQ(asked.options.fccHandler, mmioFOURCC('M', 'S', 'V', 'C'));
+    EXPECT_EQ(asked.options.dwQuality, 8000u);
+    EXPECT_EQ(asked.options.dwFlags, DWORD{AVICOMPRESSF_VALID});
+    EXPECT_EQ(asked.options.cbParms, 4u);
+    EXPECT_EQ(asked.parameter, 75u);
     EXPECT_EQ(Write(0, Draw(8, 4, 0)), 0u);
     movie.Close();
     EXPECT_EQ(Described(), "unknown,25/1 ");
@@ -188,7 +178,7 @@ TEST_F(AviFile, AnotherSizeIsReportedAndTheRowsThatFitAreWritten) {
     Reports reports;
     ASSERT_EQ(movie.InitializeStream(4, 3, palette, frame), 0u);
     {
-        const ImportPatch failing(L"Tessel.dll", "AVIStreamWrite", FailingLike(AVIStreamWrite));
+        const ImportPatch failing(Failing("AVIStreamWrite", &AVIStreamWrite, AVIERR_INTERNAL));
         EXPECT_EQ(Write(0, Draw(4, 3, 9)), kFailure);
     }
     ASSERT_EQ(movie.InitializeStream(4, 3, palette, frame), 0u); // begins black
@@ -244,19 +234,18 @@ TEST_F(AviFile, WhatCannotBeIsRefusedAndChangesNothing) {
 
 TEST_F(AviFile, TheFirstFailureIsTheResultAndNothingStaysOpen) {
     const struct {
-        const char* name;
-        void* replacement;
+        Stub stub;
         unsigned long open, uncompressed, compressed, write;
     } kFailures[] = {
-        {"AVIFileOpenW", FailingLike(AVIFileOpenW), kFailure, kRefused, kRefused, kRefused},
-        {"AVIFileCreateStreamW", FailingLike(AVIFileCreateStreamW), 0, kFailure, kFailure, kRefused},
-        {"AVIStreamSetFormat", FailingLike(AVIStreamSetFormat), 0, kFailure, kFailure, 0},
-        {"AVIMakeCompressedStream", FailingLike(AVIMakeCompressedStream), 0, 0, kFailure, kRefused},
-        {"AVIStreamWrite", FailingLike(AVIStreamWrite), 0, 0, 0, kFailure},
+        {Failing("AVIFileOpenW", &AVIFileOpenW, AVIERR_INTERNAL), kFailure, kRefused, kRefused, kRefused},
+        {Failing("AVIFileCreateStreamW", &AVIFileCreateStreamW, AVIERR_INTERNAL), 0, kFailure, kFailure, kRefused},
+        {Failing("AVIStreamSetFormat", &AVIStreamSetFormat, AVIERR_INTERNAL), 0, kFailure, kFailure, 0},
+        {Failing("AVIMakeCompressedStream", &AVIMakeCompressedStream, AVIERR_INTERNAL), 0, 0, kFailure, kRefused},
+        {Failing("AVIStreamWrite", &AVIStreamWrite, AVIERR_INTERNAL), 0, 0, 0, kFailure},
     };
     for (const auto& failure : kFailures) {
-        SCOPED_TRACE(failure.name);
-        const ImportPatch patch(L"Tessel.dll", failure.name, failure.replacement);
+        SCOPED_TRACE(failure.stub.name);
+        const ImportPatch patch(failure.stub);
         EXPECT_EQ(movie.Open(path.c_str()), failure.open);
         EXPECT_EQ(movie.InitializeStream(8, 4, palette, frame), failure.uncompressed);
         EXPECT_EQ(movie.InitializeStream(8, 4, palette, 25, 1, 0), failure.compressed);

@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr const wchar_t* kLibrary = L"Tessel.dll";
 constexpr DWORD kVolume = MIXERCONTROL_CONTROLTYPE_VOLUME;
 constexpr DWORD kBass = MIXERCONTROL_CONTROLTYPE_BASS;
 constexpr DWORD kMute = MIXERCONTROL_CONTROLTYPE_MUTE;
@@ -76,22 +75,18 @@ struct Card {
 
 Card card;
 
-UINT WINAPI CountDevices() {
-    return card.devices;
-}
-
-MMRESULT WINAPI OpenMixer(LPHMIXER mixer, UINT id, DWORD_PTR window, DWORD_PTR, DWORD flags) {
+MMRESULT OpenMixer(LPHMIXER mixer, UINT id, DWORD_PTR window, DWORD_PTR, DWORD flags) {
     card.log.push_back("open " + std::to_string(id) + " " + std::to_string(window) + " " + std::to_string(flags));
     *mixer = reinterpret_cast<HMIXER>(Card::Handle());
     return card.Step(Card::Handle(), MIXER_OBJECTF_HMIXER);
 }
 
-MMRESULT WINAPI CloseMixer(HMIXER mixer) {
+MMRESULT CloseMixer(HMIXER mixer) {
     card.log.push_back("close");
     return card.Step(reinterpret_cast<HMIXEROBJ>(mixer), MIXER_OBJECTF_HMIXER);
 }
 
-MMRESULT WINAPI GetLine(HMIXEROBJ mixer, LPMIXERLINEW out, DWORD flags) {
+MMRESULT GetLine(HMIXEROBJ mixer, LPMIXERLINEW out, DWORD flags) {
     if (const MMRESULT result = card.Step(mixer, flags)) return result;
     const bool isSource = (flags & MIXER_GETLINEINFOF_QUERYMASK) == MIXER_GETLINEINFOF_SOURCE;
     if (!isSource) out->dwDestination = out->dwComponentType == MIXERLINE_COMPONENTTYPE_DST_SPEAKERS;
@@ -102,7 +97,7 @@ MMRESULT WINAPI GetLine(HMIXEROBJ mixer, LPMIXERLINEW out, DWORD flags) {
     return out->cbStruct == sizeof *out ? MMSYSERR_NOERROR : MMSYSERR_INVALPARAM;
 }
 
-MMRESULT WINAPI GetControls(HMIXEROBJ mixer, LPMIXERLINECONTROLSW query, DWORD flags) {
+MMRESULT GetControls(HMIXEROBJ mixer, LPMIXERLINECONTROLSW query, DWORD flags) {
     if (const MMRESULT result = card.Step(mixer, flags)) return result;
     const bool isOne = (flags & MIXER_GETLINECONTROLSF_QUERYMASK) == MIXER_GETLINECONTROLSF_ONEBYID;
     const Controls controls = isOne ? Controls{card.Find(query->dwControlID)} : card.lines.at(query->dwLineID);
@@ -131,7 +126,7 @@ MMRESULT Check(HMIXEROBJ mixer, DWORD flags, const MIXERCONTROLDETAILS& details,
     return fits ? MMSYSERR_NOERROR : MMSYSERR_INVALPARAM;
 }
 
-MMRESULT WINAPI GetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD flags) {
+MMRESULT GetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD flags) {
     const bool isText = (flags & MIXER_GETCONTROLDETAILSF_QUERYMASK) == MIXER_GETCONTROLDETAILSF_LISTTEXT;
     auto* text = static_cast<MIXERCONTROLDETAILS_LISTTEXTW*>(details->paDetails);
     std::size_t count = 0;
@@ -146,7 +141,7 @@ MMRESULT WINAPI GetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD
     return result;
 }
 
-MMRESULT WINAPI SetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD flags) {
+MMRESULT SetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD flags) {
     std::size_t count = 0;
     const MMRESULT result = Check(mixer, flags, *details, sizeof(DWORD), count);
     if (result != 0) return result;
@@ -157,32 +152,16 @@ MMRESULT WINAPI SetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD
     return result;
 }
 
-/// Starts without controls, as in a new process, and forgets at its end those that were found.
-struct RealMixer : testing::Test {
-    RealMixer() { Forget(); }
-    ~RealMixer() override { Forget(); }
-    static void Forget() {
-        for (unsigned long* const id :
-             {&CSound::mWaveInVolCtrlId, &CSound::mWaveInMuteCtrlId, &CSound::mMicVolCtrlId, &CSound::mMicMuteCtrlId,
-              &CSound::mLineInVolCtrlId, &CSound::mLineInMuteCtrlId, &CSound::mSpeakerVolCtrlId,
-              &CSound::mSpeakerMuteCtrlId, &CSound::mRecordMicLevelCtrlId, &CSound::mRecordMasterLevelCtrlId,
-              &CSound::mRecordSourcesCtrlId}) {
-            *id = CSound::INVALID_CONTROLID;
-        }
-    }
-};
-
-struct Mixer : RealMixer {
-    ImportPatch patches[7] = {{kLibrary, "mixerGetNumDevs", CountDevices},
-                              {kLibrary, "mixerOpen", OpenMixer},
-                              {kLibrary, "mixerClose", CloseMixer},
-                              {kLibrary, "mixerGetLineInfoW", GetLine},
-                              {kLibrary, "mixerGetLineControlsW", GetControls},
-                              {kLibrary, "mixerGetControlDetailsW", GetDetails},
-                              {kLibrary, "mixerSetControlDetails", SetDetails}};
+// The controls that are found stay for the process: each test runs in one of its own.
+struct Mixer : testing::Test {
+    ImportPatch patches[7] = {{"mixerGetNumDevs", &mixerGetNumDevs, [] { return card.devices; }},
+                              {"mixerOpen", &mixerOpen, OpenMixer},
+                              {"mixerClose", &mixerClose, CloseMixer},
+                              {"mixerGetLineInfoW", &mixerGetLineInfoW, GetLine},
+                              {"mixerGetLineControlsW", &mixerGetLineControlsW, GetControls},
+                              {"mixerGetControlDetailsW", &mixerGetControlDetailsW, GetDetails},
+                              {"mixerSetControlDetails", &mixerSetControlDetails, SetDetails}};
     Reports reports;
-
-    Mixer() { card = {}; }
 };
 
 } // namespace
@@ -345,7 +324,7 @@ TEST_F(Mixer, CopiesShareTheMixerUntilTheLastGoes) {
     EXPECT_EQ(card.log, (Texts{"28=2047", "close"}));
 }
 
-TEST_F(RealMixer, SpeakerIsSetAndRead) {
+TEST(RealMixer, SpeakerIsSetAndRead) {
     if (mixerGetNumDevs() == 0) GTEST_SKIP() << "the machine has no mixer";
     CSound sound(nullptr, 0);
     CSound::mMaster = L"Vol";

@@ -24,27 +24,11 @@ inline std::string BytesOf(const std::filesystem::path& file) {
 /// A CAudio as a program derives it: with a window that forwards the notifications, and a file.
 class Recorder : public CAudio {
 public:
-    using CAudio::ClearFile;
-    using CAudio::GetError;
-    using CAudio::GetTimeCurrent;
-    using CAudio::GetTimeTotal;
-    using CAudio::InitStreamHeadersConvert;
-    using CAudio::OpenFile;
-    using CAudio::OpenStream;
-    using CAudio::OpenWaveDevice;
-    using CAudio::ProcessTimer;
-    using CAudio::ProcessWimClose;
-    using CAudio::ProcessWimData;
-    using CAudio::ProcessWomClose;
-    using CAudio::ProcessWomDone;
-    using CAudio::ReadBuffers;
-    using CAudio::SeekFile;
-    using CAudio::SetCompressUse;
-    using CAudio::SetUncompressUse;
-    using CAudio::SizeFile;
-    using CAudio::StartDeviceTimer;
-    using CAudio::UpdateDeviceTime;
-    using CAudio::WriteBuffer;
+    using CAudio::ClearFile, CAudio::GetError, CAudio::GetTimeCurrent, CAudio::GetTimeTotal, CAudio::OpenFile,
+        CAudio::OpenStream, CAudio::OpenWaveDevice, CAudio::ProcessTimer, CAudio::ProcessWimClose,
+        CAudio::ProcessWimData, CAudio::ProcessWomClose, CAudio::ProcessWomDone, CAudio::ReadBuffers, CAudio::SeekFile,
+        CAudio::SetCompressUse, CAudio::SetUncompressUse, CAudio::SizeFile, CAudio::StartDeviceTimer,
+        CAudio::UpdateDeviceTime, CAudio::WriteBuffer;
 
     /// @param file  made when it is missing; its data count
     Recorder(int bConvert, const std::filesystem::path& file) : CAudio(bConvert) {
@@ -98,6 +82,12 @@ public:
         m_nMode = mode;
         EXPECT_EQ(OpenFile() | SeekFile(), 0u);
         InitStreamHeadersConvert();
+    }
+    /// Receives a recorded buffer without a device.
+    void Receive(int buffer, unsigned long recorded) {
+        Pretend(MODE_RECORD);
+        m_WaveHeader[buffer].dwBytesRecorded = recorded;
+        ProcessWimData(nullptr, &m_WaveHeader[buffer]);
     }
 
     int stops = 0;     ///< calls of OnStop

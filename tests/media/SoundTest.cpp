@@ -1,4 +1,6 @@
 #include "support/ImportPatch.h"
+#include "support/Reports.h"
+#include "support/TemporaryFolder.h"
 #include "support/UnixTool.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +17,6 @@
 
 namespace {
 
-constexpr const wchar_t* kLibrary = L"Tessel.dll";
 constexpr int kRate = 8000;
 
 void Append(std::string& to, const char* name, std::uint32_t length) {
@@ -37,26 +38,29 @@ template <class Format = PCMWAVEFORMAT> std::string Tone(int milliseconds, const
     return file + chunks;
 }
 
-std::vector<std::pair<const void*, DWORD>> played;
+using Played = std::vector<std::pair<const void*, DWORD>>;
 
-BOOL WINAPI NotePlayed(LPCWSTR sound, HMODULE, DWORD flags) {
-    played.emplace_back(sound, flags);
-    return TRUE;
-}
+/// Notes what the library plays, and plays nothing.
+struct Player {
+    Played played;
+    const ImportPatch patch{"PlaySoundW", &PlaySoundW, [this](LPCWSTR sound, HMODULE, DWORD flags) {
+                                played.emplace_back(sound, flags);
+                                return TRUE;
+                            }};
+};
 
-long long claimedSize = 0;
-
-BOOL WINAPI ClaimSize(HANDLE, PLARGE_INTEGER size) {
-    size->QuadPart = claimedSize;
-    return TRUE;
-}
+/// Formats that end the process, or are never finished, when the system plays them.
+constexpr WAVEFORMATEX kFatal[] = {
+    {WAVE_FORMAT_PCM, 0, kRate, kRate, 1, 8, 0},   {WAVE_FORMAT_PCM, 1, kRate, kRate, 0, 8, 0},
+    {WAVE_FORMAT_PCM, 1, 0, kRate, 1, 8, 0},       {WAVE_FORMAT_PCM, 1, ~0U, ~0U, 1, 8, 0},
+    {WAVE_FORMAT_PCM, 1, 400000, 400000, 1, 8, 0}, {WAVE_FORMAT_MULAW, 1, kRate, kRate, 0, 8, 0},
+    {WAVE_FORMAT_ADPCM, 1, kRate, kRate, 7, 4, 0}, {WAVE_FORMAT_IMA_ADPCM, 2, kRate, kRate, 8, 4, 0}};
 
 struct Sound : testing::Test {
-    std::filesystem::path path = std::filesystem::temp_directory_path() / "tessel-sound.wav";
+    TemporaryFolder folder;
+    std::filesystem::path path = folder / L"sound.wav";
     std::wstring name = path.wstring();
 
-    Sound() { played.clear(); }
-    ~Sound() override { std::filesystem::remove(path); }
     void Write(const std::string& bytes) const { std::ofstream(path, std::ios::binary) << bytes; }
     /// Plays a file of these bytes.
     unsigned long Play(const std::string& bytes) {
@@ -90,7 +94,7 @@ TEST_F(Sound, IsHeardOrWaitedFor) {
 }
 
 TEST_F(Sound, OnlyWholeFilesAreHandedToTheSystem) {
-    const ImportPatch play(kLibrary, "PlaySoundW", NotePlayed);
+    const Player player;
     const std::string whole = Tone(10);
     std::string endless = whole;
     std::memset(endless.data() + 40, 0xFF, 4); // the length of the samples
@@ -99,13 +103,20 @@ TEST_F(Sound, OnlyWholeFilesAreHandedToTheSystem) {
     PCMWAVEFORMAT shortened = kPlain;
     shortened.wf.wFormatTag = WAVE_FORMAT_MULAW;
     WAVEFORMATEX compressed{WAVE_FORMAT_MULAW, 1, kRate, kRate, 1, 8, 1};
-    for (const std::string& bytes :
-         {std::string(), std::string("RIFF"), std::string(100, 'R'), formless, endless, whole.substr(0, 44),
-          whole.substr(0, whole.size() - 1), whole.substr(0, whole.size() - 16), Tone(10, kRate), Tone(10, shortened),
-          Tone(10, compressed)}) {
-        EXPECT_EQ(Play(bytes), STATUS_SOUND_NOT_PLAYED) << bytes.size();
-    }
-    EXPECT_EQ(played.size(), 0U);
+    Texts refused{"",
+                  "RIFF",
+                  std::string(100, 'R'),
+                  formless,
+                  endless,
+                  whole.substr(0, 44),
+                  whole.substr(0, whole.size() - 1),
+                  whole.substr(0, whole.size() - 16),
+                  Tone(10, kRate),
+                  Tone(10, shortened),
+                  Tone(10, compressed)};
+    for (const WAVEFORMATEX& format : kFatal) refused.push_back(Tone(10, format));
+    for (const std::string& bytes : refused) EXPECT_EQ(Play(bytes), STATUS_SOUND_NOT_PLAYED) << &bytes - refused.data();
+    EXPECT_EQ(player.played.size(), 0U);
     std::string unpadded = whole.substr(0, whole.size() - 1);
     --unpadded[4];  // the length of the file
     --unpadded[40]; // the length of the samples
@@ -117,29 +128,18 @@ TEST_F(Sound, OnlyWholeFilesAreHandedToTheSystem) {
     EXPECT_EQ(CSound(name.data()).Play(1), STATUS_SOUND_NOT_PLAYED);
     EXPECT_EQ(CSound(nullptr).Play(1), STATUS_SOUND_NOT_PLAYED);
     Write(whole);
-    const ImportPatch size(kLibrary, "GetFileSizeEx", ClaimSize);
-    for (claimedSize = 1000; claimedSize < 0x900000000; claimedSize *= 0x300000) {
-        EXPECT_EQ(CSound(name.data()).Play(1), STATUS_SOUND_NOT_PLAYED) << claimedSize;
+    for (long long claimed = 1000; claimed < 0x900000000; claimed *= 0x300000) {
+        const ImportPatch size("GetFileSizeEx", &GetFileSizeEx, [&](HANDLE, PLARGE_INTEGER length) {
+            length->QuadPart = claimed;
+            return TRUE;
+        });
+        EXPECT_EQ(CSound(name.data()).Play(1), STATUS_SOUND_NOT_PLAYED) << claimed;
     }
-    EXPECT_EQ(played.size(), 3U);
-}
-
-TEST_F(Sound, FormatsThatEndTheProcessCountAsUnreadable) {
-    if (waveOutGetNumDevs() == 0) GTEST_SKIP() << "the machine has no sound device";
-    constexpr WAVEFORMATEX kRows[] = {
-        {WAVE_FORMAT_PCM, 0, kRate, kRate, 1, 8, 0},       {WAVE_FORMAT_PCM, 1, kRate, kRate, 0, 8, 0},
-        {WAVE_FORMAT_PCM, 1, 0, kRate, 1, 8, 0},           {WAVE_FORMAT_PCM, 1, ~0U, ~0U, 1, 8, 0},
-        {WAVE_FORMAT_PCM, 1, 400000, 400000, 1, 8, 0},     {WAVE_FORMAT_MULAW, 1, kRate, kRate, 0, 8, 0},
-        {WAVE_FORMAT_MULAW, 1, 0, kRate, 1, 8, 0},         {WAVE_FORMAT_ADPCM, 1, kRate, kRate, 0, 4, 0},
-        {WAVE_FORMAT_IMA_ADPCM, 2, kRate, kRate, 1, 4, 0},
-    };
-    for (const WAVEFORMATEX& format : kRows) {
-        EXPECT_EQ(Play(Tone(10, format)), STATUS_SOUND_NOT_PLAYED) << &format - kRows;
-    }
+    EXPECT_EQ(player.played.size(), 3U);
 }
 
 TEST_F(Sound, IsStoppedBeforeItsLastOwnerFreesIt) {
-    const ImportPatch play(kLibrary, "PlaySoundW", NotePlayed);
+    const Player player;
     Write(Tone(10));
     std::optional<CSound> sound(std::in_place, name.data());
     std::optional<CSound> copy(std::in_place, nullptr, 0);
@@ -147,8 +147,7 @@ TEST_F(Sound, IsStoppedBeforeItsLastOwnerFreesIt) {
     EXPECT_EQ(sound->Play(0), 0U);
     sound.reset();
     EXPECT_EQ(copy->Play(1), 0U);
-    const void* const image = played.at(0).first;
+    const void* const image = player.played.at(0).first;
     copy.reset();
-    EXPECT_EQ(played, (std::vector<std::pair<const void*, DWORD>>{
-                          {image, SND_MEMORY | SND_ASYNC}, {image, SND_MEMORY}, {nullptr, 0}}));
+    EXPECT_EQ(player.played, (Played{{image, SND_MEMORY | SND_ASYNC}, {image, SND_MEMORY}, {nullptr, 0}}));
 }
