@@ -78,7 +78,7 @@ public:
         const Link* m_link = nullptr;
     };
 
-    /// Makes an empty list.
+    /// Creates an empty list.
     CList() = default;
 
     /// Copies each element of another list. Throws std::bad_alloc.
@@ -177,7 +177,7 @@ private:
 /// @tparam Hash   function object that spreads keys over the buckets
 template <class Key, class Value, class Hash = std::hash<Key>> class CMap {
 public:
-    /// Makes an empty map, which has no table yet.
+    /// Creates an empty map, which has no table yet.
     /// @param tableSize  buckets that the table has at least, once there is one
     explicit CMap(std::size_t tableSize) : m_tableSize(tableSize > 0 ? tableSize : 1) {}
 
@@ -207,7 +207,7 @@ public:
 
     /// Finds the value of a key.
     /// @param key    what to look for
-    /// @param value  receives the value; unchanged when there is none
+    /// @param value  receives the value; unchanged if there is none
     /// @return true: found; false: not there
     bool Lookup(const Key& key, Value& value) const {
         if (m_count == 0) return false;
@@ -298,7 +298,7 @@ private:
 /// @tparam Argument  how an element is passed to the array
 template <class Element, class Argument = const Element&> class CArray {
 public:
-    /// Makes an empty array.
+    /// Creates an empty array.
     CArray() = default;
 
     /// Copies each element of another array. Throws std::bad_alloc.

@@ -5,7 +5,7 @@
 /// A flag that threads or processes wait for (CreateEventW).
 ///
 /// Copies share one handle and each copy closes it: pass by pointer or reference.
-/// Threads: any thread may call any operation; destroy it only once nobody waits.
+/// Threads: any thread may call any operation; destroy it only when no thread waits.
 class TESSEL_API CEvent {
 public:
     /// Opens the event of that name or creates it.
@@ -22,7 +22,7 @@ public:
 
     /// Duplicates a handle or, where that fails, creates an unnamed auto-reset event.
     ///
-    /// The duplication names the process by its id instead of a handle, so it fails as a rule and a
+    /// The duplication names the process by its id instead of a handle, so it fails normally and a
     /// fresh event is what to expect.
     /// @param handle  low 32 bits of an event handle, which stays the caller's; 0 for none
     explicit CEvent(unsigned long handle);
@@ -30,7 +30,7 @@ public:
     /// Shares the handle by value.
     CEvent(const CEvent&) = default;
 
-    /// Shares the handle by value; the handle held before is not closed.
+    /// Shares the handle by value; the previous handle is not closed.
     /// @return this object
     CEvent& operator=(const CEvent&) = default;
 
@@ -69,7 +69,7 @@ public:
     bool IsOpen() const { return m_hEvent != nullptr && m_hEvent != INVALID_HANDLE_VALUE; }
 
     /// The event's handle, for the system's own wait functions.
-    /// @return the handle, still this object's; null for none, INVALID_HANDLE_VALUE after a failed open
+    /// @return the handle, owned by this object; null for none, INVALID_HANDLE_VALUE after a failed open
     HANDLE GetHandle() const { return m_hEvent; }
 
 private:

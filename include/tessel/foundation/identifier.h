@@ -21,7 +21,7 @@ inline constexpr unsigned long OCUID_ALREADY_HELD = 0x2E000001;
 /// Copies stand for themselves. Threads: one thread at a time changes an object; any may read one that stays.
 class TESSEL_API COCuid {
 public:
-    /// Characters that the text has room for, terminator included.
+    /// Characters that the text has room for, including the terminator.
     enum : unsigned long { TEXT_SIZE = 64 };
 
     /// Holds no identifier, or a new one.
@@ -61,7 +61,7 @@ public:
     /// @param uid   identifier
     /// @param text  receives it; what it needs no room for is cleared. With room for 36 characters or fewer it is cut
     ///              and not terminated
-    /// @param size  room in characters, terminator included
+    /// @param size  buffer size in characters, including the terminator
     /// @return 0: written; 1: there is no memory or a pointer is null, and nothing is written
     static int ToString(const OCUID* uid, wchar_t* text, unsigned long size);
 

@@ -16,7 +16,7 @@
 /// Copies share the storage: what one writes, the other reads, until one of them lets a heap buffer grow,
 /// which gives it a buffer of its own. The last of them closes and frees. A copy that cannot share for lack of
 /// memory has the status ERROR_NOT_ENOUGH_MEMORY.
-/// Threads: not synchronised; one thread at a time uses an object and its copies.
+/// Threads: not synchronised; only one thread at a time may use an object and its copies.
 class TESSEL_API CMemory {
 public:
     /// Offsets with a meaning of their own.
@@ -41,7 +41,7 @@ public:
         OPENTYPE_TRUNCATE_EXISTING = 4 ///< empties the file; fails when it is missing
     };
 
-    /// Opens the storage; GetStatus() tells how that went.
+    /// Opens the storage; GetStatus() returns the result.
     ///
     /// Heap and global storage start empty and ignore the other arguments. A mapping must exist, else the status is
     /// ERROR_INVALID_PARAMETER; its size is what the caller says, so that reads and writes can be checked against
@@ -91,7 +91,7 @@ public:
     /// @return offset in bytes behind the last write
     unsigned long GetWriteCursor() const { return m_ulWriteCursor; }
 
-    /// Name of the file or mapping, cut to 259 characters.
+    /// Name of the file or mapping, truncated to 259 characters.
     /// @return text owned by this object; empty for the other kinds and while nothing was opened
     const wchar_t* GetFileName() const { return m_szName; }
 
@@ -146,7 +146,7 @@ public:
     /// more that is its start, which may be another file's. The object keeps the value of the closed handle and closes
     /// it once more at its end, when it may be another file's: destroy it at once.
     /// @param newName  new name, which GetFileName() gives after success; null gives -1
-    /// @return 0, or the C runtime's result (errno tells why)
+    /// @return 0, or the C runtime's result (see errno)
     int ReName(const wchar_t* newName);
 
     /// Sets the file's time of the last write.

@@ -17,8 +17,8 @@ TESSEL_API unsigned long TesselSetStringModule(HINSTANCE module);
 
 /// Loads a text from the library's string table (LoadStringW), in the thread's language. Any thread.
 /// @param id           number of the text; 0 loads none
-/// @param buffer       receives the text, terminated and cut to fit; empty when there is none
-/// @param sizeInChars  room in @p buffer, terminator included
+/// @param buffer       receives the text, terminated and truncated to fit; empty when there is none
+/// @param sizeInChars  size of @p buffer, including the terminator
 /// @return characters copied without the terminator; 0 when nothing was loaded
 TESSEL_API int TesselLoadString(unsigned int id, wchar_t* buffer, int sizeInChars);
 
@@ -28,7 +28,7 @@ TESSEL_API int TesselLoadString(unsigned int id, wchar_t* buffer, int sizeInChar
 
 /// Loads a module (LoadLibraryW); it has nothing to do with images.
 /// @param name  file name of the module
-/// @return the module, to be given back with UnLoadImage(); null: failure (GetLastError())
+/// @return the module, to be released with UnLoadImage(); null: failure (GetLastError())
 TESSEL_API HINSTANCE LoadImageW(const wchar_t* name);
 
 /// Gives a module back (FreeLibrary).
@@ -37,7 +37,7 @@ TESSEL_API HINSTANCE LoadImageW(const wchar_t* name);
 TESSEL_API UINT UnLoadImage(HINSTANCE module);
 
 /// Loads the module that brings the rich edit control ("Riched20.dll").
-/// @return the module, to be given back with ReleaseRichEditControls(); null: failure (GetLastError())
+/// @return the module, to be released with ReleaseRichEditControls(); null: failure (GetLastError())
 TESSEL_API HINSTANCE InitRichEditControls();
 
 /// Gives the rich edit module back (FreeLibrary).

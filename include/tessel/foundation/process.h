@@ -30,7 +30,7 @@ TESSEL_API void Sleeper(int ms);
 /// Starts a thread of the C runtime (_beginthread) and gives up the rest of the time slice.
 /// @param entry      what it runs; the runtime closes the thread's handle when it returns
 /// @param stackSize  bytes of stack; 0 for the program's default
-/// @param argument   handed to @p entry unchanged
+/// @param argument   passed to @p entry unchanged
 /// @return the runtime's result, the low 32 bits of the handle; 0xFFFFFFFF: failure (errno)
 TESSEL_API unsigned long BeginThread(void (*entry)(void*), unsigned int stackSize, void* argument);
 

@@ -6,7 +6,7 @@
 ///
 /// It has no owner: any thread may give a permit back. The cross-process lock of the post office is one.
 /// Copies share one handle and each copy closes it: pass by pointer or reference.
-/// Threads: any thread may call any operation; destroy it only once nobody waits.
+/// Threads: any thread may call any operation; destroy it only when no thread waits.
 /// A constructor never fails visibly: without a handle, waits return 1 and the error is kept.
 class TESSEL_API CSemaphore {
 public:
@@ -27,7 +27,7 @@ public:
     /// Shares the handle by value.
     CSemaphore(const CSemaphore&) = default;
 
-    /// Shares the handle by value; the handle held before is not closed.
+    /// Shares the handle by value; the previous handle is not closed.
     /// @return this object
     CSemaphore& operator=(const CSemaphore&) = default;
 
@@ -61,7 +61,7 @@ public:
     unsigned long GetKeptError() const;
 
     /// The semaphore's handle, for the system's own wait functions.
-    /// @return the handle, still this object's; null when there is none
+    /// @return the handle, owned by this object; null when there is none
     HANDLE GetHandle() const { return m_hSemaphore; }
 
 private:
@@ -78,7 +78,7 @@ private:
 /// It has no owner: any thread may unlock it, and a thread that locks it twice waits for itself.
 /// For a short lock inside one process the standard library's mutex is quicker; this one can also be
 /// waited for together with other objects.
-/// Threads: any thread may call any operation; destroy it only once nobody waits.
+/// Threads: any thread may call any operation; destroy it only when no thread waits.
 class TESSEL_API CThreadLock : public CSemaphore {
 public:
     /// Opens the lock of that name, or creates it free.

@@ -17,28 +17,28 @@
 /// Copies 8-bit text and clears the rest of the destination.
 /// @param dest             receives the text, terminated
 /// @param src              text to copy
-/// @param destSizeInChars  room in @p dest in bytes, terminator included
+/// @param destSizeInChars  size of @p dest in bytes, including the terminator
 /// @return 0: the source is shorter than the room; 1: truncated, or a bad argument
 TESSEL_API unsigned long CopyString(char* dest, const char* src, unsigned int destSizeInChars);
 
 /// Converts 16-bit text to 8-bit text (wcstombs).
 /// @param dest             receives the text, terminated
 /// @param src              text to convert
-/// @param destSizeInChars  room in @p dest in bytes, terminator included
+/// @param destSizeInChars  size of @p dest in bytes, including the terminator
 /// @return 0: the source is shorter than the room; 1: truncated, or a bad argument
 TESSEL_API unsigned long CopyString(char* dest, const wchar_t* src, unsigned int destSizeInChars);
 
 /// Converts 8-bit text to 16-bit text (mbstowcs).
 /// @param dest             receives the text, terminated
 /// @param src              text to convert
-/// @param destSizeInChars  room in @p dest in characters, terminator included
+/// @param destSizeInChars  size of @p dest in characters, including the terminator
 /// @return 0: the source is shorter than the room; 1: truncated, or a bad argument
 TESSEL_API unsigned long CopyString(wchar_t* dest, const char* src, unsigned int destSizeInChars);
 
 /// Copies 16-bit text and clears the rest of the destination.
 /// @param dest             receives the text, terminated
 /// @param src              text to copy
-/// @param destSizeInChars  room in @p dest in characters, terminator included
+/// @param destSizeInChars  size of @p dest in characters, including the terminator
 /// @return 0: the source is shorter than the room; 1: truncated, or a bad argument
 TESSEL_API unsigned long CopyString(wchar_t* dest, const wchar_t* src, unsigned int destSizeInChars);
 ///@}

@@ -14,7 +14,7 @@
 /// in the set when it began. Destroy it, and assign to it, only when nobody uses it.
 class TESSEL_API CWait {
 public:
-    /// Makes an empty set.
+    /// Creates an empty set.
     CWait();
 
     /// Copies the handle values and shares the lock's handle.

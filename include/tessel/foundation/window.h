@@ -77,7 +77,7 @@ TESSEL_API HWND ChildWindowFromAPoint(HWND parent, ORCA_tagPOINT point);
 /// @return not 0: converted; 0: failure (GetLastError())
 TESSEL_API int ScreenToClientConversion(HWND hWnd, ORCA_tagPOINT* point);
 
-/// A window's device context (GetDC), to be given back with ReleaseThisDC().
+/// A window's device context (GetDC), to be released with ReleaseThisDC().
 /// @param hWnd  the window; null for the screen
 /// @return the context; null: failure
 TESSEL_API HDC GetThisDC(HWND hWnd);
@@ -114,8 +114,8 @@ TESSEL_API int IsThisAWindow(HWND hWnd);
 
 /// A window's text (GetWindowTextW).
 /// @param hWnd         the window
-/// @param text         receives it, terminated and cut to fit
-/// @param sizeInChars  room in @p text, terminator included
+/// @param text         receives it, terminated and truncated to fit
+/// @param sizeInChars  size of @p text, including the terminator
 /// @return characters without the terminator; 0: none, or failure (GetLastError())
 TESSEL_API int GetAWindowText(HWND hWnd, wchar_t* text, int sizeInChars);
 

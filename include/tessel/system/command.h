@@ -15,10 +15,11 @@
 /// program starts; one whose expansion takes more than 259 bytes is not started. All text is 8-bit; what is longer than
 /// its field is cut, and a program or working directory that was cut is not started. Text of the registry is converted
 /// in the C runtime's locale (CopyString()), and the system reads it in its own code page: beyond ASCII the two agree
-/// when the program has set that locale. Copies stand for themselves. Threads: one thread at a time uses an object.
+/// when the program has set that locale. Copies stand for themselves. Threads: only one thread at a time may use an
+/// object.
 class TESSEL_API CCommand {
 public:
-    /// Room for texts in bytes, terminator included.
+    /// Room for texts in bytes, including the terminator.
     enum : unsigned int {
         PATH_SIZE = 260,     ///< of a path or the restart key
         ARGUMENTS_SIZE = 256 ///< of an argument line
@@ -126,7 +127,7 @@ public:
     void InitializeFromText(char* text);
 
     /// Room that FormatAsText() needs.
-    /// @return bytes, terminator included
+    /// @return bytes, including the terminator
     unsigned int GetSizeAsText() const;
 
     /// Writes the description as lines of text: a header, "AutoFlag=YES" for the type CMD_AUTOMATIC, working directory,

@@ -90,21 +90,21 @@ public:
 
     /// The month's name, abbreviated to three characters, as the layouts hold it.
     /// @param month   1 to 12; any other gives an empty text
-    /// @param buffer  receives the text, terminated and cut to fit; null writes nothing
-    /// @param size    room in characters, terminator included; 0 writes nothing
+    /// @param buffer  receives the text, terminated and truncated to fit; null writes nothing
+    /// @param size    buffer size in characters, including the terminator; 0 writes nothing
     virtual void GetMonthText(int month, wchar_t* buffer, unsigned int size) const;
 
     /// The name of a day of the week.
     /// @param dayOfWeek  0 (Sunday) to 6; any other gives an empty text
-    /// @param buffer     receives the text, terminated and cut to fit; null writes nothing
-    /// @param size       room in characters, terminator included; 0 writes nothing
+    /// @param buffer     receives the text, terminated and truncated to fit; null writes nothing
+    /// @param size       buffer size in characters, including the terminator; 0 writes nothing
     virtual void GetDayText(int dayOfWeek, wchar_t* buffer, unsigned int size) const;
 
     /// What the 12-hour clock calls the half of the day: "AM" before noon, else "PM". Layouts have room for two
     /// characters.
     /// @param hour    of the 24-hour clock
-    /// @param buffer  receives the text, terminated and cut to fit; null writes nothing
-    /// @param size    room in characters, terminator included; 0 writes nothing
+    /// @param buffer  receives the text, terminated and truncated to fit; null writes nothing
+    /// @param size    buffer size in characters, including the terminator; 0 writes nothing
     virtual void GetMeridianIndicator(int hour, wchar_t* buffer, unsigned int size) const;
 
     /// Has nothing to free.
@@ -217,14 +217,14 @@ public:
     /// Writes date and time in a layout into the caller's buffer.
     /// @param id      layout, as for Format()
     /// @param buffer  receives the text, terminated; emptied first
-    /// @param size    room in characters, terminator included
+    /// @param size    buffer size in characters, including the terminator
     /// @return 0: the text was copied, or there is none as the status is not DTS_VALID, or the buffer is null or has no
     ///         room, and nothing was done; 1: the text does not fit, and the buffer is empty
     unsigned long GetFormattedString(FORMAT_ID id, wchar_t* buffer, unsigned int size) const;
 
     /// The room that a layout takes. Years beyond 9999 take one character more.
     /// @param id  layout
-    /// @return characters, terminator included; 1 for a layout that does not exist
+    /// @return characters, including the terminator; 1 for a layout that does not exist
     static unsigned int MaxFormatSize(FORMAT_ID id);
 
     /// The English name of a day of the week.
@@ -265,7 +265,7 @@ public:
 private:
     friend struct CDateTimeEnglishLayout;
 
-    /// Characters of the longest text, a year of five digits and the terminator included.
+    /// Characters of the longest text, a year of five digits and the including the terminator.
     static constexpr unsigned int TEXT_SIZE = 32;
 
     static bool IsLeapYear(int year);
@@ -326,21 +326,21 @@ public:
 
     /// The month's name in the user's language, abbreviated to three characters.
     /// @param month   1 to 12; any other gives an empty text
-    /// @param buffer  receives the text, terminated and cut to fit; null writes nothing
-    /// @param size    room in characters, terminator included; 0 writes nothing
+    /// @param buffer  receives the text, terminated and truncated to fit; null writes nothing
+    /// @param size    buffer size in characters, including the terminator; 0 writes nothing
     void GetMonthText(int month, wchar_t* buffer, unsigned int size) const override;
 
     /// The name of a day of the week in the user's language: in full when there is room for it, else abbreviated to
     /// two or three characters.
     /// @param dayOfWeek  0 (Sunday) to 6; any other gives an empty text
-    /// @param buffer     receives the text, terminated and cut to fit; null writes nothing
-    /// @param size       room in characters, terminator included; 0 writes nothing
+    /// @param buffer     receives the text, terminated and truncated to fit; null writes nothing
+    /// @param size       buffer size in characters, including the terminator; 0 writes nothing
     void GetDayText(int dayOfWeek, wchar_t* buffer, unsigned int size) const override;
 
     /// What the 12-hour clock calls the half of the day in the user's language, in two characters.
     /// @param hour    of the 24-hour clock; below 12 it is before noon
-    /// @param buffer  receives the text, terminated and cut to fit; null writes nothing
-    /// @param size    room in characters, terminator included; 0 writes nothing
+    /// @param buffer  receives the text, terminated and truncated to fit; null writes nothing
+    /// @param size    buffer size in characters, including the terminator; 0 writes nothing
     void GetMeridianIndicator(int hour, wchar_t* buffer, unsigned int size) const override;
 
     /// The clock's date and time.
@@ -349,8 +349,8 @@ public:
 
     /// The name of a day of the week in the user's language, as GetDayText() gives it.
     /// @param dayOfWeek  0 (Sunday) to 6
-    /// @param buffer     receives the text, terminated and cut to fit
-    /// @param size       room in characters, terminator included
+    /// @param buffer     receives the text, terminated and truncated to fit
+    /// @param size       buffer size in characters, including the terminator
     /// @return STATUS_OK; ERROR_INVALID_PARAMETER (87): there is no such day or no room, and the buffer, if any, is
     ///         empty; ERROR_INSUFFICIENT_BUFFER (122): even the abbreviated name was cut
     static unsigned long GetDayOfWeekText(int dayOfWeek, wchar_t* buffer, unsigned int size);

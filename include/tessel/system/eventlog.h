@@ -12,8 +12,8 @@ enum EVENT_LOG_TYPE : int {
 /// Size and retention of one of the machine's event logs. To write events, see CNtEventLogSource.
 ///
 /// The settings lie in the registry, and the system takes them over in its own time; to write them needs the rights of
-/// an administrator. A failure is not told.
-/// Threads: one thread at a time uses an object.
+/// an administrator. A failure is not reported.
+/// Threads: only one thread at a time may use an object.
 class TESSEL_API CNtEventLog {
 public:
     /// What SetRetention() takes for events that are never overwritten.
@@ -56,7 +56,7 @@ private:
 /// A source of events: writes them into the event log under a name, with the user who caused them.
 ///
 /// Derive from it and give each event an operation of its own. The texts of the events lie in message files, which
-/// Install() makes known to the system once; it needs the rights of an administrator, reporting does not.
+/// Install() makes known to the system once; it needs the administrator rights, reporting does not.
 /// Copies share the registration with the system, and the last one ends it.
 /// Threads: any thread may report, also several at a time.
 class TESSEL_API CNtEventLogSource {
@@ -89,7 +89,7 @@ public:
 
 protected:
     /// Describes the source in the registry, always as one of the "Application" log, and makes its key there; the log's
-    /// own must exist. A failure is not told.
+    /// own must exist. A failure is not reported.
     /// @param data  the description; read during the call only
     void Install(const InstallData& data);
 

@@ -8,7 +8,7 @@
 /// open give NOT_OPEN, unless they say otherwise, and touch nothing.
 /// Copies share the open file and its position; the last of them closes it. A copy that cannot share for lack of memory
 /// is not open.
-/// Threads: not synchronised; one thread at a time uses an object and its copies.
+/// Threads: not synchronised; only one thread at a time may use an object and its copies.
 class TESSEL_API CFile {
 public:
     /// How a file is opened: a set of bits. Without READ_ONLY a missing file is created.
@@ -36,7 +36,7 @@ public:
 
     /// The room that the object has.
     enum : unsigned int {
-        PATH_LENGTH = 260 ///< characters of the path, terminator included
+        PATH_LENGTH = 260 ///< characters of the path, including the terminator
     };
 
     /// Opens a file; GetLastStatus() tells how that went.
@@ -143,10 +143,10 @@ constexpr CFile::OPENTYPE operator|(CFile::OPENTYPE left, CFile::OPENTYPE right)
 /// The entries come in the file system's order, "." and ".." among them.
 /// Copies share the search: what one passes, the others do not see, and the last of them closes it; each has an entry
 /// of its own. A copy that cannot share for lack of memory has no search.
-/// Threads: not synchronised; one thread at a time uses an object and its copies.
+/// Threads: not synchronised; only one thread at a time may use an object and its copies.
 class TESSEL_API CFileFinder {
 public:
-    /// Makes an object without a search. Without memory it finds nothing.
+    /// Creates an object without a search. Without memory it finds nothing.
     CFileFinder();
 
     /// Shares the other object's search, and has a copy of its entry.
@@ -194,7 +194,7 @@ private:
 ///
 /// Copies share mapping and view; the last of them unmaps and closes. A copy that cannot share for lack of memory has
 /// none.
-/// Threads: not synchronised; one thread at a time uses an object and its copies.
+/// Threads: not synchronised; only one thread at a time may use an object and its copies.
 class TESSEL_API CMemMappedFile {
 public:
     /// Creates a mapping of a file, or opens the one that has the name already. GetStatus() gives the system's code
@@ -266,7 +266,7 @@ private:
 /// Creates the missing directories of a path. Every part that a backslash follows is one; what follows the last
 /// backslash counts as the name of a file and is not created. Of a path "\\server\share\..." the directories of the
 /// share are created.
-/// @param path  the path, as a rule of a file; a directory's ends with a backslash
+/// @param path  the path, normally of a file; a directory's ends with a backslash
 /// @return 0: they exist; 0xFFFFFFFF: null path; ERROR_PATH_NOT_FOUND (3): a network path without a backslash behind
 ///         its share, or a directory below a file; ERROR_DIRECTORY (267): the last directory exists as a file;
 ///         ERROR_NOT_ENOUGH_MEMORY (8); else the Win32 error of the first directory that could not be created

@@ -66,7 +66,7 @@ public:
     /// Reads a text as 8-bit text (wcstombs).
     /// @param name    name of the property
     /// @param buffer  receives the text, terminated, empty for one that is not set; stays after a failure
-    /// @param length  room in bytes, terminator included; a longer text is cut
+    /// @param length  buffer size in bytes, including the terminator; a longer text is cut
     /// @return as the form with VARIANT; 0x80041005 (WBEM_E_TYPE_MISMATCH): no text; 0x80070057 (E_INVALIDARG):
     ///         a buffer that is null or has no room, which is reported
     long GetProperty(const wchar_t* name, char* buffer, unsigned int length);
@@ -74,7 +74,7 @@ public:
     /// Reads a text.
     /// @param name    name of the property
     /// @param buffer  receives the text, terminated, empty for one that is not set; stays after a failure
-    /// @param length  room in characters, terminator included; a longer text is cut
+    /// @param length  buffer size in characters, including the terminator; a longer text is cut
     /// @return as the form with VARIANT; 0x80041005 (WBEM_E_TYPE_MISMATCH): no text; 0x80070057 (E_INVALIDARG):
     ///         a buffer that is null or has no room, which is reported
     long GetProperty(const wchar_t* name, wchar_t* buffer, unsigned int length);
@@ -107,8 +107,8 @@ class TESSEL_API CWin32_Processor {
 public:
     /// The room that the texts have.
     enum : unsigned int {
-        TEXT_LENGTH = 64,        ///< characters of a text, terminator included
-        MANUFACTURER_LENGTH = 32 ///< characters of the manufacturer, terminator included
+        TEXT_LENGTH = 64,        ///< characters of a text, including the terminator
+        MANUFACTURER_LENGTH = 32 ///< characters of the manufacturer, including the terminator
     };
 
     /// Reads what there is.
@@ -139,7 +139,7 @@ public:
 ///
 /// The registered speed comes from the registry, all else from the management instrumentation, which every operation
 /// asks anew: some 100 ms each time, and COM as CWmiClass tells.
-/// Copies are independent. Threads: not synchronised; one thread at a time uses an object.
+/// Copies are independent. Threads: not synchronised; only one thread at a time may use an object.
 class TESSEL_API CProcessor {
 public:
     /// Starts with speeds of 0.
@@ -171,22 +171,22 @@ public:
 
     /// Family, model and stepping.
     /// @param buffer  receives the text, terminated; stays when it cannot be read. Null does nothing
-    /// @param length  room in characters, terminator included; a longer text is cut
+    /// @param length  buffer size in characters, including the terminator; a longer text is cut
     void GetCaption(wchar_t* buffer, unsigned int length);
 
     /// Family, model and stepping.
     /// @param buffer  receives the text, terminated; stays when it cannot be read. Null does nothing
-    /// @param length  room in characters, terminator included; a longer text is cut
+    /// @param length  buffer size in characters, including the terminator; a longer text is cut
     void GetDescription(wchar_t* buffer, unsigned int length);
 
     /// The maker, as the processor gives it.
     /// @param buffer  receives the text, terminated; stays when it cannot be read. Null does nothing
-    /// @param length  room in characters, terminator included; a longer text is cut
+    /// @param length  buffer size in characters, including the terminator; a longer text is cut
     void GetManufacturer(wchar_t* buffer, unsigned int length);
 
     /// The name that the processor is sold by.
     /// @param buffer  receives the text, terminated; stays when it cannot be read. Null does nothing
-    /// @param length  room in characters, terminator included; a longer text is cut
+    /// @param length  buffer size in characters, including the terminator; a longer text is cut
     void GetName(wchar_t* buffer, unsigned int length);
 
 private:

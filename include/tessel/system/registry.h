@@ -13,7 +13,7 @@
 ///
 /// Keys are the caller's: what an Open operation returns is closed with CloseKey(). Copies have buffers of their
 /// own and go on with an enumeration each for itself.
-/// Threads: not synchronised; one thread at a time uses an object. The static operations may be called by any.
+/// Threads: not synchronised; only one thread at a time may use an object. The static operations may be called by any.
 class TESSEL_API CReg {
 public:
     /// The kinds of value.
@@ -29,7 +29,7 @@ public:
     enum STATUS : unsigned long {
         NO_BUFFER = 1,     ///< a buffer is missing for lack of memory
         BAD_BUFFER = 2,    ///< the caller's buffer is null or has no room
-        TEXT_CUT = 3,      ///< the text was cut to the caller's buffer
+        TEXT_CUT = 3,      ///< the text was truncated to the caller's buffer
         WRONG_TYPE = 5,    ///< the value is of another type than asked for
         UNKNOWN_VALUE = 6, ///< the value was read, but its type is none of the four
         NOT_READ = 7       ///< reading the value failed
@@ -41,7 +41,7 @@ public:
         DEFAULT_DATA_LENGTH = 200  ///< bytes of data, unless given
     };
 
-    /// Makes an object without a value: its type is TYPE_UNKNOWN, its status 0 or NO_BUFFER.
+    /// Creates an object without a value: its type is TYPE_UNKNOWN, its status 0 or NO_BUFFER.
     /// @param ulNameLen  characters of a name that there is room for; 0 means DEFAULT_NAME_LENGTH
     /// @param ulDataLen  bytes of data that there is room for; 0 means DEFAULT_DATA_LENGTH
     explicit CReg(unsigned long ulNameLen = 0, unsigned long ulDataLen = 0);
@@ -115,13 +115,13 @@ public:
 
     /// Fetches the name of the value that was read.
     /// @param buf  receives the text, terminated; its last character is always set to 0
-    /// @param len  room in characters, terminator included
+    /// @param len  buffer size in characters, including the terminator
     /// @return 0, NO_BUFFER, BAD_BUFFER or TEXT_CUT
     unsigned long GetName(wchar_t* buf, unsigned long len);
 
     /// Fetches the text that was read, or one of the texts.
     /// @param buf    receives the text, terminated; its last character is always set to 0
-    /// @param len    room in characters, terminator included
+    /// @param len    buffer size in characters, including the terminator
     /// @param index  texts of a multi-string to skip; behind its last one the text is empty
     /// @return 0, NO_BUFFER, BAD_BUFFER, TEXT_CUT, or WRONG_TYPE when it is neither text nor multi-string
     unsigned long GetData(wchar_t* buf, unsigned long len, int index);
@@ -190,7 +190,7 @@ public:
     /// Starts walking through the values of a key. The status becomes the result; the buffers stay as they are.
     /// @param key      key that holds the values; stays open until the walk's end
     /// @param name     receives the name, terminated
-    /// @param nameLen  room for it in characters, terminator included
+    /// @param nameLen  room for it in characters, including the terminator
     /// @param type     receives the type
     /// @param data     receives the data; may be null
     /// @param dataLen  room for them in bytes; becomes their length
@@ -201,7 +201,7 @@ public:
 
     /// Goes on to the next value. The status becomes the result.
     /// @param name     receives the name, terminated
-    /// @param nameLen  room for it in characters, terminator included
+    /// @param nameLen  room for it in characters, including the terminator
     /// @param type     receives the type
     /// @param data     receives the data, for which there is as much room as FindFirstValue() was told; may be null
     /// @param dataLen  becomes their length; what it holds before does not count
@@ -212,7 +212,7 @@ public:
     /// Starts walking through the keys under a key. The status stays.
     /// @param key   key that they lie under; stays open until the walk's end
     /// @param name  receives the name, terminated; null gives ERROR_INVALID_PARAMETER (87)
-    /// @param len   room for it in characters, terminator included
+    /// @param len   room for it in characters, including the terminator
     /// @return 0; ERROR_NO_MORE_ITEMS (259): there are none; ERROR_MORE_DATA (234): no room, the walk can go on;
     ///         else a Win32 error
     int FindFirstKey(HKEY key, wchar_t* name, unsigned long len);

@@ -52,7 +52,7 @@ public:
     void Run();
 
     /// Enters the service with the service manager: a process of its own, started on demand, under the local system
-    /// account and allowed to show windows. Needs the rights of an administrator.
+    /// account and allowed to show windows. Needs the administrator rights.
     ///
     /// The path is entered without quotation marks, so give a path with blanks in marks of its own. The path of the
     /// running program may have 1,023 characters, and a path with its arguments 2,047: what is longer is not installed.
@@ -87,7 +87,7 @@ public:
     static bool SetStartMode(START_MODE mode);
 
     /// How the service is started. The service manager is asked with room for its fixed record alone; as an installed
-    /// service has texts too, it gives nothing then, and the answer is START_MANUAL as a rule.
+    /// service has texts too, it gives nothing then, and the result is normally START_MANUAL.
     /// @return START_AUTO: the system said so; START_MANUAL: it did not
     static START_MODE GetStartMode();
 

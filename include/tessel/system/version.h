@@ -13,7 +13,7 @@ struct CSwFile {
     std::uint32_t revision; ///< fourth number
     std::uint64_t size;     ///< bytes
     SYSTEMTIME time;        ///< last write, UTC
-    wchar_t path[100];      ///< where the file is, cut to 99 characters and terminated
+    wchar_t path[100];      ///< where the file is, truncated to 99 characters and terminated
 };
 
 /// The version resource, size and time of a program file, and a list of all files that the process has looked at.
@@ -37,7 +37,7 @@ public:
     /// @param path  program file or DLL; null reads nothing and enters an empty path
     explicit CSwVersion(const wchar_t* path);
 
-    /// Makes an object that reads no file.
+    /// Creates an object that reads no file.
     /// @param index  entry of the table to describe; any other number: none, and all is 0 and empty
     explicit CSwVersion(int index);
 
@@ -103,7 +103,7 @@ public:
     /// file that the object was made for.
     /// @param name   the text's name
     /// @param value  receives the text; terminated only when it is shorter than the room
-    /// @param len    room in @p value in characters
+    /// @param len    size of @p value in characters
     /// @return true: copied; false: the file has no version resource or a damaged one, there is no such text, or a
     /// pointer
     ///         is null

@@ -44,7 +44,7 @@ struct CONTROL_STRING {
 ///
 /// Ownership: a dialog that the object created and an image list that it built go with it. Copies name the same
 /// dialog: the first of them to be destroyed takes it away from the others. The image list goes with the last.
-/// Threads: one object is used by one thread at a time, as a rule the dialog's own; it must be destroyed on the
+/// Threads: one object is used by one thread at a time, normally the dialog's own; it must be destroyed on the
 /// thread that created the dialog. Messages to another thread's dialog wait until that thread handles them; while an
 /// item of its list boxes or combo boxes is got, nobody may change their items. A dialog procedure may use the object
 /// while that is at work, but not destroy it.
@@ -144,8 +144,8 @@ public:
     /// combo box does not have, the data is -1.
     /// @param id         control
     /// @param index      item; receives the one that was meant (-1: there is none), the check state or the position
-    /// @param buffer     receives the text, cut to fit; empty when there is none
-    /// @param bufferLen  room in @p buffer in characters, terminator included
+    /// @param buffer     receives the text, truncated to fit; empty when there is none
+    /// @param bufferLen  size of @p buffer in characters, including the terminator
     /// @param data       receives the item data; 0 when there is none
     /// @return 0
     int Get(int id, int& index, wchar_t* buffer, int bufferLen, LPARAM& data);
@@ -154,8 +154,8 @@ public:
     /// @param id         control
     /// @param index      item; below 0 the selected one
     /// @param subItem    column
-    /// @param buffer     receives the text, cut to fit; empty when there is none
-    /// @param bufferLen  room in @p buffer in characters, terminator included
+    /// @param buffer     receives the text, truncated to fit; empty when there is none
+    /// @param bufferLen  size of @p buffer in characters, including the terminator
     /// @param data       receives the item data; 0 when there is none
     /// @return 0
     int Get(int id, int index, int subItem, wchar_t* buffer, int bufferLen, LPARAM& data);
@@ -163,15 +163,15 @@ public:
     /// Gets an item without its data.
     /// @param id         control
     /// @param index      item; receives the one that was meant, the check state or the position
-    /// @param buffer     receives the text, cut to fit; empty when there is none
-    /// @param bufferLen  room in @p buffer in characters, terminator included
+    /// @param buffer     receives the text, truncated to fit; empty when there is none
+    /// @param bufferLen  size of @p buffer in characters, including the terminator
     /// @return 0
     int Get(int id, int& index, wchar_t* buffer, int bufferLen);
 
     /// Gets the control's own text or that of its selected item: Get() of index -1.
     /// @param id         control
-    /// @param buffer     receives the text, cut to fit; empty when there is none
-    /// @param bufferLen  room in @p buffer in characters, terminator included
+    /// @param buffer     receives the text, truncated to fit; empty when there is none
+    /// @param bufferLen  size of @p buffer in characters, including the terminator
     /// @return 0
     int Get(int id, wchar_t* buffer, int bufferLen);
 

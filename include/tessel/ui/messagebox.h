@@ -28,7 +28,7 @@ inline constexpr unsigned int MESSAGEBOX_SAME_TYPE = 0xFFFFFFFF;
 /// resources, not from a DLL's.
 ///
 /// Copies have texts of their own. A text for which there is no memory is shown as empty.
-/// Threads: one thread at a time uses an object; each may run boxes of its own.
+/// Threads: only one thread at a time may use an object; each may run boxes of its own.
 class TESSEL_API CMessageBox : public CDialog {
 public:
     /// An application's own dialog for the message.
@@ -40,7 +40,7 @@ public:
                                        ///< array, gives "Yes", "No" and "Cancel", by position
     };
 
-    /// Makes an empty box: no texts, no owner, MB_OK.
+    /// Creates an empty box: no texts, no owner, MB_OK.
     CMessageBox();
 
     /// Makes a box with texts.

@@ -45,7 +45,7 @@ FENESTRA_API unsigned long WndGetAssertCount();
 
 /// Copies the newest reports, oldest first. Any thread.
 /// @param records  receives the reports; null copies none
-/// @param maximum  room in @p records, in reports
+/// @param maximum  size of @p records, in reports
 /// @return reports copied: at most @p maximum, and at most WND_ASSERT_RING_SIZE
 FENESTRA_API unsigned long WndReadAsserts(WND_ASSERT_RECORD* records, unsigned long maximum);
 
