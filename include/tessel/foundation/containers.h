@@ -13,8 +13,7 @@
 
 namespace tessel {
 
-/// Memory of the containers. It comes from the heap of the process, so that one module can free what another has
-/// allocated.
+/// Memory of the containers, from the heap of the process, so that one module can free what another has allocated.
 struct ContainerMemory {
     /// Allocates memory. Throws std::bad_alloc.
     /// @param size  bytes
@@ -56,20 +55,29 @@ template <class Element> class CList {
     static_assert(alignof(Element) <= MEMORY_ALLOCATION_ALIGNMENT);
 
 public:
-    /// Walks through the elements, in both directions, without changing them.
+    /// Iterates over the elements, in both directions, without changing them.
     class const_iterator {
     public:
-        using value_type = Element;
-        using difference_type = std::ptrdiff_t;
+        /// @name As the standard library's algorithms expect of a bidirectional iterator
+        ///@{
+        using value_type = Element;             ///< the elements
+        using difference_type = std::ptrdiff_t; ///< distance of two iterators
 
-        const_iterator() = default;
-        const Element& operator*() const { return static_cast<const Node*>(m_link)->element; }
-        const Element* operator->() const { return &**this; }
+        const_iterator() = default; ///< Creates an iterator of no list.
+        const Element& operator*() const { return static_cast<const Node*>(m_link)->element; } ///< @return the element
+        const Element* operator->() const { return &**this; }                                  ///< @return the element
+        /// @return this iterator, at the next element
         const_iterator& operator++() { return *this = const_iterator(m_link->next); }
+        /// @return the iterator before the step to the next element
         const_iterator operator++(int) { return std::exchange(*this, const_iterator(m_link->next)); }
+        /// @return this iterator, at the previous element
         const_iterator& operator--() { return *this = const_iterator(m_link->previous); }
+        /// @return the iterator before the step to the previous element
         const_iterator operator--(int) { return std::exchange(*this, const_iterator(m_link->previous)); }
+        /// @param other  iterator of the same list
+        /// @return true: both are at the same element
         bool operator==(const const_iterator& other) const = default;
+        ///@}
 
     private:
         friend CList;
@@ -87,7 +95,7 @@ public:
         for (const Element& element : other) AddTail(element);
     }
 
-    /// Takes the elements of another list.
+    /// Moves the elements of another list.
     /// @param other  list that is empty afterwards
     CList(CList&& other) noexcept : CList() { Swap(other); }
 
@@ -131,12 +139,12 @@ public:
     /// @return number of elements
     std::size_t GetCount() const { return m_count; }
 
-    /// Starts a walk through the list.
-    /// @return iterator at the first element; end() when the list is empty
+    /// Iterator at the first element.
+    /// @return the iterator; end() if the list is empty
     const_iterator begin() const { return const_iterator(m_ends.next); }
 
-    /// Ends a walk through the list.
-    /// @return iterator behind the last element
+    /// Iterator after the last element.
+    /// @return the iterator
     const_iterator end() const { return const_iterator(&m_ends); }
 
 private:
@@ -172,13 +180,13 @@ private:
 /// A hash table from keys to values. It owns neither what a key nor what a value points to.
 ///
 /// Threads: not synchronised; lock a map that threads share.
-/// @tparam Key    what values are found by; copied
+/// @tparam Key    key of a value; copied
 /// @tparam Value  what is stored; copied
-/// @tparam Hash   function object that spreads keys over the buckets
+/// @tparam Hash   hash function object for the keys
 template <class Key, class Value, class Hash = std::hash<Key>> class CMap {
 public:
     /// Creates an empty map, which has no table yet.
-    /// @param tableSize  buckets that the table has at least, once there is one
+    /// @param tableSize  least number of buckets, once there is a table
     explicit CMap(std::size_t tableSize) : m_tableSize(tableSize > 0 ? tableSize : 1) {}
 
     /// Copies each entry of another map. Throws std::bad_alloc.
@@ -187,7 +195,7 @@ public:
         other.ForEachEntry([this](Entry* entry) { SetAt(entry->key, entry->value); });
     }
 
-    /// Takes the entries of another map.
+    /// Moves the entries of another map.
     /// @param other  map that is empty afterwards
     CMap(CMap&& other) noexcept : CMap(other.m_tableSize) { Swap(other); }
 
@@ -206,7 +214,7 @@ public:
     }
 
     /// Finds the value of a key.
-    /// @param key    what to look for
+    /// @param key    key to look up
     /// @param value  receives the value; unchanged if there is none
     /// @return true: found; false: not there
     bool Lookup(const Key& key, Value& value) const {
@@ -217,9 +225,9 @@ public:
         return true;
     }
 
-    /// Stores a value under a key, in place of an earlier one. Throws std::bad_alloc, and changes nothing then.
-    /// @param key    where
-    /// @param value  what
+    /// Stores a value under a key and replaces an earlier one. Throws std::bad_alloc, and changes nothing then.
+    /// @param key    the key
+    /// @param value  the value
     void SetAt(const Key& key, const Value& value) {
         if (m_count >= m_bucketCount) MakeTable(m_count == 0 ? m_tableSize : 2 * m_bucketCount);
         Entry** const link = Find(key);
@@ -231,8 +239,8 @@ public:
         ++m_count;
     }
 
-    /// Removes a key; with the last one the table is freed too.
-    /// @param key  what to remove
+    /// Removes a key; removing the last one also frees the table.
+    /// @param key  key to remove
     /// @return true: removed; false: not there
     bool RemoveKey(const Key& key) {
         if (m_count == 0) return false;
@@ -309,7 +317,7 @@ public:
         m_grow = other.m_grow;
     }
 
-    /// Takes the elements of another array.
+    /// Moves the elements of another array.
     /// @param other  array that is empty afterwards
     CArray(CArray&& other) noexcept : CArray() { Swap(other); }
 
@@ -334,10 +342,10 @@ public:
         return GetSize() - 1;
     }
 
-    /// Stores an element. A shorter array first grows to it with elements of the default value. Throws
-    /// std::bad_alloc, and changes nothing then.
-    /// @param index    where; with a negative one, or the greatest, nothing is stored
-    /// @param element  what; may be one of the array's
+    /// Stores an element. A shorter array first grows with default values. Throws std::bad_alloc, and changes nothing
+    /// then.
+    /// @param index    position; if it is negative or INT_MAX, nothing is stored
+    /// @param element  the element; may be one of the array's
     void SetAtGrow(int index, Argument element) {
         if (index < 0 || index == INT_MAX) return;
         Element copy(element); // the array's own move when it grows
@@ -345,10 +353,9 @@ public:
         ElementAt(index) = std::move(copy);
     }
 
-    /// Cuts the array, or lengthens it with elements of the default value. Throws std::bad_alloc, and changes no
-    /// element then.
-    /// @param count  elements afterwards; below 1: none, and the memory is freed
-    /// @param grow   elements to allocate memory for at a time from now on; 0: left to the array; below 0: as before
+    /// Shortens the array, or lengthens it with default values. Throws std::bad_alloc, and changes no element then.
+    /// @param count  new number of elements; below 1: none, and the memory is freed
+    /// @param grow   elements to allocate memory for at a time from now on; 0: chosen by the array; below 0: unchanged
     void SetSize(int count, int grow = -1) {
         if (grow >= 0) m_grow = static_cast<std::size_t>(grow);
         if (count < 1) return RemoveAll();
@@ -368,19 +375,19 @@ public:
     /// @return number of elements
     int GetSize() const { return static_cast<int>(m_count); }
 
-    /// Returns an element, to be read or changed.
+    /// Returns an element for reading or writing.
     /// @param index  0 to GetSize() - 1
-    /// @return the element, still the array's
+    /// @return the element, owned by the array
     Element& ElementAt(int index) { return m_elements[index]; }
 
-    /// Returns an element, to be read or changed.
+    /// Returns an element for reading or writing.
     /// @param index  0 to GetSize() - 1
-    /// @return the element, still the array's
+    /// @return the element, owned by the array
     Element& operator[](int index) { return m_elements[index]; }
 
-    /// Returns an element, to be read.
+    /// Returns an element for reading.
     /// @param index  0 to GetSize() - 1
-    /// @return the element, still the array's
+    /// @return the element, owned by the array
     const Element& operator[](int index) const { return m_elements[index]; }
 
     /// Removes all elements and frees the memory.

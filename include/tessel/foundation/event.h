@@ -10,21 +10,20 @@ class TESSEL_API CEvent {
 public:
     /// Opens the event of that name or creates it.
     ///
-    /// An event that exists but cannot be opened (access denied, a name of another kind) is not
-    /// created anew: the handle is then INVALID_HANDLE_VALUE and waiting reports what the system says of
-    /// it. The system takes that value for the calling process itself, so never wait on it without a
-    /// time-out; check IsOpen() first.
+    /// If an event exists but cannot be opened (access denied, or the name of another kind of object), no new one is
+    /// created: the handle is then INVALID_HANDLE_VALUE, which the system takes for the calling process. Never wait on
+    /// it without a time-out; check IsOpen() first.
     /// @param name          name shared between processes; null for none
-    /// @param manualReset   when it is created, not 0: it stays signalled until ResetEvent(), else it wakes one wait
-    /// @param initialState  when it is created, not 0: it starts signalled
-    /// @param openToAll     not 0: everyone may open a newly created one (null DACL)
+    /// @param manualReset   for a new event: not 0: it stays signalled until ResetEvent(); 0: it wakes one wait
+    /// @param initialState  for a new event: not 0: it starts signalled
+    /// @param openToAll     for a new event: not 0: everyone may open it (null DACL)
     explicit CEvent(const wchar_t* name = nullptr, int manualReset = 0, int initialState = 0, int openToAll = 0);
 
-    /// Duplicates a handle or, where that fails, creates an unnamed auto-reset event.
+    /// Duplicates a handle or, if that fails, creates an unnamed auto-reset event.
     ///
-    /// The duplication names the process by its id instead of a handle, so it fails normally and a
-    /// fresh event is what to expect.
-    /// @param handle  low 32 bits of an event handle, which stays the caller's; 0 for none
+    /// The duplication uses the process id instead of a process handle, so it normally fails and a new event is
+    /// created.
+    /// @param handle  low 32 bits of an event handle, owned by the caller; 0 for none
     explicit CEvent(unsigned long handle);
 
     /// Shares the handle by value.
@@ -42,13 +41,13 @@ public:
     /// @return 0: signalled; 0xFFFFFFFF: time-out or abandoned; else the Win32 error of the failed wait
     unsigned long WaitOnEvent(unsigned long timeoutMs);
 
-    /// Waits for the signal or for input of the calling thread; waiting messages are removed and dispatched,
-    /// a WM_QUIT among them is lost.
+    /// Waits for the signal or for input of the calling thread; waiting messages are removed and dispatched, and a
+    /// WM_QUIT among them is lost.
     /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
     /// @return 0: signalled; 0xFFFFFFFF: time-out, or messages were handled; else the Win32 error
     unsigned long WaitOnEventMsg(unsigned long timeoutMs);
 
-    /// Whether the event is signalled; on an auto-reset event the question takes the signal.
+    /// Whether the event is signalled; asking resets an auto-reset event.
     /// @return 1: it was; 0: it was not, or the wait failed
     int IsSignalled();
 
@@ -56,15 +55,15 @@ public:
     /// @return STATUS_OK or the Win32 error
     unsigned long SetEvent();
 
-    /// Takes the signal back.
+    /// Resets the event.
     /// @return STATUS_OK or the Win32 error
     unsigned long ResetEvent();
 
-    /// Wakes who waits at this moment and takes the signal back. Windows may miss a waiter; prefer SetEvent().
+    /// Wakes the threads waiting at this moment and resets the event. Windows may miss a waiter; prefer SetEvent().
     /// @return STATUS_OK or the Win32 error
     unsigned long PulseEvent();
 
-    /// Whether the event can be used.
+    /// Whether the event is usable.
     /// @return true: it has a handle; false: it could be neither opened nor created
     bool IsOpen() const { return m_hEvent != nullptr && m_hEvent != INVALID_HANDLE_VALUE; }
 

@@ -86,9 +86,9 @@ public:
     /// @return true: set; false: it is not installed or cannot be changed
     static bool SetStartMode(START_MODE mode);
 
-    /// How the service is started. The service manager is asked with room for its fixed record alone; as an installed
-    /// service has texts too, it gives nothing then, and the result is normally START_MANUAL.
-    /// @return START_AUTO: the system said so; START_MANUAL: it did not
+    /// How the service is started. The query has room only for the fixed record. An installed service also has texts,
+    /// so the query normally fails and the result is START_MANUAL.
+    /// @return START_AUTO: the system reported it; START_MANUAL: it did not
     static START_MODE GetStartMode();
 
     /// Sets whether what the operations did and what failed is shown in a message box, each message in one. The

@@ -3,7 +3,7 @@
 #include <windows.h>
 
 #ifdef FACET_BUILD
-/// Marks what Facet.dll offers: exported while it is built, imported by everyone else.
+/// Marks the exports of Facet.dll: exported while it is built, imported by programs.
 #define FACET_API __declspec(dllexport)
 #else
 #define FACET_API __declspec(dllimport)

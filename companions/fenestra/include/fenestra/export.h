@@ -3,7 +3,7 @@
 #include <windows.h>
 
 #ifdef FENESTRA_BUILD
-/// Marks what Fenestra.dll offers: exported while it is built, imported by everyone else.
+/// Marks the exports of Fenestra.dll: exported while it is built, imported by programs.
 #define FENESTRA_API __declspec(dllexport)
 #else
 #define FENESTRA_API __declspec(dllimport)
