@@ -1,13 +1,12 @@
 #include "support/ImportPatch.h"
 #include "support/Reports.h"
+#include "support/TemporaryFolder.h"
 #include "support/UnixTool.h"
 
 #include <gtest/gtest.h>
 #include <tessel/system/file.h>
 
-#include <fcntl.h>
 #include <io.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -21,43 +20,19 @@ namespace {
 namespace fs = std::filesystem;
 
 struct Files : testing::Test {
-    fs::path folder = fs::temp_directory_path() / L"tessel files";
+    TemporaryFolder folder;
     fs::path path = folder / L"image.v1.raw";
 
-    Files() {
-        fs::remove_all(folder);
-        fs::create_directories(folder);
-    }
-    ~Files() override { fs::remove_all(folder); }
-
     static void Make(const fs::path& file, const char* text = "text") { std::ofstream(file, std::ios::binary) << text; }
+    static std::string Contents(const fs::path& file) {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
 };
 
 std::string ReadAll(CFile& file) {
     char text[100];
     return {text, file.ReadFile(text, sizeof text)};
-}
-
-int flagsSeen = 0;
-
-int NoOpen(const wchar_t*, int flags, int mode) {
-    EXPECT_EQ(mode, _S_IWRITE);
-    flagsSeen = flags;
-    return -1;
-}
-
-template <class Result, class... Arguments> Result Fails(Arguments...) {
-    return -1;
-}
-
-int WriteHalf(int file, const void* data, unsigned int size) {
-    return _write(file, data, size / 2);
-}
-
-BOOL WINAPI SizeOver4Gb(LPCWSTR, GET_FILEEX_INFO_LEVELS, void* info) {
-    static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(info)->nFileSizeHigh = 1;
-    static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(info)->nFileSizeLow = 7;
-    return TRUE;
 }
 
 /// The program's standard input, closed for as long as the object lives.
@@ -69,24 +44,6 @@ struct NoInput {
         _close(saved);
     }
 };
-
-std::vector<std::wstring> made;
-std::wstring refused;
-
-BOOL WINAPI NoteDirectory(LPCWSTR path, SECURITY_ATTRIBUTES*) {
-    made.emplace_back(path);
-    SetLastError(path == refused ? ERROR_ACCESS_DENIED : ERROR_ALREADY_EXISTS);
-    return FALSE;
-}
-
-BOOL WINAPI NextWithLinks(HANDLE search, WIN32_FIND_DATAW* entry) {
-    if (!FindNextFileW(search, entry)) return FALSE;
-    const std::wstring name = entry->cFileName;
-    if (name != L"link" && name != L"far") return TRUE;
-    entry->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
-    entry->dwReserved0 = name == L"link" ? IO_REPARSE_TAG_MOUNT_POINT : IO_REPARSE_TAG_DEDUP;
-    return TRUE;
-}
 
 using FileFinder = Files;
 using MappedFile = Files;
@@ -106,10 +63,6 @@ TEST_F(Files, AreWrittenReadAndPositionedAndKeepTheSizeOfOpeningOdd200) {
     EXPECT_EQ(file.GetLastStatus(), 0u);
     EXPECT_EQ(file.SeekFile(-1, SEEK_SET, &position), CFile::SEEK_FAILED);
     EXPECT_EQ(position, 2u);
-    EXPECT_EQ(file.WriteFile(nullptr, 0) + file.GetLastStatus(), 0u);
-    EXPECT_EQ(file.ReadFile(nullptr, 0) + file.GetLastStatus(), 0u);
-    EXPECT_EQ(file.WriteFile(nullptr, 1) + file.GetLastStatus(), CFile::WRITE_FAILED);
-    EXPECT_EQ(file.ReadFile(nullptr, 1) + file.GetLastStatus(), CFile::READ_FAILED);
     EXPECT_EQ(file.OpenFile(path.c_str(), CFile::READ_ONLY), CFile::ALREADY_OPEN);
     EXPECT_EQ(file.Rewind(), 0u);
     EXPECT_EQ(ReadAll(file), "abcdef");
@@ -122,32 +75,35 @@ TEST_F(Files, AreWrittenReadAndPositionedAndKeepTheSizeOfOpeningOdd200) {
     EXPECT_EQ(file.GetLastStatus(), CFile::WRITE_FAILED);
 }
 
-TEST_F(Files, AreOpenedWithTheFlagsOfTheirBits) {
-    constexpr int create = _O_CREAT | _O_RDWR;
-    constexpr struct {
+TEST_F(Files, AreAppendedToEmptiedAndConvertedAsTheyAreOpened) {
+    const struct {
         CFile::OPENTYPE type;
-        int flags;
-    } rows[] = {
-        {CFile::READ_WRITE, create | _O_BINARY | _O_RANDOM},
-        {CFile::TEXT | CFile::SEQUENTIAL, create | _O_TEXT | _O_SEQUENTIAL},
-        {CFile::APPEND, create | _O_BINARY | _O_RANDOM | _O_APPEND},
-        {CFile::APPEND | CFile::TRUNCATE, create | _O_BINARY | _O_RANDOM | _O_TRUNC},
-        {CFile::READ_ONLY | CFile::APPEND | CFile::TRUNCATE, _O_RDONLY | _O_BINARY | _O_RANDOM},
-    };
-    const ImportPatch open{L"Tessel.dll", "_wopen", NoOpen};
-    for (const auto& row : rows) {
-        EXPECT_EQ(CFile(path.c_str(), row.type).GetLastStatus(), CFile::OPEN_FAILED);
-        EXPECT_EQ(flagsSeen, row.flags) << row.type;
+        const char* contents;
+    } rows[] = {{CFile::READ_WRITE, "\nbcd"},
+                {CFile::SEQUENTIAL | CFile::TEXT, "\r\ncd"},
+                {CFile::APPEND, "abcd\n"},
+                {CFile::TRUNCATE, "\n"},
+                {CFile::APPEND | CFile::TRUNCATE, "\n"},
+                {CFile::READ_ONLY | CFile::APPEND | CFile::TRUNCATE, "abcd"}};
+    for (const auto& [type, contents] : rows) {
+        Make(path, "abcd");
+        {
+            CFile file(path.c_str(), type);
+            file.WriteFile("\n", 1);
+        }
+        EXPECT_EQ(Contents(path), contents) << type;
     }
 }
 
-TEST_F(Files, TellWhatFailedAndKeepWhatCannotBeClosedWithoutItsPathOdd203) {
+TEST_F(Files, ReportWhatFailedAndKeepWhatCannotBeClosedWithoutItsPathOdd203) {
     CFile file(path.c_str(), CFile::READ_WRITE);
     {
-        const ImportPatch read{L"Tessel.dll", "_read", Fails<int, int, void*, unsigned int>};
-        const ImportPatch write{L"Tessel.dll", "_write", WriteHalf};
-        const ImportPatch tell{L"Tessel.dll", "_tell", Fails<long, int>};
-        const ImportPatch close{L"Tessel.dll", "_close", Fails<int, int>};
+        const ImportPatch patches[] = {ImportPatch(Failing("_read", &_read, -1)),
+                                       ImportPatch(Failing("_tell", &_tell, -1)),
+                                       ImportPatch(Failing("_close", &_close, -1)),
+                                       ImportPatch("_write", &_write, [](int to, auto* data, unsigned int size) {
+                                           return _write(to, data, size / 2);
+                                       })};
         EXPECT_EQ(file.WriteFile("abcd", 4), 2u);
         EXPECT_EQ(file.GetLastStatus(), CFile::WRITE_FAILED);
         EXPECT_EQ(ReadAll(file), "");
@@ -189,9 +145,12 @@ TEST_F(Files, KnowNameAndExtensionWithDotsOfFoldersOdd201) {
 }
 
 TEST_F(Files, OfLongPathsAndGreatSizesAreOpened) {
-    const std::wstring name = L"\\\\?\\" + folder.wstring() + L"\\" + std::wstring(250, L'n');
+    const std::wstring name = L"\\\\?\\" + (folder / std::wstring(250, L'n')).wstring();
     Reports reports;
-    const ImportPatch size{L"Tessel.dll", "GetFileAttributesExW", SizeOver4Gb};
+    const ImportPatch size("GetFileAttributesExW", &GetFileAttributesExW, [](auto, auto, void* info) {
+        *static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(info) = {0, {}, {}, {}, 1, 7};
+        return TRUE;
+    });
     CFile file(name.c_str(), CFile::READ_WRITE);
     EXPECT_EQ(file.GetLastStatus(), 0u);
     EXPECT_EQ(file.GetFullPath(), name.substr(0, 259));
@@ -286,25 +245,26 @@ TEST_F(Directories, AreMadeUpToTheLastBackslashOdd202) {
     const struct {
         const wchar_t* path;
         unsigned long result;
-        std::vector<std::wstring> made;
-    } rows[] = {
-        {nullptr, 0xFFFFFFFF, {}},
-        {L"", 0, {}},
-        {L"file", 0, {}},
-        {L"C:\\a\\b\\file", 0, {L"C:\\a", L"C:\\a\\b"}},
-        {L"C:a\\", 0, {L"C:a"}},
-        {L"\\a\\", 0, {L"\\a"}},
-        {L"a\\stop\\c\\", ERROR_ACCESS_DENIED, {L"a", L"a\\stop"}},
-        {L"\\\\server", ERROR_PATH_NOT_FOUND, {}},
-        {L"\\\\server\\share", ERROR_PATH_NOT_FOUND, {}},
-        {L"\\\\server\\share\\a\\file", 0, {L"\\\\server\\share\\a"}},
-    };
-    refused = L"a\\stop";
-    const ImportPatch create{L"Tessel.dll", "CreateDirectoryW", NoteDirectory};
+        std::vector<std::wstring> created;
+    } rows[] = {{nullptr, 0xFFFFFFFF, {}},
+                {L"", 0, {}},
+                {L"C:\\a\\b\\file", 0, {L"C:\\a", L"C:\\a\\b"}},
+                {L"C:a\\", 0, {L"C:a"}},
+                {L"\\a\\", 0, {L"\\a"}},
+                {L"a\\stop\\c\\", ERROR_ACCESS_DENIED, {L"a", L"a\\stop"}},
+                {L"\\\\server", ERROR_PATH_NOT_FOUND, {}},
+                {L"\\\\server\\share", ERROR_PATH_NOT_FOUND, {}},
+                {L"\\\\server\\share\\a\\file", 0, {L"\\\\server\\share\\a"}}};
+    std::vector<std::wstring> created;
+    const ImportPatch create("CreateDirectoryW", &CreateDirectoryW, [&](const wchar_t* name, auto) {
+        created.emplace_back(name);
+        SetLastError(created.back() == L"a\\stop" ? ERROR_ACCESS_DENIED : ERROR_ALREADY_EXISTS);
+        return FALSE;
+    });
     for (const auto& row : rows) {
-        made.clear();
+        created.clear();
         EXPECT_EQ(CreateDir(row.path), row.result);
-        EXPECT_EQ(made, row.made);
+        EXPECT_EQ(created, row.created);
     }
 }
 
@@ -327,14 +287,14 @@ TEST_F(Directories, ThatAreFilesAreNotMade) {
 }
 
 TEST_F(Directories, BehindUnixLinksStayAsTheyAre) {
-    if (UnixPath(folder).empty()) GTEST_SKIP() << "no Unix under this system";
+    if (UnixPath(folder / L"").empty()) GTEST_SKIP() << "no Unix under this system";
     const fs::path tree = folder / L"tree";
     fs::create_directories(folder / L"empty");
     fs::create_directories(folder / L"full");
     fs::create_directories(tree);
     Make(folder / L"full" / L"kept");
     Make(tree / L"file");
-    const std::wstring root = UnixPath(folder);
+    const std::wstring root = UnixPath(folder / L"");
     RunUnix(L"cd '" + root + L"'; ln -s ../full tree/full; ln -s ../empty tree/empty");
     EXPECT_EQ(RemoveDirAndFiles(tree.c_str(), true), DWORD{ERROR_DIR_NOT_EMPTY});
     EXPECT_TRUE(fs::exists(folder / L"full" / L"kept"));
@@ -346,15 +306,20 @@ TEST_F(Directories, BehindUnixLinksStayAsTheyAre) {
 TEST_F(Directories, LoseOnlyWhatCanBeRemoved) {
     const fs::path tree = folder / L"tree";
     const fs::path kept = tree / L"link" / L"kept";
-    fs::create_directories(kept.parent_path());
-    fs::create_directory(tree / L"far");
-    Make(kept);
-    Make(tree / L"far" / L"file");
-    Make(tree / L"file");
+    for (const fs::path& made : {kept, tree / L"far" / L"file", tree / L"file"}) {
+        fs::create_directories(made.parent_path());
+        Make(made);
+    }
     EXPECT_EQ(RemoveDirAndFiles(tree.c_str(), false), DWORD{ERROR_DIR_NOT_EMPTY});
     EXPECT_FALSE(fs::exists(tree / L"file"));
     {
-        const ImportPatch next{L"Tessel.dll", "FindNextFileW", NextWithLinks};
+        const ImportPatch next("FindNextFileW", &FindNextFileW, [](HANDLE search, WIN32_FIND_DATAW* entry) {
+            if (!FindNextFileW(search, entry)) return FALSE;
+            const std::wstring name = entry->cFileName;
+            if (name == L"link" || name == L"far") entry->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+            entry->dwReserved0 = name == L"link" ? IO_REPARSE_TAG_MOUNT_POINT : IO_REPARSE_TAG_DEDUP;
+            return TRUE;
+        });
         EXPECT_EQ(RemoveDirAndFiles(tree.c_str(), true), DWORD{ERROR_DIR_NOT_EMPTY}) << "a link is not followed";
         EXPECT_FALSE(fs::exists(tree / L"far")) << "not a link";
     }

@@ -10,6 +10,7 @@
 namespace {
 
 using Bytes = std::vector<unsigned char>;
+using Entry = std::pair<DWORD, Bytes>;
 using WideTexts = std::vector<std::wstring>;
 constexpr unsigned long kTooMuch = 0xFFFFFFFF;
 
@@ -23,44 +24,45 @@ protected:
     ~Registry() override { CReg::CloseKey(key); }
 
     void Store(const wchar_t* name, DWORD type, Bytes data) {
-        const auto size = static_cast<DWORD>(data.size());
         data.insert(data.end(), 2, 1); // the system would take zeros there for a terminator
-        ASSERT_EQ(RegSetValueExW(key, name, 0, type, data.data(), size), 0);
+        ASSERT_EQ(RegSetValueExW(key, name, 0, type, data.data(), static_cast<DWORD>(data.size() - 2)), 0);
     }
-
-    std::pair<DWORD, Bytes> Stored(const wchar_t* name) {
+    Entry Stored(const wchar_t* name) {
         Bytes data(1000);
-        auto size = static_cast<DWORD>(data.size());
         DWORD type = REG_NONE;
-        EXPECT_EQ(RegQueryValueExW(key, name, nullptr, &type, data.data(), &size), 0);
+        EXPECT_EQ(RegQueryValueExW(key, name, nullptr, &type, data.data(), &(size = 1000)), 0);
         data.resize(size);
         return {type, data};
     }
-
-    std::wstring Text(int index = 0) {
-        wchar_t text[300];
-        EXPECT_EQ(reg.GetData(text, 300, index), 0UL);
-        return text;
-    }
-
-    WideTexts List() {
+    /// What the accessor holds, by its type.
+    WideTexts Texts() {
+        if (reg.GetType() == CReg::TYPE_STRING) return {Text()};
         CList<const wchar_t*> list;
         list.AddTail(L"of an earlier value");
         EXPECT_EQ(reg.GetData(list), 0UL);
         return {list.begin(), list.end()};
     }
+    std::wstring Text(int index = 0) {
+        wchar_t text[300];
+        EXPECT_EQ(reg.GetData(text, 300, index), 0UL);
+        return text;
+    }
+    std::wstring Name() {
+        wchar_t name[300];
+        EXPECT_EQ(reg.GetName(name, 300), 0UL);
+        return name;
+    }
 
     OwnLocalMachine machine;
     HKEY key = CReg::OpenKey(HKEY_LOCAL_MACHINE, L"Software\\Tessel tests", true);
     CReg reg;
+    unsigned long number = 0;
+    unsigned long size = 0;
 };
-
-using Entry = std::pair<DWORD, Bytes>;
 
 TEST_F(Registry, ValuesOfEveryTypeAreWrittenAndReadBack) {
     ASSERT_EQ(reg.SaveKey(key, L"text", L"two words"), 0);
-    EXPECT_EQ(reg.GetType(), CReg::TYPE_STRING);
-    EXPECT_EQ(Stored(L"text"), Entry(REG_SZ, BytesOf(std::wstring(L"two words") + L'\0')));
+    EXPECT_EQ(Stored(L"text"), Entry(REG_SZ, BytesOf(std::wstring(L"two words\0", 10))));
     ASSERT_EQ(reg.SaveKey(key, L"number", 0x80000001UL), 0);
     EXPECT_EQ(Stored(L"number"), Entry(REG_DWORD, {1, 0, 0, 0x80}));
     EXPECT_EQ(reg.GetType(), CReg::TYPE_STRING) << "it stays";
@@ -69,23 +71,18 @@ TEST_F(Registry, ValuesOfEveryTypeAreWrittenAndReadBack) {
     ASSERT_EQ(reg.SaveKey(key, L"bytes", bytes, 3), 0);
     EXPECT_EQ(Stored(L"bytes"), Entry(REG_BINARY, {1, 0, 2}));
 
-    unsigned long number = 0;
-    unsigned long size = 0;
     ASSERT_EQ(reg.ReadKey(key, L"number", 0, &size), 0);
-    EXPECT_EQ(size, 4UL);
     EXPECT_EQ(reg.GetData(number), 0UL);
-    EXPECT_EQ(number, 0x80000001UL);
+    EXPECT_EQ(std::pair(number, size), std::pair(0x80000001UL, 4UL));
     wchar_t text[20];
     EXPECT_EQ(reg.GetData(text, 20, 0), CReg::WRONG_TYPE);
-    EXPECT_EQ(reg.GetName(text, 20), 0UL);
-    EXPECT_STREQ(text, L"number");
+    EXPECT_EQ(Name(), L"number");
     ASSERT_EQ(reg.ReadKey(key, L"text", 0, nullptr), 0);
     EXPECT_EQ(Text(7), L"two words");
     EXPECT_EQ(reg.GetData(number), CReg::WRONG_TYPE);
     ASSERT_EQ(reg.RemoveValue(key, L"text"), 0);
     EXPECT_EQ(reg.ReadKey(key, L"text", 0, nullptr), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(reg.GetStatus(), CReg::NOT_READ);
-    EXPECT_EQ(reg.GetType(), CReg::TYPE_UNKNOWN);
 }
 
 TEST_F(Registry, MultiStringsAreWrittenFromTextsOrFromAList) {
@@ -104,29 +101,13 @@ TEST_F(Registry, MultiStringsAreWrittenFromTextsOrFromAList) {
 
     ASSERT_EQ(reg.ReadKey(key, L"list", 0, nullptr), 0);
     unsigned char first = 0;
-    unsigned long length = 1;
-    EXPECT_EQ(reg.GetBinaryData(&first, length), 0UL);
+    EXPECT_EQ(reg.GetBinaryData(&first, size = 1), 0UL);
     EXPECT_EQ(first, 'a');
-    EXPECT_EQ(List(), (WideTexts{L"ab", L"c"}));
-    EXPECT_EQ(Text(-1), L"ab");
-    EXPECT_EQ(Text(1), L"c");
-    EXPECT_EQ(Text(9), L"");
+    EXPECT_EQ(Texts(), (WideTexts{L"ab", L"c"}));
+    EXPECT_EQ((WideTexts{Text(-1), Text(1), Text(9)}), (WideTexts{L"ab", L"c", L""}));
     ASSERT_EQ(reg.GetData(list), 0UL);
     ASSERT_EQ(reg.SaveKey(key, L"ab", 7UL), 0);
     EXPECT_EQ(reg.ReadKey(key, *list.begin(), 1000, nullptr), 0) << "the name lies in the data that make way";
-}
-
-TEST_F(Registry, ValueOfAnotherTypeFillsTheBuffersAllTheSame) {
-    Store(L"path", REG_EXPAND_SZ, BytesOf(L"%x%"));
-    ASSERT_EQ(reg.ReadKey(key, L"path", 0, nullptr), 0);
-    EXPECT_EQ(reg.GetStatus(), CReg::UNKNOWN_VALUE);
-    EXPECT_EQ(reg.GetType(), CReg::TYPE_UNKNOWN);
-    unsigned long number = 0;
-    CList<const wchar_t*> list;
-    EXPECT_EQ(reg.GetData(number), CReg::WRONG_TYPE);
-    EXPECT_EQ(reg.GetData(list), CReg::WRONG_TYPE);
-    reg.SetType(CReg::TYPE_STRING);
-    EXPECT_EQ(Text(), L"%x%");
 }
 
 TEST_F(Registry, BuffersGrowToWhatIsAskedFor) {
@@ -135,15 +116,11 @@ TEST_F(Registry, BuffersGrowToWhatIsAskedFor) {
     ASSERT_EQ(reg.SaveKey(key, name.c_str(), text.c_str()), 0);
     EXPECT_EQ(reg.ReadKey(key, name.c_str(), 301, nullptr), ERROR_MORE_DATA);
     EXPECT_EQ(reg.ReadKey(key, 0), ERROR_MORE_DATA);
-    unsigned long size = 0;
     ASSERT_EQ(reg.ReadKey(key, name.c_str(), 0, &size), 0);
     EXPECT_EQ(size, 302UL);
     EXPECT_EQ(Text(), text);
-    wchar_t read[251];
-    EXPECT_EQ(reg.GetName(read, 251), 0UL);
-    EXPECT_EQ(read, name);
-    CReg roomy(0, 302);
-    EXPECT_EQ(roomy.ReadKey(key, name.c_str(), 302, nullptr), 0);
+    EXPECT_EQ(Name(), name);
+    EXPECT_EQ(CReg(0, 302).ReadKey(key, name.c_str(), 302, nullptr), 0);
 }
 
 TEST_F(Registry, TextIsCutToTheCallersBuffer) {
@@ -153,37 +130,39 @@ TEST_F(Registry, TextIsCutToTheCallersBuffer) {
     EXPECT_EQ(reg.GetData(text, 4, 0), CReg::TEXT_CUT);
     EXPECT_EQ(std::wstring(text, 5), std::wstring(L"fou\0#", 5));
     EXPECT_EQ(reg.GetData(text, 8, 0), 0UL);
-    EXPECT_EQ(std::wstring(text, 8), std::wstring(L"four\0##\0", 8)); // the last character is always set
+    EXPECT_EQ(std::wstring(text, 8), std::wstring(L"four\0##\0", 8)) << "the last character is always set";
     EXPECT_EQ(reg.GetData(nullptr, 4, 0), CReg::BAD_BUFFER);
     EXPECT_EQ(reg.GetName(text, 0), CReg::BAD_BUFFER);
     EXPECT_EQ(reg.GetStatus(), CReg::BAD_BUFFER);
 }
 
 TEST_F(Registry, DataWithoutTerminatorsEndWithTheValue) {
-    struct {
+    const struct {
         DWORD type;
         Bytes data;
         WideTexts texts;
-    } const cases[] = {
-        {REG_SZ, BytesOf(L"abcd"), {L"abcd"}},
-        {REG_SZ, {'a', 0, 'b'}, {L"ab"}},
-        {REG_SZ, {}, {L""}},
-        {REG_MULTI_SZ, {}, {}},
-        {REG_MULTI_SZ, BytesOf(std::wstring(L"abc\0", 4)), {L"abc"}},
-        {REG_MULTI_SZ, BytesOf(std::wstring(L"ab\0c", 4)), {L"ab", L"c"}},
-        {REG_MULTI_SZ, {'a', 0, 0, 0, 'c'}, {L"a", L"c"}},
-    };
+    } rows[] = {{REG_SZ, BytesOf(L"abcd"), {L"abcd"}},
+                {REG_SZ, {'a', 0, 'b'}, {L"ab"}},
+                {REG_SZ, {}, {L""}},
+                {REG_MULTI_SZ, {}, {}},
+                {REG_MULTI_SZ, BytesOf(std::wstring(L"abc\0", 4)), {L"abc"}},
+                {REG_MULTI_SZ, BytesOf(std::wstring(L"ab\0c", 4)), {L"ab", L"c"}},
+                {REG_MULTI_SZ, {'a', 0, 0, 0, 'c'}, {L"a", L"c"}}};
     CReg small(1, 8);
     Store(L"old", REG_SZ, BytesOf(L"####"));
-    for (const auto& odd : cases) {
-        Store(L"odd", odd.type, odd.data);
+    for (const auto& [type, data, texts] : rows) {
+        Store(L"odd", type, data);
         ASSERT_EQ(small.ReadKey(key, L"old", 0, nullptr), 0);
         ASSERT_EQ(small.ReadKey(key, L"odd", 0, nullptr), 0);
         reg = small;
-        EXPECT_EQ(odd.type == REG_SZ ? WideTexts{Text()} : List(), odd.texts);
+        EXPECT_EQ(Texts(), texts);
     }
+    Store(L"odd", REG_EXPAND_SZ, BytesOf(L"%x%"));
+    ASSERT_EQ(reg.ReadKey(key, L"odd", 0, nullptr), 0);
+    EXPECT_EQ(reg.GetStatus(), CReg::UNKNOWN_VALUE);
+    reg.SetType(CReg::TYPE_STRING);
+    EXPECT_EQ(Text(), L"%x%") << "a type of its own, but in the buffer";
     Store(L"odd", REG_DWORD, {5, 1});
-    unsigned long number = 0;
     ASSERT_EQ(small.ReadKey(key, L"odd", 0, nullptr), 0);
     EXPECT_EQ(small.GetData(number), 0UL);
     EXPECT_EQ(number, 0x105UL);
@@ -196,34 +175,28 @@ TEST_F(Registry, ValuesAreWalkedThroughOdd73) {
     wchar_t name[8];
     unsigned char data[16];
     CReg::KEY_TYPE type{};
-    unsigned long size = sizeof data;
-    EXPECT_EQ(reg.FindFirstValue(key, name, 8, type, data, size), 0);
-    EXPECT_EQ(type, CReg::TYPE_DWORD);
-    EXPECT_EQ(size, 4UL);
+    EXPECT_EQ(reg.FindFirstValue(key, name, 8, type, data, size = sizeof data), 0);
+    EXPECT_EQ(std::pair(type, size), std::pair(CReg::TYPE_DWORD, 4UL));
     CReg copy(reg);
     EXPECT_EQ(reg.FindNextValue(name, 8, type, data, size), ERROR_MORE_DATA);
-    size = 0; // does not count
-    EXPECT_EQ(reg.FindNextValue(name, 8, type, data, size), 0);
+    EXPECT_EQ(reg.FindNextValue(name, 8, type, data, size = 0), 0) << "the size of the first call counts";
     EXPECT_STREQ(name, L"c");
     EXPECT_EQ(type, CReg::TYPE_STRING);
     EXPECT_EQ(Bytes(data, data + size), BytesOf(std::wstring(L"text\0", 5)));
     EXPECT_EQ(reg.FindNextValue(name, 8, type, nullptr, size), ERROR_NO_MORE_ITEMS);
-    EXPECT_EQ(reg.GetStatus(), static_cast<unsigned long>(ERROR_NO_MORE_ITEMS));
+    EXPECT_EQ(reg.GetStatus(), DWORD{ERROR_NO_MORE_ITEMS});
     EXPECT_EQ(copy.FindNextValue(name, 8, type, data, size), ERROR_MORE_DATA);
     EXPECT_EQ(copy.FindNextValue(name, 1, type, data, size), ERROR_MORE_DATA);
 
     ASSERT_EQ(reg.ReadKey(key, 2), 0);
-    EXPECT_EQ(Text(), L"text");
-    EXPECT_EQ(reg.GetName(name, 8), 0UL);
-    EXPECT_STREQ(name, L"c");
+    EXPECT_EQ((WideTexts{Name(), Text()}), (WideTexts{L"c", L"text"}));
     EXPECT_EQ(reg.ReadKey(key, 3), ERROR_NO_MORE_ITEMS);
     EXPECT_EQ(CReg(1, 0).ReadKey(key, 0), ERROR_MORE_DATA);
 }
 
 TEST_F(Registry, KeysAreOpenedWalkedThroughAndRemoved) {
     EXPECT_EQ(CReg::OpenKey(key, L"first", false), nullptr);
-    CReg::CloseKey(CReg::OpenKey(key, L"first", true));
-    CReg::CloseKey(CReg::OpenKey(key, L"second", true));
+    for (const wchar_t* name : {L"first", L"second"}) CReg::CloseKey(CReg::OpenKey(key, name, true));
     wchar_t name[8];
     EXPECT_EQ(reg.FindFirstKey(key, nullptr, 8), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(reg.FindFirstKey(key, name, 8), 0);
@@ -256,48 +229,42 @@ TEST_F(Registry, BadArgumentsAreRefused) {
     EXPECT_EQ(reg.SaveKey(key, L"x", nullptr, 1), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(reg.SaveKey(key, nullptr, 7UL), 0);
     ASSERT_EQ(reg.ReadKey(key, nullptr, 0, nullptr), 0);
-    unsigned long number = 0;
-    EXPECT_EQ(reg.GetData(number), 0UL);
-    EXPECT_EQ(number, 7UL);
+    EXPECT_EQ(reg.GetData(number) + number, 7UL);
 }
 
-TEST_F(Registry, MissingBufferIsToldByTheStatusAloneOdd70) {
+TEST_F(Registry, MissingBufferShowsInTheStatusAloneOdd70) {
     CReg missing(kTooMuch, kTooMuch);
     EXPECT_EQ(missing.GetStatus(), CReg::NO_BUFFER);
     EXPECT_EQ(missing.ReadKey(key, 0), 0);
     EXPECT_EQ(missing.ReadKey(key, L"x", kTooMuch, nullptr), 0);
-    EXPECT_EQ(missing.GetStatus(), CReg::NO_BUFFER);
     wchar_t text[4];
     missing.SetType(CReg::TYPE_STRING);
     EXPECT_EQ(missing.GetData(text, 4, 0), CReg::NO_BUFFER);
-    EXPECT_EQ(CReg(kTooMuch, 0).GetName(text, 4), CReg::NO_BUFFER);
     EXPECT_EQ(missing.ReadKey(key, L"x", 0, nullptr), ERROR_FILE_NOT_FOUND);
 }
 
 TEST_F(Registry, BytesAreWrittenUnderTheTypeThatIsLeftOdd71) {
     ASSERT_EQ(reg.SaveKey(key, L"text", L"text"), 0);
-    std::wstring text(L"ab");
-    for (const short length : std::vector<short>{4, 3, 1}) {
-        ASSERT_EQ(reg.SaveKey(key, L"x", reinterpret_cast<unsigned char*>(text.data()), length), 0);
-        Bytes written = BytesOf(text);
-        written.resize(static_cast<std::size_t>(length));
-        EXPECT_EQ(Stored(L"x"), Entry(REG_SZ, written));
+    Bytes bytes = BytesOf(L"ab");
+    for (; bytes.size() != 2; bytes.pop_back()) {
+        ASSERT_EQ(reg.SaveKey(key, L"x", bytes.data(), static_cast<short>(bytes.size())), 0);
+        EXPECT_EQ(Stored(L"x"), Entry(REG_SZ, bytes));
     }
+    ASSERT_EQ(reg.SaveKey(key, L"x", bytes.data(), 1), 0);
+    EXPECT_EQ(Stored(L"x"), Entry(REG_SZ, {'a'}));
 }
 
-TEST_F(Registry, BinaryDataTellTheRoomNotTheLengthOdd72) {
+TEST_F(Registry, BinaryDataGiveTheCapacityNotTheLengthOdd72) {
     CReg small(0, 6);
     Store(L"bytes", REG_BINARY, {1, 2, 3});
     ASSERT_EQ(small.ReadKey(key, L"bytes", 0, nullptr), 0);
-    unsigned char bytes[10] = {9, 9, 9, 9, 9, 9, 9, 9, 9, 9};
-    unsigned long length = kTooMuch;
-    EXPECT_EQ(small.GetBinaryData(nullptr, length), CReg::BAD_BUFFER);
-    EXPECT_EQ(small.GetBinaryData(bytes, length), 0UL);
-    EXPECT_EQ(length, 6UL);
-    EXPECT_EQ(Bytes(bytes, bytes + 10), (Bytes{1, 2, 3, 0, 0, 0, 9, 9, 9, 9}));
-    length = 2;
-    EXPECT_EQ(small.GetBinaryData(bytes, length), 0UL);
-    EXPECT_EQ(length, 2UL);
+    Bytes bytes(10, 9);
+    EXPECT_EQ(small.GetBinaryData(nullptr, size = kTooMuch), CReg::BAD_BUFFER);
+    EXPECT_EQ(small.GetBinaryData(bytes.data(), size = kTooMuch), 0UL);
+    EXPECT_EQ(size, 6UL);
+    EXPECT_EQ(bytes, (Bytes{1, 2, 3, 0, 0, 0, 9, 9, 9, 9}));
+    EXPECT_EQ(small.GetBinaryData(bytes.data(), size = 2), 0UL);
+    EXPECT_EQ(size, 2UL);
 }
 
 } // namespace

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "support/ImportPatch.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+using Lines = std::vector<std::wstring>;
+
+/// Keeps what the library writes to the event log, for as long as the object lives: the name of each source that it
+/// opens, "end of NAME" for each that it closes, and "NAME TYPE CATEGORY ID USER DATA|TEXT|TEXT" for each event.
+struct FakeEventLog {
+    Lines lines;
+    DWORD error = 0; ///< of every event
+    void* lastSid = nullptr;
+
+    Lines Take() { return std::exchange(lines, {}); }
+    static std::wstring NameOf(PSID sid) {
+        wchar_t name[200] = L"nobody";
+        wchar_t domain[200];
+        DWORD sizes[] = {200, 200};
+        SID_NAME_USE use;
+        if (sid != nullptr) LookupAccountSidW(nullptr, sid, name, &sizes[0], domain, &sizes[1], &use);
+        return name;
+    }
+
+private:
+    BOOL Write(const wchar_t* name, std::initializer_list<DWORD> numbers, PSID sid, WORD count, DWORD size,
+               const wchar_t* const* texts, void* data) {
+        std::wstring line = name;
+        for (const DWORD number : numbers) line += L" " + std::to_wstring(number);
+        line += L" " + NameOf(lastSid = sid) + L" " + std::wstring(static_cast<wchar_t*>(data), size / sizeof(wchar_t));
+        for (WORD i = 0; i < count; ++i) line += std::wstring(L"|") + texts[i];
+        lines.push_back(line);
+        SetLastError(error);
+        return error == 0;
+    }
+
+    ImportPatch m_open{"RegisterEventSourceW", &RegisterEventSourceW, [this](const wchar_t*, const wchar_t* name) {
+                           lines.push_back(name);
+                           return _wcsdup(name);
+                       }};
+    ImportPatch m_close{"DeregisterEventSource", &DeregisterEventSource, [this](HANDLE source) {
+                            lines.push_back(std::wstring(L"end of ") + static_cast<wchar_t*>(source));
+                            return free(source), TRUE;
+                        }};
+    ImportPatch m_write{"ReportEventW", &ReportEventW,
+                        [this](HANDLE source, WORD type, WORD category, DWORD id, auto... rest) {
+                            return Write(static_cast<wchar_t*>(source), {type, category, id}, rest...);
+                        }};
+};
