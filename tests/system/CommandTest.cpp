@@ -17,39 +17,6 @@ namespace {
 
 using Rows = std::initializer_list<std::array<const char*, 3>>;
 
-std::string started; // "command line|directory" of the last start
-std::string shown;   // "caption|text" of the last message box
-
-BOOL WINAPI RefuseStart(const char* program, char* commandLine, SECURITY_ATTRIBUTES*, SECURITY_ATTRIBUTES*,
-                        BOOL inherit, DWORD flags, void* environment, const char* directory, STARTUPINFOA* startup,
-                        PROCESS_INFORMATION*) {
-    EXPECT_TRUE(program == nullptr && inherit == FALSE && flags == NORMAL_PRIORITY_CLASS && environment == nullptr);
-    EXPECT_TRUE(startup->cb == sizeof *startup && startup->lpDesktop == nullptr && startup->lpTitle == nullptr);
-    EXPECT_TRUE(startup->dwFlags == STARTF_USESHOWWINDOW && startup->wShowWindow == SW_SHOW);
-    started = std::string(commandLine) + "|" + (directory == nullptr ? "(none)" : directory);
-    SetLastError(ERROR_ACCESS_DENIED);
-    return FALSE;
-}
-
-int WINAPI KeepBox(HWND owner, const char* text, const char* caption, UINT type) {
-    EXPECT_TRUE(owner == nullptr && type == MB_OK);
-    shown = std::string(caption) + "|" + text;
-    return IDOK;
-}
-
-std::vector<HANDLE> closed;
-
-BOOL WINAPI KeepOpen(HANDLE handle) {
-    closed.push_back(handle);
-    return TRUE;
-}
-
-std::size_t refusedSize;
-
-void* MemoryBut(std::size_t size) {
-    return size == refusedSize ? nullptr : std::malloc(size);
-}
-
 std::string SystemText(DWORD error) {
     char text[512] = "";
     FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0, text, 512, nullptr);
@@ -76,8 +43,11 @@ const Role launched("launched", [](const std::vector<std::string>& arguments) {
     return _stricmp(directory, windows) == 0 && arguments == std::vector<std::string>{"two words", "-x"} ? 42 : 1;
 });
 
-class Command : public testing::Test {
-protected:
+struct Command : testing::Test {
+    std::string started; ///< "command line|directory" of the last start
+    std::string shown;   ///< "caption|text" of the last message box
+    OwnLocalMachine machine;
+
     void Set(const wchar_t* name, std::wstring_view text, DWORD type = REG_SZ) {
         machine.Set(L"Software\\Varda\\AutoStart\\App", name, type, text);
     }
@@ -88,16 +58,34 @@ protected:
         CReg::CloseKey(key);
         return command;
     }
-
     /// The command line that the system gets.
-    std::string CommandLine(CCommand& command) {
+    std::string CommandLine(CCommand command) {
         EXPECT_EQ(command.Execute(), 0UL);
         return started.substr(0, started.rfind('|'));
     }
+    /// The error that is shown instead of a start.
+    std::string Refusal(CCommand command) {
+        started.clear();
+        EXPECT_EQ(command.Execute(), 0UL);
+        return started + shown.substr(shown.rfind('\t') + 1);
+    }
+    BOOL RefuseStart(const char* commandLine, BOOL inherits, DWORD flags, const char* directory,
+                     STARTUPINFOA* startup) {
+        EXPECT_TRUE(inherits == FALSE && flags == NORMAL_PRIORITY_CLASS && startup->cb == sizeof *startup);
+        EXPECT_TRUE(startup->lpDesktop == nullptr && startup->lpTitle == nullptr);
+        EXPECT_TRUE(startup->dwFlags == STARTF_USESHOWWINDOW && startup->wShowWindow == SW_SHOW);
+        started = std::string(commandLine) + "|" + (directory == nullptr ? "(none)" : directory);
+        SetLastError(ERROR_ACCESS_DENIED);
+        return FALSE;
+    }
 
-    OwnLocalMachine machine;
-    ImportPatch create{L"Tessel.dll", "CreateProcessA", &RefuseStart};
-    ImportPatch box{L"Tessel.dll", "MessageBoxA", &KeepBox};
+    ImportPatch create{"CreateProcessA", &CreateProcessA,
+                       [this](auto, auto line, auto, auto, BOOL inherits, DWORD flags, auto, auto directory,
+                              auto startup, auto) { return RefuseStart(line, inherits, flags, directory, startup); }};
+    ImportPatch box{"MessageBoxA", &MessageBoxA, [this](auto, const char* text, const char* caption, auto) {
+                        shown = std::string(caption) + "|" + text;
+                        return IDOK;
+                    }};
 };
 
 } // namespace
@@ -234,17 +222,12 @@ TEST_F(Command, ProgramWhosePathIsNotWholeIsNotStarted) {
     for (const std::string& text :
          {std::string("PathFileName=%LONG%\r\n"), "PathFileName=" + cut,
           std::string("WorkDir=%LONG%\r\nPathFileName=a.exe\r\n"), "WorkDir=" + cut + "PathFileName=a.exe\r\n"}) {
-        started.clear();
-        EXPECT_EQ(FromText(text).Execute(), 0UL);
-        EXPECT_EQ(started + SystemText(ERROR_FILENAME_EXCED_RANGE), shown.substr(shown.rfind('\t') + 1)) << text;
+        EXPECT_EQ(Refusal(FromText(text)), SystemText(ERROR_FILENAME_EXCED_RANGE)) << text;
     }
     Set(L"PathFileName", L"other.exe\u4e00.disabled");
-    started.clear();
     CCommand command = FromRegistry();
-    EXPECT_EQ(command.Execute(), 0UL);
-    EXPECT_EQ(started + SystemText(ERROR_NO_UNICODE_TRANSLATION), shown.substr(shown.rfind('\t') + 1));
-    std::string whole = "PathFileName=a.exe\r\n";
-    command.InitializeFromText(whole.data());
+    EXPECT_EQ(Refusal(command), SystemText(ERROR_NO_UNICODE_TRANSLATION));
+    command.InitializeFromText(std::string("PathFileName=a.exe\r\n").data());
     EXPECT_EQ(CommandLine(command), "\"a.exe\" ");
 }
 
@@ -259,12 +242,11 @@ TEST_F(Command, FailureIsShown) {
 }
 
 TEST_F(Command, IsNotStartedWhenMemoryIsShortWhichIsReported) {
-    started.clear();
     CCommand command = FromText("PathFileName=2.exe\r\nWorkDir=3ab\r\n");
     Reports reports;
-    for (const std::size_t size : {5 + 3 + 10, 9 + 10}) {
-        const ImportPatch memory(L"Tessel.dll", "malloc", &MemoryBut);
-        refusedSize = size;
+    for (const std::size_t refused : {5 + 3 + 10, 9 + 10}) {
+        const ImportPatch memory("malloc", &std::malloc,
+                                 [=](std::size_t size) { return size == refused ? nullptr : std::malloc(size); });
         EXPECT_EQ(command.Execute(), 0UL);
     }
     EXPECT_EQ(reports.Take(), (Texts{"CCommand:306 pPathName", "CCommand:317 pCmdLine"}));
@@ -277,8 +259,8 @@ TEST(Launch, ProgramStartsInItsDirectoryWithItsArguments) {
     SetEnvironmentVariableA("OWN", program);
     CCommand command = FromText("PathFileName=%OWN%\r\nWorkDir=%SystemRoot%\r\nArguments=--role launched $A -x\r\n");
     command.SubstituteArgument("$A", "\"two words\"");
-    const ImportPatch close(L"Tessel.dll", "CloseHandle", &KeepOpen);
-    const ImportPatch box(L"Tessel.dll", "MessageBoxA", &KeepBox);
+    std::vector<HANDLE> closed;
+    const ImportPatch close("CloseHandle", &CloseHandle, [&](HANDLE handle) { return closed.push_back(handle), TRUE; });
     const unsigned long id = command.Execute();
     ASSERT_EQ(closed.size(), 2U) << "of its thread and of the process";
     EXPECT_EQ(GetProcessId(closed[1]), id);

@@ -92,6 +92,9 @@ TEST(DateTime, EveryLayoutFitsItsSizeAndIsReadBackOdd171) {
         CDateTimeEnglish read(1999, 1, 2, 3, 4, 5, 6);
         EXPECT_EQ(read.SetDateTime(Id(id), text), IsRead(id) ? DTS_VALID : DTS_NULL) << id;
         EXPECT_STREQ(read.Format(Id(id)), IsRead(id) ? text : L"");
+        for (const std::wstring& wrong : {std::wstring(), text + std::wstring(L"0"), std::wstring(text + 1)}) {
+            EXPECT_EQ(read.SetDateTime(Id(id), wrong.c_str()), IsRead(id) ? DTS_INVALID : DTS_NULL) << wrong;
+        }
     }
     EXPECT_EQ(texts, L"20040229 = 9|02/29/2004 = 11|29-02-2004 = 11|29 Feb 2004 = 12|29 Feb 2004 20:05 = 19|"
                      L"29 Feb 2004 08:05 PM = 22|29-02-2004 20:05 = 18|02/29/2004 20:05 = 18|29-02-2004 08:05 PM = 21|"
@@ -124,17 +127,10 @@ TEST(DateTime, HoursOfTheTwelveHourClockAreWrittenAndRead) {
     EXPECT_EQ(WithoutIndicators().SetDateTime(FID_TIME12, L"08:05 "), DTS_INVALID) << "morning or evening";
 }
 
-TEST(DateTime, TextsOfWrongLengthAreInvalid) {
-    for (int id = 0; id < kBehindLast; ++id) {
-        if (!IsRead(id)) continue;
-        const std::wstring text = kEvening.Format(Id(id));
-        for (const std::wstring& wrong : {std::wstring(), text.substr(1), text + L'0', std::wstring(60, L'0')}) {
-            EXPECT_EQ(CDateTimeEnglish(Id(id), wrong.c_str()).GetStatus(), DTS_INVALID) << wrong;
-        }
-    }
+TEST(DateTime, ADateThatCannotBeReadLeavesNone) {
     CDateTimeEnglish none(FID_DATE_PACKED, nullptr);
     EXPECT_EQ(none.GetStatus(), DTS_INVALID);
-    EXPECT_EQ(none.SetDateTime(FID_TIME, L"21:22"), DTS_INVALID) << "no date is taken from the clock";
+    EXPECT_EQ(none.SetDateTime(FID_TIME, L"21:22"), DTS_INVALID) << "nor is one taken from the clock";
 }
 
 TEST(DateTime, FieldsAreCutAtTheirPlacesWhateverPartsThemOdd172) {
@@ -146,11 +142,10 @@ TEST(DateTime, FieldsAreCutAtTheirPlacesWhateverPartsThemOdd172) {
 }
 
 TEST(DateTime, LayoutsWithNamesAreNotReadAndEmptyTheObjectOdd173) {
-    for (const FORMAT_ID id : {FID_DATE_NAME, FID_DATE_NAME_TIME12, FID_DAY, FID_DAY_BRIEF, kBehindLast, Id(-1)}) {
+    for (const FORMAT_ID id : {FID_DATE_NAME, FID_DAY, kBehindLast, Id(-1)}) {
         CDateTimeEnglish time(kEvening);
         EXPECT_EQ(time.SetDateTime(id, kEvening.Format(FID_DATE_NAME)), DTS_NULL);
         EXPECT_EQ(time, kZero);
-        EXPECT_EQ(Whole(time), L"");
     }
 }
 
@@ -190,13 +185,13 @@ TEST(DateTime, ComponentsThatDoNotExistHaveNoNames) {
               L"65535/65535/65535 65535:65535:6");
     const CDateTime local(kEvening);
     for (const CDateTimeEnglish* time : {&kEvening, static_cast<const CDateTimeEnglish*>(&local)}) {
-        wchar_t text[] = L"####";
         for (const int index : {-1, 13, INT_MIN, INT_MAX}) {
-            time->GetMonthText(index, std::wcscpy(text, L"####"), 4);
-            EXPECT_STREQ(text, L"");
-            time->GetDayText(index, std::wcscpy(text, L"####"), 4);
-            EXPECT_STREQ(text, L"");
+            wchar_t texts[2][5] = {L"####", L"####"};
+            time->GetMonthText(index, texts[0], 4);
+            time->GetDayText(index, texts[1], 4);
+            EXPECT_EQ(texts[0][0] + texts[1][0], 0) << index;
         }
+        wchar_t text[5] = L"####";
         time->GetMonthText(1, text, 3);
         time->GetMonthText(1, nullptr, 3);
         time->GetDayText(1, text, 0);

@@ -35,16 +35,6 @@ std::string ReadAll(CFile& file) {
     return {text, file.ReadFile(text, sizeof text)};
 }
 
-/// The program's standard input, closed for as long as the object lives.
-struct NoInput {
-    int saved = _dup(0);
-    NoInput() { _close(0); }
-    ~NoInput() {
-        _dup2(saved, 0);
-        _close(saved);
-    }
-};
-
 using FileFinder = Files;
 using MappedFile = Files;
 using Directories = Files;
@@ -117,19 +107,19 @@ TEST_F(Files, ReportWhatFailedAndKeepWhatCannotBeClosedWithoutItsPathOdd203) {
 }
 
 TEST_F(Files, ThatAreNotOpenSaySo) {
-    for (CFile file; const auto& status : {
-                         (file.ReadFile(nullptr, 0), file.GetLastStatus()),
-                         (file.WriteFile(nullptr, 0), file.GetLastStatus()),
-                         file.Rewind(),
-                         (file.TellFile(), file.GetLastStatus()),
-                         file.SizeFile(nullptr),
-                         file.CloseFile(),
-                     }) {
-        EXPECT_EQ(status, CFile::NOT_OPEN);
+    CFile closed;
+    EXPECT_EQ(closed.Rewind(), CFile::NOT_OPEN);
+    EXPECT_EQ(closed.SizeFile(nullptr), CFile::NOT_OPEN);
+    EXPECT_EQ(closed.CloseFile(), CFile::NOT_OPEN);
+    for (const auto operation : {+[](CFile& file) { return file.ReadFile(nullptr, 0); },
+                                 +[](CFile& file) { return file.WriteFile(nullptr, 0); },
+                                 +[](CFile& file) { return static_cast<unsigned long>(file.TellFile() + 1); }}) {
+        CFile none(L"no such folder\\file", CFile::READ_WRITE);
+        EXPECT_EQ(none.CloseFile(), CFile::OPEN_FAILED);
+        EXPECT_EQ(operation(none), 0u);
+        EXPECT_EQ(none.GetLastStatus(), CFile::NOT_OPEN);
     }
     EXPECT_EQ(CFile().OpenFile(nullptr, CFile::READ_WRITE), CFile::OPEN_FAILED);
-    CFile file(L"no such folder\\file", CFile::READ_WRITE);
-    EXPECT_EQ(file.CloseFile(), CFile::OPEN_FAILED);
 }
 
 TEST_F(Files, KnowNameAndExtensionWithDotsOfFoldersOdd201) {
@@ -174,7 +164,7 @@ TEST_F(Files, AreSharedByCopiesOfWhichTheLastCloses) {
 }
 
 TEST_F(Files, AreOpenAlsoInAProgramWithoutStandardInput) {
-    const NoInput none;
+    _close(0);
     CFile file(path.c_str(), CFile::READ_WRITE);
     EXPECT_EQ(file.WriteFile("abc", 3), 3u);
 }
@@ -229,16 +219,13 @@ TEST_F(MappedFile, IsSharedByNameAndByCopies) {
 TEST_F(MappedFile, ShowsAFile) {
     Make(path);
     const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    {
-        SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
-        CMemMappedFile mapped(file, nullptr, 0, PAGE_READONLY, 0, &inheritable);
-        DWORD flags = 0;
-        GetHandleInformation(mapped.GetHandle(), &flags);
-        EXPECT_EQ(flags, DWORD{HANDLE_FLAG_INHERIT});
-        EXPECT_EQ(std::string(static_cast<char*>(mapped.MapView(FILE_MAP_READ, 0, 0, 0)), 4), "text");
-        EXPECT_EQ(CMemMappedFile(file, nullptr, 0, 0, 0, nullptr).GetStatus(), DWORD{ERROR_INVALID_PARAMETER});
-    }
+    SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+    CMemMappedFile mapped(file, nullptr, 0, PAGE_READONLY, 0, &inheritable);
     CloseHandle(file);
+    DWORD flags = 0;
+    GetHandleInformation(mapped.GetHandle(), &flags);
+    EXPECT_EQ(flags, DWORD{HANDLE_FLAG_INHERIT});
+    EXPECT_EQ(std::string(static_cast<char*>(mapped.MapView(FILE_MAP_READ, 0, 0, 0)), 4), "text");
 }
 
 TEST_F(Directories, AreMadeUpToTheLastBackslashOdd202) {
