@@ -13,3 +13,5 @@ add_library(headers_alone OBJECT ${units})
 tessel_compile(headers_alone)
 target_include_directories(headers_alone PRIVATE ${PROJECT_SOURCE_DIR})
 target_link_libraries(headers_alone PRIVATE Tessel)
+target_include_directories(headers_alone SYSTEM PRIVATE
+  $<$<TARGET_EXISTS:gtest>:$<TARGET_PROPERTY:gtest,INTERFACE_INCLUDE_DIRECTORIES>>)

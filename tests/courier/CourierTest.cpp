@@ -1,9 +1,7 @@
 #include "support/ChildProcess.h"
-#include "support/OpenPostOffice.h"
-#include "support/TemporaryFolder.h"
+#include "support/PostOfficeObserver.h"
 
 #include <gtest/gtest.h>
-#include <tessel/messaging/mailbox.h>
 
 #include <fstream>
 
@@ -11,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Courier : public testing::Test {
+class Courier : public PostOfficeObserver {
 protected:
     std::wstring Command(const fs::path& to, const std::wstring& options = L"") {
         return Quoted(Beside(COURIER)) + Quoted(file) + Quoted(to) + options;
@@ -21,7 +19,7 @@ protected:
         for (unsigned number = 0; content.size() < size; ++number) content += std::to_string(number) + ' ';
         std::ofstream(file, std::ios::binary) << content.substr(0, size);
     }
-    /// Waits for the registration of a side of the run, told by the first letter of its id: S or R.
+    /// Waits until a side of the run is registered: S, the sender, or R, the receiver.
     static const MAILBOX& RecordOf(char side) {
         for (;; Sleep(1)) {
             const MAILBOX* const table = CPostOffice().GetPostOfficeAddr();
@@ -30,16 +28,7 @@ protected:
             }
         }
     }
-    void ExpectCleanPool() {
-        EXPECT_EQ(observer.GetFreeBlockCount(), 500u);
-        CPostOffice post;
-        EXPECT_EQ(post.LockThreadSafe(0), 0);
-        post.UnlockThreadSafe();
-    }
 
-    OpenPostOffice office; // keeps the region when the processes end
-    CMailBox observer{ORCAOBJID{1}};
-    TemporaryFolder folder;
     fs::path file = folder / L"file";
     fs::path copy = folder / L"copy";
 };
@@ -56,24 +45,23 @@ TEST_F(Courier, CarriesFilesOfAnySizeAndLeavesNothingBehind) {
         EXPECT_EQ(courier.WaitUntil("courier: identical"), "");
         EXPECT_EQ(courier.ExitCode(), 0u);
         EXPECT_EQ(fs::file_size(copy), size);
-        MONITOR_LEVEL left;
-        EXPECT_EQ(observer.BuildDirectoryList(&left, 1), 0);
-        ExpectCleanPool();
+        ExpectNothingLeft();
     }
 }
 
 TEST_F(Courier, SaysInOneLineWhatItCannotDo) {
-    ChildProcess missing(Command(copy));
-    EXPECT_NE(missing.WaitUntil("courier: cannot read "), "(ended)");
-    EXPECT_EQ(missing.ExitCode(), 1u);
-    MakeFile(10);
-    ChildProcess itself(Command(file));
-    EXPECT_EQ(itself.WaitUntil("courier: the copy would overwrite the file"), "");
-    EXPECT_EQ(itself.ExitCode(), 1u);
+    const std::pair<fs::path, std::string> rows[] = {
+        {copy, "cannot read "},
+        {file, "the copy would overwrite the file"},
+        {folder / L"no such folder" / L"copy", "receiver: cannot write the copy"},
+    };
+    for (const auto& [to, line] : rows) {
+        if (to != copy) MakeFile(10);
+        ChildProcess courier(Command(to));
+        EXPECT_NE(courier.WaitUntil("courier: " + line), "(ended)") << line;
+        EXPECT_EQ(courier.ExitCode(), 1u) << line;
+    }
     EXPECT_EQ(fs::file_size(file), 10u);
-    ChildProcess nowhere(Command(folder / L"no such folder" / L"copy"));
-    EXPECT_EQ(nowhere.WaitUntil("courier: receiver: cannot write the copy"), "");
-    EXPECT_EQ(nowhere.ExitCode(), 1u);
 }
 
 TEST_F(Courier, StopsWhenItsReceiverDiesAndTheNextRunWorks) {
@@ -85,7 +73,7 @@ TEST_F(Courier, StopsWhenItsReceiverDiesAndTheNextRunWorks) {
     CloseHandle(receiver);
     EXPECT_NE(courier.WaitUntil("courier: the receiver has ended"), "(ended)");
     EXPECT_EQ(courier.ExitCode(), 1u);
-    ExpectCleanPool();
+    ExpectNothingLeft(1);
     ChildProcess next(Command(copy));
     EXPECT_EQ(next.WaitUntil("courier: identical"), "");
 }
@@ -102,5 +90,5 @@ TEST_F(Courier, ForgedNotificationsChangeNothing) {
     }
     EXPECT_EQ(courier.WaitUntil("courier: identical"), "");
     EXPECT_EQ(courier.ExitCode(), 0u);
-    ExpectCleanPool();
+    ExpectNothingLeft();
 }

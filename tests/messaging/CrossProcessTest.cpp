@@ -114,10 +114,8 @@ int SendMany(const std::vector<std::string>& arguments) {
 const Role roles[] = {
     {"stall", Stall}, {"fill-resources", FillResources}, {"check-all", CheckAll}, {"send-many", SendMany}};
 
-/// A child of the other bitness where that build is there, else of this one.
 ChildProcess PeerChild(const std::string& role, const std::vector<std::string>& arguments) {
-    const std::wstring peer = PeerProgram();
-    return peer.empty() ? ChildProcess(role, arguments) : ChildProcess(peer, role, arguments);
+    return ChildProcess(role, arguments, PeerProgram());
 }
 
 } // namespace

@@ -10,7 +10,7 @@ std::map<std::string, Role::Function>& Roles() {
     return roles;
 }
 
-std::wstring CommandLine(const std::wstring& program, const std::string& role,
+std::wstring CommandLine(const std::filesystem::path& program, const std::string& role,
                          const std::vector<std::string>& arguments) {
     std::wstring line = Quoted(program) + L"--role " + std::wstring(role.begin(), role.end());
     for (const std::string& argument : arguments) line += L" " + std::wstring(argument.begin(), argument.end());
@@ -18,32 +18,25 @@ std::wstring CommandLine(const std::wstring& program, const std::string& role,
 }
 
 struct Pipe {
-    Pipe() {
+    /// @param own  the end that the child does not inherit
+    explicit Pipe(HANDLE Pipe::*own) {
         SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
         CreatePipe(&read, &write, &inheritable, 0);
+        SetHandleInformation(this->*own, HANDLE_FLAG_INHERIT, 0);
     }
     HANDLE read = nullptr;
     HANDLE write = nullptr;
 };
 
-void KeepFromChildren(HANDLE handle) {
-    SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
-}
-
 } // namespace
 
-ChildProcess::ChildProcess(const std::string& role, const std::vector<std::string>& arguments)
-    : ChildProcess(OwnProgram(), role, arguments) {}
-
-ChildProcess::ChildProcess(const std::wstring& program, const std::string& role,
-                           const std::vector<std::string>& arguments)
+ChildProcess::ChildProcess(const std::string& role, const std::vector<std::string>& arguments,
+                           const std::filesystem::path& program)
     : ChildProcess(CommandLine(program, role, arguments)) {}
 
 ChildProcess::ChildProcess(std::wstring commandLine) {
-    const Pipe input;
-    const Pipe output;
-    KeepFromChildren(input.write);
-    KeepFromChildren(output.read);
+    const Pipe input(&Pipe::write);
+    const Pipe output(&Pipe::read);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
@@ -59,25 +52,21 @@ ChildProcess::ChildProcess(std::wstring commandLine) {
 
 ChildProcess::~ChildProcess() {
     Kill();
-    CloseHandle(m_toChild);
-    CloseHandle(m_fromChild);
-    CloseHandle(m_process.hThread);
-    CloseHandle(m_process.hProcess);
+    for (const HANDLE handle : {m_toChild, m_fromChild, m_process.hThread, m_process.hProcess}) CloseHandle(handle);
 }
 
 std::string ChildProcess::WaitUntil(const std::string& start) {
     for (;;) {
-        const auto end = m_pending.find('\n');
-        if (end == std::string::npos) {
+        std::size_t end = 0;
+        while ((end = m_pending.find('\n')) == std::string::npos) {
             char part[256];
             DWORD got = 0;
             if (!ReadFile(m_fromChild, part, sizeof part, &got, nullptr) || got == 0) return "(ended)";
             m_pending.append(part, got);
-            continue;
         }
         const std::string line = m_pending.substr(0, m_pending.find_last_not_of("\r\n", end) + 1);
         m_pending.erase(0, end + 1);
-        if (line.compare(0, start.size(), start) == 0) return line.substr(start.size());
+        if (line.starts_with(start)) return line.substr(start.size());
         std::cout << "[child] " << line << std::endl;
     }
 }
@@ -118,11 +107,11 @@ std::wstring Quoted(const std::filesystem::path& program) {
     return L"\"" + program.wstring() + L"\" ";
 }
 
-std::wstring PeerProgram() {
+std::filesystem::path PeerProgram() {
     const std::filesystem::path own = OwnProgram(); // in PRESET/bin
     const wchar_t* const preset = sizeof(void*) == 4 ? L"win64" : L"win32";
     const auto peer = own.parent_path().parent_path().parent_path() / preset / L"bin" / own.filename();
-    return std::filesystem::exists(peer) ? peer.wstring() : std::wstring();
+    return std::filesystem::exists(peer) ? peer : own;
 }
 
 void Say(const std::string& line) {

@@ -6,20 +6,25 @@
 #include <string>
 #include <vector>
 
-/// A program that the test starts, as a rule the test program itself in another role. The two talk by lines.
+/// The path of this program, and of a file in the same folder.
+std::filesystem::path OwnProgram();
+std::filesystem::path Beside(const std::filesystem::path& name);
+
+/// A path in quotation marks, followed by a blank: the start of a command line.
+std::wstring Quoted(const std::filesystem::path& program);
+
+/// A program that the test starts, usually the test program itself in another role. They exchange lines of text.
 class ChildProcess {
 public:
-    /// Starts a role of this program.
-    explicit ChildProcess(const std::string& role, const std::vector<std::string>& arguments = {});
-    /// Starts a role of another build of this program.
-    ChildProcess(const std::wstring& program, const std::string& role, const std::vector<std::string>& arguments);
+    /// Starts a role of this program, or of another build of it.
+    explicit ChildProcess(const std::string& role, const std::vector<std::string>& arguments = {},
+                          const std::filesystem::path& program = OwnProgram());
     /// Starts any program.
     explicit ChildProcess(std::wstring commandLine);
     ~ChildProcess();
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
+    ChildProcess(ChildProcess&&) = delete;
 
-    /// Reads the child's lines up to one that starts so.
+    /// Reads the child's lines up to one with that start.
     /// @return the rest of that line; "(ended)" when the child ended first
     std::string WaitUntil(const std::string& start);
     void Tell(const std::string& line);
@@ -35,25 +40,18 @@ private:
     std::string m_pending;
 };
 
-/// What a child does: one of these for each role, at namespace scope.
+/// Registers what a child does in a role; define it at namespace scope.
 struct Role {
     using Function = int (*)(const std::vector<std::string>& arguments);
     Role(const char* name, Function function);
 };
 
-/// Where this program is, and a file of that name in the same folder.
-std::filesystem::path OwnProgram();
-std::filesystem::path Beside(const std::filesystem::path& name);
+/// The path of this program built for the other bitness; this program where that build does not exist.
+std::filesystem::path PeerProgram();
 
-/// A path in quotation marks and a blank, as a command line starts.
-std::wstring Quoted(const std::filesystem::path& program);
-
-/// The other build's program of the same name (32-bit for a 64-bit one and the reverse); empty when it is not there.
-std::wstring PeerProgram();
-
-/// In a child: sends a line to the test, and reads one from it.
+/// In a child: sends a line to the test; reads one from it.
 void Say(const std::string& line);
 std::string Hear();
 
-/// Runs the role that the command line names. @return false: it names none
+/// Runs the role that the command line names. @return false: there is none
 bool RunRole(int argc, char** argv, int& exitCode);

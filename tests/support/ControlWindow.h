@@ -9,8 +9,7 @@ class ControlWindow {
 public:
     ControlWindow() { InitCommonControls(); }
     ~ControlWindow() { DestroyWindow(m_window); }
-    ControlWindow(const ControlWindow&) = delete;
-    ControlWindow& operator=(const ControlWindow&) = delete;
+    ControlWindow(ControlWindow&&) = delete;
 
     HWND Handle() const { return m_window; }
     /// Adds a control, 20 pixels below the one with the identifier before.

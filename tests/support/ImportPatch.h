@@ -72,8 +72,7 @@ public:
     ImportPatch(const wchar_t*, const char* name, Function* replacement)
         : ImportPatch(Stub{name, reinterpret_cast<void*>(replacement), nullptr}) {}
     ~ImportPatch();
-    ImportPatch(const ImportPatch&) = delete;
-    ImportPatch& operator=(const ImportPatch&) = delete;
+    ImportPatch(ImportPatch&&) = delete;
 
 private:
     Stub m_stub;

@@ -24,8 +24,7 @@ public:
         closesocket(m_listener);
         WSACleanup();
     }
-    LoopbackListener(const LoopbackListener&) = delete;
-    LoopbackListener& operator=(const LoopbackListener&) = delete;
+    LoopbackListener(LoopbackListener&&) = delete;
 
     static u_long Address() { return htonl(INADDR_LOOPBACK); }
     u_short Port() const { return m_port; }

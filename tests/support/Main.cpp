@@ -3,30 +3,28 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <future>
+#include <thread>
 
 namespace {
 
-/// Ends a program that is stuck, so that nothing is left running.
-DWORD WINAPI Watch(void* started) {
-    SetEvent(static_cast<HANDLE>(started));
-    constexpr DWORD kLimitMs = 90000;
-    Sleep(kLimitMs);
-    std::fprintf(stderr, "still running after %lu s: ended by the watchdog\n", kLimitMs / 1000);
-    TerminateProcess(GetCurrentProcess(), 97);
-    return 97;
-}
-
-/// Returns once the watchdog runs: Wine crashes one process in a hundred that ends while a thread of it is starting.
+/// Ends a program that is stuck. Returns once the watchdog runs, because Wine crashes one process in a hundred that
+/// ends while one of its threads is starting.
 void StartWatchdog() {
-    const HANDLE started = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    CloseHandle(CreateThread(nullptr, 0, Watch, started, 0, nullptr));
-    WaitForSingleObject(started, INFINITE);
-    CloseHandle(started);
+    static std::promise<void> started;
+    std::thread([] {
+        started.set_value();
+        constexpr DWORD kLimitMs = 90000;
+        Sleep(kLimitMs);
+        std::fprintf(stderr, "still running after %lu s: ended by the watchdog\n", kLimitMs / 1000);
+        TerminateProcess(GetCurrentProcess(), 97);
+    }).detach();
+    started.get_future().wait();
 }
 
-/// Whatever this program starts ends with it, also when the watchdog ends it.
+/// Ends all programs that this one has started together with it, also when the watchdog ends it.
 void KeepProgramsInJob() {
-    const HANDLE job = CreateJobObjectW(nullptr, nullptr); // its closing, at the end of this program, ends them
+    const HANDLE job = CreateJobObjectW(nullptr, nullptr); // closed, and so ended, with this program
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
     SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);

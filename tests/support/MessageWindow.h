@@ -8,8 +8,7 @@ public:
     MessageWindow()
         : m_window(CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)) {}
     ~MessageWindow() { Destroy(); }
-    MessageWindow(const MessageWindow&) = delete;
-    MessageWindow& operator=(const MessageWindow&) = delete;
+    MessageWindow(MessageWindow&&) = delete;
 
     HWND Get() const { return m_window; }
     void Destroy() { DestroyWindow(m_window); }

@@ -6,6 +6,5 @@
 struct OpenPostOffice {
     OpenPostOffice() { CPostOffice::CreateGlobalPostOffice(); }
     ~OpenPostOffice() { CPostOffice::DestroyGlobalPostOffice(); }
-    OpenPostOffice(const OpenPostOffice&) = delete;
-    OpenPostOffice& operator=(const OpenPostOffice&) = delete;
+    OpenPostOffice(OpenPostOffice&&) = delete;
 };

@@ -18,8 +18,7 @@ public:
         RegCloseKey(m_root);
         RegDeleteTreeW(HKEY_CURRENT_USER, m_path.c_str());
     }
-    OwnLocalMachine(const OwnLocalMachine&) = delete;
-    OwnLocalMachine& operator=(const OwnLocalMachine&) = delete;
+    OwnLocalMachine(OwnLocalMachine&&) = delete;
 
     /// Sets a value and makes its key; a text ends with what terminates it.
     void Set(const std::wstring& path, const wchar_t* value, DWORD type, std::wstring_view data) {

@@ -11,8 +11,7 @@ class Reports {
 public:
     Reports() { WndSetAssertSink(&Keep, this); }
     ~Reports() { WndSetAssertSink(nullptr, nullptr); }
-    Reports(const Reports&) = delete;
-    Reports& operator=(const Reports&) = delete;
+    Reports(Reports&&) = delete;
 
     /// The reports since the last call, in order.
     std::vector<std::string> Take() { return std::move(m_texts); }

@@ -4,24 +4,19 @@
 
 #include <filesystem>
 
-/// A folder that exists for as long as the object lives, with a blank in its path. Converts to its path:
+/// A folder that exists for as long as the object lives, with a blank in its path.
 ///
 ///     TemporaryFolder folder;
 ///     std::ofstream(folder / L"file") << "text";
-class TemporaryFolder {
+class TemporaryFolder : public std::filesystem::path {
 public:
-    TemporaryFolder() { std::filesystem::create_directories(m_path); }
+    TemporaryFolder()
+        : path(std::filesystem::temp_directory_path() / (L"tessel test " + std::to_wstring(GetCurrentProcessId()))) {
+        std::filesystem::create_directories(*this);
+    }
     ~TemporaryFolder() {
         std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
+        std::filesystem::remove_all(*this, ignored);
     }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    operator const std::filesystem::path&() const { return m_path; }
-    std::filesystem::path operator/(const std::filesystem::path& name) const { return m_path / name; }
-
-private:
-    const std::filesystem::path m_path =
-        std::filesystem::temp_directory_path() / (L"tessel test " + std::to_wstring(GetCurrentProcessId()));
+    TemporaryFolder(TemporaryFolder&&) = delete;
 };

@@ -1,34 +1,23 @@
 #include "support/ChildProcess.h"
 #include "support/MessageWindow.h"
-#include "support/OpenPostOffice.h"
-#include "support/TemporaryFolder.h"
+#include "support/PostOfficeObserver.h"
 #include "support/UnixTool.h"
 
 #include <gtest/gtest.h>
-#include <tessel/messaging/mailbox.h>
 
 namespace {
 
 namespace fs = std::filesystem;
 
-class WorkstationRun : public testing::Test {
+class WorkstationRun : public PostOfficeObserver {
 protected:
     std::wstring Command(const std::wstring& options) {
         return Quoted(Beside(L"workstation.exe")) + L"--hidden --folder " + Quoted(folder) + options;
     }
-    /// What a Unix tool says of a file in the folder.
+    /// What a Unix tool prints about a file in the folder.
     std::string Ask(const std::wstring& tool, const wchar_t* file, const std::wstring& what) {
         return RunUnix(tool + L" -v error -i '" + UnixPath(folder / file) + L"' " + what).output;
     }
-    void ExpectNothingLeft() {
-        MONITOR_LEVEL left;
-        EXPECT_EQ(observer.BuildDirectoryList(&left, 1), 0);
-        EXPECT_EQ(observer.GetFreeBlockCount(), 500u);
-    }
-
-    OpenPostOffice office; // keeps the region when the processes end
-    CMailBox observer{ORCAOBJID{1}};
-    TemporaryFolder folder;
 };
 
 } // namespace
@@ -69,12 +58,11 @@ TEST_F(WorkstationRun, ObeysAConsoleAndRunsOnceOnAMachine) {
     while (observer.GetMailBox(ORCAOBJID{3002}, slot) == nullptr) Sleep(1); // the last to be loaded
     EXPECT_EQ(ChildProcess(Command(L"")).ExitCode(), 1u);
     EXPECT_EQ(observer.Send(ORCAOBJID{3002}, 3, 0, nullptr, 0, nullptr), 0) << "an end that nobody ordered";
-    for (const wchar_t* noOrder : {L"start abc", L"run -1", L"stop 1"}) {
-        EXPECT_EQ(ChildProcess(Quoted(Beside(L"console.exe")) + noOrder).ExitCode(), 1u);
-    }
-    for (const wchar_t* order : {L"start 1", L"start", L"stop", L"exit"}) {
-        EXPECT_EQ(ChildProcess(Quoted(Beside(L"console.exe")) + order).ExitCode(), 0u);
-    }
+    const auto console = [](const wchar_t* order) {
+        return ChildProcess(Quoted(Beside(L"console.exe")) + order).ExitCode();
+    };
+    for (const wchar_t* order : {L"start abc", L"run -1", L"stop 1"}) EXPECT_EQ(console(order), 1u) << order;
+    for (const wchar_t* order : {L"start 1", L"start", L"stop", L"exit"}) EXPECT_EQ(console(order), 0u) << order;
     EXPECT_EQ(workstation.ExitCode(), 0u);
     ExpectNothingLeft();
 }

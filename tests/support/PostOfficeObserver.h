@@ -1,0 +1,25 @@
+#pragma once
+
+#include "OpenPostOffice.h"
+#include "TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <tessel/messaging/mailbox.h>
+
+/// A test of programs that communicate through the post office. It keeps the post office open while they come and go.
+class PostOfficeObserver : public testing::Test {
+protected:
+    /// Expects that the programs have left no block and no lock behind, and mailboxes only if they were killed.
+    void ExpectNothingLeft(int mailboxes = 0) {
+        MONITOR_LEVEL left;
+        EXPECT_EQ(observer.BuildDirectoryList(&left, 1), mailboxes);
+        EXPECT_EQ(observer.GetFreeBlockCount(), 500u);
+        CPostOffice post;
+        EXPECT_EQ(post.LockThreadSafe(0), 0);
+        post.UnlockThreadSafe();
+    }
+
+    OpenPostOffice office;
+    CMailBox observer{ORCAOBJID{1}};
+    TemporaryFolder folder;
+};
