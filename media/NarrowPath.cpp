@@ -39,7 +39,7 @@ const wchar_t* tessel::NarrowPath::FindShortPath() {
         CreateFileW(m_path, GENERIC_WRITE, kShareAll, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) return nullptr;
     m_made = GetLastError() != ERROR_ALREADY_EXISTS;
-    const DWORD length = GetShortPathNameW(m_path, m_short, std::size(m_short));
+    const DWORD length = GetShortPathNameW(m_path, m_short, DWORD{MAX_PATH});
     // Wine makes short names by a hash, so that two files may have the same.
     if (length > 0 && length < std::size(m_short) && LeadsTo(m_short, file.Get())) return m_short;
     Discard();
