@@ -6,7 +6,7 @@
 /// Any thread may call these functions.
 ///@{
 
-/// Returns the low 16 bits of a word.
+/// The low 16 bits of a word.
 /// @param word  32 bits
 /// @return the low half
 TESSEL_API unsigned short LOFROMWORD(unsigned long word);
@@ -16,22 +16,22 @@ TESSEL_API unsigned short LOFROMWORD(unsigned long word);
 /// @return not 0: deleted; 0: failure (GetLastError())
 TESSEL_API int FileDelete(const wchar_t* name);
 
-/// Writes to a file (WriteFile).
-/// @param target  a file handle, despite its declared type
+/// Writes to a file whose handle comes as a window's (WriteFile).
+/// @param target  a file handle, whatever its declared type
 /// @param buffer  what to write
 /// @param count   bytes, not characters
-/// @return 0: all bytes were written; 1: not all, or failure (GetLastError())
+/// @return 0: all were written; 1: not, or failure (GetLastError())
 TESSEL_API int WriteTarget(HWND target, const wchar_t* buffer, unsigned long count);
 
-/// Returns the serial number of a path's volume.
+/// Serial number of the volume that a path is on.
 /// @param path  a path that starts with a drive letter
 /// @return the number; 0: failure (GetLastError())
 TESSEL_API unsigned long GetVolumeSerialNumber(const wchar_t* path);
 
-/// Returns the space on a drive (GetDiskFreeSpaceExW); an empty removable drive causes no system dialog.
+/// Space on a drive (GetDiskFreeSpaceExW); an empty removable drive gives no system dialog.
 /// @param path          a folder on the drive
-/// @param freeToCaller  receives the bytes available to the caller; unchanged after a failure
-/// @param total         receives the size of the drive in bytes; unchanged after a failure
+/// @param freeToCaller  receives the bytes that the caller may use; unchanged after a failure
+/// @param total         receives the bytes of the drive; unchanged after a failure
 /// @return not 0: success; 0: failure (GetLastError())
 TESSEL_API int GetDriveFreeSpace(const wchar_t* path, unsigned long long* freeToCaller, unsigned long long* total);
 ///@}

@@ -13,7 +13,7 @@
 /// @return not 0: a message; 0: WM_QUIT; -1: failure (GetLastError())
 TESSEL_API int GetAMessage(MSG* message, HWND hWnd, UINT first, UINT last);
 
-/// Passes a message to its window procedure (DispatchMessageW), on the calling thread.
+/// Hands a message to its window procedure (DispatchMessageW), on the calling thread.
 /// @param message  the message
 /// @return the window procedure's result
 TESSEL_API LRESULT DispatchAMessage(MSG* message);
@@ -38,7 +38,7 @@ TESSEL_API LRESULT SendAMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM l
 /// @return 0
 TESSEL_API int Dispatch_Pump();
 
-/// Returns a message number that is the same in every process (RegisterWindowMessageW). Any thread.
+/// Number of a message that is the same in every process (RegisterWindowMessageW). Any thread.
 /// @param name  name of the message
 /// @return the number; 0: failure (GetLastError())
 TESSEL_API UINT RegisterThisWindowMessage(const wchar_t* name);
@@ -50,7 +50,7 @@ TESSEL_API void QuitManager();
 /// @param text  the message
 TESSEL_API void MsgBox(const wchar_t* text);
 
-/// Generates a key event (keybd_event) with the character as its scan code.
+/// Makes a key event (keybd_event) with the character as its scan code.
 /// @param character  the character whose virtual key is used (VkKeyScanW)
 /// @param flags      8: extended key; 16: released instead of pressed. Others have no effect
 /// @return 0

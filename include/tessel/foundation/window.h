@@ -9,16 +9,16 @@ struct ORCA_tagPOINT {
 };
 
 /// @name Windows
-/// Call functions that create, focus or draw on the window's thread; the others on any.
+/// What creates, focuses or draws belongs to the window's thread; the others may be called on any.
 ///@{
 
-/// Sends WM_SETFOCUS, without moving the focus.
+/// Tells a window that it has the focus: sends WM_SETFOCUS, and moves nothing.
 /// @param hWnd  the window
 TESSEL_API void SetWindowFocus(HWND hWnd);
 
 /// Sends WM_CLOSE.
 /// @param hWnd  the dialog
-/// @return the window procedure's result; 0 if it is not a window
+/// @return the window procedure's result; 0 when it is no window
 TESSEL_API int CloseDialog(HWND hWnd);
 
 /// Whether a window is visible (IsWindowVisible).
@@ -43,21 +43,21 @@ TESSEL_API HWND GetWindowHandle(HWND dialog, int id);
 /// @return 0: success; 1: failure (GetLastError())
 TESSEL_API int GetRect(HWND hWnd, RECT& rectangle);
 
-/// Marks a rectangle for painting, including the background (InvalidateRect). Despite its name it sets nothing.
+/// Marks a rectangle for painting, background included (InvalidateRect). It sets nothing.
 /// @param hWnd       the window
 /// @param rectangle  in client pixels
 /// @return 0: success; 1: failure (GetLastError())
 TESSEL_API int SetRect(HWND hWnd, RECT& rectangle);
 
-/// Returns a system metric (GetSystemMetrics).
-/// @param index  the metric, SM_...
+/// A measure of the system (GetSystemMetrics).
+/// @param index  which, SM_...
 /// @return its value; 0: unknown
 TESSEL_API int GetASystemMetrics(int index);
 
-/// Changes the parent of a window (SetParent).
+/// Gives a window another parent (SetParent).
 /// @param child   the window
 /// @param parent  the new parent; null for the desktop
-/// @return the previous parent; null: failure (GetLastError())
+/// @return the parent before; null: failure (GetLastError())
 TESSEL_API HWND SetAParent(HWND child, HWND parent);
 
 /// Moves the keyboard focus (SetFocus).
@@ -77,14 +77,14 @@ TESSEL_API HWND ChildWindowFromAPoint(HWND parent, ORCA_tagPOINT point);
 /// @return not 0: converted; 0: failure (GetLastError())
 TESSEL_API int ScreenToClientConversion(HWND hWnd, ORCA_tagPOINT* point);
 
-/// A window's device context (GetDC), to be released with ReleaseThisDC().
+/// A window's device context (GetDC), to be given back with ReleaseThisDC().
 /// @param hWnd  the window; null for the screen
 /// @return the context; null: failure
 TESSEL_API HDC GetThisDC(HWND hWnd);
 
-/// Releases a device context (ReleaseDC).
+/// Gives a device context back (ReleaseDC).
 /// @param hWnd     the window
-/// @param context  result of GetThisDC()
+/// @param context  what GetThisDC() gave
 /// @return 1: released; 0: not
 TESSEL_API int ReleaseThisDC(HWND hWnd, HDC context);
 
@@ -94,17 +94,17 @@ TESSEL_API int ReleaseThisDC(HWND hWnd, HDC context);
 /// @return not 0: success; 0: failure (GetLastError())
 TESSEL_API int GetAWindowRect(HWND hWnd, RECT* rectangle);
 
-/// Returns a 32-bit value stored with a window (GetWindowLongW).
+/// A 32-bit value kept with a window (GetWindowLongW).
 /// @param hWnd   the window
-/// @param index  GWL_... or an offset in bytes
+/// @param index  which, GWL_... or an offset in bytes
 /// @return the value; 0: none, or failure (GetLastError())
 TESSEL_API long GetAWindowLong(HWND hWnd, int index);
 
-/// Sets a 32-bit value stored with a window (SetWindowLongW).
+/// Sets a 32-bit value kept with a window (SetWindowLongW).
 /// @param hWnd   the window
-/// @param index  GWL_... or an offset in bytes
+/// @param index  which, GWL_... or an offset in bytes
 /// @param value  the new value
-/// @return the previous value; 0: none, or failure (GetLastError())
+/// @return the value before; 0: none, or failure (GetLastError())
 TESSEL_API long SetAWindowLong(HWND hWnd, int index, long value);
 
 /// Whether a handle is a window's (IsWindow).
@@ -114,26 +114,26 @@ TESSEL_API int IsThisAWindow(HWND hWnd);
 
 /// A window's text (GetWindowTextW).
 /// @param hWnd         the window
-/// @param text         receives it, terminated and truncated to fit
-/// @param sizeInChars  size of @p text, including the terminator
+/// @param text         receives it, terminated and cut to fit
+/// @param sizeInChars  room in @p text, terminator included
 /// @return characters without the terminator; 0: none, or failure (GetLastError())
 TESSEL_API int GetAWindowText(HWND hWnd, wchar_t* text, int sizeInChars);
 
 /// Shows or hides a window (ShowWindow).
 /// @param hWnd     the window
 /// @param command  how, SW_...
-/// @return not 0: it was visible; 0: it was hidden
+/// @return not 0: it was visible before; 0: it was hidden
 TESSEL_API int ShowAWindow(HWND hWnd, int command);
 
-/// Searches for a top-level window (FindWindowW) and optionally brings it to the front.
+/// Looks for a top-level window (FindWindowW) and may bring it to the front.
 /// @param className   its class; null for any
 /// @param windowName  its title; null for any
 /// @param activate    whether to make it the foreground window
 /// @return 1: found; 0: not
 TESSEL_API int IsWindowFound(const wchar_t* className, const wchar_t* windowName, bool activate);
 
-/// Makes a window the foreground window, attaching to the input of the present one's thread (AttachThreadInput).
+/// Makes a window the foreground window, borrowing the input of the thread that is there now (AttachThreadInput).
 /// @param hWnd  the window
-/// @return not 0: done; 0: there is no foreground window, its input cannot be attached, or the system refuses
+/// @return not 0: done; 0: there is no foreground window, its input cannot be borrowed, or the system refuses
 TESSEL_API int SetForegroundWindowEx(HWND hWnd);
 ///@}

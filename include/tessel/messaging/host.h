@@ -25,7 +25,7 @@ public:
     /// @param instance     module of the program
     /// @param name         name of the window's class, and its title
     /// @param param        value for the program's own use
-    /// @param commandLine  the program's arguments; truncated to 259 characters; may be null
+    /// @param commandLine  the program's arguments; cut to 259 characters; may be null
     OSClass(HINSTANCE instance, const wchar_t* name, int param, const char* commandLine);
 
     /// Holds the same window, with a registry of its own.
@@ -124,8 +124,8 @@ public:
     /// @return the window; null: failure
     HWND CreateWindowFrame(HINSTANCE instance, const wchar_t* name);
 
-    /// Makes a modeless dialog whose messages go through the host. Its keys, such as Tab, work once the pointer has
-    /// been over it.
+    /// Makes a modeless dialog whose messages go through the host. Its keys, such as Tab, work once the pointer has been
+    /// over it.
     /// @param module    module that holds the template
     /// @param parent    its parent; may be null
     /// @param dialogId  resource number of the template

@@ -44,7 +44,7 @@ static_assert(sizeof(MONITOR_LEVEL) == 8);
 /// of messages is reported under it: a sink must neither send, nor release, nor wait.
 class TESSEL_API CMailBox {
 public:
-    /// Creates an unregistered mailbox. Without a mapped post office, a message box says so and nothing can be sent.
+    /// Makes an unregistered mailbox. Without a mapped post office, a message box says so and nothing can be sent.
     /// @param id  who sends and receives through it
     explicit CMailBox(ORCAOBJID id);
 
@@ -129,7 +129,7 @@ public:
 
     /// Lists who is registered, in the order of the slots. Takes no lock.
     /// @param list  receives the entries
-    /// @param max   size of @p list, in entries
+    /// @param max   room in @p list, in entries
     /// @return entries written
     unsigned short BuildDirectoryList(MONITOR_LEVEL* list, int max);
 

@@ -87,7 +87,7 @@ struct SBLOCK {
     std::uint32_t Length;                ///< bytes of the message plus one, a byte that is never written
     std::uint32_t Receiver;              ///< ORCAOBJID that it is addressed to
     std::uint32_t Sender;                ///< ORCAOBJID that sent it
-    std::uint8_t Data[SMALL_BLOCK_SIZE]; ///< first part of the message, the second directly after it
+    std::uint8_t Data[SMALL_BLOCK_SIZE]; ///< first part of the message, the second directly behind it
 };
 
 /// Offset of the mailbox table in a region that this library creates.
