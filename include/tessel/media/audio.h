@@ -135,7 +135,7 @@ public:
     int GetMod() const;
 
     /// Room for the path of the file, which the caller writes there before AttachToFile().
-    /// @return 260 characters, including the terminator, inside this object
+    /// @return 260 characters, terminator included, inside this object
     wchar_t* GetPath();
 
     /// Chooses what the file holds; only without a run.

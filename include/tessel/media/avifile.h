@@ -42,7 +42,7 @@ public:
     virtual ~CAviFile();
 
     /// Closes the file that is open and makes a new one (AVIFileOpenW).
-    /// @param path  file, normally with the extension ".avi", by which the system chooses the format; an existing one
+    /// @param path  file, as a rule with the extension ".avi", by which the system chooses the format; an existing one
     ///              is emptied
     /// @return 0; AVIERR_FILEOPEN (0x8004406F): it cannot be made; -1: no path; else what the system says
     unsigned long Open(const wchar_t* path);

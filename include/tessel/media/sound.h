@@ -172,13 +172,13 @@ public:
 
     /// Reads a fader, all its channels as one.
     /// @param id     identifier of the control
-    /// @param value  receives its value, normally 0 to 65535; left as it is after a failure
+    /// @param value  receives its value, as a rule 0 to 65535; left as it is after a failure
     /// @return 0 or the multimedia error
     unsigned int GetMixerControlUnsigned(unsigned long id, unsigned long& value);
 
     /// Sets a fader on all channels.
     /// @param id     identifier of the control
-    /// @param value  the value, normally 0 to 65535
+    /// @param value  the value, as a rule 0 to 65535
     /// @return 0 or the multimedia error
     unsigned int SetMixerControlUnsigned(unsigned long id, unsigned long value);
 
