@@ -8,96 +8,101 @@ struct AudioMode;
 
 /// How far a run has come, in PCM bytes.
 struct AUDIO_TIME {
-    unsigned long ulPosition; ///< base and what the device reports, at most the limit, in whole blocks of 0.2 s
-    unsigned long ulBase;     ///< where the run began; set by the derived class
-    unsigned long ulLimit;    ///< where it ends; set by the derived class
+    unsigned long ulPosition; ///< base plus what the device reports, at most the limit, in whole blocks of 0.2 s
+    unsigned long ulBase;     ///< where the run started; set by the derived class
+    unsigned long ulLimit;    ///< where it ends, a whole number of blocks; set by the derived class
 };
 
-/// The fields of CAudio, apart from its operations so that copying them stays member by member.
+/// The fields of CAudio, in a base of their own so that they are copied member by member.
 struct AUDIO_DATA {
     int m_bConvert;                     ///< not 0: the file holds GSM data; 0: it holds PCM
-    HWND m_hParent;                     ///< window that gets the notifications
+    HWND m_hParent;                     ///< window that receives the notifications
     int m_nMode;                        ///< a CAudio::MODE
-    int m_bTimer;                       ///< not 0: the device timer runs
-    int m_bStop;                        ///< not 0: the run is being stopped, no buffer is queued again
+    int m_bTimer;                       ///< not 0: the device timer is running
+    int m_bStop;                        ///< not 0: the run is stopping and queues no more buffers
     int m_bMod;                         ///< not 0: the file was modified
     HANDLE m_hFile;                     ///< the file; null when closed
     wchar_t m_szPath[MAX_PATH];         ///< its path
-    wchar_t m_szError[MAX_PATH];        ///< reserved; stays empty
+    wchar_t m_szError[MAX_PATH];        ///< reserved; always empty
     unsigned long m_ulDataWrite;        ///< bytes of data in the file
-    AUDIO_TIME m_Record;                ///< where the recording is
-    unsigned long m_ulDataRead;         ///< offset in the file of what is played next; recording starts there
-    AUDIO_TIME m_Play;                  ///< where the playback is
+    AUDIO_TIME m_Record;                ///< progress of a recording
+    unsigned long m_ulDataRead;         ///< offset in the file where playback continues and recording starts
+    AUDIO_TIME m_Play;                  ///< progress of a playback
     char* m_pAudio[2];                  ///< device buffers
-    char* m_pCompress[2];               ///< file-side buffers; the device buffers when nothing is converted
+    char* m_pCompress[2];               ///< file-side buffers; without conversion the device buffers
     char* m_pAudioStep;                 ///< device buffer of a step
     char* m_pCompressStep;              ///< file-side buffer of a step
     unsigned long m_ulSizeAudio;        ///< bytes of a device buffer
     unsigned long m_ulSizeCompress;     ///< bytes of a file-side buffer
     unsigned long m_ulSizeAudioStep;    ///< bytes of the step's device buffer
     unsigned long m_ulSizeCompressStep; ///< bytes of the step's file-side buffer
-    unsigned long m_ulRatioAudio;       ///< bytes on the device's side that become m_ulRatioCompress in the file
+    unsigned long m_ulRatioAudio;       ///< bytes on the device side that become m_ulRatioCompress in the file
     unsigned long m_ulRatioCompress;    ///< see m_ulRatioAudio
     unsigned long m_ulMaxAudio;         ///< PCM bytes of the longest recording, 300 s
-    unsigned long m_ulMaxCompress;      ///< bytes of its file
+    unsigned long m_ulMaxCompress;      ///< bytes of that recording in the file
     unsigned long m_ulBlockAudio;       ///< PCM bytes of a block, 0.2 s
-    unsigned long m_ulBlockCompress;    ///< its bytes in the file
+    unsigned long m_ulBlockCompress;    ///< bytes of a block in the file
     char m_cAudio[2][8000];             ///< storage of the device buffers
     char m_cCompress[2][1625];          ///< storage of the file-side buffers
     char m_cAudioStep[1600];            ///< storage of the step's device buffer
     char m_cCompressStep[325];          ///< storage of the step's file-side buffer
     HACMSTREAM m_hStream;               ///< conversion stream; null when closed
     ACMSTREAMHEADER m_StreamHeader[2];  ///< conversion of each buffer; dwSrcUser, dwDstUser: bytes in use
-    ACMSTREAMHEADER m_StreamHeaderStep; ///< conversion of the step's buffer
+    ACMSTREAMHEADER m_StreamHeaderStep; ///< conversion of the step buffer
     HWAVEIN m_hWaveIn;                  ///< input device; null when closed
     HWAVEOUT m_hWaveOut;                ///< output device; null when closed
-    WAVEFORMATEX m_FormatPCM;           ///< format on the device's side
-    WAVEFORMATGSM610 m_FormatGSM;       ///< format of a file that is converted
-    WAVEHDR m_WaveHeader[2];            ///< the device buffers as the device knows them; dwUser: index
-    WAVEHDR m_WaveHeaderStep;           ///< the step's
+    WAVEFORMATEX m_FormatPCM;           ///< format on the device side
+    WAVEFORMATGSM610 m_FormatGSM;       ///< format of a compressed file
+    WAVEHDR m_WaveHeader[2];            ///< the device's records of the device buffers; dwUser: index
+    WAVEHDR m_WaveHeaderStep;           ///< the device's record of the step buffer
 };
 
-/// Records speech from the default input device into a file and plays it, compressed by GSM 6.10 in the file or not.
+/// Records speech from the default input device to a file and plays it back, optionally compressed with GSM 6.10.
 ///
-/// The device side is PCM: 8,000 samples a second, 8 bits, mono. The file holds bare data, without a header: PCM, 8,000
-/// bytes a second, or GSM 6.10, 1,625 bytes a second. CreateWAV() makes a WAVE file of such data. Compression needs a
-/// codec for GSM 6.10 on the machine that takes 8-bit PCM.
+/// The device side is PCM: 8,000 samples a second, 8 bits, mono. The file holds raw data without a header: PCM at 8,000
+/// bytes a second, or GSM 6.10 at 1,625 bytes a second. CreateWAV() turns such data into a WAVE file. Compression
+/// requires a GSM 6.10 codec that accepts 8-bit PCM.
 ///
-/// Derive from the class, and give it a window whose procedure forwards MM_WIM_DATA to ProcessWimData(), MM_WIM_CLOSE
-/// to ProcessWimClose(), MM_WOM_DONE to ProcessWomDone(), MM_WOM_CLOSE to ProcessWomClose() and WM_TIMER with
-/// TIMER_ID to ProcessTimer(). The order of a run:
-/// 1. GetPath() is filled and AttachToFile() called, once.
-/// 2. SetModeRecord(), SetModePlay() or SetModePlayStep(); base and limit of m_Record or m_Play are set, for a step the
-///    position too; StartRecord(), StartPlay() or StartPlayStep(); StartDeviceTimer() to have the position followed.
-/// 3. OnStop() is called at the limit, after a step and after any failure. Then, or whenever the user wishes, the
-///    derived class sets m_bStop and calls StopWave().
+/// Derive from the class and give it a window whose procedure forwards MM_WIM_DATA to ProcessWimData(), MM_WIM_CLOSE to
+/// ProcessWimClose(), MM_WOM_DONE to ProcessWomDone(), MM_WOM_CLOSE to ProcessWomClose() and WM_TIMER with TIMER_ID to
+/// ProcessTimer(). The order of calls:
+/// 1. Once: write the path to GetPath(), then call AttachToFile().
+/// 2. For each run: SetModeRecord(), SetModePlay() or SetModePlayStep(). Set base and limit of m_Record or m_Play, for
+/// a
+///    step the position, too. Call StartRecord(), StartPlay() or StartPlayStep(), then StartDeviceTimer() to follow the
+///    position.
+/// 3. The class calls OnStop() at the limit, after a step and after any failure. Then, or when the user stops the run,
+///    the derived class sets m_bStop and calls StopWave().
 /// 4. The device posts its close; ProcessWimClose() or ProcessWomClose() makes the object idle and calls OnQuit().
 ///
-/// Playing continues where the last run stopped; a recording replaces everything behind that place, and takes five
-/// minutes at most. A play-step plays one block of 0.2 s.
+/// Playback continues where the last run stopped. A recording replaces everything after that position and lasts at most
+/// five minutes. A play-step plays one block of 0.2 s.
+///
+/// Set limits in whole blocks: the position is rounded down to whole blocks, so a run whose limit is not one does not
+/// end by itself.
 ///
 /// Results are 0 for success and 1 for failure; the cause is not kept.
-/// Ownership: an object that goes, or is assigned to, stops and closes everything; the device's last messages still
-/// come to the window: forward them no more. Copies have buffers of their own and share the window; file, timer, device
-/// and conversion stay with the object that opened them, so a copy has no run. Threads: one, that of the window, from
-/// which everything is called.
+/// Ownership: destroying an object, or assigning to it, stops the run and closes everything. The device's last messages
+/// still arrive at the window: stop forwarding them. A copy has its own buffers and shares the window, but not file,
+/// timer, device and conversion, so it has no run.
+/// Threads: call everything from the thread of the window.
 class TESSEL_API CAudio : protected AUDIO_DATA {
 public:
     /// What the object does.
     enum MODE : int {
         MODE_IDLE = 0,     ///< nothing
-        MODE_RECORD = 1,   ///< it records
-        MODE_PLAY = 2,     ///< it plays
-        MODE_PLAY_STEP = 3 ///< it plays one block
+        MODE_RECORD = 1,   ///< records
+        MODE_PLAY = 2,     ///< plays
+        MODE_PLAY_STEP = 3 ///< plays one block
     };
 
     /// The device timer.
     enum TIMER : unsigned int {
-        TIMER_ID = 6,         ///< its identifier
-        TIMER_INTERVAL = 100, ///< milliseconds between its messages
+        TIMER_ID = 6,         ///< identifier
+        TIMER_INTERVAL = 100, ///< milliseconds between messages
     };
 
-    /// Makes an idle object without file and window.
+    /// Makes an idle object without a file or window.
     /// @param bConvert  not 0: the file holds GSM data; 0: PCM
     explicit CAudio(int bConvert = 0);
 
@@ -110,11 +115,11 @@ public:
     /// @return this object
     CAudio& operator=(const CAudio& other);
 
-    /// Ends a run that is under way, and closes the file.
+    /// Ends a run in progress and closes the file.
     virtual ~CAudio();
 
-    /// Chooses the window that gets the notifications; before a start.
-    /// @param window  the window; it belongs to the calling thread
+    /// Sets the window that receives the notifications. Call it before a start.
+    /// @param window  window of the calling thread
     void SetParentWindow(HWND window);
 
     /// Sets MODE_IDLE.
@@ -130,50 +135,51 @@ public:
     /// @param bMod  not 0: modified
     void SetMod(int bMod);
 
-    /// Whether the file was modified: written to, or cleared.
+    /// Whether the file was modified: written to or cleared.
     /// @return not 0: modified
     int GetMod() const;
 
-    /// Room for the path of the file, which the caller writes there before AttachToFile().
-    /// @return 260 characters, terminator included, inside this object
+    /// Returns the buffer for the path of the file. Write the path there before AttachToFile().
+    /// @return buffer of 260 characters, including the terminator, inside this object
     wchar_t* GetPath();
 
-    /// Chooses what the file holds; only without a run.
+    /// Sets what the file holds. Do not call it during a run.
     /// @param bConvert  not 0: GSM data; 0: PCM
     void SetConvert(int bConvert);
 
-    /// Takes the file's size as the bytes of data and goes to its start. A file that is missing is made. In MODE_IDLE
-    /// the file must allow reading and writing.
-    /// @return 0 or 1; 1: there are no data
+    /// Takes the size of the file as the length of the data, and goes to its start. A missing file is created. In
+    /// MODE_IDLE the file must be readable and writable.
+    /// @return 0; 1: failure, there is no data
     virtual unsigned long AttachToFile();
 
-    /// Forgets the file's data: there are none, until AttachToFile().
+    /// Forgets the data of the file until the next AttachToFile().
     /// @return 0
     virtual unsigned long DetachFromFile();
 
     /// @name Runs
-    /// A start during a run fails, and ends that run.
+    /// A start during a run fails and ends that run.
     ///@{
 
-    /// Records, in MODE_RECORD, from m_ulDataRead on; what the file holds behind is cut off first.
+    /// In MODE_RECORD, records from m_ulDataRead on. It first truncates the file there, before it opens the device: the
+    /// old data after that position is lost even if no device is available.
     /// @return 0 or, after StartError(), 1
     unsigned long StartRecord();
 
-    /// Plays, in MODE_PLAY, from m_ulDataRead on.
+    /// In MODE_PLAY, plays from m_ulDataRead on.
     /// @return 0 or, after StartError(), 1
     unsigned long StartPlay();
 
-    /// Plays, in MODE_PLAY_STEP, the block at m_ulDataRead.
+    /// In MODE_PLAY_STEP, plays the block at m_ulDataRead.
     /// @return 0 or, after StartError(), 1
     unsigned long StartPlayStep();
 
-    /// Abandons a start: everything is stopped and closed, and the mode is MODE_IDLE. The device's close is still
-    /// notified, if it was open; after a playback that moves m_ulDataRead to the start of the file. Start again only
-    /// after that notification, which would end the new run and have OnQuit() called twice.
+    /// Abandons a start: stops and closes everything and sets MODE_IDLE. If the device was open, its close is still
+    /// notified; after a playback this moves m_ulDataRead to the start of the file. Start again only after that
+    /// notification: otherwise it ends the new run and OnQuit() is called twice.
     /// @return 1
     unsigned long StartError();
 
-    /// Takes the buffers back from the device of the mode and closes it. The notifications follow.
+    /// Takes the buffers back from the mode's device and closes it. The notifications follow.
     void StopWave();
 
     /// Ends the conversion.
@@ -195,34 +201,34 @@ public:
 
 protected:
     /// @name Notification operations
-    /// They do nothing here; a derived class overrides them.
+    /// They do nothing; a derived class overrides them.
     ///@{
 
-    /// The controls are to be made fit for the mode.
+    /// Called when the controls should be updated for the mode.
     /// @param update  1
     virtual void SetControls(int update);
 
-    /// The display is to be drawn.
+    /// Called when the display should be updated.
     /// @param position  1: the position changed
-    /// @param all       1: the run has ended, and everything may have changed; 0: it goes on
+    /// @param all       1: the run has ended and everything may have changed; 0: it continues
     virtual void UpdateDisplay(int position, int all);
 
-    /// The run is to be stopped: its end is reached or something failed. It is called again until that is done.
+    /// Called when the run should be stopped, at its end or after a failure. The call is repeated until it is stopped.
     virtual void OnStop();
 
-    /// The run has ended, and the object is idle.
+    /// Called when the run has ended and the object is idle.
     virtual void OnQuit();
     ///@}
 
 public:
-    /// The volume of the default output device.
-    /// @param volume  receives what waveOutGetVolume gives, the left channel in the low word; 0 when that fails
+    /// Reads the volume of the default output device.
+    /// @param volume  receives the result of waveOutGetVolume, the left channel in the low word; 0 after a failure
     /// @return 0 or 1
     virtual unsigned long GetSystemVolume(unsigned long& volume);
 
-    /// Only opens the output device and closes it: the volume stays as it is. The mixer is where it is set.
+    /// Only opens and closes the output device; it does not set the volume. Use CSound for that.
     /// @param volume  not used
-    /// @return 0; 1: there is no output device
+    /// @return 0; 1: no output device
     virtual unsigned long SetSystemVolume(unsigned long volume);
 
 protected:
@@ -237,17 +243,16 @@ protected:
     /// @param format  record to fill; null is ignored
     static void InitWaveFormatGSM(WAVEFORMATGSM610* format);
 
-    /// Makes the three WAVEHDR records describe their device buffers.
+    /// Sets up the three WAVEHDR records for their device buffers.
     void InitWaveHeaders();
 
-    /// Makes the step's conversion record describe its buffers.
+    /// Sets up the conversion record of the step for its buffers.
     void InitStreamHeaders();
 
-    /// Makes the two conversion records describe their buffers for MODE_RECORD or MODE_PLAY; other modes change
-    /// nothing.
+    /// Sets up the two conversion records for MODE_RECORD or MODE_PLAY; does nothing in other modes.
     void InitStreamHeadersConvert();
 
-    /// Takes the buffers out of the two conversion records.
+    /// Removes the buffers from the two conversion records.
     void ClearStreamHeadersConvert();
     ///@}
 
@@ -255,30 +260,29 @@ protected:
     /// The file is opened without sharing. Results are 0 or 1.
     ///@{
 
-    /// Opens the file, or makes it: for reading and writing in MODE_IDLE, for writing in MODE_RECORD, for reading in
-    /// the play modes. A file that was open before is closed in any case; opening the same one once more gives 1, since
-    /// it is not shared.
+    /// Opens or creates the file: for reading and writing in MODE_IDLE, for writing in MODE_RECORD, for reading in the
+    /// play modes. It always closes the file that was open; opening the same file again returns 1, as it is not shared.
     /// @return 0; 1: no file is open
     unsigned long OpenFile();
 
     /// Closes the file.
-    /// @return 0, also when none is open; 1: the system refused
+    /// @return 0, also if none is open; 1: the system refused
     unsigned long CloseFile();
 
     /// Sets m_ulDataWrite to the size of the open file.
     /// @return 0; 1: m_ulDataWrite is unchanged
     unsigned long SizeFile();
 
-    /// Goes to where the mode writes (m_ulDataWrite) or reads (m_ulDataRead).
-    /// @return 0 or 1, in MODE_IDLE 1
+    /// Seeks to where the mode writes (m_ulDataWrite) or reads (m_ulDataRead).
+    /// @return 0 or 1; 1 in MODE_IDLE
     unsigned long SeekFile();
 
-    /// In MODE_RECORD cuts the file, which must not be open, at m_ulDataRead. Data that then end elsewhere are
-    /// reported.
-    /// @return 0, also in other modes; 1: the data do not end at m_ulDataRead
+    /// In MODE_RECORD, truncates the file at m_ulDataRead; the file must not be open. It reports if the data does not
+    /// end there afterwards.
+    /// @return 0, also in other modes; 1: the data does not end at m_ulDataRead
     unsigned long TruncateFile();
 
-    /// Empties the file, which must exist and not be open, and marks it as modified if it held data.
+    /// Empties the file and marks it as modified if it held data. The file must exist and not be open.
     /// @return 0 or 1
     unsigned long ClearFile();
 
@@ -286,18 +290,18 @@ protected:
     /// @return 0; 1: failure, or not in MODE_RECORD
     unsigned long WriteBuffers();
 
-    /// Writes the dwDstUser bytes of a buffer in MODE_RECORD, no more than the longest recording takes.
+    /// In MODE_RECORD, writes the dwDstUser bytes of a buffer, up to the length of the longest recording.
     /// @param header  the conversion record
-    /// @return 0, also when nothing was to be written; 1: not everything was written
+    /// @return 0, also if there was nothing to write; 1: not everything was written
     unsigned long WriteBuffer(ACMSTREAMHEADER* header);
 
-    /// Reads both buffers in MODE_PLAY, the step's in MODE_PLAY_STEP.
+    /// Reads both buffers in MODE_PLAY, the step buffer in MODE_PLAY_STEP.
     /// @return 0; 1: failure, or another mode
     unsigned long ReadBuffers();
 
-    /// Reads the next data into a buffer, in the play modes; at the end of the data the buffer stays as it is.
+    /// In the play modes, reads the next data into a buffer. At the end of the data the buffer is unchanged.
     /// @param header  the conversion record
-    /// @return 0, also when nothing was to be read; 1: nothing could be read
+    /// @return 0, also if there was nothing to read; 1: nothing could be read
     unsigned long ReadBuffer(ACMSTREAMHEADER* header);
     ///@}
 
@@ -306,15 +310,15 @@ protected:
     ///@{
 
     /// Opens the conversion: to GSM in MODE_RECORD, from GSM in the play modes.
-    /// @return 0; 1: no codec, MODE_IDLE, or one is open already
+    /// @return 0; 1: no codec, MODE_IDLE, or already open
     unsigned long OpenStream();
 
     /// Closes the conversion.
     /// @return 0 or 1
     unsigned long CloseStream();
 
-    /// Prepares the mode's records.
-    /// @return 0 or 1, in MODE_IDLE 1
+    /// Prepares the conversion records of the mode.
+    /// @return 0 or 1; 1 in MODE_IDLE
     unsigned long PrepareStreamHeaders();
 
     /// Prepares a record.
@@ -322,11 +326,11 @@ protected:
     /// @return 0 or 1
     unsigned long PrepareStreamHeader(ACMSTREAMHEADER* header);
 
-    /// Undoes the preparation of all records.
+    /// Unprepares all conversion records.
     /// @return 0 or 1
     unsigned long UnprepareStreamHeaders();
 
-    /// Undoes the preparation of a record; one that is not prepared is left alone.
+    /// Unprepares a record; does nothing if it is not prepared.
     /// @param header  the conversion record
     /// @return 0 or 1
     unsigned long UnprepareStreamHeader(ACMSTREAMHEADER* header);
@@ -340,7 +344,7 @@ protected:
     /// @return 0 or 1
     unsigned long CompressBuffer(ACMSTREAMHEADER* header);
 
-    /// Uncompresses both buffers in MODE_PLAY, the step's in MODE_PLAY_STEP.
+    /// Uncompresses both buffers in MODE_PLAY, the step buffer in MODE_PLAY_STEP.
     /// @return 0; 1: failure, or another mode
     unsigned long UncompressBuffers();
 
@@ -349,31 +353,32 @@ protected:
     /// @return 0 or 1
     unsigned long UncompressBuffer(ACMSTREAMHEADER* header);
 
-    /// Notes how much of a source buffer was recorded. The rest is filled with zero bytes, and a part of a block counts
-    /// as a whole one.
+    /// Sets how much of a source buffer was recorded. The rest is filled with zero bytes, and a partial block counts as
+    /// a whole one.
     /// @param header  the conversion record; its dwSrcUser and dwDstUser are set
     /// @param dwUse   PCM bytes
     void SetCompressUse(ACMSTREAMHEADER* header, unsigned long dwUse);
 
-    /// Notes how much of a source buffer was read. The rest is filled with zero bytes; a part of a block is reported.
+    /// Sets how much of a source buffer was read. The rest is filled with zero bytes; a partial block is reported.
     /// @param header  the conversion record; its dwSrcUser and dwDstUser are set
     /// @param dwUse   bytes of the file
     void SetUncompressUse(ACMSTREAMHEADER* header, unsigned long dwUse);
     ///@}
 
     /// @name Device steps
-    /// Input in MODE_RECORD, output in the play modes. Results are 0 or 1, in MODE_IDLE 1 unless nothing is to be done.
+    /// They use the input device in MODE_RECORD, the output device in the play modes. Results are 0 or 1; in MODE_IDLE
+    /// 1, unless there is nothing to do.
     ///@{
 
-    /// Opens the device; an output device is paused at once.
-    /// @return 0; 1: failure, or a device is open already
+    /// Opens the device and pauses an output device at once.
+    /// @return 0; 1: failure, or a device is already open
     unsigned long OpenWaveDevice();
 
-    /// Closes the mode's device.
-    /// @return 0, also when it is not open; 1: the system refused
+    /// Closes the device of the mode.
+    /// @return 0, also if it is not open; 1: the system refused
     unsigned long CloseWaveDevice();
 
-    /// Prepares the mode's records.
+    /// Prepares the device records of the mode.
     /// @return 0 or 1
     unsigned long PrepareWaveHeaders();
 
@@ -382,20 +387,20 @@ protected:
     /// @return 0 or 1
     unsigned long PrepareWaveHeader(WAVEHDR* header);
 
-    /// Undoes the preparation of the mode's records.
+    /// Unprepares the device records of the mode.
     /// @return 0 or 1
     unsigned long UnprepareWaveHeaders();
 
-    /// Undoes the preparation of a record; one that is not prepared is left alone.
+    /// Unprepares a record; does nothing if it is not prepared.
     /// @param header  record of the device
     /// @return 0 or 1
     unsigned long UnprepareWaveHeader(WAVEHDR* header);
 
-    /// Queues the mode's buffers.
+    /// Queues the buffers of the mode.
     /// @return 0 or 1
     unsigned long AddWaveBuffers();
 
-    /// Queues a buffer to be recorded into or played.
+    /// Queues a buffer for recording or playing.
     /// @param header  record of the device
     /// @return 0 or 1
     unsigned long AddWaveBuffer(WAVEHDR* header);
@@ -404,37 +409,37 @@ protected:
     /// @return 0 or 1
     unsigned long RemoveWaveBuffers();
 
-    /// Starts recording, or the output.
+    /// Starts recording or output.
     /// @return 0 or 1
     unsigned long StartWaveDevice();
     ///@}
 
     /// @name Notifications
-    /// The record is believed only when it is one of this object's; any other counts as a failure.
+    /// A record that is not one of this object's own is not read and counts as a failure.
     ///@{
 
-    /// A buffer came back from the input device: its audio is written to the file and the buffer is queued again,
-    /// unless the run is being stopped. One that came back empty through a reset holds what the position tells.
-    /// Failures call OnStop().
+    /// Handles a buffer from the input device: writes its audio to the file and queues it again unless the run is
+    /// stopping. For a buffer that a reset returned empty, the amount recorded is taken from the position. A failure
+    /// calls OnStop().
     /// @param device  the device
     /// @param header  its record
     void ProcessWimData(HWAVEIN device, WAVEHDR* header);
 
-    /// The input device was closed: the run ends, at the end of the data.
+    /// Handles the close of the input device: the run ends at the end of the data.
     /// @param device  the device
     void ProcessWimClose(HWAVEIN device);
 
-    /// A buffer was played: it is filled and queued again as long as there are data and the run is not being stopped.
-    /// After a step the position is advanced and OnStop() called. Failures call OnStop().
+    /// Handles a buffer that was played: fills and queues it again while there is data and the run is not stopping.
+    /// After a step it advances the position and calls OnStop(). A failure calls OnStop().
     /// @param device  the device
     /// @param header  its record
     void ProcessWomDone(HWAVEOUT device, WAVEHDR* header);
 
-    /// The output device was closed: the run ends, where the audio was heard last.
+    /// Handles the close of the output device: the run ends at the last position that was heard.
     /// @param device  the device
     void ProcessWomClose(HWAVEOUT device);
 
-    /// The timer ticked: while it runs, position and display are brought up to date.
+    /// Handles a timer message: while the timer is running, updates position and display.
     /// @param id  identifier of the timer
     void ProcessTimer(unsigned int id);
     ///@}
@@ -449,27 +454,27 @@ protected:
     /// Stops the timer.
     void StopDeviceTimer();
 
-    /// Asks the device for the position of a recording or a continuous playback, and calls OnStop() at the limit. A
+    /// Reads the position of a recording or a continuous playback from the device, and calls OnStop() at the limit. A
     /// limit that is not a whole number of blocks is never reached.
-    /// @return 0; 1: the device does not tell, the position is unchanged
+    /// @return 0; 1: the device has no position in bytes, and the old one is kept
     unsigned long UpdateDeviceTime();
 
     /// Zeroes position, base and limit of a recording or a continuous playback.
     void ClearDeviceTime();
 
-    /// The time that the run has reached; without a run, where the next one starts.
+    /// Returns the position of the run; without a run, where the next one starts.
     /// @param seconds  receives the seconds
     /// @return 0
     unsigned long GetTimeCurrent(double& seconds) const;
 
-    /// The length of the data; in MODE_RECORD that of the longest recording.
+    /// Returns the length of the data; in MODE_RECORD the length of the longest recording.
     /// @param seconds  receives the seconds
     /// @return 0
     unsigned long GetTimeTotal(double& seconds) const;
     ///@}
 
     /// @name Errors
-    /// The codes of failures come here and are not kept.
+    /// They receive the codes of failures and keep none.
     ///@{
 
     /// Does nothing.

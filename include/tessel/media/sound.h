@@ -9,26 +9,28 @@
 /// Result of CSound::Play() when the sound cannot be played.
 inline constexpr unsigned long STATUS_SOUND_NOT_PLAYED = 0x1E000000;
 
-/// Result of CSound when a device has no control of the asked kind.
+/// Result of CSound when a device has no control of the requested kind.
 inline constexpr unsigned long STATUS_SOUND_NO_CONTROL = 0x1E000001;
 
-/// Sets the volumes, mutes, record levels and record source of the machine's first mixer device, and plays sounds
-/// from memory.
+/// Sets the volumes, mutes, record levels and record source of the first mixer device, and plays sounds from memory.
 ///
-/// Make a CSoundPort to find the mixer's controls and put the workstation's settings into force, a CSoundViewer to find
-/// them only. The controls are recognised by their kind and by words in their names; their identifiers are kept in
-/// static members, so that what one object finds serves all of the process. An operation on a control that was never
+/// Make a CSoundPort to find the controls of the mixer and apply the workstation's settings, or a CSoundViewer only to
+/// find the controls. Controls are recognised by their kind and by words in their names. Their identifiers are kept in
+/// static members, so all objects of the process use what one of them finds. An operation on a control that was not
 /// found does nothing and succeeds.
 ///
-/// Levels go from 1 to 32; what is outside counts as the nearer end. A level L is written to a control as
-/// (L - 1) * 2048 + 2047, so 32 is a control's 65535.
+/// Wine calls the fader of the speaker "Volume", without the word "Master", so the speaker's volume is not found there.
+/// To find it, set mMaster to L"Volume" and call InitMixerLineOut().
+///
+/// Levels range from 1 to 32; other values are clamped. A level L is written to a control as (L - 1) * 2048 + 2047, so
+/// that 32 becomes 65535.
 ///
 /// Results are 0, STATUS_SOUND_NOT_PLAYED, STATUS_SOUND_NO_CONTROL or the multimedia error. A failure to open, close or
 /// initialise is also reported.
 ///
-/// Copies share the mixer handle and the sound image; the last of them to go closes and frees.
-/// Threads: one at a time uses an object. The static members are not locked: find the controls, which the
-/// construction of CSoundPort and CSoundViewer does, while no other thread uses any of these objects.
+/// Copies share the mixer handle and the sound; the last copy closes and frees them.
+/// Threads: one at a time for an object. The static members are not locked: find the controls, as the constructors of
+/// CSoundPort and CSoundViewer do, while no other thread uses any of these objects.
 class TESSEL_API CSound {
 public:
     /// What can be set.
@@ -36,62 +38,62 @@ public:
         SOUND_WAVE = 0,       ///< played sounds: volume, mute
         SOUND_MICROPHONE = 1, ///< microphone: volume and mute at the speaker, record level, record source
         SOUND_LINE_IN = 2,    ///< line in: volume and mute at the speaker, record source; its record level is not found
-        SOUND_SPEAKER = 3,    ///< all that is heard: volume, balance, mute
-        SOUND_RECORD_MASTER = 4 ///< all that is recorded: record level
+        SOUND_SPEAKER = 3,    ///< all output: volume, balance, mute
+        SOUND_RECORD_MASTER = 4 ///< all input: record level
     };
 
-    /// Identifier of a control that has not been found.
+    /// Identifier of a control that was not found.
     enum : unsigned long { INVALID_CONTROLID = 0xFFFFFFFF };
 
-    /// Opens the mixer; a failure is only reported. Finds no controls.
-    /// @param hwnd       window that the system tells of changes of controls and lines (MM_MIXM_CONTROL_CHANGE and
+    /// Opens the mixer without finding the controls. A failure is only reported.
+    /// @param hwnd       window that receives notifications of changed controls and lines (MM_MIXM_CONTROL_CHANGE and
     ///                   MM_MIXM_LINE_CHANGE, with the mixer handle as wParam and the identifier as lParam); null for
-    ///                   none. The class itself makes no use of them
-    /// @param bDefaults  not 0: finding the controls puts the workstation's settings into force
+    ///                   none. The class itself does not use them
+    /// @param bDefaults  not 0: finding the controls also applies the workstation's settings
     CSound(HWND hwnd, int bDefaults);
 
-    /// Reads a sound for Play(int), opens the mixer and calls Initialize(). The object is left without a sound, so that
-    /// Play(int) fails, by a file that cannot be read, is no RIFF file or lacks a byte of the length that it states,
-    /// and by a format that is incomplete or that no device plays: no channels, a block without samples, or a rate of 0
-    /// or above 384,000.
+    /// Reads a sound for Play(int), opens the mixer and calls Initialize(). A file that cannot be read, is not RIFF or
+    /// is shorter than it states leaves the object without a sound, so that Play(int) fails. So does an incomplete
+    /// format, or one that cannot be played: no channels, a block without samples, or a rate of 0 or above 384,000.
     /// @param file  path of a WAVE file, less than 4 GB
     explicit CSound(wchar_t* file);
 
-    /// Shares the mixer handle and the sound; without memory to note that, the copy has none.
+    /// Shares the mixer handle and the sound. Without memory to count the owner, the copy has neither.
     /// @param other  object to copy
     CSound(const CSound& other);
 
-    /// Gives up what the object has and shares what the other one has.
+    /// Releases what this object has and shares what the other one has.
     /// @param other  object to copy
     /// @return this object
     CSound& operator=(const CSound& other);
 
-    /// Closes the mixer and frees the sound, unless copies use them. The sound is stopped if it is being played.
+    /// Closes the mixer and frees the sound, unless copies use them. A sound that is playing is stopped.
     virtual ~CSound();
 
-    /// Opens the mixer, unless it is open.
-    /// @return 0: open, or the machine has no mixer; else the multimedia error, which is reported
+    /// Opens the mixer unless it is open.
+    /// @return 0: open, or no mixer exists; else the multimedia error, which is reported
     unsigned long Open();
 
-    /// Closes the mixer, unless copies use it; this object has none afterwards, whatever the result.
+    /// Closes the mixer unless copies use it. This object has none afterwards, whatever the result.
     /// @return 0: closed, or it was not open; else the multimedia error, which is reported
     unsigned long Close();
 
-    /// Finds the controls, those of the recording line first, and then, if the constructor was told so, puts the
-    /// workstation's settings into force: microphone muted at the speaker, line in at 16, wave and speaker at 10,
-    /// record master at 32, microphone recorded at 16 and chosen as the source. Stops at the first failure: without a
-    /// recording line the speaker is not looked at. Does nothing when m_bInit is set, and sets it when all succeeded.
-    /// @return 0; MMSYSERR_INVALHANDLE (5): the mixer is not open; else the multimedia error. It is reported
+    /// Finds the controls, those of the recording line first. If the constructor received bDefaults, it then applies
+    /// the workstation's settings: microphone muted at the speaker, line in at 16, wave and speaker at 10, record
+    /// master at 32, microphone recorded at 16 and selected as the source. It stops at the first failure: without a
+    /// recording line it does not search the speaker line. It does nothing if m_bInit is set, and sets it when
+    /// everything succeeded.
+    /// @return 0; MMSYSERR_INVALHANDLE (5): the mixer is not open; else the multimedia error. Failures are reported
     unsigned long Initialize();
 
-    /// Finds the controls of the recording line and its sources, of which those found before stay. With the
-    /// workstation's settings all its faders are set to 0.
+    /// Finds the controls of the recording line and its sources. Controls found earlier are kept unless they are found
+    /// again. With bDefaults, all faders of the line are set to 0.
     /// @return 0; MMSYSERR_INVALHANDLE: the mixer is not open; MMSYSERR_NOMEM: no memory, or a line that claims more
     ///         than 65,535 controls; else the multimedia error at which the search stopped
     unsigned int InitMixerWaveIn();
 
-    /// Finds the controls of the speaker line and its sources, of which those found before stay. With the
-    /// workstation's settings all its faders are set to 0 and all its switches to 1, which mutes.
+    /// Finds the controls of the speaker line and its sources. Controls found earlier are kept unless they are found
+    /// again. With bDefaults, all faders of the line are set to 0 and all switches to 1, which mutes.
     /// @return as InitMixerWaveIn()
     unsigned int InitMixerLineOut();
 
@@ -103,12 +105,12 @@ public:
 
     /// Reads a volume.
     /// @param device  SOUND_WAVE to SOUND_SPEAKER
-    /// @param level   receives 1 to 32; left as it is for a control that was never found and after a failure
-    /// @return 0, also for a control that was never found; STATUS_SOUND_NO_CONTROL or the multimedia error
+    /// @param level   receives 1 to 32; unchanged if the control was not found and after a failure
+    /// @return 0, also if the control was not found; STATUS_SOUND_NO_CONTROL or the multimedia error
     unsigned long GetVolume(SOUND_DEVICE device, unsigned long& level);
 
-    /// Sets the volume of a speaker line with two channels so that the louder one takes the level and the balance
-    /// stays; equal channels both take it. Where there are not two channels to be read it is SetVolume().
+    /// Sets the volume of a speaker line with two channels and keeps the balance: the louder channel takes the level,
+    /// or both if they are equal. If there are not two channels that can be read, it does the same as SetVolume().
     /// @param device  SOUND_SPEAKER
     /// @param level   1 to 32
     /// @return 0, STATUS_SOUND_NO_CONTROL or the multimedia error
@@ -116,7 +118,7 @@ public:
 
     /// Mutes or unmutes.
     /// @param device  SOUND_WAVE to SOUND_SPEAKER
-    /// @param bMute   0: unmute; else mute
+    /// @param bMute   0: unmute; not 0: mute
     /// @return 0, STATUS_SOUND_NO_CONTROL or the multimedia error
     unsigned long Mute(SOUND_DEVICE device, int bMute);
 
@@ -125,74 +127,74 @@ public:
     /// @return 0, STATUS_SOUND_NO_CONTROL or the multimedia error
     unsigned long UnMute(SOUND_DEVICE device);
 
-    /// Sets how loud something is recorded.
-    /// @param device  SOUND_MICROPHONE, SOUND_RECORD_MASTER; SOUND_LINE_IN, whose control is never found
+    /// Sets a record level.
+    /// @param device  SOUND_MICROPHONE or SOUND_RECORD_MASTER; SOUND_LINE_IN, whose control is never found
     /// @param level   1 to 32
     /// @return 0, STATUS_SOUND_NO_CONTROL or the multimedia error
     unsigned long SetRecordLevel(SOUND_DEVICE device, unsigned long level);
 
-    /// Chooses what is recorded: the items of the record-source control whose names contain mMicrophone or mLine are
-    /// switched on. If it takes one item only, all others are switched off, else they stay.
-    /// @param device  SOUND_MICROPHONE or SOUND_LINE_IN; for any other one no item is sought
+    /// Selects the record source: switches on the items of the record-source control whose names contain mMicrophone or
+    /// mLine. In a control that selects a single item it switches off all others; otherwise they stay as they are.
+    /// @param device  SOUND_MICROPHONE or SOUND_LINE_IN; any other device matches no item
     /// @return 0; MMSYSERR_NOMEM: no memory, or the control claims more than 65,535 items; else the multimedia error
     unsigned long SetRecordSource(SOUND_DEVICE device);
 
-    /// Plays the sound that was read from the file; an earlier one is stopped.
-    /// @param bSync  0: return at once; else when it has been played
-    /// @return 0; STATUS_SOUND_NOT_PLAYED: there is none, or the system refuses
+    /// Plays the sound that was read from the file and stops an earlier one.
+    /// @param bSync  0: return at once; not 0: return when it has been played
+    /// @return 0; STATUS_SOUND_NOT_PLAYED: no sound, or the system refused
     unsigned long Play(int bSync);
 
-    /// Plays a sound of the caller's; an earlier one is stopped.
-    /// @param image  a whole RIFF WAVE file in memory, whose lengths the system trusts. It stays the caller's and must
-    ///               stay as it is until it has been played. Null is refused
-    /// @param bSync  0: return at once; else when it has been played
-    /// @return 0; STATUS_SOUND_NOT_PLAYED: null, or the system refuses
+    /// Plays a sound from memory and stops an earlier one.
+    /// @param image  a complete RIFF WAVE file in memory, whose lengths the system trusts. The caller owns it and must
+    ///               not change or free it until it has been played. Null is refused
+    /// @param bSync  0: return at once; not 0: return when it has been played
+    /// @return 0; STATUS_SOUND_NOT_PLAYED: null, or the system refused
     unsigned long Play(wchar_t* image, int bSync);
 
-    /// The control of the speaker's volume, as notifications name it.
-    /// @return its identifier; INVALID_CONTROLID: not found
+    /// Returns the identifier of the speaker's volume control, as notifications carry it.
+    /// @return identifier; INVALID_CONTROLID: not found
     static unsigned long GetSpeakerVolumeControlId() { return mSpeakerVolCtrlId; }
 
-    /// The control of the speaker's mute, as notifications name it.
-    /// @return its identifier; INVALID_CONTROLID: not found
+    /// Returns the identifier of the speaker's mute control, as notifications carry it.
+    /// @return identifier; INVALID_CONTROLID: not found
     static unsigned long GetSpeakerMuteControlId() { return mSpeakerMuteCtrlId; }
 
-    /// Reads a switch, all its channels as one. An invalid identifier and a mixer that is not open are reported, here
-    /// and in the operations that follow.
+    /// Reads a switch, all channels as one. This and the following operations report an invalid identifier and a mixer
+    /// that is not open.
     /// @param id     identifier of the control
-    /// @param value  receives whether it is on; left as it is after a failure
+    /// @param value  receives whether it is on; unchanged after a failure
     /// @return 0 or the multimedia error
     unsigned int GetMixerControlBoolean(unsigned long id, bool& value);
 
     /// Sets a switch on all channels.
     /// @param id     identifier of the control
-    /// @param value  whether it is to be on
+    /// @param value  true: on
     /// @return 0 or the multimedia error
     unsigned int SetMixerControlBoolean(unsigned long id, bool value);
 
-    /// Reads a fader, all its channels as one.
+    /// Reads a fader, all channels as one.
     /// @param id     identifier of the control
-    /// @param value  receives its value, as a rule 0 to 65535; left as it is after a failure
+    /// @param value  receives the value, usually 0 to 65535; unchanged after a failure
     /// @return 0 or the multimedia error
     unsigned int GetMixerControlUnsigned(unsigned long id, unsigned long& value);
 
     /// Sets a fader on all channels.
     /// @param id     identifier of the control
-    /// @param value  the value, as a rule 0 to 65535
+    /// @param value  the value, usually 0 to 65535
     /// @return 0 or the multimedia error
     unsigned int SetMixerControlUnsigned(unsigned long id, unsigned long value);
 
     /// Reads a fader with two channels.
     /// @param id     identifier of the control
-    /// @param left   receives the left channel's value; left as it is after a failure
-    /// @param right  receives the right channel's value; left as it is after a failure
+    /// @param left   receives the value of the left channel; unchanged after a failure
+    /// @param right  receives the value of the right channel; unchanged after a failure
     /// @return 0 or the multimedia error
     unsigned int GetMixerControlUnsigned2(unsigned long id, unsigned long& left, unsigned long& right);
 
     /// Sets a fader with two channels.
     /// @param id     identifier of the control
-    /// @param left   the left channel's value
-    /// @param right  the right channel's value
+    /// @param left   value of the left channel
+    /// @param right  value of the right channel
     /// @return 0 or the multimedia error
     unsigned int SetMixerControlUnsigned2(unsigned long id, unsigned long left, unsigned long right);
 
@@ -206,19 +208,20 @@ public:
     static unsigned long mSpeakerMuteCtrlId;       ///< mute of the speaker
     static unsigned long mRecordMicLevelCtrlId;    ///< record level of the microphone
     static unsigned long mRecordLineInLevelCtrlId; ///< record level of line in; never found
-    static unsigned long mRecordMasterLevelCtrlId; ///< record level of all
-    static unsigned long mRecordSourcesCtrlId;     ///< which sources are recorded
+    static unsigned long mRecordMasterLevelCtrlId; ///< record level of all input
+    static unsigned long mRecordSourcesCtrlId;     ///< record-source selector
     static unsigned long mNumChannelIn;            ///< channels of the recording line
     static unsigned long mNumChannelOut;           ///< channels of the speaker line
 
-    /// Set once the controls have been found, and at the start, when they have not: a plain CSound does not look for
+    /// Not 0: the controls were found. It starts set although they were not, so that a plain CSound does not search for
     /// them unless it is cleared.
     static int m_bInit;
 
-    static const wchar_t* mMaster;     ///< word in the name of the speaker's volume: "Master"
-    static const wchar_t* mLine;       ///< word in the names of line in's controls and record source: "Line"
-    static const wchar_t* mMicrophone; ///< word in the names of the microphone's: "Microphone"
-    static const wchar_t* mWave;       ///< word in the names of the controls of played sounds: "Wave"
+    static const wchar_t* mMaster; ///< word in the name of the speaker's volume: "Master"
+    static const wchar_t* mLine;   ///< word in the names of line in's controls and record source: "Line"
+    static const wchar_t*
+        mMicrophone;             ///< word in the names of the microphone's controls and record source: "Microphone"
+    static const wchar_t* mWave; ///< word in the names of the controls of played sounds: "Wave"
 
 private:
     friend struct CSoundLayout;
@@ -231,12 +234,12 @@ private:
     HWND m_hWnd;
 };
 
-/// A CSound that puts the workstation's settings into force.
+/// A CSound that finds the controls and applies the workstation's settings.
 class TESSEL_API CSoundPort : public CSound {
 public:
-    /// Opens the mixer, sets the four words to their usual texts, finds the controls even if they were found before,
-    /// and puts the settings into force. Failures are only reported; Initialize() tries again.
-    /// @param hwnd  window that the system tells of changes; null for none
+    /// Opens the mixer, resets the four words to their defaults, finds the controls again and applies the settings.
+    /// Failures are only reported; Initialize() tries again.
+    /// @param hwnd  window that receives notifications of changes; null for none
     explicit CSoundPort(HWND hwnd);
 
     /// Copies the base.
@@ -246,16 +249,16 @@ public:
     /// @return this object
     CSoundPort& operator=(const CSoundPort&) = default;
 
-    /// Ends the base.
+    /// Destroys the base.
     ~CSoundPort() override = default;
 };
 
-/// A CSound that leaves the mixer's settings as they are.
+/// A CSound that finds the controls and does not change the settings of the mixer.
 class TESSEL_API CSoundViewer : public CSound {
 public:
-    /// Opens the mixer, sets the four words to their usual texts and finds the controls even if they were found before.
-    /// Failures are only reported; Initialize() tries again.
-    /// @param hwnd  window that the system tells of changes; null for none
+    /// Opens the mixer, resets the four words to their defaults and finds the controls again. Failures are only
+    /// reported; Initialize() tries again.
+    /// @param hwnd  window that receives notifications of changes; null for none
     explicit CSoundViewer(HWND hwnd);
 
     /// Copies the base.
@@ -265,6 +268,6 @@ public:
     /// @return this object
     CSoundViewer& operator=(const CSoundViewer&) = default;
 
-    /// Ends the base.
+    /// Destroys the base.
     ~CSoundViewer() override = default;
 };
