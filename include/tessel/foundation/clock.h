@@ -6,7 +6,7 @@
 /// Any thread may call these functions.
 ///@{
 
-/// Sets the machine's local clock (SetLocalTime). A date that does not exist is ignored, and so is 29 February.
+/// Sets the machine's local clock (SetLocalTime). Ignores dates that do not exist, and 29 February.
 /// @param day     1 to 31
 /// @param month   1 to 12
 /// @param year    four digits

@@ -2,15 +2,14 @@
 
 #include <tessel/foundation/platform.h>
 
-/// Keeps the system's dialogs about failing drives away (SEM_FAILCRITICALERRORS) until the matching
-/// EndErrorMode().
+/// Suppresses the system's dialogs about failing drives (SEM_FAILCRITICALERRORS) until the matching EndErrorMode().
 ///
-/// Pairs nest: only the outermost one changes the mode. The mode is the whole process's.
-/// Any thread may call either half.
+/// Pairs nest: only the outermost pair changes the mode, which applies to the whole process.
+/// Any thread may call either function.
 TESSEL_API void BeginErrorModeFailCritical();
 
-/// Ends what BeginErrorModeFailCritical() began; the outermost call restores the earlier mode.
+/// Ends what BeginErrorModeFailCritical() began; the outermost call restores the previous mode.
 ///
-/// A call without its Begin is reported and still counted: the next Begin then only evens it out,
-/// and the mode stays as it is until the calls are in pairs again.
+/// A call without a matching Begin is reported but still counts: the next Begin only balances it, and the mode does not
+/// change until the calls are paired again.
 TESSEL_API void EndErrorMode();

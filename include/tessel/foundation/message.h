@@ -7,13 +7,13 @@
 
 /// Waits for a message of the calling thread (GetMessageW).
 /// @param message  receives it
-/// @param hWnd     only for this window; null for all
+/// @param hWnd     window whose messages to get; null: all windows
 /// @param first    lowest message number; 0 with 0 for all
 /// @param last     highest message number
 /// @return not 0: a message; 0: WM_QUIT; -1: failure (GetLastError())
 TESSEL_API int GetAMessage(MSG* message, HWND hWnd, UINT first, UINT last);
 
-/// Hands a message to its window procedure (DispatchMessageW), on the calling thread.
+/// Dispatches a message to its window procedure (DispatchMessageW), on the calling thread.
 /// @param message  the message
 /// @return the window procedure's result
 TESSEL_API LRESULT DispatchAMessage(MSG* message);
@@ -38,7 +38,7 @@ TESSEL_API LRESULT SendAMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM l
 /// @return 0
 TESSEL_API int Dispatch_Pump();
 
-/// Number of a message that is the same in every process (RegisterWindowMessageW). Any thread.
+/// Registers a message, whose number is the same in every process (RegisterWindowMessageW). Any thread.
 /// @param name  name of the message
 /// @return the number; 0: failure (GetLastError())
 TESSEL_API UINT RegisterThisWindowMessage(const wchar_t* name);
@@ -50,7 +50,7 @@ TESSEL_API void QuitManager();
 /// @param text  the message
 TESSEL_API void MsgBox(const wchar_t* text);
 
-/// Makes a key event (keybd_event) with the character as its scan code.
+/// Synthesises a key event (keybd_event) with the character as its scan code.
 /// @param character  the character whose virtual key is used (VkKeyScanW)
 /// @param flags      8: extended key; 16: released instead of pressed. Others have no effect
 /// @return 0
@@ -59,7 +59,7 @@ TESSEL_API int SimulatedKeypress(unsigned char character, int flags);
 /// Starts a timer (SetTimer), on the window's thread.
 /// @param hWnd       window that gets WM_TIMER; may be null
 /// @param id         number of the timer
-/// @param ms         milliseconds between two ticks
+/// @param ms         interval in milliseconds
 /// @param procedure  called instead of the window's procedure; may be null
 /// @return the timer's number; 0: failure (GetLastError())
 TESSEL_API UINT_PTR SetATimer(HWND hWnd, UINT_PTR id, UINT ms, TIMERPROC procedure);

@@ -27,14 +27,14 @@ TESSEL_API unsigned long GetMyThread();
 /// @param ms  milliseconds
 TESSEL_API void Sleeper(int ms);
 
-/// Starts a thread of the C runtime (_beginthread) and gives up the rest of the time slice.
-/// @param entry      what it runs; the runtime closes the thread's handle when it returns
+/// Starts a thread of the C runtime (_beginthread) and yields the rest of the time slice.
+/// @param entry      function to run; the runtime closes the thread's handle when it returns
 /// @param stackSize  bytes of stack; 0 for the program's default
-/// @param argument   handed to @p entry unchanged
+/// @param argument   passed to @p entry unchanged
 /// @return the runtime's result, the low 32 bits of the handle; 0xFFFFFFFF: failure (errno)
 TESSEL_API unsigned long BeginThread(void (*entry)(void*), unsigned int stackSize, void* argument);
 
-/// Ends the calling thread, which BeginThread() started (_endthread). Destructors of its objects do not run.
+/// Ends the calling thread, started by BeginThread() (_endthread). Destructors of its objects do not run.
 TESSEL_API void EndThread();
 
 /// Priority of the calling thread (GetThreadPriority).
@@ -47,7 +47,7 @@ TESSEL_API int GetPriority();
 TESSEL_API int SetPriority(PRIORITY priority);
 
 /// Priority class of a process (GetPriorityClass).
-/// @param process  its handle, which stays the caller's
+/// @param process  process handle, owned by the caller
 /// @return the class; 0: failure (GetLastError())
 TESSEL_API unsigned long GetPriorityOfClass(HANDLE process);
 
@@ -56,9 +56,9 @@ TESSEL_API unsigned long GetPriorityOfClass(HANDLE process);
 /// @return not 0: set; 0: failure (GetLastError())
 TESSEL_API int SetProcess(PRIORITY priority);
 
-/// Whether this is not the first process that uses the name. It marks the process as running until it ends, also when
-/// another one is found, and keeps a handle: call it once, and do not poll with it.
+/// Whether another process already uses the name. Marks this process as running until it ends, even if another one
+/// is found, and keeps a handle: call it once, and do not poll with it.
 /// @param name  name of a mutex
-/// @return 1: another instance runs, or it cannot be told; 0: this is the first
+/// @return 1: another instance is running, or the check failed; 0: this is the first
 TESSEL_API int SingleInstance(const wchar_t* name);
 ///@}

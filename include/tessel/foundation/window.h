@@ -9,26 +9,26 @@ struct ORCA_tagPOINT {
 };
 
 /// @name Windows
-/// What creates, focuses or draws belongs to the window's thread; the others may be called on any.
+/// Call functions that create, focus or draw on the window's thread; the others on any thread.
 ///@{
 
-/// Tells a window that it has the focus: sends WM_SETFOCUS, and moves nothing.
+/// Sends WM_SETFOCUS to a window; does not move the focus.
 /// @param hWnd  the window
 TESSEL_API void SetWindowFocus(HWND hWnd);
 
 /// Sends WM_CLOSE.
 /// @param hWnd  the dialog
-/// @return the window procedure's result; 0 when it is no window
+/// @return the window procedure's result; 0 if it is not a window
 TESSEL_API int CloseDialog(HWND hWnd);
 
 /// Whether a window is visible (IsWindowVisible).
 /// @param hWnd  the window
-/// @return not 0: it is; 0: it is not
+/// @return not 0: yes; 0: no
 TESSEL_API int IsVisibleWindow(HWND hWnd);
 
 /// Whether a window is visible (IsWindowVisible).
 /// @param hWnd  the window
-/// @return not 0: it is; 0: it is not
+/// @return not 0: yes; 0: no
 TESSEL_API int IsThisWindowVisible(HWND hWnd);
 
 /// A control of a dialog (GetDlgItem).
@@ -43,29 +43,29 @@ TESSEL_API HWND GetWindowHandle(HWND dialog, int id);
 /// @return 0: success; 1: failure (GetLastError())
 TESSEL_API int GetRect(HWND hWnd, RECT& rectangle);
 
-/// Marks a rectangle for painting, background included (InvalidateRect). It sets nothing.
+/// Invalidates a rectangle, including its background (InvalidateRect). It sets nothing.
 /// @param hWnd       the window
 /// @param rectangle  in client pixels
 /// @return 0: success; 1: failure (GetLastError())
 TESSEL_API int SetRect(HWND hWnd, RECT& rectangle);
 
-/// A measure of the system (GetSystemMetrics).
-/// @param index  which, SM_...
+/// A system metric (GetSystemMetrics).
+/// @param index  SM_...
 /// @return its value; 0: unknown
 TESSEL_API int GetASystemMetrics(int index);
 
-/// Gives a window another parent (SetParent).
+/// Changes the parent of a window (SetParent).
 /// @param child   the window
 /// @param parent  the new parent; null for the desktop
-/// @return the parent before; null: failure (GetLastError())
+/// @return the previous parent; null: failure (GetLastError())
 TESSEL_API HWND SetAParent(HWND child, HWND parent);
 
 /// Moves the keyboard focus (SetFocus).
-/// @param hWnd  window of the calling thread; null takes the focus away
+/// @param hWnd  window of the calling thread; null: removes the focus
 /// @return the window that had it; null: none, or failure (GetLastError())
 TESSEL_API HWND SetTheFocus(HWND hWnd);
 
-/// The child at a point (ChildWindowFromPoint).
+/// The child window at a point (ChildWindowFromPoint).
 /// @param parent  the window
 /// @param point   in its client pixels
 /// @return the child, or the window itself; null: outside
@@ -77,14 +77,14 @@ TESSEL_API HWND ChildWindowFromAPoint(HWND parent, ORCA_tagPOINT point);
 /// @return not 0: converted; 0: failure (GetLastError())
 TESSEL_API int ScreenToClientConversion(HWND hWnd, ORCA_tagPOINT* point);
 
-/// A window's device context (GetDC), to be given back with ReleaseThisDC().
+/// A window's device context (GetDC), to be released with ReleaseThisDC().
 /// @param hWnd  the window; null for the screen
 /// @return the context; null: failure
 TESSEL_API HDC GetThisDC(HWND hWnd);
 
-/// Gives a device context back (ReleaseDC).
+/// Releases a device context (ReleaseDC).
 /// @param hWnd     the window
-/// @param context  what GetThisDC() gave
+/// @param context  result of GetThisDC()
 /// @return 1: released; 0: not
 TESSEL_API int ReleaseThisDC(HWND hWnd, HDC context);
 
@@ -94,46 +94,46 @@ TESSEL_API int ReleaseThisDC(HWND hWnd, HDC context);
 /// @return not 0: success; 0: failure (GetLastError())
 TESSEL_API int GetAWindowRect(HWND hWnd, RECT* rectangle);
 
-/// A 32-bit value kept with a window (GetWindowLongW).
+/// A 32-bit value stored with a window (GetWindowLongW).
 /// @param hWnd   the window
-/// @param index  which, GWL_... or an offset in bytes
+/// @param index  GWL_... or an offset in bytes
 /// @return the value; 0: none, or failure (GetLastError())
 TESSEL_API long GetAWindowLong(HWND hWnd, int index);
 
-/// Sets a 32-bit value kept with a window (SetWindowLongW).
+/// Sets a 32-bit value stored with a window (SetWindowLongW).
 /// @param hWnd   the window
-/// @param index  which, GWL_... or an offset in bytes
+/// @param index  GWL_... or an offset in bytes
 /// @param value  the new value
-/// @return the value before; 0: none, or failure (GetLastError())
+/// @return the previous value; 0: none, or failure (GetLastError())
 TESSEL_API long SetAWindowLong(HWND hWnd, int index, long value);
 
-/// Whether a handle is a window's (IsWindow).
+/// Whether a handle identifies a window (IsWindow).
 /// @param hWnd  the handle
-/// @return not 0: it is; 0: it is not
+/// @return not 0: yes; 0: no
 TESSEL_API int IsThisAWindow(HWND hWnd);
 
 /// A window's text (GetWindowTextW).
 /// @param hWnd         the window
 /// @param text         receives it, terminated and cut to fit
-/// @param sizeInChars  room in @p text, terminator included
+/// @param sizeInChars  size of @p text, including the terminator
 /// @return characters without the terminator; 0: none, or failure (GetLastError())
 TESSEL_API int GetAWindowText(HWND hWnd, wchar_t* text, int sizeInChars);
 
 /// Shows or hides a window (ShowWindow).
 /// @param hWnd     the window
-/// @param command  how, SW_...
+/// @param command  SW_...
 /// @return not 0: it was visible before; 0: it was hidden
 TESSEL_API int ShowAWindow(HWND hWnd, int command);
 
-/// Looks for a top-level window (FindWindowW) and may bring it to the front.
+/// Finds a top-level window (FindWindowW) and optionally brings it to the front.
 /// @param className   its class; null for any
 /// @param windowName  its title; null for any
-/// @param activate    whether to make it the foreground window
+/// @param activate    true: makes it the foreground window
 /// @return 1: found; 0: not
 TESSEL_API int IsWindowFound(const wchar_t* className, const wchar_t* windowName, bool activate);
 
-/// Makes a window the foreground window, borrowing the input of the thread that is there now (AttachThreadInput).
+/// Makes a window the foreground window by attaching to the input of the current foreground thread (AttachThreadInput).
 /// @param hWnd  the window
-/// @return not 0: done; 0: there is no foreground window, its input cannot be borrowed, or the system refuses
+/// @return not 0: done; 0: there is no foreground window, attaching failed, or the system refused
 TESSEL_API int SetForegroundWindowEx(HWND hWnd);
 ///@}

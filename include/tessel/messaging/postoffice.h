@@ -4,55 +4,55 @@
 
 #include <cstdint>
 
-/// Names a manager or another receiver of messages. The programs give the values; 0 names nobody.
+/// Identifies a manager or another receiver of messages. The programs define the values; 0 identifies none.
 enum ORCAOBJID : unsigned long {};
 
-/// Kind of a shared resource. The programs give the values; 1 is a frame window, 2 a dialog.
+/// Kind of a shared resource. The programs define the values; 1 is a frame window, 2 a dialog.
 enum RESOURCE_TYPE : unsigned long {};
 
-/// Which resource of its kind. The programs give the values.
+/// Identifies a resource of its kind. The programs define the values.
 enum RESOURCE_ID : unsigned long {};
 
-/// Monitor level of a manager. The programs give the values.
+/// Monitor level of a manager. The programs define the values.
 enum LEVEL : unsigned long {};
 
 /// @name The shared region
-/// Every process maps the same region, at an address of its own: tables are found by the offsets in the
-/// header. All numbers are little-endian and of fixed width, so 32-bit and 64-bit programs share it.
+/// Every process maps the same region at its own address and finds the tables by the offsets in the header. All
+/// numbers are little-endian and of fixed width, so that 32-bit and 64-bit programs share the region.
 ///@{
 
 /// Name of the paging-file mapping.
 inline constexpr wchar_t POST_OFFICE_REGION_NAME[] = L"SysVarda";
 /// Name of the semaphore that serialises the mailbox table and the pool between processes.
 inline constexpr wchar_t POST_OFFICE_LOCK_NAME[] = L"FileSafe";
-/// Records in the mailbox table; the first is never used by a registration.
+/// Records in the mailbox table; no registration uses the first.
 inline constexpr std::uint16_t POST_OFFICE_MAILBOXES = 100;
 /// Records in the resource table.
 inline constexpr std::uint16_t POST_OFFICE_RESOURCES = 1024;
-/// Blocks in the pool; the first is never handed out.
+/// Blocks in the pool; the first is never allocated.
 inline constexpr std::uint16_t SMALL_BLOCK_COUNT = 500;
 /// Data bytes of a block. The longest message is one byte shorter.
 inline constexpr std::uint16_t SMALL_BLOCK_SIZE = 5120;
 
-/// Head of the region: where the tables are and how many blocks are free.
+/// Header of the region: where the tables are and how many blocks are free.
 struct FILE_HEADER {
     std::uint32_t FileSize;       ///< bytes of the region
     std::uint16_t MailboxSize;    ///< bytes of one MAILBOX
     std::uint16_t MailboxCount;   ///< records in the mailbox table
     std::uint16_t MailboxesInUse; ///< registrations less unregistrations
     std::uint16_t Reserved1;      ///< 0
-    std::uint32_t MailboxOffset;  ///< where the mailbox table starts
+    std::uint32_t MailboxOffset;  ///< offset of the mailbox table
     std::uint16_t ResourceSize;   ///< bytes of one RESOURCE
     std::uint16_t ResourceCount;  ///< records in the resource table
     std::uint16_t ResourcesInUse; ///< 0; written at creation only
     std::uint16_t Reserved2;      ///< 0
-    std::uint32_t ResourceOffset; ///< where the resource table starts
+    std::uint32_t ResourceOffset; ///< offset of the resource table
     std::uint16_t SmallBlkSize;   ///< data bytes of one block
     std::uint16_t SmallBlkCount;  ///< blocks in the pool
     std::uint16_t SmallBlksInUse; ///< 0; written at creation only
     std::uint16_t Reserved3;      ///< 0
-    std::uint32_t SmallBlkOffset; ///< where the pool starts
-    std::uint32_t FreeSmallBlks;  ///< free blocks, the one that is never handed out included
+    std::uint32_t SmallBlkOffset; ///< offset of the pool
+    std::uint32_t FreeSmallBlks;  ///< free blocks, including the one that is never allocated
     std::uint32_t RecordFlag;     ///< CMailBox::SetRecordFlag()
 };
 
@@ -63,14 +63,14 @@ struct MAILBOX {
     std::uint32_t ObjId;     ///< the receiver's ORCAOBJID; 0 in a free record
     std::uint32_t Level;     ///< the receiver's LEVEL
     std::uint32_t ProcessId; ///< Win32 id of the process that registered it
-    std::uint32_t ThreadId;  ///< Win32 id of the thread that made the CMailBox
-    std::uint32_t hWnd;      ///< window that gets the notifications
+    std::uint32_t ThreadId;  ///< Win32 id of the thread that created the CMailBox
+    std::uint32_t hWnd;      ///< window that receives the notifications
 };
 
 /// A registered resource; free while ThreadId is 0.
 struct RESOURCE {
     std::uint32_t Type;      ///< RESOURCE_TYPE
-    std::uint32_t Owner;     ///< value that its owner chose
+    std::uint32_t Owner;     ///< value chosen by its owner
     std::uint32_t ThreadId;  ///< Win32 id of the thread that added it
     std::uint32_t ProcessId; ///< Win32 id of the process that added it
     std::uint32_t Id;        ///< RESOURCE_ID
@@ -83,11 +83,11 @@ struct SBLOCK {
     std::uint16_t Reserved0;             ///< 0
     std::uint32_t RefCount;              ///< 1 while allocated
     std::uint32_t Reserved;              ///< 0
-    std::uint32_t MsgId;                 ///< the sender's message word
-    std::uint32_t Length;                ///< bytes of the message plus one, a byte that is never written
-    std::uint32_t Receiver;              ///< ORCAOBJID that it is addressed to
-    std::uint32_t Sender;                ///< ORCAOBJID that sent it
-    std::uint8_t Data[SMALL_BLOCK_SIZE]; ///< first part of the message, the second directly behind it
+    std::uint32_t MsgId;                 ///< message word chosen by the sender
+    std::uint32_t Length;                ///< bytes of the message plus one; the last byte is never written
+    std::uint32_t Receiver;              ///< ORCAOBJID of the receiver
+    std::uint32_t Sender;                ///< ORCAOBJID of the sender
+    std::uint8_t Data[SMALL_BLOCK_SIZE]; ///< first part of the message, immediately followed by the second
 };
 
 /// Offset of the mailbox table in a region that this library creates.
@@ -102,47 +102,51 @@ inline constexpr std::uint32_t POST_OFFICE_REGION_SIZE = SMALL_BLOCK_OFFSET + SM
 
 class CPost;
 
-/// The process's view of the post office: the shared region, its lock, and who is registered in it.
+/// The process's view of the post office: the shared region, its lock, and the registered receivers.
 ///
-/// It has no state of its own: every object speaks for the one post office that CreateGlobalPostOffice()
-/// opened. CMailBox sends and receives, CResource keeps the resource table; both need it first.
+/// The object has no state: every object stands for the one post office that CreateGlobalPostOffice() opened. CMailBox
+/// sends and receives, CResource manages the resource table; both need the post office first.
 ///
-/// Create it once, before the first CMailBox, and destroy it after the last one. Without it, or when the region
-/// could not be mapped, addresses are null and nobody is found. Without it the lock cannot be taken either; after
-/// the message box about the region it stays taken, so that waiting for it has no end.
-/// Threads: any thread may call any operation, except that nobody may be using the post office while it
-/// is created or destroyed. The lock is not re-entrant: who holds it and takes it again waits for itself.
+/// There is one post office per logon session: the names of region and lock are local to the session, so that programs
+/// of different users, or a program and a service, do not share one.
+///
+/// Create it once, before the first CMailBox, and destroy it after the last one. Without it, or if the region could
+/// not be mapped, addresses are null and no receiver is found. Without it the lock cannot be acquired either; after the
+/// message box about the region the lock stays taken, and waiting for it never ends.
+/// Threads: any thread may call any operation, but no thread may use the post office while it is created or destroyed.
+/// The lock is not re-entrant: acquiring it twice deadlocks.
 class TESSEL_API CPostOffice {
 public:
-    /// Opens the machine's post office, or creates it when this process is the first.
+    /// Opens the post office of the logon session, or creates it if this process is the first.
     ///
-    /// Waits at most 5 s for the lock, reports when it does not get it, goes on, and frees the lock in the end: one
-    /// whose holder died is usable again, and one whose holder is slow protects it no longer. When the region can be
-    /// neither opened nor created, a message box says so, the call returns when it is closed, and the lock stays
-    /// taken. A region whose tables do not lie inside it is left alone: nothing is mapped then, which the first
-    /// CMailBox tells. A second call loses the first post office without closing it; objects made with it go on.
+    /// Waits at most 5 s for the lock. If that fails, it makes a report, continues, and releases the lock at the end: a
+    /// lock whose holder died is usable again, but one whose holder is slow no longer protects it. If the region can be
+    /// neither opened nor created, a message box says so; the call returns when it is closed, and the lock stays
+    /// taken. A region whose tables do not lie inside it is not used: nothing is mapped, and the first CMailBox reports
+    /// it in a message box. A second call abandons the first post office without closing it; objects created with it
+    /// continue to work.
     static void CreateGlobalPostOffice();
 
-    /// Closes the post office; the region disappears with the last process that has it open.
+    /// Closes the post office. The region is destroyed when the last process closes it.
     static void DestroyGlobalPostOffice();
 
-    /// Takes the lock that every change of the mailbox table and the pool is made under.
+    /// Acquires the lock that protects every change of the mailbox table and the pool.
     /// @param timeoutMs  milliseconds; INFINITE waits for ever
-    /// @return 0: taken; 1: time-out or failure
+    /// @return 0: acquired; 1: time-out or failure
     int LockThreadSafe(unsigned long timeoutMs);
 
-    /// Frees the lock.
+    /// Releases the lock.
     void UnlockThreadSafe();
 
     /// Whether a receiver is registered. Takes no lock.
-    /// @param id         the receiver; 0 is found in any free record
-    /// @param processId  Win32 id of the process that must have registered it; 0 for any
-    /// @return 1: it is; 0: it is not
+    /// @param id         the receiver; 0 matches any free record
+    /// @param processId  Win32 id of the process that registered it; 0 for any
+    /// @return 1: yes; 0: no
     static int IsManager(ORCAOBJID id, unsigned long processId);
 
-    /// Copies a receiver's record, the first in the table. Takes no lock, so the record may be changing.
-    /// @param id   the receiver; 0 is found in the first free record
-    /// @param out  receives the record; all zero when there is none
+    /// Copies the first record of a receiver. Takes no lock, so the record may be changing.
+    /// @param id   the receiver; 0 matches the first free record
+    /// @param out  receives the record; all zero if there is none
     /// @return 0: found; 1: not found
     static int GetManagerInfo(ORCAOBJID id, MAILBOX* out);
 
@@ -162,6 +166,6 @@ public:
     /// @return address in this process, valid until DestroyGlobalPostOffice(); null while unmapped
     SBLOCK* GetSmallBlockAddr();
 
-    /// The post office of this process; null before CreateGlobalPostOffice() and after the destruction.
+    /// The post office of this process; null before CreateGlobalPostOffice() and after DestroyGlobalPostOffice().
     static CPost* mpGlobalPostOffice;
 };
