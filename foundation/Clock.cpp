@@ -2,7 +2,7 @@
 
 namespace {
 
-/// Days of each month. ODD-60: 28 in February of every year, so that the clock is never set to its 29th.
+/// Days of each month. ODD-60: 28 in February of every year, so the clock is never set to 29 February.
 constexpr unsigned short kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
 
 bool Exists(const SYSTEMTIME& time) {

@@ -39,7 +39,7 @@ CEvent::CEvent(const wchar_t* name, int manualReset, int initialState, int openT
 
 CEvent::CEvent(unsigned long handle) : m_hEvent(nullptr) {
     if (handle != 0) {
-        // ODD-07: the process id stands where a process handle belongs, so this fails as a rule.
+        // ODD-07: passes the process id in place of a process handle, so this usually fails.
         const HANDLE process = ULongToHandle(GetCurrentProcessId());
         if (!DuplicateHandle(process, ULongToHandle(handle), process, &m_hEvent, 0, TRUE, DUPLICATE_SAME_ACCESS)) {
             m_hEvent = nullptr;
@@ -49,12 +49,12 @@ CEvent::CEvent(unsigned long handle) : m_hEvent(nullptr) {
 }
 
 CEvent::~CEvent() {
-    if (IsOpen()) (void)CloseHandle(m_hEvent); // a copy may have closed it before
+    if (IsOpen()) (void)CloseHandle(m_hEvent); // a copy may have closed it
     m_hEvent = nullptr;
 }
 
 unsigned long CEvent::WaitOnEvent(unsigned long timeoutMs) {
-    // ODD-08: the mark of a failed open is waited on like a handle.
+    // ODD-08: INVALID_HANDLE_VALUE of a failed open is waited on like a handle.
     switch (WaitForSingleObjectEx(m_hEvent, timeoutMs, FALSE)) {
     case WAIT_OBJECT_0: return 0;
     case WAIT_FAILED: return GetLastError();

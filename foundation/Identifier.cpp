@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Compares the identifiers alone, without what is reserved.
+/// Compares the identifiers without the reserved bytes.
 bool AreEqual(const OCUID& left, const OCUID& right) {
     UUID first = left.Uuid;
     UUID second = right.Uuid;
@@ -19,7 +19,7 @@ bool AreEqual(const OCUID& left, const OCUID& right) {
 } // namespace
 
 COCuid::COCuid(int create) : m_Uid{}, m_szText{}, m_iPresent(0) {
-    if (create == 1) (void)Create(); // whoever asks finds it in the presence
+    if (create == 1) (void)Create(); // IsPresent() returns the result
 }
 
 unsigned long COCuid::Create() {
@@ -38,8 +38,9 @@ int COCuid::ToString(const OCUID* uid, wchar_t* text, unsigned long size) {
     UUID uuid = uid->Uuid;
     RPC_WSTR converted = nullptr;
     if (UuidToStringW(&uuid, &converted) != RPC_S_OK) return 1;
-    std::wcsncpy(text, reinterpret_cast<const wchar_t*>(converted), size); // ODD-160: open when the room is filled
-    (void)RpcStringFreeW(&converted);                                      // it cannot fail for a text that was made
+    std::wcsncpy(text, reinterpret_cast<const wchar_t*>(converted),
+                 size);               // ODD-160: not terminated if it fills the buffer
+    (void)RpcStringFreeW(&converted); // cannot fail for a text from UuidToStringW
     return 0;
 }
 
@@ -56,7 +57,7 @@ int COCuid::operator==(const OCUID* other) const {
 
 int COCuid::operator==(const COCuid* other) const {
     if (m_iPresent == 0 || other == nullptr) return 0; // GUARD-09
-    return AreEqual(m_Uid, other->m_Uid);              // ODD-161: whether the other holds one is not looked at
+    return AreEqual(m_Uid, other->m_Uid);              // ODD-161: does not check whether the other holds one
 }
 
 int COCuid::operator==(const COCuid& other) const {
@@ -83,16 +84,16 @@ int COCuid::SetUid(const OCUID* source, int overwrite) {
     return m_iPresent = 1;
 }
 
-// NOLINTBEGIN(misc-unconventional-assign-operator): callers look at the results.
+// NOLINTBEGIN(misc-unconventional-assign-operator): callers check the results.
 int COCuid::operator=(const OCUID* source) {
     if (m_iPresent != 0 || source == nullptr) return 0; // GUARD-09
     m_Uid = *source;
-    (void)ToString(&m_Uid, m_szText, TEXT_SIZE); // ODD-162: without its text the identifier counts as set too
+    (void)ToString(&m_Uid, m_szText, TEXT_SIZE); // ODD-162: set even if the text cannot be generated
     m_iPresent = 1;
     return 1;
 }
 
-// ODD-163: 0 is success here, and what is held is replaced, the reverse of the assignment of a record.
+// ODD-163: returns 0 for success and replaces an identifier that is held; the assignment of a record does the reverse.
 int COCuid::operator=(const COCuid* source) {
     if (source == nullptr || source->m_iPresent == 0) return 1; // GUARD-09
     *this = *source;
@@ -100,10 +101,10 @@ int COCuid::operator=(const COCuid* source) {
 }
 
 int COCuid::operator=(const wchar_t* text) {
-    wchar_t kept[TEXT_SIZE]{}; // the text may be this object's own
-    // GUARD-150: a text that fills the field is cut by its last character; the field would be read beyond its end.
-    if (text != nullptr) std::wcsncpy(kept, text, TEXT_SIZE - 1);
-    std::copy_n(kept, TEXT_SIZE, m_szText);
+    wchar_t copy[TEXT_SIZE]{}; // the text may be this object's own
+    // GUARD-150: a text that fills the field loses its last character; otherwise reads would run past the field.
+    if (text != nullptr) std::wcsncpy(copy, text, TEXT_SIZE - 1);
+    std::copy_n(copy, TEXT_SIZE, m_szText);
     const int failed = ToUid(m_szText, &m_Uid);
     m_iPresent = failed == 0;
     return failed;

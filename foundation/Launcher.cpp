@@ -1,5 +1,7 @@
 #include <foundation/Launcher.h>
 
+#include <foundation/Handle.h>
+
 namespace tessel {
 
 namespace {
@@ -73,9 +75,9 @@ bool RunHidden(wchar_t* commandLine, const StandardStreams* streams, DWORD timeo
     }
     PROCESS_INFORMATION process{};
     if (!Create(nullptr, commandLine, true, nullptr, startup, process)) return false;
-    exitCode = WaitForEnd(process.hProcess, timeoutMs);
-    (void)CloseHandle(process.hThread); // both were opened just now
-    (void)CloseHandle(process.hProcess);
+    const Handle thread(process.hThread);
+    const Handle program(process.hProcess);
+    exitCode = WaitForEnd(program.Get(), timeoutMs);
     return true;
 }
 

@@ -21,7 +21,7 @@ bool EndsInRange(unsigned long offset, unsigned long count) {
     return count <= kLastOffset - offset;
 }
 
-/// Whether a file's handle is open; ReName() leaves a closed one behind, which has no owners to count.
+/// Whether a file's handle is open. ReName() leaves a closed handle, which has no owners to count.
 bool IsOpen(HANDLE file) {
     DWORD flags = 0;
     return file != INVALID_HANDLE_VALUE && GetHandleInformation(file, &flags) != 0;
@@ -31,8 +31,8 @@ void FreeHeap(unsigned char* buffer) {
     if (buffer != nullptr && RemoveOwner(buffer)) std::free(buffer);
 }
 
-/// Resizes a buffer that may be shared: the others then keep the old one.
-/// @return the buffer; null without memory, and then the old one is unchanged
+/// Resizes a buffer that may be shared; other owners keep the old one.
+/// @return the buffer; null: out of memory, and the old one is unchanged
 unsigned char* ResizeHeap(unsigned char* buffer, std::size_t oldSize, std::size_t newSize) {
     if (buffer == nullptr || !tessel::IsShared(buffer)) {
         return static_cast<unsigned char*>(std::realloc(buffer, newSize));
@@ -44,7 +44,7 @@ unsigned char* ResizeHeap(unsigned char* buffer, std::size_t oldSize, std::size_
     return own;
 }
 
-/// A caller's pointer, which may point into the very buffer that is about to move.
+/// A caller's pointer, which may point into the buffer that is about to move.
 template <class Byte> class CallersBuffer {
 public:
     CallersBuffer(Byte* range, unsigned char* buffer, unsigned long size)
@@ -99,7 +99,7 @@ void CMemory::KeepName(const wchar_t* name) {
     (void)CopyString(m_szName, name, sizeof m_szName / sizeof m_szName[0]); // GUARD-203: a longer name is cut
 }
 
-// GUARD-06: copies hold the same buffers and handles by value, where each freeing them would free them twice.
+// GUARD-06: copies share buffers and handles; if each copy freed them, they would be freed twice.
 void CMemory::ShareWith(const CMemory& other) {
     m_pBuffer = Share(other.m_pBuffer);
     m_pReadCopy = Share(other.m_pReadCopy);
@@ -120,7 +120,7 @@ void CMemory::ShareWith(const CMemory& other) {
     m_iNewFile = other.m_iNewFile;
 }
 
-// ODD-22: what the target of an assignment held is neither closed nor freed; a copy may be its last owner now.
+// ODD-22: the target's previous storage is neither closed nor freed; a copy may now be its last owner.
 void CMemory::DropOwnership() {
     (void)RemoveOwner(m_pBuffer);
     (void)RemoveOwner(m_pReadCopy);
@@ -128,7 +128,7 @@ void CMemory::DropOwnership() {
     if (m_iKind == KIND_FILE) (void)RemoveOwner(m_hHandle);
 }
 
-// What the system refuses to free here was freed by a caller that got hold of it; nothing is left to do.
+// If the system refuses to free something, a caller has freed it already.
 void CMemory::ReleaseResources() {
     switch (m_iKind) {
     case KIND_HEAP: FreeHeap(m_pBuffer); break;
@@ -167,7 +167,7 @@ int CMemory::PrepareRead(unsigned long offset, unsigned long count) {
         if (status == 0) std::memset(m_pBuffer + oldSize, 0, m_ulSize - oldSize);
         return status;
     }
-    case KIND_MAPPING: // ODD-10: a read may not end at the very end, a write may
+    case KIND_MAPPING: // ODD-10: a write may end exactly at the end, a read may not
         return EndsInRange(offset, count) && offset + count < m_ulSize ? 0 : ERROR_NOT_ENOUGH_MEMORY;
     default: return 0;
     }
@@ -181,8 +181,8 @@ int CMemory::PrepareWrite(unsigned long offset, unsigned long count) {
     }
 }
 
-/// The part of a range that lies inside the memory there really is.
-/// GUARD-08: a mapping may be smaller than its user said, and a global block is not checked before.
+/// The part of a range that lies inside the actual memory.
+/// GUARD-08: a mapping may be smaller than its user stated, and a global block is not checked earlier.
 unsigned long CMemory::BytesInBounds(unsigned long offset, unsigned long count) const {
     if (m_pBuffer == nullptr) return 0;
     const unsigned long size = m_iKind == KIND_MAPPING ? tessel::MappedBytes(m_pBuffer) : m_ulSize;
@@ -192,7 +192,7 @@ unsigned long CMemory::BytesInBounds(unsigned long offset, unsigned long count) 
 int CMemory::Fetch(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& got) {
     if (m_iKind == KIND_FILE) {
         const int status = FetchFromFile(dest, count, offset, got);
-        m_ulReadCursor = offset + count; // also after a failure
+        m_ulReadCursor = offset + count; // even after a failure
         return status;
     }
     got = BytesInBounds(offset, count);
@@ -237,7 +237,7 @@ int CMemory::ReadMemory(unsigned char** result, unsigned long count, unsigned lo
     if (!EnlargeReadCopy(count)) return m_iStatus = ERROR_NOT_ENOUGH_MEMORY;
     unsigned long got = 0;
     m_iStatus = Fetch(m_pReadCopy, count, offset, got);
-    std::memset(m_pReadCopy + got, 0, std::size_t{count} - got + 1); // nothing of an earlier read shows through
+    std::memset(m_pReadCopy + got, 0, std::size_t{count} - got + 1); // hides the data of an earlier read
     *result = m_pReadCopy;
     return m_iStatus;
 }
@@ -256,13 +256,13 @@ void* CMemory::GetBuffer(unsigned long size) {
     if (m_iKind != KIND_GLOBAL) return m_pBuffer;
     if (m_pBuffer != nullptr && size > m_ulSize) {
         if (RemoveOwner(m_pBuffer)) (void)GlobalFree(m_pBuffer); // allocated here
-        m_hHandle = m_pBuffer = nullptr;                         // GUARD-10: without memory no freed block stays behind
+        m_hHandle = m_pBuffer = nullptr; // GUARD-10: if the allocation fails, no freed block is left
         m_ulSize = 0;
     }
     auto* const block = static_cast<unsigned char*>(GlobalAlloc(GMEM_FIXED, size));
     m_iStatus = block != nullptr ? 0 : static_cast<int>(GetLastError());
     if (block == nullptr) return m_pBuffer;
-    if (m_pBuffer != nullptr) (void)RemoveOwner(m_pBuffer); // ODD-11: a block that was large enough stays allocated
+    if (m_pBuffer != nullptr) (void)RemoveOwner(m_pBuffer); // ODD-11: a sufficiently large block stays allocated
     m_hHandle = m_pBuffer = block;
     m_ulSize = static_cast<unsigned long>(std::min<SIZE_T>(GlobalSize(block), kLastOffset));
     return m_pBuffer;

@@ -51,7 +51,7 @@ int CMemory::FetchFromFile(unsigned char* dest, unsigned long count, unsigned lo
 int CMemory::StoreInFile(const unsigned char* src, unsigned long count, unsigned long offset) {
     DWORD written = 0;
     int status = Seek(m_hHandle, offset);
-    // ODD-12: how much was written is not looked at.
+    // ODD-12: the number of bytes written is not checked.
     if (status == 0) status = StatusOf(::WriteFile(m_hHandle, src, count, &written, nullptr));
     return status;
 }
@@ -71,7 +71,7 @@ int CMemory::RemoveFile(const wchar_t* name) {
 
 int CMemory::ReName(const wchar_t* newName) {
     if (m_hHandle != nullptr) {
-        if (m_iKind == KIND_FILE) (void)tessel::RemoveOwner(m_hHandle); // closed for the copies as well
+        if (m_iKind == KIND_FILE) (void)tessel::RemoveOwner(m_hHandle); // closed for the copies, too
         (void)CloseHandle(m_hHandle);                                   // ODD-13: the field keeps the closed handle
     }
     m_iStatus = newName == nullptr ? -1 : _wrename(m_szName, newName); // GUARD-09

@@ -3,9 +3,9 @@
 
 namespace {
 
-/// Asks for a mapping of size 0, which opens one that exists and refuses to create one. A system that
-/// refuses the size before it looks at the name is asked to open the name.
-/// @param error  receives the reason when there is no such mapping
+/// Creates a mapping of size 0, which opens an existing one but never creates one. If the system rejects the size
+/// before it checks the name, opens the mapping by name.
+/// @param error  receives the reason if there is no such mapping
 HANDLE AttachToMapping(unsigned long size, const wchar_t* name, DWORD& error) {
     HANDLE mapping = CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, size, name);
     error = GetLastError();
@@ -26,6 +26,6 @@ int CMemory::OpenMapping(unsigned long size, const wchar_t* name) {
     const int status = m_pBuffer == nullptr ? static_cast<int>(GetLastError()) : 0;
     if (m_pBuffer != nullptr) m_hMapping = mapping.Release();
     KeepName(name);
-    m_ulSize = m_ulRequestedSize = size; // ODD-14: only now, so that the size is the caller's word
+    m_ulSize = m_ulRequestedSize = size; // ODD-14: set only now, so that the whole mapping is opened
     return status;
 }

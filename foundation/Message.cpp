@@ -18,7 +18,8 @@ LRESULT SendAMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
 
 int Dispatch_Pump() {
     MSG message{};
-    while (GetMessageW(&message, nullptr, 0, 0) != 0) (void)DispatchMessageW(&message); // nobody asks for the result
+    while (GetMessageW(&message, nullptr, 0, 0) != 0)
+        (void)DispatchMessageW(&message); // the result is meaningless here
     return 0;
 }
 
@@ -31,11 +32,11 @@ void QuitManager() {
 }
 
 void MsgBox(const wchar_t* text) {
-    (void)MessageBoxW(nullptr, text, L"Varda Message", MB_OK); // there is but one button
+    (void)MessageBoxW(nullptr, text, L"Varda Message", MB_OK); // OK is the only button
 }
 
-// ODD-27: the character is the scan code, and the flags 1 (shift) and 2 (control) have no effect: the event takes
-// only the low byte of the virtual key.
+// ODD-27: passes the character as the scan code. The flags 1 (shift) and 2 (control) have no effect, because the event
+// takes only the low byte of the virtual key.
 int SimulatedKeypress(unsigned char character, int flags) {
     constexpr int kExtended = 8;
     constexpr int kReleased = 16;

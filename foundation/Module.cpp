@@ -15,7 +15,7 @@ namespace tessel {
 
 void KeepModule(HINSTANCE module, bool attaches) {
     ownModule = module;
-    if (attaches) (void)TesselSetStringModule(module); // an earlier module stays, which is as good
+    if (attaches) (void)TesselSetStringModule(module); // a module that is set already stays
 }
 
 } // namespace tessel
@@ -40,7 +40,7 @@ int TesselLoadString(unsigned int id, wchar_t* buffer, int sizeInChars) {
     return LoadStringW(stringModule, id, buffer, sizeInChars);
 }
 
-// ODD-29: it loads modules; the name is what programs call.
+// ODD-29: loads modules despite its name.
 HINSTANCE LoadImageW(const wchar_t* name) {
     return LoadLibraryW(name);
 }

@@ -4,7 +4,7 @@
 
 namespace tessel {
 
-/// Holds one permit of a semaphore, or a lock, for a scope, unless it was not to be had in time.
+/// Acquires a permit of a semaphore, or a lock, for a scope, unless that times out.
 class Permit {
 public:
     /// Waits for the permit.

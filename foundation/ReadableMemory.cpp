@@ -13,11 +13,12 @@ bool CanBeRead(const MEMORY_BASIC_INFORMATION& region) {
 }
 
 #ifdef __GNUC__
-#pragma GCC diagnostic ignored "-Warray-bounds" // the thread's block is read through a segment, at small addresses
+#pragma GCC diagnostic ignored                                                                                         \
+    "-Warray-bounds" // reads the thread's block through a segment register, at small addresses
 #endif
 
-/// Whether memory lies on the thread's own stack, as records of messages that were sent do. It spares asking the
-/// system, which takes longer than what most messages are for.
+/// Whether memory lies on the calling thread's stack, as records of sent messages do. Querying the system takes longer
+/// than handling most messages.
 bool IsOnStack(std::uintptr_t start, std::uintptr_t end) {
     const auto* const block = reinterpret_cast<const NT_TIB*>(NtCurrentTeb());
     return start >= reinterpret_cast<std::uintptr_t>(block->StackLimit) &&
@@ -33,7 +34,7 @@ bool tessel::IsReadable(const void* address, std::size_t size) {
     if (IsOnStack(start, end)) return true;
     MEMORY_BASIC_INFORMATION region{};
     for (auto at = start; at < end; at = reinterpret_cast<std::uintptr_t>(region.BaseAddress) + region.RegionSize) {
-        // A record may lie across pages that are protected differently, such as written and unwritten ones.
+        // A record may span pages with different protection, such as written and unwritten ones.
         const bool known = VirtualQuery(reinterpret_cast<const void*>(at), &region, sizeof region) != 0;
         if (!known || !CanBeRead(region)) return false;
     }

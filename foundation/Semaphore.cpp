@@ -26,7 +26,7 @@ CSemaphore::CSemaphore(const wchar_t* name, int signal)
 }
 
 CSemaphore::~CSemaphore() {
-    if (m_hSemaphore != nullptr) (void)CloseHandle(m_hSemaphore); // a copy may have closed it before
+    if (m_hSemaphore != nullptr) (void)CloseHandle(m_hSemaphore); // a copy may have closed it
 }
 
 unsigned long CSemaphore::GetKeptError() const {
@@ -51,7 +51,7 @@ int CSemaphore::WaitOnSemaphoreA(unsigned long timeoutMs, void* handle) {
         const DWORD result = WaitForSingleObjectEx(handle, timeoutMs, FALSE);
         if (result == WAIT_FAILED) return static_cast<int>(GetLastError());
         if (result != WAIT_ABANDONED) return static_cast<int>(result);
-        (void)::ReleaseSemaphore(handle, 1, nullptr); // fails on a mutex, which the next wait then takes again
+        (void)::ReleaseSemaphore(handle, 1, nullptr); // fails on a mutex, which the next wait acquires again
         Sleep(kRetryPauseMs);
     }
 }
@@ -61,7 +61,7 @@ int CSemaphore::ReleaseSemaphoreA() {
     return static_cast<int>(KeepError());
 }
 
-// ODD-05: 1 is success here and 0 is success in ReleaseSemaphoreA.
+// ODD-05: returns 1 for success, ReleaseSemaphoreA returns 0.
 int CSemaphore::ReleaseSemaphore(long count) {
     if (::ReleaseSemaphore(m_hSemaphore, count, nullptr)) return 1;
     (void)KeepError();
@@ -81,6 +81,6 @@ int CThreadLock::Unlock() {
 int CThreadLock::IsLocked() {
     const int result = WaitOnSemaphore(0);
     if (result != 0) return result;
-    (void)ReleaseSemaphore(1); // the permit was taken just now, so there is room for it
+    (void)ReleaseSemaphore(1); // cannot fail: the permit was just acquired
     return 0;
 }

@@ -4,7 +4,7 @@ namespace tessel {
 
 /// Counts the owners of a resource that objects share by value, so that the last of them frees it.
 ///
-/// A resource is entered only once it is shared: one without an entry has a single owner.
+/// A resource has an entry only while it is shared: without an entry it has a single owner.
 /// Any thread may call these functions.
 
 /// Adds an owner.

@@ -13,7 +13,7 @@ namespace {
 using tessel::ReportUnless;
 
 constexpr const char* kSource = "StringConversions";
-/// Line of the first of the three reports that each form of CopyString() makes.
+/// Each form of CopyString() makes three reports with consecutive lines; these are the first ones.
 constexpr unsigned int kNarrowLine = 13;
 constexpr unsigned int kNarrowingLine = 34;
 constexpr unsigned int kWideningLine = 55;
@@ -27,8 +27,8 @@ std::size_t Length(const wchar_t* text) {
     return std::wcslen(text);
 }
 
-/// Reports bad arguments on three lines from @p firstLine on.
-/// @return true: the copy can be made; false: only an empty string could be written, and was
+/// Reports invalid arguments with consecutive lines from @p firstLine.
+/// @return true: valid; false: not, and an empty string was written if possible
 template <class Target, class Source>
 bool CanCopy(Target* dest, const Source* src, unsigned int size, unsigned int firstLine) {
     ReportUnless(dest != nullptr, "pDest", {kSource, firstLine});
@@ -47,22 +47,22 @@ template <class Target, class Source> unsigned long TerminateIfCut(Target* dest,
     return 1;
 }
 
-/// Copies through one of the runtime's conversions, which leave the text open where a character cannot
-/// be converted or where it grows to just the room there is.
+/// Copies with one of the runtime's conversions. They do not terminate the text if a character cannot be converted, or
+/// if the text grows to exactly the size of the destination.
 template <class Target, class Source>
 void Convert(std::size_t (*convert)(Target*, const Source*, std::size_t), Target* dest, const Source* src,
              unsigned int size) {
     constexpr auto kFailed = static_cast<std::size_t>(-1);
     std::size_t converted = convert(dest, src, size);
-    if (converted == kFailed) { // GUARD-02: once more into a cleared buffer, so that the text is closed
+    if (converted == kFailed) { // GUARD-02: repeat into a cleared buffer, so that the text is terminated
         std::memset(dest, 0, size * sizeof(Target));
-        converted = convert(dest, src, size); // fails at the same place
+        converted = convert(dest, src, size); // fails at the same character
     }
     dest[std::min<std::size_t>(converted, size - 1)] = 0;
 }
 
 bool IsSpace(char character) {
-    // GUARD-03: a negative index would read in front of the runtime's character table.
+    // GUARD-03: a negative index would read before the runtime's character table.
     return character >= 0 && std::isspace(character) != 0;
 }
 
@@ -127,7 +127,7 @@ wchar_t* TrimLeft(wchar_t* text) {
     return TrimLeftOf(text);
 }
 
-// ODD-03: reaching the first character leaves everything as it is, so a letter and two blanks stay.
+// ODD-03: if only white space follows the first character, nothing is removed.
 char* TrimRight(char* text) {
     if (text == nullptr || *text == '\0') return text;
     for (char* last = text + std::strlen(text) - 1; last != text; --last) {
@@ -138,7 +138,7 @@ char* TrimRight(char* text) {
     return text;
 }
 
-// ODD-04: each blank is cut as it is passed, so only the first character, never tested, is sure to stay.
+// ODD-04: removes white space as it goes; the first character is never tested.
 wchar_t* TrimRight(wchar_t* text) {
     if (text == nullptr || *text == L'\0') return text;
     for (wchar_t* last = text + std::wcslen(text) - 1; last != text && IsSpace(*last); --last) *last = L'\0';

@@ -12,11 +12,11 @@ namespace {
 
 using tessel::kNotSignalled;
 
-/// The handles as they were when a wait began; what the system can wait for needs no allocation.
+/// The handles at the start of a wait. As many as the system can wait for need no allocation.
 class HandleCopy {
 public:
     HandleCopy(CThreadLock& lock, const unsigned long& count, HANDLE* const& handles) {
-        // Not held when a destroyed copy has closed the lock; the handles are then taken all the same.
+        // Not held if a destroyed copy has closed the lock; copy the handles even then.
         const tessel::Permit locked(lock, INFINITE);
         m_count = count;
         if (m_count > MAXIMUM_WAIT_OBJECTS) m_large.reset(new (std::nothrow) HANDLE[m_count]);
@@ -47,7 +47,7 @@ DWORD WaitFor(HandleCopy& objects, unsigned long timeoutMs, bool waitAll) {
 
 CWait::CWait() : m_ulSpare(0), m_ulCount(0), m_pHandles(nullptr), m_Lock(nullptr) {}
 
-// GUARD-05: each copy has an array of its own, where sharing it would free it twice.
+// GUARD-05: each copy has its own array; a shared one would be freed twice.
 CWait::CWait(const CWait& other) : m_ulSpare(other.m_ulSpare), m_ulCount(0), m_pHandles(nullptr), m_Lock(other.m_Lock) {
     CopyHandles(other);
 }
@@ -104,7 +104,7 @@ void CWait::Delete(HANDLE handle) {
     HANDLE* const found = std::find(m_pHandles, end, handle);
     if (found == end) return;
     m_ulCount -= 1;
-    // ODD-09: the copy runs upwards over itself, so the removed handle stays and its followers go.
+    // ODD-09: the copy overwrites itself upwards, so the removed handle stays and its successors are lost.
     for (HANDLE* entry = found; entry != end - 1; ++entry) entry[1] = entry[0];
     if (m_ulCount > 0) return;
     delete[] m_pHandles;
@@ -152,6 +152,6 @@ unsigned long CWait::WaitOnAnyObjectOrMsg(void*& signalled, MSG& message, unsign
         return 0;
     }
     if (result != objects.Count()) return kNotSignalled;
-    (void)PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE); // a sent message leaves nothing to take
+    (void)PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE); // nothing to remove if it was a sent message
     return 0;
 }

@@ -2,7 +2,7 @@
 
 namespace {
 
-/// Lends the calling thread the input of another for a scope.
+/// Attaches the calling thread to the input of another for a scope.
 class BorrowedInput {
 public:
     explicit BorrowedInput(DWORD from)
@@ -45,7 +45,7 @@ int GetRect(HWND hWnd, RECT& rectangle) {
     return GetClientRect(hWnd, &rectangle) ? 0 : 1;
 }
 
-// ODD-28: the name says otherwise, but the rectangle is marked for painting.
+// ODD-28: invalidates the rectangle despite its name.
 int SetRect(HWND hWnd, RECT& rectangle) {
     return InvalidateRect(hWnd, &rectangle, TRUE) ? 0 : 1;
 }
@@ -104,7 +104,7 @@ int ShowAWindow(HWND hWnd, int command) {
 
 int IsWindowFound(const wchar_t* className, const wchar_t* windowName, bool activate) {
     const HWND found = FindWindowW(className, windowName);
-    if (found != nullptr && activate) (void)SetForegroundWindow(found); // found all the same
+    if (found != nullptr && activate) (void)SetForegroundWindow(found); // it is found in either case
     return found != nullptr ? 1 : 0;
 }
 

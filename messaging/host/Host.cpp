@@ -18,11 +18,11 @@ namespace {
 
 constexpr tessel::ReportSite kNoFrame{"COSClass", 239};
 
-const wchar_t* const kArrowCursor = MAKEINTRESOURCEW(32512); // the system names it for either character width only
+const wchar_t* const kArrowCursor = MAKEINTRESOURCEW(32512); // IDC_ARROW: its type depends on UNICODE
 constexpr UINT_PTR kHeartbeatTimer = 40039;
 constexpr UINT kHeartbeatMs = 2500;
 
-/// GUARD-202: a killed process leaves its entry, and its id comes again.
+/// GUARD-202: a killed process leaves its entry, and its id is reused.
 void RemoveStaleFrames(CResource& table, unsigned long processId) {
     while (const HWND frame = table.GetResource(tessel::kFrameType, tessel::kFrameId, processId)) {
         if (tessel::IsOfProcess(frame, processId)) return;
@@ -42,7 +42,7 @@ OSClass::OSClass(HINSTANCE instance, const wchar_t* name, int param, const char*
       m_ulProcessId(GetCurrentProcessId()), m_hFrame(nullptr), m_iParam(param),
       m_hActiveDialog(nullptr), m_szCommandLine{}, m_iExitCode(0) {
     const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_WIN95_CLASSES | ICC_INTERNET_CLASSES};
-    (void)InitCommonControlsEx(&controls); // without them, dialogs that use them cannot be made
+    (void)InitCommonControlsEx(&controls); // without them, dialogs that use them cannot be created
     m_pHost = this;
     m_pHelper = new (std::nothrow) Helper{};
     m_pRegistry = new (std::nothrow) CResource;
@@ -54,10 +54,11 @@ OSClass::OSClass(HINSTANCE instance, const wchar_t* name, int param, const char*
 void OSClass::RegisterFrame() {
     if (m_pRegistry == nullptr) return;
     RemoveStaleFrames(*m_pRegistry, m_ulProcessId);
-    (void)m_pRegistry->AddResource(tessel::kFrameType, tessel::kFrameId, m_hFrame, m_ulProcessId); // reports itself
+    (void)m_pRegistry->AddResource(tessel::kFrameType, tessel::kFrameId, m_hFrame,
+                                   m_ulProcessId); // reports a full table
 }
 
-/// Registers the frame window in a post office that was made after the host.
+/// Registers the frame window in a post office that was created after the host.
 void OSClass::RegisterFrameLate() {
     const bool settled = m_pRegistry == nullptr || m_pRegistry->GetResourceAddress() != nullptr;
     if (settled || CPostOffice().GetResourceAddr() == nullptr) return;
@@ -65,7 +66,7 @@ void OSClass::RegisterFrameLate() {
     RegisterFrame();
 }
 
-// GUARD-21: each copy owns a registry and a helper, where sharing them would free them twice.
+// GUARD-21: each copy owns a registry and a helper; shared ones would be freed twice.
 OSClass::OSClass(const OSClass& other) : m_Palette(other.m_Palette), m_pRegistry(nullptr), m_pHelper(nullptr) {
     *this = other;
 }
@@ -88,19 +89,20 @@ OSClass& OSClass::operator=(const OSClass& other) {
     return *this;
 }
 
-// ODD-38: the registration and the brushes are those of all copies.
+// ODD-38: all copies share the registration and the brushes.
 OSClass::~OSClass() {
     if (m_pRegistry != nullptr) {
-        (void)m_pRegistry->DeleteResource(tessel::kFrameType, tessel::kFrameId, m_ulProcessId); // may be gone already
+        (void)m_pRegistry->DeleteResource(tessel::kFrameType, tessel::kFrameId,
+                                          m_ulProcessId); // another copy may have deleted it
         m_pRegistry->FreeThreadResources();
         delete m_pRegistry;
     }
     delete m_pHelper;
     CBrush().RemoveAll();
-    if (m_pHost == this) m_pHost = nullptr; // GUARD-22: the window outlives the host, and its messages with it
+    if (m_pHost == this) m_pHost = nullptr; // GUARD-22: the window outlives the host and still receives messages
 }
 
-/// GUARD-23: the widening has no bound of its own.
+/// GUARD-23: ASCII_TO_UNICODE does not check the size.
 void OSClass::KeepCommandLine(const char* commandLine) {
     if (commandLine == nullptr) return;
     char bounded[sizeof m_szCommandLine / sizeof m_szCommandLine[0]] = {};
@@ -116,7 +118,7 @@ HWND OSClass::CreateWindowFrame(HINSTANCE instance, const wchar_t* name) {
     frameClass.hCursor = LoadCursorW(nullptr, kArrowCursor);
     frameClass.hbrBackground = static_cast<HBRUSH>(GetStockObject(NULL_BRUSH));
     frameClass.lpszClassName = name;
-    (void)RegisterClassW(&frameClass); // fails when it is registered already, which is as good
+    (void)RegisterClassW(&frameClass); // fails if it is already registered, which is as good
     const HWND frame = CreateWindowExW(0, name, name, WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, instance, nullptr);
     tessel::ReportUnless(frame != nullptr, "hParent", kNoFrame);
     return frame;
@@ -132,7 +134,7 @@ int OSClass::OS_Pump() {
         (void)TranslateMessage(&message);
         (void)DispatchMessageW(&message);
     }
-    (void)KillTimer(m_hFrame, kHeartbeatTimer); // the window may be gone, and the timer with it
+    (void)KillTimer(m_hFrame, kHeartbeatTimer); // fails if the window is gone
     OnPumpExit(0, L"OS_Pump exiting");
     return m_iExitCode;
 }
@@ -149,7 +151,8 @@ void OSClass::SetVardaMsgId(unsigned long id) {
 
 void CALLBACK OSClass::TimerProc(HWND hWnd, UINT /*message*/, UINT_PTR /*id*/, DWORD /*time*/) {
     if (OrcaUiMsg == 0) return;
-    (void)PostMessageW(HWND_BROADCAST, OrcaUiMsg, kHeartbeatTimer, reinterpret_cast<LPARAM>(hWnd)); // the next follows
+    (void)PostMessageW(HWND_BROADCAST, OrcaUiMsg, kHeartbeatTimer,
+                       reinterpret_cast<LPARAM>(hWnd)); // the next one follows soon
 }
 
 int OSClass::RequestWndNotify(HWND hWnd, unsigned long mask) {

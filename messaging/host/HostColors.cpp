@@ -7,7 +7,7 @@ namespace {
 
 constexpr int kTransparentBrush = 30;
 constexpr int kTextLength = 256;
-/// A button brush is followed by those of its other states.
+/// A button's brush is followed by the brushes of its other states.
 constexpr int kPressedBrush = 1;
 constexpr int kFocusedBrush = 2;
 
@@ -24,7 +24,7 @@ LRESULT OSClass::ControlColorMsg(LPARAM control, WPARAM dc) {
     int background = 0;
     if (DIALOG_INTERFACE::GetColor(reinterpret_cast<HWND>(control), text, background) != 0) return 0;
     const HDC context = reinterpret_cast<HDC>(dc);
-    (void)SelectPalette(context, m_pHost->m_Palette.GetPalette(), FALSE); // the context keeps the one it has
+    (void)SelectPalette(context, m_pHost->m_Palette.GetPalette(), FALSE); // if it fails, the context keeps its palette
     (void)SetTextColor(context, m_pHost->m_Palette.GetColor(static_cast<COLOR_IDX>(text)));
     (void)SetBkColor(context, CBrush().GetColor(background));
     return reinterpret_cast<LRESULT>(CBrush().GetBrush(background));
@@ -33,11 +33,11 @@ LRESULT OSClass::ControlColorMsg(LPARAM control, WPARAM dc) {
 void OSClass::ControlPaletteChanged(HWND hWnd) {
     const HDC context = GetDC(hWnd);
     const HPALETTE previous = SelectPalette(context, m_pHost->m_Palette.GetPalette(), FALSE);
-    (void)RealizePalette(context); // how many entries changed is of no interest
+    (void)RealizePalette(context); // the number of changed entries does not matter
     (void)InvalidateRect(hWnd, nullptr, TRUE);
     (void)UpdateWindow(hWnd);
     if (previous != nullptr) (void)SelectPalette(context, previous, FALSE);
-    (void)ReleaseDC(nullptr, context); // ODD-63: given back without its window
+    (void)ReleaseDC(nullptr, context); // ODD-63: released without its window
 }
 
 void OSClass::PaintWithOwnerBrush(LPARAM drawItem) {
@@ -47,7 +47,7 @@ void OSClass::PaintWithOwnerBrush(LPARAM drawItem) {
     int background = 0;
     if (m_pHost == nullptr || DIALOG_INTERFACE::GetColor(item.hwndItem, text, background) != 0) return;
     const int brush = BrushOfState(item, background);
-    (void)SelectPalette(item.hDC, m_pHost->m_Palette.GetPalette(), FALSE); // the context keeps the one it has
+    (void)SelectPalette(item.hDC, m_pHost->m_Palette.GetPalette(), FALSE); // if it fails, the context keeps its palette
     if (CBrush().GetRefId(brush) != kTransparentBrush) (void)FillRect(item.hDC, &item.rcItem, CBrush().GetBrush(brush));
     PaintText(item, m_pHost->m_Palette.GetColor(static_cast<COLOR_IDX>(text)));
 }
@@ -60,6 +60,6 @@ void OSClass::PaintText(const DRAWITEMSTRUCT& item, COLORREF color) {
     (void)SetTextColor(item.hDC, color);
     SIZE size;
     if (!GetTextExtentPoint32W(item.hDC, text, length, &size)) return;
-    // ODD-64: the middle is that of a rectangle that starts at 0, 0.
+    // ODD-64: centred as if the rectangle started at 0, 0.
     (void)TextOutW(item.hDC, (item.rcItem.right - size.cx) / 2, (item.rcItem.bottom - size.cy) / 2, text, length);
 }

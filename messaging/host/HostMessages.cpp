@@ -11,17 +11,17 @@ namespace {
 
 using tessel::HostRequest;
 
-/// Messages of the frame window that the program sees.
+/// Messages of the frame window that are passed to the program.
 constexpr UINT kFrameMessages[] = {WM_PAINT,         WM_NOTIFY,      WM_TIMER,         WM_MENUSELECT,
                                    WM_MOUSEMOVE,     WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, WM_RBUTTONDOWN,
                                    WM_RBUTTONDBLCLK, WM_MBUTTONDOWN, WM_MBUTTONDBLCLK};
 
-/// Messages of a dialog that the program sees, and that are then handled.
+/// Messages of a dialog that are passed to the program and count as handled.
 constexpr UINT kDialogMessages[] = {
     WM_SIZE,          WM_NOTIFY,      WM_INITDIALOG,    WM_HSCROLL,     WM_VSCROLL,       WM_MOUSEMOVE,  WM_LBUTTONDOWN,
     WM_LBUTTONDBLCLK, WM_RBUTTONDOWN, WM_RBUTTONDBLCLK, WM_MBUTTONDOWN, WM_MBUTTONDBLCLK, WM_PRINTCLIENT};
 
-/// Messages that ask for a control's colours.
+/// Messages that request a control's colours.
 constexpr UINT kColorMessages[] = {WM_CTLCOLOREDIT, WM_CTLCOLORLISTBOX, WM_CTLCOLORDLG, WM_CTLCOLORSTATIC};
 
 template <std::size_t Count> bool IsOneOf(const UINT (&messages)[Count], UINT message) {
@@ -33,7 +33,7 @@ template <std::size_t Count> bool IsOneOf(const UINT (&messages)[Count], UINT me
 LRESULT CALLBACK OSClass::WindowProc(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) {
     int handled = 0;
     if (m_pHost == nullptr) {
-        // GUARD-22: there is nobody to ask.
+        // GUARD-22: there is no host.
     } else if (message == WM_COMMAND || message == MAILBOX_NOTIFICATION) {
         handled = ProcessOsAPIs(hWnd, message, wParam, lParam);
     } else if (IsOneOf(kFrameMessages, message)) {
@@ -60,11 +60,11 @@ INT_PTR CALLBACK OSClass::DlgProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM
     case WM_SETCURSOR: return OnDialogCursor(hDlg, wParam, lParam);
     case WM_SETFOCUS: return TRUE;
     case WM_CLOSE:
-        if (GetParent(hDlg) != nullptr) (void)DestroyWindow(hDlg); // it is this thread's
+        if (GetParent(hDlg) != nullptr) (void)DestroyWindow(hDlg); // cannot fail: it belongs to this thread
         (void)WmCommand(hDlg, message, wParam, lParam);
         return TRUE;
     case WM_DRAWITEM: (void)WmCommand(hDlg, message, wParam, lParam); return FALSE;
-    case WM_NCDESTROY: // GUARD-205: its handle may be another window's soon
+    case WM_NCDESTROY: // GUARD-205: its handle may be reused
         if (m_pHost->m_hActiveDialog == hDlg) m_pHost->m_hActiveDialog = nullptr;
         tessel::RemoveDialogEntry(hDlg);
         return FALSE;
@@ -76,7 +76,7 @@ INT_PTR CALLBACK OSClass::DlgProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM
 
 INT_PTR OSClass::OnDialogCursor(HWND hDlg, WPARAM wParam, LPARAM lParam) {
     m_pHost->m_hActiveDialog = hDlg;
-    if (m_iActivated == 0) { // ODD-61: the first time in the process goes unhandled
+    if (m_iActivated == 0) { // ODD-61: the first time in the process is not handled
         m_iActivated = 1;
         return FALSE;
     }
@@ -88,7 +88,7 @@ INT_PTR OSClass::OnPaletteMessage(HWND hDlg, UINT message, WPARAM wParam) {
     if (message == WM_PALETTECHANGED) {
         DWORD changer = 0;
         DWORD own = 0;
-        (void)GetWindowThreadProcessId(reinterpret_cast<HWND>(wParam), &changer); // 0 when the window is gone
+        (void)GetWindowThreadProcessId(reinterpret_cast<HWND>(wParam), &changer); // 0 if the window is gone
         (void)GetWindowThreadProcessId(hDlg, &own);
         if (changer != own) PaletteFlag = 1;
         return TRUE;
@@ -105,13 +105,14 @@ int OSClass::ProcessOsAPIs(HWND hWnd, UINT message, WPARAM wParam, LPARAM& lPara
     }
     if (m_pHost == nullptr) return 0; // GUARD-22
     HostRequest request;
-    if (!tessel::ReadRecord(lParam, request)) { // GUARD-24: anyone can post the number
+    if (!tessel::ReadRecord(lParam, request)) { // GUARD-24: any process can post the request
         lParam = 0;
     } else if (wParam == tessel::kCreateDialogRequest) {
         lParam = reinterpret_cast<LPARAM>(m_pHost->MakeRequestedDialog(static_cast<int>(request.dialogId), request.hWnd,
                                                                        reinterpret_cast<HINSTANCE>(request.argument)));
     } else {
-        (void)m_pHost->RequestWndNotify(request.hWnd, static_cast<unsigned long>(request.argument)); // tells when full
+        (void)m_pHost->RequestWndNotify(request.hWnd,
+                                        static_cast<unsigned long>(request.argument)); // shows a box when full
         lParam = 1;
     }
     return 1;
@@ -120,7 +121,7 @@ int OSClass::ProcessOsAPIs(HWND hWnd, UINT message, WPARAM wParam, LPARAM& lPara
 HWND OSClass::MakeRequestedDialog(int dialogId, HWND parent, HINSTANCE module) {
     const HWND dialog =
         CreateDialogWindow(module == nullptr ? m_hInstance : module, parent == nullptr ? m_hFrame : parent, dialogId);
-    tessel::AddDialogEntry(dialog, static_cast<unsigned long>(dialogId)); // ODD-37: even when it could not be made
+    tessel::AddDialogEntry(dialog, static_cast<unsigned long>(dialogId)); // ODD-37: even if it could not be created
     return dialog;
 }
 
@@ -133,7 +134,7 @@ int OSClass::WmCommand(HWND hWnd, UINT message, WPARAM wParam, LPARAM& lParam) {
     if (message == WM_PAINT) {
         DRAWITEMSTRUCT item{};
         item.hwndItem = hWnd;
-        (void)GetClientRect(hWnd, &item.rcItem); // empty when the window is gone
+        (void)GetClientRect(hWnd, &item.rcItem); // empty if the window is gone
         item.hDC = GetDC(hWnd);
         PaintWithOwnerBrush(reinterpret_cast<LPARAM>(&item));
         (void)ReleaseDC(hWnd, item.hDC);

@@ -26,7 +26,7 @@ HINSTANCE LoadOrShowError(const wchar_t* moduleName) {
     return nullptr;
 }
 
-/// "ConsoleApp.exe ARGUMENTS"; null without memory.
+/// "ConsoleApp.exe ARGUMENTS"; null: out of memory.
 std::unique_ptr<wchar_t[]> MakeCommandLine(const wchar_t* arguments) {
     constexpr wchar_t kProgram[] = L"ConsoleApp.exe ";
     std::unique_ptr<wchar_t[]> line(new (std::nothrow) wchar_t[std::size(kProgram) + std::wcslen(arguments)]);
@@ -42,7 +42,7 @@ void* OSClass::StartProcess(const wchar_t* application, const unsigned char* arg
     if (line == nullptr) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     PROCESS_INFORMATION process{};
     if (line == nullptr || !tessel::StartShown(application, line.get(), process)) return nullptr;
-    return process.hProcess; // ODD-62: nobody closes the thread's handle
+    return process.hProcess; // ODD-62: the thread's handle is never closed
 }
 
 unsigned long OSClass::CreateThread(void (*entry)(void*)) {

@@ -7,7 +7,7 @@ namespace {
 
 using tessel::HostRequest;
 
-/// GUARD-202: a killed process leaves its entry, and ids and handles are given out again.
+/// GUARD-202: a killed process leaves its entry, and ids and handles are reused.
 HWND FrameOf(unsigned long processId) {
     const HWND frame = CResource().GetResource(tessel::kFrameType, tessel::kFrameId, processId);
     return tessel::IsOfProcess(frame, processId) ? frame : nullptr;
@@ -30,7 +30,7 @@ int RequestNotify(HWND hWnd, unsigned long mask) {
 }
 
 void ShutDown(unsigned long processId) {
-    // ODD-36: the window is told so but not destroyed, and its procedure leaves the message to the system.
+    // ODD-36: the window receives WM_DESTROY but is not destroyed, and its procedure ignores the message.
     const HWND frame = FrameOf(processId == 0 ? GetMyProcess() : processId);
     (void)SendMessageW(frame, WM_DESTROY, 0, 0); // has no result
 }

@@ -12,25 +12,25 @@ namespace {
 
 bool HasEnded(unsigned long processId) {
     const Handle process(OpenProcess(SYNCHRONIZE, FALSE, processId));
-    if (!process) return GetLastError() == ERROR_INVALID_PARAMETER; // else it lives and may not be opened
+    if (!process) return GetLastError() == ERROR_INVALID_PARAMETER; // else it is running and access is denied
     return WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0;
 }
 
-/// Removes the entries of dialogs for which a condition holds.
-/// @param isGone  is given the window and the process of an entry
+/// Removes the entries of dialogs that satisfy a condition.
+/// @param isGone  called with the window and the process id of an entry
 template <class Condition> void RemoveDialogs(std::span<RESOURCE> records, Condition isGone) {
     for (RESOURCE& record : records) {
         const std::uint32_t holder = LoadShared(record.ThreadId);
         if (LoadShared(record.Type) != kDialogType || LoadShared(record.Id) != kDialogId) continue;
         if (!isGone(FromShared(LoadShared(record.hWnd)), LoadShared(record.ProcessId))) continue;
-        // Another process may have removed the entry, and filled the record anew.
+        // Another process may have removed the entry meanwhile, and a third may have filled the record again.
         if (ClaimResource(record, holder, GetCurrentThreadId())) ClearResource(record);
     }
 }
 
 } // namespace
 
-// GUARD-280: entries of dialogs that are gone are removed, or they would fill the table for all programs.
+// GUARD-280: entries of dialogs that no longer exist would fill the table for all programs.
 void AddDialogEntry(HWND dialog, unsigned long dialogId) {
     const unsigned long own = GetCurrentProcessId();
     CResource table;

@@ -6,13 +6,13 @@
 
 namespace tessel {
 
-/// Key of the dialogs that threads request of their host, in the resource table; the owner is the dialog's number.
+/// Key of requested dialogs in the resource table; the owner is the dialog's resource number.
 inline constexpr RESOURCE_TYPE kDialogType{2};
 /// Which of the resources of that type.
 inline constexpr RESOURCE_ID kDialogId{0};
 
-/// Enters a requested dialog in the resource table, from which those of this process that are gone are removed first.
-/// @param dialog    the dialog; null when it could not be made
+/// Adds a requested dialog to the resource table, after removing the dialogs of this process that no longer exist.
+/// @param dialog    the dialog; null if it could not be created
 /// @param dialogId  resource number of its template
 void AddDialogEntry(HWND dialog, unsigned long dialogId);
 
@@ -20,7 +20,7 @@ void AddDialogEntry(HWND dialog, unsigned long dialogId);
 /// @param dialog  the dialog, of this process
 void RemoveDialogEntry(HWND dialog);
 
-/// Removes the entries of dialogs whose process has ended. To be called under the ResourceTableLock.
+/// Removes the entries of dialogs whose process has ended. The caller holds the ResourceTableLock.
 /// @param records  the whole resource table
 void RemoveDialogsOfEndedProcesses(std::span<RESOURCE> records);
 

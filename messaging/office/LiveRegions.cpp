@@ -42,7 +42,7 @@ void RemoveRegion(const void* base) {
 bool IsInRegion(const void* address) {
     const SlimLock lock(regionsLock);
     return std::any_of(regions.begin(), regions.end(), [address](const Region& region) {
-        return Number(address) - region.base < region.size; // a smaller address wraps and is far beyond
+        return Number(address) - region.base < region.size; // for a smaller address the difference wraps
     });
 }
 

@@ -4,17 +4,17 @@
 
 namespace tessel {
 
-/// Which views of the post office's region are mapped in this process: objects keep addresses in them.
+/// The views of the post office's region that are mapped in this process. Objects store addresses in them.
 /// Any thread may call these functions.
 
-/// Notes a view.
-/// @param base  where it starts
-/// @param size  its bytes
-/// @return true: noted; false: no memory
+/// Adds a view.
+/// @param base  its address
+/// @param size  its size in bytes
+/// @return true: added; false: out of memory
 bool AddRegion(const void* base, std::size_t size);
 
-/// Forgets a view that is about to be unmapped.
-/// @param base  where it starts
+/// Removes a view that is about to be unmapped.
+/// @param base  its address
 void RemoveRegion(const void* base);
 
 /// Whether an address lies in a mapped view.

@@ -17,7 +17,7 @@ using tessel::StoreShared;
 constexpr int kLowWaterPercent = 10;
 constexpr int kHighWaterPercent = 50;
 
-/// Frees a slot, so that a process that is killed in between leaves one that can be taken.
+/// Frees a slot. InUse goes first, so that a process killed in between leaves a slot that can be reused.
 void Clear(MAILBOX& mailbox) {
     StoreShared<std::uint16_t>(mailbox.InUse, 0);
     StoreShared<std::uint32_t>(mailbox.ObjId, 0);
@@ -38,7 +38,7 @@ CMailBox::CMailBox(ORCAOBJID id)
         (void)MessageBoxW(nullptr, L"Post Office not found", L"System Error", MB_OK);
         return;
     }
-    // GUARD-13: a header that claims more than the tables hold is not believed.
+    // GUARD-13: never trust a header that claims more than the tables contain.
     m_usMailboxCount = MailboxCount();
     m_usBlockCount = std::min(LoadShared(m_pHeader->SmallBlkCount), SMALL_BLOCK_COUNT);
     m_usLowWater = Percent(m_usBlockCount, kLowWaterPercent);
@@ -46,10 +46,10 @@ CMailBox::CMailBox(ORCAOBJID id)
 }
 
 CMailBox::~CMailBox() {
-    if (m_usSlot != 0) (void)UnregisterMailbox(); // it is registered, so this can only succeed
+    if (m_usSlot != 0) (void)UnregisterMailbox(); // cannot fail: it is registered
 }
 
-/// GUARD-14: the addresses were good when the object was made, and the post office may have gone since.
+/// GUARD-14: the post office may have been destroyed since the object was created.
 bool CMailBox::IsMapped() {
     return tessel::IsInRegion(m_pHeader);
 }
@@ -68,10 +68,10 @@ int CMailBox::RegisterMailbox(HWND hWnd) {
         mailbox.ProcessId = m_ulProcessId;
         mailbox.ThreadId = m_ulThreadId;
         StoreShared(mailbox.hWnd, tessel::ToShared(hWnd));
-        StoreShared<std::uint32_t>(mailbox.ObjId, m_OwnId); // behind these, as look-ups go by it
-        StoreShared<std::uint16_t>(mailbox.InUse, 1);       // last: a process that is killed before leaves a free slot
+        StoreShared<std::uint32_t>(mailbox.ObjId, m_OwnId); // after these, as look-ups use it
+        StoreShared<std::uint16_t>(mailbox.InUse, 1);       // last: a process killed before this leaves a free slot
         std::atomic_ref<std::uint16_t>(m_pHeader->MailboxesInUse).fetch_add(1);
-        m_usSlot = slot; // ODD-23: a slot taken before is forgotten and stays registered
+        m_usSlot = slot; // ODD-23: a previous slot stays registered
         return 0;
     }
     return 1;
@@ -82,7 +82,7 @@ int CMailBox::UnregisterMailbox() {
     const PostOfficeLock lock(m_PostOffice);
     if (!lock || m_usSlot == 0) return 1;
     MAILBOX& mailbox = m_pMailboxes[m_usSlot];
-    // GUARD-201: a slot that was swept may be another's by now.
+    // GUARD-201: after a sweep, the slot may belong to another receiver.
     if (mailbox.ProcessId == m_ulProcessId && mailbox.ObjId == m_OwnId) Clear(mailbox);
     m_usSlot = 0;
     std::atomic_ref<std::uint16_t>(m_pHeader->MailboxesInUse).fetch_sub(1);
@@ -98,7 +98,7 @@ HWND CMailBox::GetMailBox(ORCAOBJID id, unsigned short& slot) {
         if (LoadShared(mailbox.ObjId) != id) continue;
         found = tessel::FromShared(LoadShared(mailbox.hWnd));
         slot = candidate;
-        if (LoadShared(mailbox.ProcessId) == m_ulProcessId) break; // the own process comes first
+        if (LoadShared(mailbox.ProcessId) == m_ulProcessId) break; // prefer this process
     }
     return found;
 }
@@ -120,7 +120,7 @@ int CMailBox::CleanUp(ORCAOBJID keep) {
         lastProcess = mailbox->ProcessId;
         FreeBlocksOf(mailbox->ObjId);
         Clear(*mailbox);
-        *mailbox = MAILBOX{}; // ODD-19: MailboxesInUse is not counted down
+        *mailbox = MAILBOX{}; // ODD-19: MailboxesInUse is not decremented
     }
     return 0;
 }

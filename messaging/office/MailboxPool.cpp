@@ -25,21 +25,22 @@ constexpr tessel::ReportSite kBlockIsFree{"CMailbox", 207};
 constexpr int kAttempts = 100;
 constexpr unsigned long kAttemptPauseMs = 1;
 
-/// Where this process last took a block; under the post office's lock.
+/// Number of the block that this process allocated last; protected by the post office's lock.
 unsigned short allocationCursor = 1;
-/// Whether a low free count is still to be reported; under the post office's lock.
+/// Whether to report a low free count; protected by the post office's lock.
 bool lowWarningArmed = true;
-/// Greatest length that was ever to be sent; for a look with the debugger only.
+/// Greatest length passed to Send(); for debugging only.
 std::atomic<unsigned long> longestMessage = 0;
 
-/// Takes a free block. The exchange decides: whoever creates a post office frees the lock of a slow holder (ODD-17).
+/// Claims a free block. The exchange is needed under the lock, too: creating a post office releases the lock of a slow
+/// holder (ODD-17).
 bool Claim(SBLOCK& block, std::uint16_t number) {
     std::uint16_t free = 0;
     return std::atomic_ref<std::uint16_t>(block.BlkNum).compare_exchange_strong(free, number);
 }
 
-/// Length of both parts and the extra byte; a sum beyond 2^32 - 1 counts as that much.
-/// GUARD-15: the plain sum would wrap and let the parts be copied over the block's end.
+/// Length of both parts and the extra byte, limited to 2^32 - 1.
+/// GUARD-15: a wrapped sum would let the parts be copied past the end of the block.
 unsigned long TotalLength(unsigned long first, unsigned long second) {
     const unsigned long long sum = 1ULL + first + second;
     return static_cast<unsigned long>(std::min(sum, 0xFFFFFFFFULL));
@@ -53,7 +54,7 @@ void NoteLength(unsigned long length) {
 
 } // namespace
 
-/// A message on its way.
+/// A message to be sent.
 struct CMailBox::Message {
     HWND receiver;
     ORCAOBJID to;
@@ -69,7 +70,7 @@ struct CMailBox::Message {
         block.Reserved = 0;
         block.MsgId = msgId;
         if (firstLength > 0) std::memcpy(block.Data, firstData, firstLength);
-        // ODD-24: a null second part is counted in the length and leaves what stood there, like the extra byte.
+        // ODD-24: the bytes of a null second part count in the length but are not written, like the extra byte.
         if (secondData != nullptr) std::memcpy(block.Data + firstLength, secondData, secondLength);
     }
 };
@@ -110,7 +111,7 @@ int CMailBox::AllocateForSend(const Message& message, SBLOCK*& block) {
     const PostOfficeLock lock(m_PostOffice);
     if (!lock) return ERROR_INVALID_HANDLE;
     if (!IsMapped()) return ERROR_NOT_ENOUGH_MEMORY;
-    // GUARD-206: it was looked up without the lock, and the slot may be free or another's by now.
+    // GUARD-206: it was looked up without the lock; the slot may now be free or belong to another receiver.
     if (LoadShared(m_pMailboxes[message.receiverSlot].ObjId) != message.to) return ERROR_SERVICE_NOT_FOUND;
     const int status = AllocateSmallBlock(message.length, message.receiverSlot, block);
     if (block == nullptr) return status;
@@ -119,7 +120,7 @@ int CMailBox::AllocateForSend(const Message& message, SBLOCK*& block) {
     return status;
 }
 
-/// Reports a low free count once, until it has been high again.
+/// Reports a low free count once, and again only after it has been high.
 void CMailBox::WatchFreeBlocks() {
     const std::uint32_t free = LoadShared(m_pHeader->FreeSmallBlks);
     if (lowWarningArmed && free < m_usLowWater) {
@@ -138,11 +139,11 @@ int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSl
     if (!fits) return ERROR_NOT_ENOUGH_MEMORY;
     if (receiverSlot >= m_usMailboxCount) return ERROR_SERVICE_NOT_FOUND; // GUARD-16
 
-    // ODD-20: the block at the starting point is not looked at, though it may be the only free one.
+    // ODD-20: skips the block at the starting point, even if it is the only free one.
     const unsigned short start = allocationCursor < m_usBlockCount ? allocationCursor : 1;
     unsigned short cursor = start;
     do {
-        if (++cursor >= m_usBlockCount) cursor = 1; // block 0 is never handed out
+        if (++cursor >= m_usBlockCount) cursor = 1; // block 0 is never allocated
         if (cursor == start) return ERROR_BUSY;
     } while (LoadShared(m_pSmallBlocks[cursor].BlkNum) != 0 || !Claim(m_pSmallBlocks[cursor], cursor));
     allocationCursor = cursor;
@@ -157,7 +158,7 @@ int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSl
     return STATUS_OK;
 }
 
-/// GUARD-17: a pointer that names no block of the pool is not followed.
+/// GUARD-17: never follow a pointer that is not a block of the pool.
 bool CMailBox::IsBlockOfPool(const SBLOCK* block) {
     if (!IsMapped() || block == nullptr) return false;
     const auto distance = reinterpret_cast<std::uintptr_t>(block) - reinterpret_cast<std::uintptr_t>(m_pSmallBlocks);
@@ -178,8 +179,8 @@ bool CMailBox::FreeUnderLock(SBLOCK& block) {
     return lock && FreeBlock(block);
 }
 
-/// Returns a block to the pool; under the post office's lock.
-/// GUARD-19: of two that release a block at once, only one does and counts it.
+/// Returns a block to the pool. The caller holds the post office's lock.
+/// GUARD-19: if two threads release a block at the same time, only one succeeds and counts it.
 bool CMailBox::FreeBlock(SBLOCK& block) {
     if (std::atomic_ref<std::uint16_t>(block.BlkNum).exchange(0) == 0) return false;
     const std::uint32_t users = std::atomic_ref<std::uint32_t>(block.RefCount).fetch_sub(1) - 1;
@@ -190,7 +191,8 @@ bool CMailBox::FreeBlock(SBLOCK& block) {
 
 void CMailBox::FreeBlocksOf(unsigned long receiver) {
     for (SBLOCK* block = m_pSmallBlocks; block != m_pSmallBlocks + m_usBlockCount; ++block) {
-        if (LoadShared(block->BlkNum) != 0 && block->Receiver == receiver) (void)FreeBlock(*block); // or it is free
+        if (LoadShared(block->BlkNum) != 0 && block->Receiver == receiver)
+            (void)FreeBlock(*block); // or another thread has freed it
     }
 }
 
@@ -200,7 +202,7 @@ SBLOCK* CMailBox::GetMessageBlock(unsigned int index) {
 
 SBLOCK* CMailBox::GetDirectMessage(unsigned short index) {
     if (!IsMapped()) return nullptr;
-    // ODD-21: not checked; the sum is made on numbers, since it may lie outside the pool.
+    // ODD-21: not checked. Computed with integers, because the address may lie outside the pool.
     return reinterpret_cast<SBLOCK*>(reinterpret_cast<std::uintptr_t>(m_pSmallBlocks) + index * sizeof(SBLOCK));
 }
 

@@ -29,18 +29,18 @@ constexpr FILE_HEADER kNewHeader{.FileSize = POST_OFFICE_REGION_SIZE,
                                  .SmallBlksInUse = 0,
                                  .Reserved3 = 0,
                                  .SmallBlkOffset = SMALL_BLOCK_OFFSET,
-                                 // ODD-15: one more than can be handed out, since the first block never is
+                                 // ODD-15: one more than can be allocated, as the first block never is
                                  .FreeSmallBlks = SMALL_BLOCK_COUNT,
                                  .RecordFlag = 0};
 
 bool TableFits(std::uint32_t offset, std::size_t tableSize, std::size_t regionSize) {
-    // Behind the header, and aligned: fields are read and written atomically.
+    // After the header, and aligned because fields are accessed atomically.
     return offset >= sizeof(FILE_HEADER) && offset % alignof(std::uint32_t) == 0 && offset <= regionSize &&
            tableSize <= regionSize - offset;
 }
 
 /// Whether the tables that a header describes lie inside the region.
-/// GUARD-11: the region is made by whoever came first, and its offsets are used as they are found.
+/// GUARD-11: another process may have created the region, with any offsets.
 bool TablesFit(const FILE_HEADER& header, std::size_t regionSize) {
     return TableFits(header.MailboxOffset, POST_OFFICE_MAILBOXES * sizeof(MAILBOX), regionSize) &&
            TableFits(header.ResourceOffset, POST_OFFICE_RESOURCES * sizeof(RESOURCE), regionSize) &&
@@ -64,7 +64,7 @@ CPost::CPost()
         return; // ODD-16: with the lock still taken
     }
     FindTables();
-    // ODD-17: given back even where it was not obtained, which frees a lock whose holder died.
+    // ODD-17: released even if it was not acquired, which frees a lock whose holder died.
     if (m_pLock != nullptr) (void)m_pLock->ReleaseSemaphoreA();
 }
 
@@ -82,14 +82,14 @@ bool CPost::CreateRegion() {
                                               POST_OFFICE_REGION_NAME);
     const bool created = GetLastError() != ERROR_ALREADY_EXISTS;
     if (!MapRegion(mapping, POST_OFFICE_REGION_SIZE)) return false;
-    // GUARD-18: only a process without the lock meets a region here, which another one may be using by now.
+    // GUARD-18: without the lock, another process may have created the region meanwhile and be using it.
     if (!created) return true;
     std::memset(m_pBase, 0, POST_OFFICE_REGION_SIZE);
     std::memcpy(m_pBase, &kNewHeader, sizeof kNewHeader);
     return true;
 }
 
-// A mapping that cannot be viewed is closed: nobody may find a region that was never set up.
+// A mapping that cannot be viewed is closed, so that no process finds a region that was never initialised.
 bool CPost::MapRegion(HANDLE mapping, std::size_t size) {
     tessel::Handle owned(mapping);
     if (!owned) return false;
@@ -101,7 +101,7 @@ bool CPost::MapRegion(HANDLE mapping, std::size_t size) {
 
 void CPost::FindTables() {
     const std::size_t size = tessel::MappedBytes(m_pBase);
-    FILE_HEADER header{}; // a copy: what was checked cannot change any more
+    FILE_HEADER header{}; // a copy cannot change after the check
     if (size >= sizeof header) std::memcpy(&header, m_pBase, sizeof header);
     if (!TablesFit(header, size) || !tessel::AddRegion(m_pBase, size)) return Unmap();
     m_pHeader = reinterpret_cast<FILE_HEADER*>(m_pBase);

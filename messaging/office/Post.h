@@ -34,6 +34,6 @@ private:
     RESOURCE* m_pResources;
     SBLOCK* m_pSmallBlocks;
 
-    /// Set when a post office is being made; for a look with the debugger only.
+    /// Set when a post office is created; for debugging only.
     static int m_iConstructing;
 };

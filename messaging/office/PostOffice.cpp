@@ -8,7 +8,7 @@ namespace {
 
 using tessel::LoadShared;
 
-/// The whole mailbox table; empty while the region is unmapped.
+/// All mailbox records; none while the region is unmapped.
 std::span<const MAILBOX> Mailboxes() {
     const MAILBOX* const table = CPostOffice().GetPostOfficeAddr();
     return {table, table == nullptr ? 0U : POST_OFFICE_MAILBOXES};
@@ -19,7 +19,7 @@ std::span<const MAILBOX> Mailboxes() {
 CPost* CPostOffice::mpGlobalPostOffice = nullptr;
 
 void CPostOffice::CreateGlobalPostOffice() {
-    mpGlobalPostOffice = new (std::nothrow) CPost; // ODD-18: an earlier one is lost
+    mpGlobalPostOffice = new (std::nothrow) CPost; // ODD-18: a previous one is lost
 }
 
 void CPostOffice::DestroyGlobalPostOffice() {
@@ -27,7 +27,7 @@ void CPostOffice::DestroyGlobalPostOffice() {
     mpGlobalPostOffice = nullptr;
 }
 
-// GUARD-12: in every operation, a process without a post office is one with an unmapped one.
+// GUARD-12: every operation treats a missing post office like an unmapped one.
 int CPostOffice::LockThreadSafe(unsigned long timeoutMs) {
     if (mpGlobalPostOffice == nullptr || mpGlobalPostOffice->m_pLock == nullptr) return 1;
     return mpGlobalPostOffice->m_pLock->WaitOnSemaphore(timeoutMs);
@@ -35,12 +35,12 @@ int CPostOffice::LockThreadSafe(unsigned long timeoutMs) {
 
 void CPostOffice::UnlockThreadSafe() {
     if (mpGlobalPostOffice == nullptr || mpGlobalPostOffice->m_pLock == nullptr) return;
-    (void)mpGlobalPostOffice->m_pLock->ReleaseSemaphoreA(); // fails only when it was not taken
+    (void)mpGlobalPostOffice->m_pLock->ReleaseSemaphoreA(); // fails only if it was not held
 }
 
 int CPostOffice::IsManager(ORCAOBJID id, unsigned long processId) {
     for (const MAILBOX& mailbox : Mailboxes()) {
-        if (LoadShared(mailbox.ObjId) != id) continue; // ODD-25: free records have the id 0, and match it
+        if (LoadShared(mailbox.ObjId) != id) continue; // ODD-25: the id 0 matches free records
         if (processId == 0 || LoadShared(mailbox.ProcessId) == processId) return 1;
     }
     return 0;

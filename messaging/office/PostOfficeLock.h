@@ -4,10 +4,10 @@
 
 namespace tessel {
 
-/// Holds the post office's lock for a scope; waits for it as long as it takes.
+/// Holds the post office's lock for a scope. Waits for it without a time-out.
 class PostOfficeLock {
 public:
-    /// Takes the lock.
+    /// Acquires the lock.
     /// @param postOffice  the post office, which outlives this object
     explicit PostOfficeLock(CPostOffice& postOffice)
         : m_postOffice(postOffice), m_held(postOffice.LockThreadSafe(INFINITE) == 0) {}
@@ -17,7 +17,7 @@ public:
     PostOfficeLock(const PostOfficeLock&) = delete;
     PostOfficeLock& operator=(const PostOfficeLock&) = delete;
 
-    /// Whether the lock is held. GUARD-20: it is not when its semaphore is missing or broken.
+    /// Whether the lock is held. GUARD-20: it is not if the semaphore is missing or broken.
     explicit operator bool() const { return m_held; }
 
 private:

@@ -20,7 +20,7 @@ using tessel::StoreShared;
 constexpr unsigned long kNoManager = 0xFFFFFFFF;
 constexpr unsigned long kManagerId = 1;
 
-/// Index of the highest slot that was ever filled; under the lock, for a look with the debugger only.
+/// Index of the highest slot ever filled; protected by the lock, for debugging only.
 unsigned long highestSlot = 0;
 
 RESOURCE* Find(RESOURCE* table, RESOURCE_TYPE type, RESOURCE_ID id, unsigned long owner) {
@@ -32,7 +32,7 @@ RESOURCE* Find(RESOURCE* table, RESOURCE_TYPE type, RESOURCE_ID id, unsigned lon
     return nullptr;
 }
 
-/// Fills a claimed record; the key comes last, so that a look-up that sees it finds the window.
+/// Fills a claimed record. The key is written last, so that a look-up that matches finds the window.
 void Fill(RESOURCE& record, RESOURCE_TYPE type, RESOURCE_ID id, std::uint32_t window, unsigned long owner) {
     StoreShared(record.hWnd, window);
     StoreShared<std::uint32_t>(record.Owner, owner);
@@ -48,7 +48,7 @@ CResource::CResource()
     tessel::ReportUnless(m_pResources != nullptr, "pRes", {"CRes", __LINE__});
 }
 
-/// GUARD-14: the address was good when the object was made, and the post office may have gone since.
+/// GUARD-14: the post office may have been destroyed since the object was created.
 bool CResource::IsMapped() {
     return tessel::IsInRegion(m_pResources);
 }
@@ -60,7 +60,7 @@ RESOURCE* CResource::ClaimFreeRecord() {
                             [this](RESOURCE& record) { return ClaimResource(record, 0, m_ulThreadId); });
     };
     auto free = claim();
-    if (free == records.end()) { // GUARD-280: killed processes may have left it full
+    if (free == records.end()) { // GUARD-280: killed processes may have left their dialogs
         tessel::RemoveDialogsOfEndedProcesses(records);
         free = claim();
     }
@@ -111,7 +111,7 @@ void CResource::FreeThreadResources() {
 }
 
 int CResource::ResetProcess(unsigned long pid) {
-    // GUARD-204: 0 is the process of free records, and of those that are just being filled.
+    // GUARD-204: free records and records that are being filled have the process id 0.
     if (!IsMapped() || pid == 0) return 0;
     for (RESOURCE& record : ResourceRecords(m_pResources)) {
         if (LoadShared(record.ProcessId) == pid) ClearResource(record);
@@ -123,7 +123,7 @@ unsigned long CResource::GetManagerFromThread() {
     if (!IsMapped()) return kNoManager;
     for (const RESOURCE& record : ResourceRecords(m_pResources)) {
         if (LoadShared(record.Id) != kManagerId || LoadShared(record.ThreadId) != GetCurrentThreadId()) continue;
-        return kManagerId; // ODD-26: the id that was looked for, whatever the entry stands for
+        return kManagerId; // ODD-26: always the id that was searched for
     }
     return kNoManager;
 }

@@ -10,7 +10,7 @@ namespace tessel {
 /// Serialises adding to and deleting from the resource table within this process.
 extern CSemaphore resourceTableLock;
 
-/// Keeps other threads of this process from adding and deleting entries of the resource table for a scope.
+/// Prevents other threads of this process from adding and deleting entries of the resource table for a scope.
 class ResourceTableLock {
 public:
     ResourceTableLock();
@@ -26,14 +26,14 @@ inline std::span<RESOURCE> ResourceRecords(RESOURCE* table) {
     return {table, table == nullptr ? 0U : POST_OFFICE_RESOURCES};
 }
 
-/// Takes a record over for a thread. Another process may be doing the same: the thread id is the claim.
+/// Claims a record for a thread by its thread id, as another process may be doing at the same time.
 /// @param record   the record
-/// @param holder   the thread that holds it so far; 0 for a free record
-/// @param claimant the thread that takes it
-/// @return true: it is the claimant's; false: it changed hands meanwhile
+/// @param holder   the thread that holds it; 0 for a free record
+/// @param claimant the thread that claims it
+/// @return true: claimed; false: another thread claimed it
 bool ClaimResource(RESOURCE& record, std::uint32_t holder, std::uint32_t claimant);
 
-/// Frees a record. The claim goes last, so that nobody fills the record meanwhile.
+/// Frees a record. The thread id is cleared last, so that no other thread claims the record before.
 /// @param record  the record
 void ClearResource(RESOURCE& record);
 
