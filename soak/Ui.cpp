@@ -32,8 +32,29 @@ void UseDialog() {
     controls.Reset(LIST, L"a,b,c");
     Require(SendDlgItemMessageW(dialog.Handle(), LIST, LB_GETCOUNT, 0, 0) == 3, "a list is filled");
     Require(controls.LVAdd(TABLE, 0, L"row", 0, 0) == 0, "a row is added");
+    int width = 0;
+    int height = 0;
+    Require(controls.GetLBItemSize(LIST, 1, width, height) == 1, "an item is measured");
     controls.ColorStaticText(EDIT, 1, 2, 3);
     controls.FillCtrlRect(EDIT, RGB(1, 2, 3), nullptr);
+}
+
+/// Bitmaps are not among the resources of this program: the image lists stay empty.
+void UseIconLists() {
+    const unsigned int bitmaps[] = {1, 0};
+    const HINSTANCE program = GetModuleHandleW(nullptr);
+    Dialog dialog;
+    DIALOG_INTERFACE first(dialog.Handle());
+    Require(first.InitIconList(bitmaps, program, TABLE) == 1, "an icon list is made");
+    Require(first.InitIconList(bitmaps, program, TABLE) == 1, "an icon list is replaced");
+    static DIALOG_INTERFACE lasting(nullptr);
+    lasting.SetTargetDialog(dialog.Handle());
+    Require(lasting.InitIconList(bitmaps, program, TABLE) == 1, "a lasting object replaces its icon list");
+    for (int left = 0; left < 2; ++left) { // to the list view, whose list goes when it gets another one
+        DIALOG_INTERFACE leaving(dialog.Handle());
+        Require(leaving.InitIconList(bitmaps, program, TABLE) == 1, "an icon list is made");
+        leaving = DIALOG_INTERFACE(nullptr);
+    }
 }
 
 void TranslateNotifications() {
@@ -57,6 +78,7 @@ void UseBrushes() {
 }
 
 const Subject dialogs("dialogs", UseDialog);
+const Subject iconLists("icon lists", UseIconLists);
 const Subject notifications("notifications", TranslateNotifications);
 const Subject brushes("brushes", UseBrushes);
 

@@ -12,28 +12,6 @@
 namespace {
 
 const HINSTANCE kModule = GetModuleHandleW(nullptr);
-DWORD waitResult = 0;
-std::vector<DWORD> waits;
-unsigned unlocks = 0;
-std::wstring debuggerText;
-
-DWORD WINAPI NoteWait(HANDLE, DWORD timeoutMs, BOOL) {
-    waits.push_back(timeoutMs);
-    return waitResult;
-}
-BOOL WINAPI CountRelease(HANDLE, LONG, LONG*) {
-    ++unlocks;
-    return TRUE;
-}
-void WINAPI KeepText(const wchar_t* text) {
-    debuggerText += text;
-}
-HBRUSH WINAPI NoBrush(COLORREF) {
-    return nullptr;
-}
-HDC WINAPI NoContext(LPCWSTR, LPCWSTR, LPCWSTR, const DEVMODEW*) {
-    return nullptr;
-}
 
 /// Paints 4 x 2 pixels and spells their colours, one letter each and row by row.
 std::string Paint(HBRUSH brush) {
@@ -114,19 +92,22 @@ TEST_F(Brush, Odd50IndexOutsideTheTableCountsAsColour) {
 }
 
 TEST_F(Brush, Odd51IsAppendedWithoutTheLockAfterItsTimeout) {
+    std::wstring calls;
     {
-        const ImportPatch wait(L"Tessel.dll", "WaitForSingleObjectEx", &NoteWait);
-        const ImportPatch release(L"Tessel.dll", "ReleaseSemaphore", &CountRelease);
-        const ImportPatch debugger(L"Tessel.dll", "OutputDebugStringW", &KeepText);
-        waitResult = WAIT_TIMEOUT;
+        const ImportPatch wait("WaitForSingleObjectEx", &WaitForSingleObjectEx, [&](HANDLE, DWORD timeoutMs, BOOL) {
+            calls += std::to_wstring(timeoutMs);
+            return calls == L"1000" ? WAIT_TIMEOUT : WAIT_OBJECT_0;
+        });
+        const ImportPatch release("ReleaseSemaphore", &ReleaseSemaphore, [&](auto...) {
+            calls += L" released";
+            return TRUE;
+        });
+        const ImportPatch debugger("OutputDebugStringW", &OutputDebugStringW,
+                                   [&](const wchar_t* text) { calls = calls + L' ' + text + L' '; });
         EXPECT_EQ(table.Add(RGB(1, 2, 3)), 0);
-        EXPECT_EQ(unlocks, 0u);
-        waitResult = WAIT_OBJECT_0;
         EXPECT_EQ(table.Add(RGB(4, 5, 6)), 1);
-        EXPECT_EQ(unlocks, 1u);
     }
-    EXPECT_EQ(debuggerText, L"Brush Table Lock Timeout");
-    EXPECT_EQ(waits, std::vector<DWORD>(2, 1000));
+    EXPECT_EQ(calls, L"1000 Brush Table Lock Timeout 1000 released");
     EXPECT_EQ(table.GetColor(0), RGB(1, 2, 3));
 }
 
@@ -187,8 +168,8 @@ TEST(Palette, CopiesHaveTheColoursAndAHandleOfTheirOwn) {
 
 TEST_F(Brush, ReportsWhatTheSystemDoesNotGive) {
     Reports reports;
-    const ImportPatch solid(L"Tessel.dll", "CreateSolidBrush", &NoBrush);
-    const ImportPatch display(L"Tessel.dll", "CreateDCW", &NoContext);
+    const ImportPatch solid(Failing("CreateSolidBrush", &CreateSolidBrush, nullptr));
+    const ImportPatch display(Failing("CreateDCW", &CreateDCW, nullptr));
     EXPECT_EQ(table.AddBitmapIcon(kModule, IDB_BASE, 0, 0, IDB_ICON, 0, 0, nullptr, nullptr), -1);
     EXPECT_EQ(table.Add(RGB(9, 9, 9)), 0);
     const Texts texts = reports.Take();

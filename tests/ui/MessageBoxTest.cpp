@@ -64,7 +64,7 @@ constexpr unsigned int kButtonTexts[] = {IDS_MISSING, IDS_SECOND, IDS_MISSING};
 std::wstring shown;
 HWND shownOwner;
 
-int WINAPI KeepTexts(HWND owner, const wchar_t* text, const wchar_t* caption, UINT type) {
+int KeepTexts(HWND owner, const wchar_t* text, const wchar_t* caption, UINT type) {
     shownOwner = owner;
     shown = std::wstring(text) + L'|' + (caption == nullptr ? L"" : caption);
     return static_cast<int>(type);
@@ -82,24 +82,19 @@ long LeftOfActivated() {
     return area.left;
 }
 
-int WINAPI ShowAnotherOnce(HWND, const wchar_t*, const wchar_t*, UINT type) {
+int ShowAnotherOnce(HWND, const wchar_t*, const wchar_t*, UINT type) {
     if (type != MB_OK) CMessageBox().Run(L"", L"", MB_OK, MESSAGEBOX_NO_ERROR);
     EXPECT_NE(LeftOfActivated(), 1);
     EXPECT_EQ(LeftOfActivated(), 1) << "the hook of the other box";
     return MB_OK;
 }
 
-/// Runs itself again when button 8 is pressed.
+/// When button 8 is pressed, forges the message that names the object of a new dialog, and runs itself again.
 struct Again : CMessageBox {
-    bool OnCommand(unsigned int, int id, HWND) override { return id == 8 ? Run() == IDNO : End(id); }
-};
-
-/// Forges, when button 8 is pressed, the message that says which object a new dialog belongs to.
-struct Forging : CMessageBox {
     bool OnCommand(unsigned int, int id, HWND) override {
         if (id != 8) return End(id);
         SendMessageW(GetHandle(), WM_INITDIALOG, 0, reinterpret_cast<LPARAM>(&other));
-        return true;
+        return Run() == IDNO;
     }
     CMessageBox other;
 };
@@ -146,30 +141,22 @@ TEST(MessageBoxes, Odd54OtherHooksHearOnlyOfTheActivationOfTheCentredSystemBox) 
 }
 
 TEST(MessageBoxes, LeavesNoHookBehindWhenOneBoxBringsUpAnother) {
-    const ImportPatch patch(L"Tessel.dll", "MessageBoxW", &ShowAnotherOnce);
+    const ImportPatch patch("MessageBoxW", &MessageBoxW, ShowAnotherOnce);
     EXPECT_EQ(CMessageBox().Run(L"", L"", MB_YESNO, MESSAGEBOX_NO_ERROR), MB_OK);
     EXPECT_EQ(LeftOfActivated(), 1);
 }
 
-TEST(MessageBoxes, AnOwnDialogThatRunsAgainFromItsLoopCanStillBeClosed) {
+TEST(MessageBoxes, AnOwnDialogKeepsItsObjectWhenAMessageIsForgedAndWhenItRunsAgain) {
     Again box;
     const CMessageBox::RESOURCES own{IDD_BOX, IDC_MESSAGE, nullptr};
     box.SetResources(&own);
     const Press press({8, IDNO, IDYES}); // the second one ends the inner dialog
     EXPECT_EQ(box.Run(L"Text", L"", MB_YESNO, MESSAGEBOX_NO_ERROR), IDYES);
-}
-
-TEST(MessageBoxes, AnOpenOwnDialogTakesNoOtherObjectFromAForgedMessage) {
-    Forging box;
-    const CMessageBox::RESOURCES own{IDD_BOX, IDC_MESSAGE, nullptr};
-    box.SetResources(&own);
-    const Press press({8, IDYES});
-    EXPECT_EQ(box.Run(L"Text", L"", MB_YESNO, MESSAGEBOX_NO_ERROR), IDYES);
     EXPECT_EQ(box.other.GetHandle(), nullptr);
 }
 
 TEST(MessageBoxes, AppendsTheTextOfAnErrorThatTheSystemKnows) {
-    const ImportPatch patch(L"Tessel.dll", "MessageBoxW", &KeepTexts);
+    const ImportPatch patch("MessageBoxW", &MessageBoxW, KeepTexts);
     CMessageBox box(GetDesktopWindow(), L"Text ", nullptr, MB_ICONWARNING, ERROR_ACCESS_DENIED);
     const CMessageBox copy(box);
     for (CMessageBox each : {box, copy}) {
@@ -188,7 +175,7 @@ TEST(MessageBoxes, AppendsTheTextOfAnErrorThatTheSystemKnows) {
 }
 
 TEST(MessageBoxes, ReadsTextsByNumberFromTheProgram) {
-    const ImportPatch patch(L"Tessel.dll", "MessageBoxW", &KeepTexts);
+    const ImportPatch patch("MessageBoxW", &MessageBoxW, KeepTexts);
     CMessageBox box(nullptr, IDS_MESSAGE, IDS_MISSING, MB_OK, MESSAGEBOX_NO_ERROR);
     box.Run();
     EXPECT_EQ(shown, L"Message by number|Caption text not found.");
