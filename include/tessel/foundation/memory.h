@@ -124,8 +124,7 @@ public:
 
     /// Length of a file, or the size passed for a mapping. Does not change the status.
     /// @return bytes; for a file over 4 GB, which is reported, the low 32 bits; 0xFFFFFFFF if the length cannot be
-    /// read;
-    ///         0 for the other kinds
+    ///         read; 0 for the other kinds
     unsigned long GetFileLength();
 
     /// The storage in memory. Each call for a global block allocates a new one and sets the status to 0 or the Win32

@@ -65,7 +65,7 @@ public:
     /// Waits until one object is signalled or the calling thread has input.
     /// @param signalled  receives the handle; null if there is none
     /// @param message    receives a message removed from the thread's queue, for the caller to dispatch; otherwise
-    /// cleared
+    ///                   cleared
     /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
     /// @return 0: an object is signalled, a message arrived, a sent message was handled, or the set is empty;
     ///         0xFFFFFFFF: time-out, or an abandoned mutex; else the Win32 error

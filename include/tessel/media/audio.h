@@ -68,9 +68,8 @@ struct AUDIO_DATA {
 /// ProcessTimer(). The order of calls:
 /// 1. Once: write the path to GetPath(), then call AttachToFile().
 /// 2. For each run: SetModeRecord(), SetModePlay() or SetModePlayStep(). Set base and limit of m_Record or m_Play, for
-/// a
-///    step the position, too. Call StartRecord(), StartPlay() or StartPlayStep(), then StartDeviceTimer() to follow the
-///    position.
+///    a step the position, too. Call StartRecord(), StartPlay() or StartPlayStep(), then StartDeviceTimer() to follow
+///    the position.
 /// 3. The class calls OnStop() at the limit, after a step and after any failure. Then, or when the user stops the run,
 ///    the derived class sets m_bStop and calls StopWave().
 /// 4. The device posts its close; ProcessWimClose() or ProcessWomClose() makes the object idle and calls OnQuit().

@@ -42,9 +42,8 @@ public:
     ///                    or the size exceeds 32 bits
     /// @param ulSrc       size of the source in bytes
     /// @param ulDst       receives the size of the source's whole blocks after conversion: ulSrc / block of the source
-    /// *
-    ///                    block of the destination. It includes what was skipped and may exceed ulAllocDst. 0 if there
-    ///                    is no buffer or the size exceeds 32 bits
+    ///                    * block of the destination. It includes what was skipped and may exceed ulAllocDst. 0 if
+    ///                    there is no buffer or the size exceeds 32 bits
     /// @param ulAlloc     size of the source to allocate for, in bytes; at least n chunks
     /// @param ulAllocDst  receives the size of the new buffer in bytes: ulAlloc / block of the source * block of the
     ///                    destination; 0 if there is none

@@ -61,12 +61,10 @@ public:
     /// @param height   rows, at least 1
     /// @param palette  256 colours, red in the lowest byte, then green, then blue (COLORREF)
     /// @param frame    receives the frame: height rows of width bytes, the bottom row first, filled with the first
-    /// colour
-    ///                 of the palette. The object owns it; it is valid until the next call of this operation or
+    ///                 colour of the palette. The object owns it; it is valid until the next call of this operation or
     ///                 Close(). Null after a failure
     /// @return 0; -1: no palette, a size below 1 or above about 2^31 bytes, no memory or no open file; else the result
-    /// of
-    ///         AVIFileCreateStreamW or AVIStreamSetFormat
+    ///         of AVIFileCreateStreamW or AVIStreamSetFormat
     unsigned long InitializeStream(int width, int height, unsigned long* palette, void*& frame);
 
     /// Makes a stream of compressed images whose positions count images from 0. It has no frame to draw in: pass the
