@@ -1,6 +1,6 @@
 #include "Subject.h"
 
-#include "support/LoopbackListener.h" // Winsock, before windows.h
+#include "support/Loopback.h" // Winsock, before windows.h
 
 #include <tessel/foundation/event.h>
 #include <tessel/net/commmsg.h>

@@ -1,4 +1,4 @@
-#include "support/LoopbackListener.h" // Winsock, before windows.h
+#include "support/Loopback.h" // Winsock, before windows.h
 
 #include "Transports.h"
 

@@ -1,4 +1,4 @@
-#include "Loopback.h"
+#include "support/Loopback.h"
 
 #include <gtest/gtest.h>
 #include <tessel/net/commmsg.h>
@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr const wchar_t* kLibrary = L"Tessel.dll";
 constexpr int kStreams = 80000; ///< for each of the three readers
 constexpr int kConnections = 300;
 constexpr unsigned int kBuffer = 64;
@@ -56,7 +55,7 @@ int Fail(int error) {
     return SOCKET_ERROR;
 }
 
-int WINAPI ReceiveFromWire(SOCKET, char* buffer, int size, int flags) {
+int ReceiveFromWire(SOCKET, char* buffer, int size, int flags) {
     ++wire.receives;
     const std::size_t left = wire.bytes.size() - wire.at;
     if (left == 0) return wire.end == 0 ? 0 : Fail(wire.end);
@@ -68,20 +67,6 @@ int WINAPI ReceiveFromWire(SOCKET, char* buffer, int size, int flags) {
     const std::size_t next = RecordEnd(wire.bytes, wire.due);
     if (next <= wire.at) wire.due = next;
     return static_cast<int>(got);
-}
-
-int WINAPI ReadIsDue(SOCKET, WSAEVENT, WSANETWORKEVENTS* events) {
-    *events = {};
-    events->lNetworkEvents = FD_READ;
-    return 0;
-}
-
-template <class... Arguments> int WINAPI DoNothing(Arguments...) {
-    return 0;
-}
-
-void WINAPI CountSleep(DWORD) {
-    ++wire.sleeps;
 }
 
 void AddNoise(std::string& bytes, unsigned int length) {
@@ -168,69 +153,68 @@ bool BeginsWithMessage(const std::string& stream) {
            head.ulDataLength <= head.ulTotalLength - sizeof head;
 }
 
-/// A length is not worth the memory of the machine that runs the test.
-void* __cdecl ModestMemory(std::size_t size) {
-    return size > 1 << 14 ? nullptr : std::malloc(size);
-}
+/// The library's memory: blocks that show when something was written beyond them, faster than the heap's own checks.
+class Pool {
+public:
+    ~Pool() { EXPECT_EQ(m_overruns, 0); }
 
-/// The library's memory: blocks that tell when somebody wrote behind them, quicker than the heap's own checks.
-struct {
-    struct {
+private:
+    static constexpr unsigned char kMark = 0xAB;
+    struct Block {
         std::size_t size = 0;
         bool used = false;
         alignas(16) unsigned char bytes[512];
-    } blocks[16];
-    int overruns = 0;
-} pool;
-constexpr unsigned char kMark = 0xAB;
+    };
 
-void* __cdecl TakeBlock(std::size_t size) {
-    for (auto& block : pool.blocks) {
-        if (block.used || size >= sizeof block.bytes) continue;
-        block.used = true;
-        block.size = size;
-        std::memset(block.bytes, kMark, sizeof block.bytes);
-        return block.bytes;
+    void* Take(std::size_t size) {
+        for (Block& block : m_blocks) {
+            if (block.used || size >= sizeof block.bytes) continue;
+            block.used = true;
+            block.size = size;
+            return std::memset(block.bytes, kMark, sizeof block.bytes);
+        }
+        return nullptr;
     }
-    return nullptr;
-}
-
-void __cdecl GiveBlock(void* bytes) {
-    for (auto& block : pool.blocks) {
-        if (block.bytes != bytes) continue;
-        const bool whole = std::all_of(block.bytes + block.size, std::end(block.bytes),
-                                       [](unsigned char byte) { return byte == kMark; });
-        pool.overruns += whole ? 0 : 1;
-        block.used = false;
-        return;
+    void Give(void* bytes) {
+        for (Block& block : m_blocks) {
+            if (block.bytes != bytes) continue;
+            const auto marked = [](unsigned char byte) { return byte == kMark; };
+            if (!std::all_of(block.bytes + block.size, std::end(block.bytes), marked)) ++m_overruns;
+            block.used = false;
+            return;
+        }
+        std::free(bytes);
     }
-    std::free(bytes);
-}
 
-struct HostilePeer : testing::Test {
-    ImportPatch receive{kLibrary, "recv", ReceiveFromWire};
-    ImportPatch events{kLibrary, "WSAEnumNetworkEvents", ReadIsDue};
-    ImportPatch start{kLibrary, "WSAStartup", DoNothing<WORD, WSADATA*>};
-    ImportPatch end{kLibrary, "WSACleanup", DoNothing<>};
-    ImportPatch select{kLibrary, "WSAEventSelect", DoNothing<SOCKET, WSAEVENT, long>};
-    ImportPatch post{kLibrary, "WSAAsyncSelect", DoNothing<SOCKET, HWND, unsigned int, long>};
-    ImportPatch sleep{kLibrary, "Sleep", CountSleep};
+    Block m_blocks[16];
+    int m_overruns = 0;
+    const ImportPatch m_take{"malloc", &malloc, [this](std::size_t size) { return Take(size); }};
+    const ImportPatch m_give{"free", &free, [this](void* bytes) { Give(bytes); }};
 };
 
-struct HostileRecordPeer : HostilePeer {
-    /// What a thread's first record and delivery allocate for good must not come from the pool.
-    HostileRecordPeer() {
+/// Replaces Winsock. What a thread's first record and delivery allocate for good must not come from a pool.
+struct HostilePeer : testing::Test {
+    HostilePeer() {
         delete new (0) CCommMsg;
         Receiver().ProcessEvents();
     }
-    void TearDown() override { EXPECT_EQ(pool.overruns, 0); }
+    ImportPatch receive{"recv", &recv, ReceiveFromWire};
+    ImportPatch events{"WSAEnumNetworkEvents", &WSAEnumNetworkEvents, [](SOCKET, WSAEVENT, WSANETWORKEVENTS* due) {
+                           *due = {};
+                           due->lNetworkEvents = FD_READ;
+                           return 0;
+                       }};
+    ImportPatch start{Failing("WSAStartup", &WSAStartup, 0)};
+    ImportPatch end{Failing("WSACleanup", &WSACleanup, 0)};
+    ImportPatch select{Failing("WSAEventSelect", &WSAEventSelect, 0)};
+    ImportPatch post{Failing("WSAAsyncSelect", &WSAAsyncSelect, 0)};
+    ImportPatch sleep{"Sleep", &Sleep, [](DWORD) { ++wire.sleeps; }};
 };
 
 } // namespace
 
-TEST_F(HostileRecordPeer, GetsWholeRecordsDeliveredByEventAndNothingElse) {
-    const ImportPatch take(kLibrary, "malloc", TakeBlock);
-    const ImportPatch give(kLibrary, "free", GiveBlock);
+TEST_F(HostilePeer, GetsWholeRecordsDeliveredByEventAndNothingElse) {
+    Pool pool;
     for (int stream = 0; stream < kStreams; ++stream) {
         AddHostileRecords(StartWire());
         delivered.clear();
@@ -242,9 +226,8 @@ TEST_F(HostileRecordPeer, GetsWholeRecordsDeliveredByEventAndNothingElse) {
     }
 }
 
-TEST_F(HostileRecordPeer, GetsWholeRecordsReadInOrderUntilTheEnd) {
-    const ImportPatch take(kLibrary, "malloc", TakeBlock);
-    const ImportPatch give(kLibrary, "free", GiveBlock);
+TEST_F(HostilePeer, GetsWholeRecordsReadInOrderUntilTheEnd) {
+    Pool pool;
     for (int stream = 0; stream < kStreams; ++stream) {
         AddHostileRecords(StartWire());
         delivered.clear();
@@ -259,7 +242,8 @@ TEST_F(HostileRecordPeer, GetsWholeRecordsReadInOrderUntilTheEnd) {
 }
 
 TEST_F(HostilePeer, TypedMessagesLieInsideTheBufferOrFail) {
-    const ImportPatch memory(kLibrary, "malloc", ModestMemory);
+    const ImportPatch memory("malloc", &malloc,
+                             [](std::size_t size) { return size > 1 << 14 ? nullptr : std::malloc(size); });
     CSocket reader;
     for (int stream = 0; stream < kStreams; ++stream) {
         AddHostileMessage(StartWire());
@@ -269,13 +253,9 @@ TEST_F(HostilePeer, TypedMessagesLieInsideTheBufferOrFail) {
         const int result = reader.ReadMessage(INVALID_SOCKET, &message, length);
         ASSERT_LE(wire.sleeps, 10 * (wire.receives + 1)) << "stream " << stream;
         const bool awaited = !wire.hesitant && wire.sleeps < kPatience;
-        ASSERT_TRUE(result != 0 || BeginsWithMessage(wire.bytes)) << "stream " << stream;
-        ASSERT_TRUE(result == 0 || !awaited || !BeginsWithMessage(wire.bytes)) << "stream " << stream;
-        if (result != 0) {
-            ASSERT_EQ(result, 1);
-            ASSERT_EQ(message, nullptr);
-            continue;
-        }
+        ASSERT_TRUE(result == 0 ? BeginsWithMessage(wire.bytes) : !awaited || !BeginsWithMessage(wire.bytes)) << stream;
+        ASSERT_EQ(message == nullptr, result == 1) << "stream " << stream;
+        if (result != 0) continue;
         ASSERT_EQ(message->ulDataLength, length);
         ASSERT_LE(length + sizeof(MESSAGE), message->ulTotalLength) << "stream " << stream;
         ASSERT_EQ(wire.at, message->ulTotalLength) << "stream " << stream;
@@ -292,7 +272,7 @@ TEST(HostileConnection, GetsWholeRecordsDeliveredByEventAndNothingElse) {
         ASSERT_EQ(receiver.InitConnected(), 0);
         for (std::size_t left = wire.bytes.size(); left > 0;) {
             const std::size_t piece = 1 + Below(static_cast<unsigned int>(left));
-            connection.Send(&wire.bytes[wire.bytes.size() - left], piece);
+            connection.Send(wire.bytes.substr(wire.bytes.size() - left, piece));
             left -= piece;
             if (WaitForSingleObject(receiver.GetEventHandle(), 0) == WAIT_OBJECT_0) receiver.ProcessEvents();
         }

@@ -1,20 +1,10 @@
-#include "Loopback.h"
+#include "support/Loopback.h"
 
 #include <gtest/gtest.h>
-#include <tessel/net/commmsg.h>
-
-#include <cstring>
-#include <string>
 
 namespace {
 
 constexpr wchar_t kGroup[] = L"239.1.2.3";
-
-std::unique_ptr<CCommMsg> Message(const std::string& text) {
-    std::unique_ptr<CCommMsg> message(new (static_cast<unsigned int>(text.size())) CCommMsg);
-    std::memcpy(message->GetData(), text.data(), text.size());
-    return message;
-}
 
 std::string ReceiveText(CSocket& socket, int result = 0) {
     char text[100];
@@ -29,32 +19,15 @@ std::string ReceiveText(CSocket& socket, int result = 0) {
     return {text, count};
 }
 
-std::string destination;
-
-int WSAAPI NoteDestination(SOCKET, const char*, int size, int, const sockaddr* to, int) {
-    const auto* const address = reinterpret_cast<const sockaddr_in*>(to);
-    destination = std::string(inet_ntoa(address->sin_addr)) + ":" + std::to_string(ntohs(address->sin_port));
-    return size;
-}
-
-std::vector<int> options;
-
-int WSAAPI NoteOption(SOCKET socket, int level, int name, const char* value, int size) {
-    options.push_back(name);
-    return setsockopt(socket, level, name, value, size);
-}
-
-int WSAAPI EverythingWorks(SOCKET, DWORD, void*, DWORD, void*, DWORD, DWORD* returned, WSAOVERLAPPED*,
-                           LPWSAOVERLAPPED_COMPLETION_ROUTINE) {
-    *returned = 0;
-    return 0;
-}
-
-HANDLE lastEvent;
-
-HANDLE WINAPI NoteEvent(SECURITY_ATTRIBUTES* attributes, BOOL manual, BOOL set, const wchar_t* name) {
-    return lastEvent = CreateEventW(attributes, manual, set, name);
-}
+/// Notes which options are set.
+struct Options {
+    std::vector<int> names;
+    ImportPatch patch{"setsockopt", &setsockopt,
+                      [this](SOCKET socket, int level, int name, const char* value, int size) {
+                          names.push_back(name);
+                          return setsockopt(socket, level, name, value, size);
+                      }};
+};
 
 } // namespace
 
@@ -70,7 +43,12 @@ TEST(SocketDatagrams, Odd81ABroadcastReachesTheSubnetWithoutTheLengthWord) {
 
 TEST(SocketDatagrams, GoToTheAddressesOfTheChosenInterface) {
     Interfaces machine({Interface("127.0.0.1", "255.0.0.0", IFF_LOOPBACK), Interface("10.1.2.3", "255.255.0.0")});
-    const ImportPatch patch(L"Tessel.dll", "sendto", &NoteDestination);
+    std::string destination;
+    const ImportPatch patch("sendto", &sendto, [&](SOCKET, const char*, int size, int, const sockaddr* to, int) {
+        const auto* const address = reinterpret_cast<const sockaddr_in*>(to);
+        destination = std::string(inet_ntoa(address->sin_addr)) + ":" + std::to_string(ntohs(address->sin_port));
+        return size;
+    });
     CSocket socket;
     const unsigned short port = FreePort(SOCK_DGRAM);
     const std::string own = ":" + std::to_string(port);
@@ -94,25 +72,28 @@ TEST(SocketDatagrams, GoToTheAddressesOfTheChosenInterface) {
 
 TEST(SocketDatagrams, AGroupIsJoinedAndReached) {
     const Interfaces loopback;
-    const ImportPatch patch(L"Tessel.dll", "setsockopt", &NoteOption);
+    const Options options;
     CSocket socket(CSocket::MODE_EVENT);
     ASSERT_EQ(socket.InitMulticast(FreePort(SOCK_DGRAM), kGroup, 1, kOwn, kOwnMask), 0);
-    EXPECT_EQ(options, (std::vector{IP_MULTICAST_TTL, IP_MULTICAST_IF, IP_ADD_MEMBERSHIP})); // the scope is refused
+    EXPECT_EQ(options.names, (std::vector{IP_MULTICAST_TTL, IP_MULTICAST_IF, IP_ADD_MEMBERSHIP})); // no scope
     EXPECT_EQ(socket.Multicast(Message("to the group").get(), kGroup, 0), 0);
     EXPECT_EQ(ReceiveText(socket), "to the group");
 }
 
 TEST(SocketDatagrams, AGroupThatCannotBeJoinedLeavesNeitherSocketNorEvent) {
-    const ImportPatch ioctl(L"Tessel.dll", "WSAIoctl", &EverythingWorks);
-    const ImportPatch patch(L"Tessel.dll", "setsockopt", &NoteOption);
-    const ImportPatch create(L"Tessel.dll", "CreateEventW", &NoteEvent);
+    const ImportPatch ioctl("WSAIoctl", &WSAIoctl, [](SOCKET, DWORD, void*, DWORD, void*, DWORD, DWORD* size, auto...) {
+        *size = 0;
+        return 0;
+    });
+    const Options options;
+    HANDLE event = nullptr;
+    const ImportPatch create("CreateEventW", &CreateEventW, [&](auto... a) { return event = CreateEventW(a...); });
     CSocket socket(CSocket::MODE_EVENT);
-    options.clear();
     for (const wchar_t* const group : {L"no group", static_cast<const wchar_t*>(nullptr)}) {
         EXPECT_NE(socket.InitMulticast(FreePort(SOCK_DGRAM), group, 1, kOwn, kOwnMask), 0);
         EXPECT_TRUE(socket.IsSocket(INVALID_SOCKET));
         EXPECT_EQ(socket.GetEventHandle(), INVALID_HANDLE_VALUE);
-        EXPECT_FALSE(CloseHandle(lastEvent)) << "it is closed already";
+        EXPECT_FALSE(CloseHandle(event)) << "it is closed already";
     }
-    EXPECT_EQ(options, (std::vector{IP_MULTICAST_IF, IP_ADD_MEMBERSHIP, IP_MULTICAST_IF, IP_ADD_MEMBERSHIP}));
+    EXPECT_EQ(options.names, (std::vector{IP_MULTICAST_IF, IP_ADD_MEMBERSHIP, IP_MULTICAST_IF, IP_ADD_MEMBERSHIP}));
 }

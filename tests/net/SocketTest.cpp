@@ -1,22 +1,20 @@
-#include "Loopback.h"
+#include "support/Loopback.h"
 
 #include "support/MessageWindow.h"
 
 #include <gtest/gtest.h>
 #include <tessel/net/ipaddress.h>
 
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace {
 
-/// Writes down what it is told of.
+/// Writes down its events.
 class Recorder : public CSocket {
 public:
     using CSocket::CSocket;
-    std::string events;
     using CSocket::m_pExtra;
+    std::string events;
 
 protected:
     void OnAccept() override { events += "accept "; }
@@ -26,28 +24,13 @@ protected:
     void OnClose() override { events += "close "; }
 };
 
-int WSAAPI AllEvents(SOCKET, WSAEVENT, WSANETWORKEVENTS* events) {
-    events->lNetworkEvents = FD_CLOSE | FD_WRITE | FD_READ | FD_CONNECT | FD_ACCEPT;
-    return 0;
-}
-
-int WSAAPI ResetByPeer(SOCKET, char*, int, int) {
-    WSASetLastError(WSAECONNRESET);
-    return SOCKET_ERROR;
-}
-
-SOCKET WSAAPI NoSocket(int, int, int) {
-    WSASetLastError(WSAEMFILE);
-    return INVALID_SOCKET;
-}
-
 unsigned char oneByte = 'x';
 
 int ReceiveByte(CSocket& socket) {
     return socket.Recv(&oneByte, 1, nullptr, 0);
 }
 
-/// Tells a blocking from a non-blocking socket: the one gives WSAETIMEDOUT, the other WSAEWOULDBLOCK.
+/// @return WSAETIMEDOUT on a blocking socket, WSAEWOULDBLOCK on a non-blocking one
 int ReceiveNothing(const Connection& connection) {
     const DWORD brief = 20;
     setsockopt(connection.handle, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&brief), sizeof brief);
@@ -57,6 +40,10 @@ int ReceiveNothing(const Connection& connection) {
 bool IsOpen(const CSocket& socket) {
     timeval none{0, 0};
     return const_cast<CSocket&>(socket).Select(&none) < WSABASEERR;
+}
+
+bool Comes(HANDLE event) {
+    return WaitForSingleObject(event, 10000) == WAIT_OBJECT_0;
 }
 
 } // namespace
@@ -72,7 +59,7 @@ TEST(Socket, ServesAClientAndClosesGracefully) {
     EXPECT_FALSE(server.AddrChanged());
     Interfaces::list = {Interface("10.1.2.3", "255.0.0.0"), Interface("127.0.0.1", "255.0.0.0", IFF_LOOPBACK)};
     EXPECT_TRUE(server.AddrChanged());
-    ASSERT_EQ(client.Connect(kLoopback, port), 0);
+    ASSERT_EQ(client.Connect(LoopbackListener::Address(), port), 0);
     EXPECT_TRUE(client.IsConnected());
     ASSERT_EQ(server.Accept(&accepted), 0);
     const std::unique_ptr<CSocket> peer(accepted);
@@ -86,7 +73,7 @@ TEST(Socket, ServesAClientAndClosesGracefully) {
     EXPECT_EQ(peer->Recv(got, 10, &count, 0), 0);
     EXPECT_EQ(count, 4u);
     EXPECT_STREQ(reinterpret_cast<char*>(got), "text");
-    EXPECT_EQ(peer->SetMode(CSocket::MODE_EVENT, 0, FD_READ), 0); // what does not block drains only what is there
+    EXPECT_EQ(peer->SetMode(CSocket::MODE_EVENT, 0, FD_READ), 0); // does not wait for the client's close
     EXPECT_EQ(peer->Disconnect(), 0);
     EXPECT_TRUE(peer->IsSocket(INVALID_SOCKET));
     EXPECT_EQ(client.Recv(got, 10, &count, 0), WSAEDISCON);
@@ -100,12 +87,12 @@ TEST(Socket, DropsWhatThePeerStillSendsBeforeItCloses) {
     const Connection connection;
     CSocket own(connection.handle, CSocket::MODE_WINDOW, window.Get());
     ASSERT_EQ(own.InitConnected(), 0);
-    connection.Send(std::string(5000, 'x').data(), 5000);
+    connection.Send(std::string(5000, 'x'));
     window.Wait(WM_SOCKET_DATA);
     EXPECT_EQ(own.Disconnect(), 0);
-    EXPECT_EQ(window.Take(WM_SOCKET_DATA), 0) << "nobody is told of what is dropped";
+    EXPECT_EQ(window.Take(WM_SOCKET_DATA), 0) << "no event for dropped data";
     char end = 0;
-    EXPECT_EQ(recv(connection.bare, &end, 1, 0), 0); // a close with unread data would reset the connection
+    EXPECT_EQ(recv(connection.bare, &end, 1, 0), 0) << "a close with unread data would reset the connection";
 }
 
 TEST(Socket, DisconnectingWithinATimeLosesNothing) {
@@ -116,20 +103,18 @@ TEST(Socket, DisconnectingWithinATimeLosesNothing) {
         CSocket own(connection.handle, mode, window.Get());
         ASSERT_EQ(own.InitConnected(), 0);
         std::size_t arrived = 0;
-        std::thread peer([&] { // answers while it receives, so that a close at once would reset the connection
+        std::thread peer([&] { // answers while it receives, so closing at once would reset the connection
             char piece[4096];
             for (int got = 0; (got = recv(connection.bare, piece, sizeof piece, 0)) > 0;) {
-                if (arrived == 0) connection.Send(piece, 100);
                 arrived += static_cast<std::size_t>(got);
+                connection.Send("answer");
             }
             connection.Close();
         });
         const std::vector<unsigned char> data(3000000);
-        std::size_t sent = 0;
-        while (sent < data.size()) {
-            unsigned int count = 0;
+        unsigned int count = 0;
+        for (std::size_t sent = 0; sent < data.size(); sent += std::exchange(count, 0)) {
             (void)own.Send(&data[sent], static_cast<unsigned int>(data.size() - sent), &count, 0);
-            sent += count;
         }
         EXPECT_EQ(own.DisconnectWithin(INFINITE), 0);
         peer.join();
@@ -143,14 +128,13 @@ TEST(Socket, AfterATimeOutDisconnectingCanBeTriedAgain) {
     Connection connection(CSocket::MODE_EVENT);
     CSocket& own = *connection.own;
     EXPECT_EQ(own.DisconnectWithin(20), WSAETIMEDOUT);
-    EXPECT_TRUE(own.IsConnected());
-    EXPECT_TRUE(own.IsSocket(connection.handle));
+    EXPECT_TRUE(own.IsConnected() && own.IsSocket(connection.handle));
     connection.Close();
     EXPECT_EQ(own.DisconnectWithin(10000), 0);
     EXPECT_TRUE(own.IsSocket(INVALID_SOCKET));
     Connection resetting(CSocket::MODE_EVENT);
     resetting.Close();
-    const ImportPatch patch(L"Tessel.dll", "recv", &ResetByPeer);
+    const ImportPatch patch(Failing("recv", &recv, SOCKET_ERROR, WSAECONNRESET));
     EXPECT_EQ(resetting.own->DisconnectWithin(10000), WSAECONNRESET);
     EXPECT_TRUE(resetting.own->IsSocket(INVALID_SOCKET));
 }
@@ -177,24 +161,22 @@ TEST(Socket, PostsItsEventsToTheWindowAndProcessesThem) {
     EXPECT_EQ(server.ProcessEvents(), 0);
     EXPECT_EQ(server.events, "");
     CSocket client;
-    ASSERT_EQ(client.Connect(kLoopback, port), 0);
+    ASSERT_EQ(client.Connect(LoopbackListener::Address(), port), 0);
     EXPECT_EQ(WSAGETSELECTEVENT(window.Wait(WM_SOCKET_ACCEPT)), FD_ACCEPT);
     EXPECT_EQ(server.ProcessEvents(), 0);
     EXPECT_EQ(server.events, "accept ");
     CSocket* accepted = nullptr;
     ASSERT_EQ(server.Accept(&accepted), 0);
-    EXPECT_EQ(accepted->InitConnected(), 0);
-    EXPECT_EQ(client.Send(&oneByte, 1, nullptr, 0), 0);
-    EXPECT_EQ(WSAGETSELECTEVENT(window.Wait(WM_SOCKET_DATA)), FD_READ);
+    Recorder peer;
+    peer.CSocket::operator=(*accepted);
     delete accepted;
-    const Connection connection;
-    Recorder peer(connection.handle, CSocket::MODE_WINDOW, window.Get());
     EXPECT_EQ(peer.InitConnected(), 0);
-    connection.Send("x", 1);
+    EXPECT_EQ(client.Send(&oneByte, 1, nullptr, 0), 0);
     EXPECT_EQ(WSAGETSELECTEVENT(window.Wait(WM_SOCKET_DATA)), FD_READ);
     EXPECT_EQ(peer.ProcessEvents(), 0);
     EXPECT_EQ(ReceiveByte(peer), 0);
-    shutdown(connection.bare, SD_SEND);
+    EXPECT_EQ(client.SetMode(CSocket::MODE_NONBLOCKING, 0, 0), 0);
+    EXPECT_EQ(client.Disconnect(), 0);
     EXPECT_EQ(WSAGETSELECTEVENT(window.Wait(WM_SOCKET_DATA)), FD_CLOSE);
     EXPECT_EQ(peer.ProcessEvents(), 0);
     EXPECT_EQ(peer.events, "read close ");
@@ -207,15 +189,18 @@ TEST(Socket, SignalsItsEventAndProcessesWhatCame) {
     ASSERT_EQ(recorder.InitConnected(), 0);
     EXPECT_EQ(recorder.ProcessEvents(), 0);
     EXPECT_EQ(recorder.events, "");
-    connection.Send("x", 1);
-    EXPECT_EQ(WaitForSingleObject(recorder.GetEventHandle(), 10000), WAIT_OBJECT_0);
+    connection.Send("x");
+    EXPECT_TRUE(Comes(recorder.GetEventHandle()));
     EXPECT_EQ(recorder.ProcessEvents(), 0);
     EXPECT_EQ(ReceiveByte(recorder), 0);
     connection.Close();
-    EXPECT_EQ(WaitForSingleObject(recorder.GetEventHandle(), 10000), WAIT_OBJECT_0);
+    EXPECT_TRUE(Comes(recorder.GetEventHandle()));
     EXPECT_EQ(recorder.ProcessEvents(), 0);
     EXPECT_EQ(recorder.events, "read close ");
-    const ImportPatch patch(L"Tessel.dll", "WSAEnumNetworkEvents", &AllEvents);
+    const ImportPatch patch("WSAEnumNetworkEvents", &WSAEnumNetworkEvents, [](SOCKET, WSAEVENT, auto* all) {
+        all->lNetworkEvents = FD_CLOSE | FD_WRITE | FD_READ | FD_CONNECT | FD_ACCEPT;
+        return 0;
+    });
     recorder.events.clear();
     EXPECT_EQ(recorder.ProcessEvents(), 0);
     EXPECT_EQ(recorder.events, "accept connect read write close ");
@@ -234,31 +219,28 @@ TEST(Socket, Odd80AnEarlierEventStaysOpen) {
 
 TEST(Socket, Odd77WithoutASocketAServerReportsSuccess) {
     const Connection connection(CSocket::MODE_BLOCKING);
-    const ImportPatch patch(L"Tessel.dll", "socket", &NoSocket);
+    const ImportPatch patch(Failing("socket", &socket, INVALID_SOCKET, WSAEMFILE));
     CSocket& socket = *connection.own;
     EXPECT_EQ(socket.InitAsync(1, kOwn, kOwnMask), 0);
     EXPECT_TRUE(socket.IsSocket(INVALID_SOCKET));
     EXPECT_FALSE(socket.IsConnected());
     EXPECT_EQ(socket.InitBroadcast(1, kOwn, kOwnMask), WSAEMFILE);
     EXPECT_EQ(socket.InitMulticast(1, L"239.1.2.3", 1, kOwn, kOwnMask), WSAEMFILE);
-    EXPECT_EQ(socket.Connect(kLoopback, 1), WSAEMFILE);
+    EXPECT_EQ(socket.Connect(LoopbackListener::Address(), 1), WSAEMFILE);
 }
 
 TEST(Socket, ClosesTheSocketWhenItsPortIsTaken) {
     const Interfaces loopback;
-    const unsigned short port = FreePort();
-    CSocket first;
+    const LoopbackListener first;
     CSocket second;
-    ASSERT_EQ(first.InitAsync(port, kOwn, kOwnMask), 0);
-    EXPECT_EQ(second.InitAsync(port, kOwn, kOwnMask), WSAEADDRINUSE);
+    EXPECT_EQ(second.InitAsync(first.Port(), kOwn, kOwnMask), WSAEADDRINUSE);
     EXPECT_TRUE(second.IsSocket(INVALID_SOCKET));
 }
 
 TEST(Socket, Odd78And79TheSocketOfAFailedConnectStaysOpenAndCannotBeDisconnected) {
     CSocket socket;
-    EXPECT_EQ(socket.Connect(kLoopback, FreePort()), WSAECONNREFUSED);
+    EXPECT_EQ(socket.Connect(LoopbackListener::Address(), FreePort()), WSAECONNREFUSED);
     EXPECT_FALSE(socket.IsConnected());
-    EXPECT_TRUE(IsOpen(socket));
     EXPECT_EQ(socket.Disconnect(), WSAENOTCONN);
     EXPECT_TRUE(IsOpen(socket));
 }
@@ -279,10 +261,11 @@ TEST(Socket, Odd85CopiesShareAndAnAssignmentClosesNothing) {
     CSocket copy(first);
     EXPECT_EQ(copy.Disconnect(), 0);
     EXPECT_TRUE(IsOpen(first));
-    CSocket target;
-    target.Connect(kLoopback, FreePort());
+    const Connection held;
+    CSocket target(held.handle, CSocket::MODE_BLOCKING, nullptr);
     target = first;
     EXPECT_TRUE(target.IsSocket(connection.handle));
+    EXPECT_EQ(closesocket(held.handle), 0) << "left open";
     for (int i = 0; i < 3; ++i) (void)CSocket(first); // each ends Winsock as often as it started it
     EXPECT_EQ(closesocket(socket(AF_INET, SOCK_STREAM, 0)), 0);
 }
@@ -294,15 +277,14 @@ TEST(Socket, AnObjectThatStartsAnewLeavesWhatItHeldToItsCopies) {
         CSocket copy(last);
         copy.Create(INVALID_SOCKET, CSocket::MODE_BLOCKING, nullptr);
     }
-    char end = 0;
-    EXPECT_EQ(recv(connection.bare, &end, 1, 0), 0); // closed
+    EXPECT_EQ(connection.ReceiveAll(), "") << "the last owner closed it";
 }
 
 TEST(Socket, SelectsWhatCanBeDone) {
     const Connection connection(CSocket::MODE_BLOCKING);
     timeval wait{10, 0};
     EXPECT_EQ(connection.own->Select(&wait), 2);
-    connection.Send("x", 1);
+    connection.Send("x");
     EXPECT_EQ(recv(connection.handle, reinterpret_cast<char*>(&oneByte), 1, MSG_PEEK), 1);
     EXPECT_EQ(connection.own->Select(&wait), 3);
     CSocket none;
@@ -312,15 +294,16 @@ TEST(Socket, SelectsWhatCanBeDone) {
 
 TEST(Socket, RefusesNullPointers) {
     CSocket socket;
-    EXPECT_EQ(socket.Accept(nullptr), WSAEFAULT);
-    EXPECT_EQ(socket.Recv(nullptr, 1, nullptr, 0), WSAEFAULT);
-    EXPECT_EQ(socket.ReceiveFrom(nullptr, 1, nullptr, nullptr, nullptr, 0), WSAEFAULT);
-    EXPECT_EQ(socket.Send(nullptr, 1, nullptr, 0), WSAEFAULT);
-    EXPECT_EQ(socket.SendTo(nullptr, nullptr, 0, 0, nullptr), WSAEFAULT);
-    EXPECT_EQ(socket.Broadcast(nullptr, 0, true), WSAEFAULT);
-    EXPECT_EQ(socket.Multicast(nullptr, nullptr, 0), WSAEFAULT);
-    EXPECT_EQ(socket.GetSendTimeout(nullptr), WSAEFAULT);
-    EXPECT_EQ(socket.GetNetworkEvents(nullptr), WSAEFAULT);
-    EXPECT_EQ(socket.WriteFile(nullptr, nullptr), WSAEFAULT);
-    EXPECT_EQ(socket.WriteMessage(1, nullptr, 1), WSAEFAULT);
+    const int results[] = {socket.Accept(nullptr),
+                           socket.Recv(nullptr, 1, nullptr, 0),
+                           socket.ReceiveFrom(nullptr, 1, nullptr, nullptr, nullptr, 0),
+                           socket.Send(nullptr, 1, nullptr, 0),
+                           socket.SendTo(nullptr, nullptr, 0, 0, nullptr),
+                           socket.Broadcast(nullptr, 0, true),
+                           socket.Multicast(nullptr, nullptr, 0),
+                           socket.GetSendTimeout(nullptr),
+                           socket.GetNetworkEvents(nullptr),
+                           socket.WriteFile(nullptr, nullptr),
+                           socket.WriteMessage(1, nullptr, 1)};
+    for (const int& result : results) EXPECT_EQ(result, WSAEFAULT) << &result - results;
 }

@@ -1,6 +1,6 @@
 #include "UnixTool.h"
 
-#include "LoopbackListener.h" // Winsock, before windows.h
+#include "Loopback.h" // Winsock, before windows.h
 
 #include "ChildProcess.h"
 

@@ -1,0 +1,185 @@
+#pragma once
+
+#include <winsock2.h> // before windows.h, which the other headers include
+#include <ws2tcpip.h>
+
+#include "ImportPatch.h"
+
+#include <tessel/net/commmsg.h>
+#include <tessel/net/msgsocket.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+constexpr wchar_t kOwn[] = L"127.0.0.1";
+constexpr wchar_t kOwnMask[] = L"255.0.0.0";
+
+/// A listening socket, or a bound one for datagrams, on 127.0.0.1 with a port that the system chose.
+class LoopbackListener {
+public:
+    explicit LoopbackListener(int type = SOCK_STREAM) : m_listener(socket(AF_INET, type, 0)) {
+        sockaddr_in address = Endpoint(0);
+        int size = sizeof address;
+        bind(m_listener, reinterpret_cast<sockaddr*>(&address), size);
+        getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size);
+        m_port = ntohs(address.sin_port);
+        listen(m_listener, SOMAXCONN); // fails for datagrams
+    }
+    ~LoopbackListener() { closesocket(m_listener); }
+    LoopbackListener(const LoopbackListener&) = delete;
+    LoopbackListener& operator=(const LoopbackListener&) = delete;
+
+    static u_long Address() { return htonl(INADDR_LOOPBACK); }
+    u_short Port() const { return m_port; }
+
+    /// The next connection, without delays in sending.
+    SOCKET Accept() const { return WithoutDelay(accept(m_listener, nullptr, nullptr)); }
+
+    /// A new connection to a port on 127.0.0.1, without delays in sending.
+    static SOCKET Connect(u_short port) {
+        const SOCKET connected = socket(AF_INET, SOCK_STREAM, 0);
+        const sockaddr_in address = Endpoint(port);
+        connect(connected, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        return WithoutDelay(connected);
+    }
+
+    /// A port on 127.0.0.1.
+    static sockaddr_in Endpoint(u_short port) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(port);
+        address.sin_addr.s_addr = Address();
+        return address;
+    }
+
+private:
+    static SOCKET WithoutDelay(SOCKET socket) {
+        const int noDelay = 1;
+        setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&noDelay), sizeof noDelay);
+        return socket;
+    }
+
+    const CSocket m_startsWinsock;
+    SOCKET m_listener;
+    u_short m_port;
+};
+
+/// A port that nobody uses.
+inline unsigned short FreePort(int type = SOCK_STREAM) {
+    return LoopbackListener(type).Port();
+}
+
+/// A connection over loopback. Its near end is a handle to adopt, or a socket of the library in the wanted mode; the
+/// far end is a bare socket.
+class Connection {
+public:
+    Connection() {
+        const LoopbackListener listener;
+        bare = LoopbackListener::Connect(listener.Port());
+        handle = listener.Accept();
+    }
+    explicit Connection(CSocket::MODE mode) : Connection() {
+        own = std::make_unique<CSocket>(handle, mode, nullptr);
+        own->InitConnected();
+    }
+    ~Connection() { Close(); }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    void Send(const std::string& bytes) const { send(bare, bytes.data(), static_cast<int>(bytes.size()), 0); }
+    /// Everything up to the end of the stream.
+    std::string ReceiveAll() const {
+        std::string all;
+        char piece[4096];
+        for (int got = 0; (got = recv(bare, piece, sizeof piece, 0)) > 0;) all.append(piece, piece + got);
+        return all;
+    }
+    void Close() {
+        if (bare != INVALID_SOCKET) closesocket(bare);
+        bare = INVALID_SOCKET;
+    }
+
+    const CSocket keepsWinsockStarted;
+    SOCKET bare;
+    SOCKET handle; ///< of the near end
+    std::unique_ptr<CSocket> own;
+};
+
+/// One entry of the list of network interfaces.
+inline INTERFACE_INFO Interface(const char* address, const char* mask, unsigned long flags = IFF_UP) {
+    INTERFACE_INFO entry{};
+    entry.iiFlags = flags;
+    entry.iiAddress.AddressIn.sin_addr.s_addr = inet_addr(address);
+    entry.iiNetmask.AddressIn.sin_addr.s_addr = inet_addr(mask);
+    return entry;
+}
+
+/// Replaces the machine's interfaces: by default with loopback, not marked as loopback.
+class Interfaces {
+public:
+    explicit Interfaces(std::vector<INTERFACE_INFO> wanted = {Interface("127.0.0.1", "255.0.0.0")})
+        : m_patch(L"Tessel.dll", "WSAIoctl", &Answer) {
+        list = std::move(wanted);
+    }
+    static inline std::vector<INTERFACE_INFO> list;
+
+private:
+    static int WSAAPI Answer(SOCKET socket, DWORD code, void* in, DWORD inSize, void* out, DWORD outSize,
+                             DWORD* returned, WSAOVERLAPPED* overlapped, LPWSAOVERLAPPED_COMPLETION_ROUTINE done) {
+        if (code != static_cast<DWORD>(SIO_GET_INTERFACE_LIST)) {
+            return WSAIoctl(socket, code, in, inSize, out, outSize, returned, overlapped, done);
+        }
+        *returned = static_cast<DWORD>(list.size() * sizeof(INTERFACE_INFO));
+        if (*returned > outSize || list.empty()) {
+            WSASetLastError(WSAEFAULT);
+            return SOCKET_ERROR;
+        }
+        std::copy(list.begin(), list.end(), static_cast<INTERFACE_INFO*>(out));
+        return 0;
+    }
+    ImportPatch m_patch;
+};
+
+/// A record with the text as its data.
+inline std::unique_ptr<CCommMsg> Message(const std::string& text) {
+    std::unique_ptr<CCommMsg> message(new (static_cast<unsigned int>(text.size())) CCommMsg);
+    text.copy(reinterpret_cast<char*>(message->GetData()), text.size());
+    return message;
+}
+
+/// The wire form of a record: its length in four bytes, the lowest first, and its data.
+inline std::string Wire(const std::string& data) {
+    std::string wire;
+    for (unsigned int shift = 0; shift < 32; shift += 8) wire += static_cast<char>(data.size() >> shift & 0xFF);
+    return wire + data;
+}
+
+/// A record's data; deletes the record.
+inline std::string TakeText(CCommMsg* record) {
+    const std::string text(reinterpret_cast<const char*>(record->GetData()), record->GetLength());
+    delete record;
+    return text;
+}
+
+/// Keeps the delivered records.
+class RecordReceiver : public CMsgSocket {
+public:
+    using CMsgSocket::CMsgSocket;
+
+    std::vector<std::string> records;
+    int closes = 0;
+    std::size_t disconnectAt = 0;    ///< disconnects after so many records; 0: never
+    std::function<void()> meanwhile; ///< called once, while a record is delivered
+
+private:
+    void OnReadMsg(CCommMsg* record) override {
+        records.push_back(TakeText(record));
+        if (records.size() == disconnectAt) Disconnect();
+        if (const auto now = std::exchange(meanwhile, nullptr)) now();
+    }
+    void OnClose() override { ++closes; }
+};
