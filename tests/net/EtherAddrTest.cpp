@@ -10,8 +10,7 @@ using namespace std::literals;
 
 namespace {
 
-class EtherAddrTest : public testing::Test {
-protected:
+struct EtherAddrTest : testing::Test {
     void AddCard(const wchar_t* number, DWORD type, std::wstring_view serviceName) {
         machine.Set(kCardsKey + std::wstring(number), L"ServiceName", type, serviceName);
     }
@@ -21,19 +20,17 @@ protected:
     CardDriver driver;
 };
 
-/// Everything that the object tells: "status hex text service name".
-std::wstring Told(const CEtherAddr& address) {
+/// Everything that the object returns: "status bytes text service name".
+std::wstring All(const CEtherAddr& address) {
     unsigned char binary[6];
-    wchar_t text[CEtherAddr::TEXT_SIZE];
-    wchar_t name[CEtherAddr::SERVICE_NAME_SIZE];
+    wchar_t text[CEtherAddr::TEXT_SIZE], name[CEtherAddr::SERVICE_NAME_SIZE];
     address.GetBinary(binary);
     address.GetText(text);
     address.GetServiceName(name);
     EXPECT_EQ(address.GetServiceNameLen(), std::wcslen(name));
-    EXPECT_LT(address.GetServiceNameLen(), CEtherAddr::SERVICE_NAME_SIZE);
-    std::wstring told = std::to_wstring(address.GetStatus()) + L" ";
-    for (const unsigned char byte : binary) told += std::to_wstring(byte) + L".";
-    return told + L" " + text + L" " + name;
+    std::wstring all = std::to_wstring(address.GetStatus()) + L" ";
+    for (const unsigned char byte : binary) all += std::to_wstring(byte) + L".";
+    return all + L" " + text + L" " + name;
 }
 
 } // namespace
@@ -46,9 +43,8 @@ TEST_F(EtherAddrTest, AsksTheDriverOfTheFirstCardWhoseNameIsAText) {
     AddCard(L"5", REG_SZ, L"net5"sv); // without a terminator
     AddCard(L"6", REG_SZ, L"net6\0"sv);
     const CEtherAddr address;
-    EXPECT_EQ(Told(CEtherAddr(address)), L"0 0.160.201.20.200.41. 00A0C914C829 net5");
-    EXPECT_EQ(driver.asked, L"net5");
-    EXPECT_EQ(driver.calls, (std::vector{L"83 \\\\.\\net5"s, L"1507330 16843010"s}));
+    EXPECT_EQ(All(CEtherAddr(address)), L"0 0.160.201.20.200.41. 00A0C914C829 net5");
+    EXPECT_EQ(driver.calls.Take(), L"query net5\nopen \\\\.\\net5 2147483648 3\nask 1507330 16843010\n");
     DWORD flags = 0;
     EXPECT_FALSE(GetHandleInformation(driver.handle, &flags)) << "the driver stays open";
     EXPECT_EQ(reports.Take(), Texts{});
@@ -58,10 +54,10 @@ TEST_F(EtherAddrTest, MissingDeviceNameIsDefinedForTheQuestion) {
     AddCard(L"1", REG_SZ, std::wstring(63, L'n')); // just fits
     driver.does.queryError = ERROR_FILE_NOT_FOUND;
     const std::wstring name(63, L'n');
-    EXPECT_EQ(Told(CEtherAddr()), L"0 0.160.201.20.200.41. 00A0C914C829 " + name);
-    ASSERT_EQ(driver.calls.size(), 4U);
-    EXPECT_EQ(driver.calls.front(), L"1 " + name + L" \\Device\\" + name);
-    EXPECT_EQ(driver.calls.back(), L"7 " + name + L" \\Device\\" + name);
+    EXPECT_EQ(All(CEtherAddr()), L"0 0.160.201.20.200.41. 00A0C914C829 " + name);
+    ASSERT_EQ(driver.calls.size(), 5U);
+    EXPECT_EQ(driver.calls[1], L"define 1 " + name + L" \\Device\\" + name);
+    EXPECT_EQ(driver.calls[4], L"define 7 " + name + L" \\Device\\" + name);
 }
 
 TEST_F(EtherAddrTest, Odd93DriverThatCannotBeAskedAndNameThatStaysBehindGiveNoAddress) {
@@ -77,17 +73,17 @@ TEST_F(EtherAddrTest, Odd93DriverThatCannotBeAskedAndNameThatStaysBehindGiveNoAd
     };
     for (const auto& failure : failures) {
         driver.does = failure;
-        EXPECT_EQ(Told(CEtherAddr()), L"1 0.0.0.0.0.0.  net1");
+        EXPECT_EQ(All(CEtherAddr()), L"1 0.0.0.0.0.0.  net1");
     }
-    EXPECT_EQ(driver.calls.back().substr(0, 2), L"1 ") << "what was not defined is not removed";
+    EXPECT_EQ(driver.calls.back().substr(0, 9), L"define 1 ") << "what was not defined is not removed";
     EXPECT_EQ(reports.Take(), Texts{});
 }
 
 TEST_F(EtherAddrTest, OnlyNamelessCardsAreReported) {
-    EXPECT_EQ(Told(CEtherAddr()), L"1 0.0.0.0.0.0.  ");
+    EXPECT_EQ(All(CEtherAddr()), L"1 0.0.0.0.0.0.  ");
     EXPECT_EQ(reports.Take(), Texts{});
     AddCard(L"1", REG_SZ, std::wstring(64, L'x'));
-    EXPECT_EQ(Told(CEtherAddr()), L"1 0.0.0.0.0.0.  ");
+    EXPECT_EQ(All(CEtherAddr()), L"1 0.0.0.0.0.0.  ");
     EXPECT_EQ(reports.Take(), Texts{"EthAddr:91 status == STATUS_OK"});
     EXPECT_TRUE(driver.calls.empty());
 }

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int kStreams = 80000; ///< for each of the three readers
+constexpr int kStreams = 40000; ///< for each of the three readers
 constexpr int kConnections = 300;
 constexpr unsigned int kBuffer = 64;
 constexpr unsigned int kPatience = 9; ///< pauses after which a message in parts is given up
@@ -153,51 +153,8 @@ bool BeginsWithMessage(const std::string& stream) {
            head.ulDataLength <= head.ulTotalLength - sizeof head;
 }
 
-/// The library's memory: blocks that show when something was written beyond them, faster than the heap's own checks.
-class Pool {
-public:
-    ~Pool() { EXPECT_EQ(m_overruns, 0); }
-
-private:
-    static constexpr unsigned char kMark = 0xAB;
-    struct Block {
-        std::size_t size = 0;
-        bool used = false;
-        alignas(16) unsigned char bytes[512];
-    };
-
-    void* Take(std::size_t size) {
-        for (Block& block : m_blocks) {
-            if (block.used || size >= sizeof block.bytes) continue;
-            block.used = true;
-            block.size = size;
-            return std::memset(block.bytes, kMark, sizeof block.bytes);
-        }
-        return nullptr;
-    }
-    void Give(void* bytes) {
-        for (Block& block : m_blocks) {
-            if (block.bytes != bytes) continue;
-            const auto marked = [](unsigned char byte) { return byte == kMark; };
-            if (!std::all_of(block.bytes + block.size, std::end(block.bytes), marked)) ++m_overruns;
-            block.used = false;
-            return;
-        }
-        std::free(bytes);
-    }
-
-    Block m_blocks[16];
-    int m_overruns = 0;
-    const ImportPatch m_take{"malloc", &malloc, [this](std::size_t size) { return Take(size); }};
-    const ImportPatch m_give{"free", &free, [this](void* bytes) { Give(bytes); }};
-};
-
-/// Replaces Winsock. What a thread's first record and delivery allocate for good must not come from a pool.
+/// Replaces Winsock. Checked builds find what is written beyond a record's memory.
 struct HostilePeer : testing::Test {
-    HostilePeer() {
-        delete new (0) CCommMsg;
-        Receiver().ProcessEvents();
-    }
     ImportPatch receive{"recv", &recv, ReceiveFromWire};
     ImportPatch events{"WSAEnumNetworkEvents", &WSAEnumNetworkEvents, [](SOCKET, WSAEVENT, WSANETWORKEVENTS* due) {
                            *due = {};
@@ -214,7 +171,6 @@ struct HostilePeer : testing::Test {
 } // namespace
 
 TEST_F(HostilePeer, GetsWholeRecordsDeliveredByEventAndNothingElse) {
-    Pool pool;
     for (int stream = 0; stream < kStreams; ++stream) {
         AddHostileRecords(StartWire());
         delivered.clear();
@@ -227,7 +183,6 @@ TEST_F(HostilePeer, GetsWholeRecordsDeliveredByEventAndNothingElse) {
 }
 
 TEST_F(HostilePeer, GetsWholeRecordsReadInOrderUntilTheEnd) {
-    Pool pool;
     for (int stream = 0; stream < kStreams; ++stream) {
         AddHostileRecords(StartWire());
         delivered.clear();

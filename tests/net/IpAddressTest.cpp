@@ -22,14 +22,12 @@ TEST(IpAddress, ConvertsBetweenNumberAndTextInBothWidths) {
     EXPECT_STREQ(static_cast<wchar_t*>(address), L"10.1.0.255");
     EXPECT_EQ(static_cast<void*>(static_cast<unsigned short*>(address)),
               static_cast<void*>(static_cast<wchar_t*>(address)));
-}
-
-TEST(IpAddress, TakesWhatIsNoAddressForNone) {
-    EXPECT_EQ(Number("nonsense"), INADDR_NONE);
-    EXPECT_EQ(Number(L"1.2.3.4\u0134"), INADDR_NONE);
-    EXPECT_EQ(Number(static_cast<const char*>(nullptr)), INADDR_NONE);
-    EXPECT_EQ(Number(static_cast<const wchar_t*>(nullptr)), INADDR_NONE);
     EXPECT_EQ(Number(L"255.255.255.254 and more than fits"), htonl(0xFFFFFFFE));
+    for (const CIpAddress& none :
+         {CIpAddress("nonsense"), CIpAddress(L"1.2.3.4\u0134"), CIpAddress(static_cast<const char*>(nullptr)),
+          CIpAddress(static_cast<const wchar_t*>(nullptr))}) {
+        EXPECT_EQ(Number(none), INADDR_NONE);
+    }
 }
 
 TEST(IpAddress, CopiesHaveTextsOfTheirOwn) {
@@ -51,15 +49,8 @@ TEST(IpAddress, PacksAndUnpacksInHostOrder) {
         const wchar_t* text;
         unsigned long value;
     } cases[] = {
-        {L"1.2.3.4", 0x01020304},
-        {L"10.2.30", 0x0A021E00},
-        {L"1.2.3.", 0},
-        {nullptr, 0},
-        {L"1..2.3.4", 0x01020304},
-        {L"300.1.1.1", 0x2C010101},
-        {L"1.2.3.4.5", 0x01020304},
-        {L".......", 0},
-    };
+        {L"1.2.3.4", 0x01020304},   {L"10.2.30", 0x0A021E00},   {L"1.2.3.", 0}, {nullptr, 0}, {L"1..2.3.4", 0x01020304},
+        {L"300.1.1.1", 0x2C010101}, {L"1.2.3.4.5", 0x01020304}, {L".......", 0}};
     for (const auto& [text, value] : cases) EXPECT_EQ(CIpAddress::Pack(text), value) << value;
     wchar_t out[17] = L"################";
     CIpAddress::Unpack(0x0A000001, out);

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <tessel/net/networkid.h>
 
-#include <utility>
+#include <optional>
 
 using namespace std::literals;
 
@@ -15,79 +15,10 @@ constexpr wchar_t kAdapter[] = L"SYSTEM\\CurrentControlSet\\Services\\net1\\Para
 constexpr wchar_t kHost[] = L"SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters";
 constexpr wchar_t kLogon[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Winlogon";
 
-/// The arguments and results of the replaced functions.
-std::wstring seen;
-bool allowed = true;
-LONG lsaResult = 0;
-POLICY_PRIMARY_DOMAIN_INFO domain{};
-HANDLE tool = nullptr;
-PROCESS_INFORMATION started{};
-DWORD toolWait = WAIT_OBJECT_0;
-
-BOOL WINAPI SetName(const wchar_t* name) {
-    seen += name;
-    SetLastError(ERROR_ACCESS_DENIED);
-    return allowed;
-}
-
-NTSTATUS WINAPI OpenPolicy(LSA_UNICODE_STRING*, LSA_OBJECT_ATTRIBUTES*, ACCESS_MASK access, LSA_HANDLE* policy) {
-    seen += std::to_wstring(access);
-    *policy = &domain;
-    return 0;
-}
-
-NTSTATUS WINAPI ClosePolicy(LSA_HANDLE policy) {
-    seen += policy == &domain ? L" closed" : L" closed something else";
-    return 0;
-}
-
-NTSTATUS WINAPI QueryPolicy(LSA_HANDLE, POLICY_INFORMATION_CLASS kind, void** information) {
-    seen += L" " + std::to_wstring(kind);
-    *information = &domain;
-    return lsaResult;
-}
-
-NTSTATUS WINAPI FreePolicy(void* information) {
-    seen += information == &domain ? L" freed" : L" freed something else";
-    return 0;
-}
-
-NTSTATUS WINAPI SetPolicy(LSA_HANDLE, POLICY_INFORMATION_CLASS kind, void* information) {
-    const auto& record = *static_cast<POLICY_PRIMARY_DOMAIN_INFO*>(information);
-    seen += L" " + std::to_wstring(kind) + L" " + record.Name.Buffer + L" "s + std::to_wstring(record.Name.Length) +
-            L" " + std::to_wstring(record.Name.MaximumLength) + (record.Sid == nullptr ? L" no sid" : L" sid");
-    return lsaResult;
-}
-
-/// Starts this program, which ends with 98 for want of such a role, in place of the configuration tool.
-BOOL WINAPI StartTool(const wchar_t*, wchar_t* line, SECURITY_ATTRIBUTES*, SECURITY_ATTRIBUTES*, BOOL inherit,
-                      DWORD flags, void*, const wchar_t*, STARTUPINFOW* startup, PROCESS_INFORMATION* process) {
-    seen += line + L" "s + std::to_wstring(inherit) + std::to_wstring(flags) + std::to_wstring(startup->dwFlags) +
-            std::to_wstring(startup->wShowWindow);
-    std::wstring own = Quoted(OwnProgram()) + L"--role none";
-    const DWORD suspended = toolWait == WAIT_TIMEOUT ? CREATE_SUSPENDED : 0;
-    const BOOL result =
-        CreateProcessW(nullptr, own.data(), nullptr, nullptr, FALSE, suspended, nullptr, nullptr, startup, process);
-    DuplicateHandle(GetCurrentProcess(), process->hProcess, GetCurrentProcess(), &tool, 0, FALSE,
-                    DUPLICATE_SAME_ACCESS);
-    started = *process;
-    return result;
-}
-
-DWORD WINAPI WaitForTool(HANDLE process, DWORD milliseconds) {
-    seen += L" " + std::to_wstring(milliseconds);
-    return toolWait == WAIT_TIMEOUT ? WAIT_TIMEOUT : WaitForSingleObject(process, INFINITE);
-}
-
-class NetworkIdTest : public testing::Test {
-protected:
+struct NetworkIdTest : testing::Test {
     NetworkIdTest() {
-        seen.clear();
-        allowed = true;
-        lsaResult = 0;
-        toolWait = WAIT_OBJECT_0;
         machine.Set(kCardsKey + L"1"s, L"ServiceName", REG_SZ, L"net1\0"sv);
-        machine.Set(kAdapter, L"EnableDHCP", REG_DWORD, L"\1\0"sv);
+        SetAdapter(L"EnableDHCP", L"\1\0"sv, REG_DWORD);
     }
     void SetAdapter(const wchar_t* value, std::wstring_view data, DWORD type = REG_MULTI_SZ) {
         machine.Set(kAdapter, value, type, data);
@@ -103,13 +34,12 @@ TEST_F(NetworkIdTest, NameAtTheNextBootStartsAsTheNameOfNow) {
     machine.Set(L"System\\CurrentControlSet\\Control\\ComputerName\\ActiveComputerName", L"ComputerName", REG_SZ,
                 L"LAB-7\0"sv); // Wine looks for the name here
     CNetworkId identity;
-    wchar_t now[16];
-    wchar_t next[16];
+    wchar_t now[16], next[16];
     unsigned long size = 16;
     EXPECT_EQ(identity.GetComputerNameW(now, &size), 0U);
     EXPECT_EQ(std::wcslen(now), size);
-    unsigned long room = 16;
-    EXPECT_EQ(identity.GetComputerNameAtNextBoot(next, &room), 0U);
+    size = 16;
+    EXPECT_EQ(identity.GetComputerNameAtNextBoot(next, &size), 0U);
     EXPECT_STREQ(next, now);
     size = 1;
     EXPECT_EQ(identity.GetComputerNameW(now, &size), DWORD{ERROR_BUFFER_OVERFLOW});
@@ -117,11 +47,10 @@ TEST_F(NetworkIdTest, NameAtTheNextBootStartsAsTheNameOfNow) {
 }
 
 TEST_F(NetworkIdTest, Odd94And95NameIsNotedBeforeTheSystemIsAskedAndThenWrittenAsTheDefaultDomain) {
-    const ImportPatch patch(L"Tessel.dll", "SetComputerNameW", SetName);
     CNetworkId identity;
     wchar_t next[16] = L"unset";
     unsigned long size = 4;
-    allowed = false;
+    std::optional<ImportPatch> patch(Failing("SetComputerNameW", &::SetComputerNameW, FALSE, ERROR_ACCESS_DENIED));
     EXPECT_EQ(identity.SetComputerNameW(L"WORKSTATION"), DWORD{ERROR_ACCESS_DENIED});
     EXPECT_EQ(identity.GetComputerNameAtNextBoot(next, &size), 111U);
     EXPECT_STREQ(next, L"WOR");
@@ -129,7 +58,8 @@ TEST_F(NetworkIdTest, Odd94And95NameIsNotedBeforeTheSystemIsAskedAndThenWrittenA
     EXPECT_EQ(identity.GetComputerNameAtNextBoot(next, &size), 0U);
     EXPECT_STREQ(next, L"WORKSTATION");
 
-    allowed = true;
+    patch.reset();
+    patch.emplace(Failing("SetComputerNameW", &::SetComputerNameW, TRUE));
     machine.Set(kHost, L"Hostname", REG_SZ, L"OLD\0"sv);
     machine.Set(kLogon, L"DefaultDomainName", REG_MULTI_SZ, L"OLD\0\0"sv); // read as a list, written as one
     EXPECT_EQ(identity.SetComputerNameW(L"A-NAME-OF-SEVENTEEN"), 0U);
@@ -143,16 +73,15 @@ TEST_F(NetworkIdTest, NamesAreValidatedUpToTheFirstBadCharacterAndAddressesAgain
     CNetworkId identity;
     EXPECT_EQ(identity.ValidateName(L""), VN_EMPTY);
     EXPECT_EQ(identity.ValidateName(L"PC 1"), VN_SPACE);
-    EXPECT_EQ(identity.ValidateName(L"PC*1"), VN_BAD_CHAR);
     EXPECT_EQ(identity.ValidateName(L"PC*1 2"), VN_BAD_CHAR);
     EXPECT_EQ(identity.ValidateName(L"aZ9!@#$%^&()-_'{}.~"), VN_VALID);
     EXPECT_EQ(identity.ValidateIpAddr(0x0A000000, 0xFF000000), VI_NO_HOST_PART);
-    EXPECT_EQ(identity.ValidateIpAddr(0x0A000001, 0xFF00FF00), VI_BAD_MASK);
-    EXPECT_EQ(identity.ValidateIpAddr(0x0A000001, 0xFFFFFFFF), VI_BAD_MASK);
-    EXPECT_EQ(identity.ValidateIpAddr(0x0A000001, 0), VI_BAD_MASK);
-    EXPECT_EQ(identity.ValidateIpAddr(0x0AFFFFFF, 0xFF000000), VI_VALID);
-    EXPECT_EQ(identity.ValidateIpAddr(0x0A000001, 0xFFFFFFFE), VI_VALID);
-    EXPECT_EQ(identity.ValidateIpAddr(1, 0x80000000), VI_VALID);
+    for (const unsigned long mask : {0xFF00FF00UL, 0xFFFFFFFFUL, 0UL}) {
+        EXPECT_EQ(identity.ValidateIpAddr(0x0A000001, mask), VI_BAD_MASK) << mask;
+    }
+    for (const unsigned long mask : {0xFF000000UL, 0xFFFFFFFEUL, 0x80000000UL}) {
+        EXPECT_EQ(identity.ValidateIpAddr(0x0AFFFFFF, mask), VI_VALID) << mask;
+    }
 }
 
 TEST_F(NetworkIdTest, Odd98DhcpDecidesWhichValuesAreReadAndMissingOnesLeaveTheTextAlone) {
@@ -162,11 +91,10 @@ TEST_F(NetworkIdTest, Odd98DhcpDecidesWhichValuesAreReadAndMissingOnesLeaveTheTe
     SetAdapter(L"DhcpDefaultGateway", L"192.168.0.1\0\0"sv);
     CNetworkId identity;
     wchar_t text[CNetworkId::ADDRESS_SIZE];
-    EXPECT_TRUE(identity.GetDhcpSetting());
     identity.GetIpAddress(text);
     EXPECT_STREQ(text, L"192.168.0.7");
     identity.GetSubnetMask(text);
-    EXPECT_STREQ(text, L"192.168.0.7");
+    EXPECT_STREQ(text, L"192.168.0.7") << "missing";
     EXPECT_EQ(identity.GetIpAddress(0), 0x0A000001U);
     EXPECT_EQ(identity.GetSubnetMask(0), 0xFFFF0000U);
     EXPECT_EQ(identity.GetDefGateway(), 0xC0A80001U) << "the setting is on again";
@@ -224,19 +152,33 @@ TEST_F(NetworkIdTest, WorkgroupNameNeedsNoTerminatorAndIsSetWithoutASid) {
     CNetworkId identity;
     wchar_t name[64];
     EXPECT_EQ(identity.GetWorkgroupName(name), 0U) << "the system's own";
-    const ImportPatch open(L"Tessel.dll", "LsaOpenPolicy", OpenPolicy);
-    const ImportPatch query(L"Tessel.dll", "LsaQueryInformationPolicy", QueryPolicy);
-    const ImportPatch release(L"Tessel.dll", "LsaFreeMemory", FreePolicy);
-    const ImportPatch set(L"Tessel.dll", "LsaSetInformationPolicy", SetPolicy);
-    const ImportPatch close(L"Tessel.dll", "LsaClose", ClosePolicy);
     wchar_t known[] = L"LABxxxx";
-    domain.Name = {3 * sizeof(wchar_t), 3 * sizeof(wchar_t), known};
+    POLICY_PRIMARY_DOMAIN_INFO domain{{3 * sizeof(wchar_t), 3 * sizeof(wchar_t), known}, nullptr};
+    LONG result = 0;
+    CallLog calls;
+    const ImportPatch open("LsaOpenPolicy", &LsaOpenPolicy, [&](auto, auto, ACCESS_MASK access, LSA_HANDLE* policy) {
+        calls.Add(L"open", access);
+        *policy = &domain;
+        return 0;
+    });
+    const ImportPatch query("LsaQueryInformationPolicy", &LsaQueryInformationPolicy, [&](auto, auto kind, void** out) {
+        calls.Add(L"get", static_cast<int>(kind));
+        *out = &domain;
+        return result;
+    });
+    const ImportPatch set("LsaSetInformationPolicy", &LsaSetInformationPolicy, [&](auto, auto kind, void* in) {
+        const auto& [text, sid] = *static_cast<POLICY_PRIMARY_DOMAIN_INFO*>(in);
+        calls.Add(L"set", static_cast<int>(kind), LPCWSTR{text.Buffer}, text.Length, text.MaximumLength, sid);
+        return result;
+    });
+    const ImportPatch release(calls.Adding("LsaFreeMemory", &LsaFreeMemory, 0));
+    const ImportPatch close(calls.Adding("LsaClose", &LsaClose, 0));
     EXPECT_EQ(identity.GetWorkgroupName(name), 0U);
     EXPECT_STREQ(name, L"LAB");
-    EXPECT_EQ(std::exchange(seen, L""), L"1 3 freed closed");
+    EXPECT_EQ(calls.Take(), L"open 1\nget 3\nLsaFreeMemory *\nLsaClose *\n");
     EXPECT_EQ(identity.SetWorkgroupName(L"LAB"), 0U);
-    EXPECT_EQ(seen, L"8 3 LAB 6 8 no sid closed");
-    lsaResult = static_cast<LONG>(0xC0000022);
+    EXPECT_EQ(calls.Take(), L"open 8\nset 3 LAB 6 8 -\nLsaClose *\n");
+    result = static_cast<LONG>(0xC0000022); // access denied
     EXPECT_EQ(identity.GetWorkgroupName(name), DWORD{ERROR_ACCESS_DENIED});
     EXPECT_EQ(identity.SetWorkgroupName(L"LAB"), DWORD{ERROR_ACCESS_DENIED});
     EXPECT_EQ(identity.SetWorkgroupName(std::wstring(32767, L'x').c_str()), DWORD{ERROR_INVALID_PARAMETER});
@@ -245,26 +187,34 @@ TEST_F(NetworkIdTest, WorkgroupNameNeedsNoTerminatorAndIsSetWithoutASid) {
     EXPECT_EQ(reports.Take(), Texts{"NetworkId:140 WorkgroupName"});
 }
 
-TEST_F(NetworkIdTest, ConfigurationToolIsWaitedForOrEnded) {
-    const ImportPatch start(L"Tessel.dll", "CreateProcessW", StartTool);
-    const ImportPatch wait(L"Tessel.dll", "WaitForSingleObject", WaitForTool);
+/// In place of the configuration tool, this program starts and is suspended.
+TEST_F(NetworkIdTest, ConfigurationToolIsEndedWhenItHangs) {
+    HANDLE tool = nullptr;
+    HANDLE held = nullptr;
+    CallLog calls;
+    const ImportPatch start("CreateProcessW", &CreateProcessW,
+                            [&](auto, LPCWSTR line, auto, auto, BOOL inherit, DWORD flags, auto, auto,
+                                STARTUPINFOW* startup, PROCESS_INFORMATION* process) {
+                                calls.Add(L"start", line, inherit, flags, startup->dwFlags, startup->wShowWindow);
+                                std::wstring own = Quoted(OwnProgram());
+                                CreateProcessW(nullptr, own.data(), nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr,
+                                               nullptr, startup, process);
+                                held = process->hProcess;
+                                tool = OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION, 0, process->dwProcessId);
+                                return TRUE;
+                            });
+    const ImportPatch wait(calls.Adding("WaitForSingleObject", &WaitForSingleObject, WAIT_TIMEOUT));
     CNetworkId identity;
     wchar_t system[MAX_PATH];
     GetEnvironmentVariableW(L"SystemRoot", system, MAX_PATH);
-    const std::wstring line = system + L"\\System32\\IpConfig.exe "s;
-    DWORD exitCode = 0;
-    identity.ReleaseDhcp();
-    GetExitCodeProcess(tool, &exitCode);
-    EXPECT_EQ(exitCode, 98U);
-    DWORD flags = 0;
-    EXPECT_FALSE(GetHandleInformation(started.hProcess, &flags) || GetHandleInformation(started.hThread, &flags));
-    EXPECT_EQ(seen, line + L"/release 13210 5000");
-
-    seen.clear();
-    toolWait = WAIT_TIMEOUT;
-    identity.RenewDhcp();
-    WaitForSingleObject(tool, INFINITE);
-    GetExitCodeProcess(tool, &exitCode);
-    EXPECT_EQ(exitCode, 259U);
-    EXPECT_EQ(seen, line + L"/renew 13210 5000");
+    for (const bool renew : {false, true}) {
+        renew ? identity.RenewDhcp() : identity.ReleaseDhcp();
+        DWORD code = 0;
+        WaitForSingleObject(tool, INFINITE);
+        GetExitCodeProcess(tool, &code);
+        EXPECT_EQ(code, 259U);
+        EXPECT_FALSE(GetHandleInformation(held, &code));
+        EXPECT_EQ(calls.Take(), L"start "s + system + L"\\System32\\IpConfig.exe " + (renew ? L"/renew" : L"/release") +
+                                    L" 1 32 1 0\nWaitForSingleObject * 5000\n");
+    }
 }

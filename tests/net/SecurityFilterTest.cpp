@@ -24,8 +24,7 @@ template struct HandOut<&CSecurityFilterNT::IsAllowed>;
 
 /// The machine has two adapters, 1 and 2, and a third that is not bound. Their lists are written with a comma for
 /// each terminator.
-class SecurityFilter : public testing::Test {
-protected:
+struct SecurityFilter : testing::Test {
     SecurityFilter() {
         machine.Set(kServices + L"Tcpip\\Linkage", L"Bind", REG_MULTI_SZ,
                     L"\\Device\\Card1\0Card3\0\\Device\\Card2\0\0"sv);
