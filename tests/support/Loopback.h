@@ -30,8 +30,7 @@ public:
         listen(m_listener, SOMAXCONN); // fails for datagrams
     }
     ~LoopbackListener() { closesocket(m_listener); }
-    LoopbackListener(const LoopbackListener&) = delete;
-    LoopbackListener& operator=(const LoopbackListener&) = delete;
+    LoopbackListener(LoopbackListener&&) = delete;
 
     static u_long Address() { return htonl(INADDR_LOOPBACK); }
     u_short Port() const { return m_port; }
@@ -87,8 +86,7 @@ public:
         own->InitConnected();
     }
     ~Connection() { Close(); }
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
+    Connection(Connection&&) = delete;
 
     void Send(const std::string& bytes) const { send(bare, bytes.data(), static_cast<int>(bytes.size()), 0); }
     /// Everything up to the end of the stream.
