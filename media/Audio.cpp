@@ -25,8 +25,8 @@ CAudio::~CAudio() {
     EndEveryRun();
 }
 
-// GUARD-100: copied as they are, the pointers would lead into the other object, and device, conversion, file and timer
-// would be closed twice.
+// GUARD-100: copied pointers would lead into the other object, and device, conversion, file and timer would be closed
+// twice.
 void CAudio::DetachFromRun() {
     m_hFile = nullptr;
     m_bTimer = 0;
@@ -57,7 +57,7 @@ void CAudio::UseOwnBuffers() {
     m_ulSizeCompressStep = converts ? sizeof m_cCompressStep : sizeof m_cAudioStep;
 }
 
-// GUARD-101: the device would go on writing into an object that is gone or holds something else.
+// GUARD-101: the device would go on writing to an object that was destroyed or reused.
 void CAudio::EndEveryRun() {
     if (m_hWaveOut != nullptr) {
         if (m_nMode != MODE_PLAY_STEP) m_nMode = MODE_PLAY;
@@ -110,7 +110,7 @@ wchar_t* CAudio::GetPath() {
 
 void CAudio::SetConvert(int bConvert) {
     constexpr unsigned long kLongest = 300;   // seconds
-    constexpr unsigned long kRatioOfPcm = 64; // so many bytes become the next number of bytes
+    constexpr unsigned long kRatioOfPcm = 64; // against kRatioOfGsm: 1,600 bytes become 325
     constexpr unsigned long kRatioOfGsm = 13;
     const bool converts = bConvert != 0;
     m_bConvert = bConvert;
@@ -157,8 +157,8 @@ unsigned long CAudio::StartError() {
     StopFile();
     StopDeviceTimer();
     ClearDeviceTime();
-    EndEveryRun();     // a run of another mode would go on, and nobody could stop it
-    ClearDeviceTime(); // of that one
+    EndEveryRun();     // a run of another mode would continue, and nothing could stop it
+    ClearDeviceTime(); // of that run
     ClearStreamHeadersConvert();
     m_nMode = MODE_IDLE;
     SetControls(1);
@@ -166,7 +166,7 @@ unsigned long CAudio::StartError() {
     return 1;
 }
 
-// What fails while a run is stopped cannot be mended, and the later steps are still to be done.
+// A failure while stopping cannot be corrected, and the later steps are still needed.
 void CAudio::StopWave() {
     (void)RemoveWaveBuffers();
     (void)UnprepareWaveHeaders();
@@ -191,7 +191,7 @@ void CAudio::OnStop() {}
 
 void CAudio::OnQuit() {}
 
-// ODD-110: what failed is reported here and forgotten
+// ODD-110: the codes of failures arrive here and are dropped.
 void CAudio::ClearError() {}
 
 void CAudio::SetFileError(unsigned int) {}

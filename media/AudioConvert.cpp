@@ -10,7 +10,7 @@ bool FitsInto32Bits(unsigned long long size) {
     return size <= MAXDWORD;
 }
 
-/// Zeroed memory that GlobalFree() frees; null when there is none.
+/// Allocates zeroed memory to be freed with GlobalFree(). @return null: no memory
 char* Allocate(unsigned long long size) {
     if (!FitsInto32Bits(size)) return nullptr; // GUARD-121
     return static_cast<char*>(GlobalAlloc(GPTR, static_cast<SIZE_T>(size)));
@@ -27,7 +27,7 @@ CAudioConvert::CAudioConvert(int bCompress)
     InitStreamHeader(&m_StreamHeader);
 }
 
-// GUARD-122: copies hold the stream by value, where each closing it would do so twice.
+// GUARD-122: copies hold the stream by value, and would close it twice.
 CAudioConvert::CAudioConvert(const CAudioConvert& other)
     : m_nDirection(other.m_nDirection), m_ulChunkPCM(other.m_ulChunkPCM), m_ulChunkGSM(other.m_ulChunkGSM),
       m_ulBlockPCM(other.m_ulBlockPCM), m_ulBlockGSM(other.m_ulBlockGSM), m_FormatPCM(other.m_FormatPCM),
@@ -35,7 +35,7 @@ CAudioConvert::CAudioConvert(const CAudioConvert& other)
 
 CAudioConvert& CAudioConvert::operator=(const CAudioConvert& other) {
     if (this == &other) return *this;
-    (void)CloseStream(); // its result belongs to the stream that goes
+    (void)CloseStream(); // the result concerns the stream that is given up
     m_nDirection = other.m_nDirection;
     m_ulChunkPCM = other.m_ulChunkPCM;
     m_ulChunkGSM = other.m_ulChunkGSM;
@@ -49,7 +49,7 @@ CAudioConvert& CAudioConvert::operator=(const CAudioConvert& other) {
 }
 
 CAudioConvert::~CAudioConvert() {
-    if (m_hStream != nullptr) (void)CloseStream(); // nobody is left to be told
+    if (m_hStream != nullptr) (void)CloseStream(); // a destructor has no result
 }
 
 unsigned long CAudioConvert::Convert(char* pSrc, char*& pDst, unsigned long ulSrc, unsigned long& ulDst,
@@ -58,18 +58,18 @@ unsigned long CAudioConvert::Convert(char* pSrc, char*& pDst, unsigned long ulSr
     const unsigned long long room = InBlocks(ulAlloc);
     char* const destination = Allocate(room);
     pDst = destination;
-    // GUARD-121: a product that wraps, or memory that is not there, would be written beyond.
+    // GUARD-121: after a wrapped product or a failed allocation, the conversion would write beyond the buffer.
     ulDst = destination != nullptr && FitsInto32Bits(size) ? static_cast<unsigned long>(size) : 0;
     ulAllocDst = destination != nullptr ? static_cast<unsigned long>(room) : 0;
     if (pSrc == nullptr || destination == nullptr) return 0; // GUARD-09
-    (void)OpenStream();                                      // ODD-131: no failure is told, the chunks stay zero
+    (void)OpenStream();                                      // ODD-131: failures are not returned, the chunks stay zero
     ConvertChunks(pSrc, ulSrc, destination, static_cast<unsigned long>(room));
     (void)CloseStream(); // ODD-131
     InitStreamHeader(&m_StreamHeader);
     return 0;
 }
 
-// ODD-130: what is tested is the number of whole chunks, not whether any bytes are left over.
+// ODD-130: it tests the number of whole chunks, not whether bytes are left over.
 unsigned long CAudioConvert::CountChunks(unsigned long sourceSize) const {
     const unsigned long whole = sourceSize / SourceOf(m_ulChunkPCM, m_ulChunkGSM);
     return whole % 5 == 0 ? whole : whole + 1;
@@ -93,16 +93,16 @@ void CAudioConvert::ConvertChunks(char* source, unsigned long sourceSize, char* 
 }
 
 void CAudioConvert::ConvertChunk(char* source, unsigned long sourceSize, char* destination, unsigned long room) {
-    const unsigned long samples = m_FormatGSM.wSamplesPerBlock; // as PCM they are as many bytes
+    const unsigned long samples = m_FormatGSM.wSamplesPerBlock; // one byte each in PCM
     const unsigned long bytes = m_FormatGSM.wfx.nBlockAlign;
-    // GUARD-120: whole codec blocks inside source and buffer; a last chunk would be read and written beyond them.
+    // GUARD-120: only whole codec blocks inside source and buffer; a last chunk may extend beyond both.
     const unsigned long blocks = std::min(sourceSize / SourceOf(samples, bytes), room / DestinationOf(samples, bytes));
     if (blocks == 0) return;
     m_StreamHeader.pbSrc = reinterpret_cast<BYTE*>(source);
     m_StreamHeader.cbSrcLength = blocks * SourceOf(samples, bytes);
     m_StreamHeader.pbDst = reinterpret_cast<BYTE*>(destination);
     m_StreamHeader.cbDstLength = blocks * DestinationOf(samples, bytes);
-    (void)PrepareStreamHeader(&m_StreamHeader); // ODD-131, as are the next two
+    (void)PrepareStreamHeader(&m_StreamHeader); // ODD-131, also the next two
     (void)ConvertBuffer(&m_StreamHeader);
     (void)UnprepareStreamHeader(&m_StreamHeader);
 }

@@ -29,7 +29,7 @@ unsigned long CAudio::ForEachBuffer(unsigned long (CAudio::*step)(WAVEHDR*)) {
 
 unsigned long CAudio::OpenWaveDevice() {
     if (m_hWaveIn != nullptr || m_hWaveOut != nullptr) return 1; // GUARD-108
-    // A device that vanished has left them marked as its own.
+    // A device that was unplugged left them marked as queued.
     for (WAVEHDR& header : m_WaveHeader) header.dwFlags = 0;
     m_WaveHeaderStep.dwFlags = 0;
     return Mode().transfer != Transfer::None ? ResultOfWave(Mode().device->open(*this)) : 1;
@@ -91,10 +91,10 @@ unsigned long CAudio::GetSystemVolume(unsigned long& volume) {
     return ResultOfWave(waveOutClose(device)) | failed;
 }
 
-// ODD-115: the volume stays as it is
+// ODD-115: the volume is not set.
 unsigned long CAudio::SetSystemVolume(unsigned long) {
     HWAVEOUT device = nullptr;
     if (ResultOfWave(waveOutOpen(&device, WAVE_MAPPER, &m_FormatPCM, 0, 0, CALLBACK_NULL)) != 0) return 1;
-    (void)ResultOfWave(waveOutClose(device)); // only the opening counts
+    (void)ResultOfWave(waveOutClose(device)); // only the result of opening counts
     return 0;
 }

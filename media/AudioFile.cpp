@@ -30,7 +30,7 @@ unsigned long CAudio::ResultOfFile(bool succeeded) {
 }
 
 HANDLE CAudio::OpenPath(unsigned long access, unsigned long disposition) {
-    m_szPath[MAX_PATH - 1] = L'\0'; // GUARD-102: the owner may have filled all of the room
+    m_szPath[MAX_PATH - 1] = L'\0'; // GUARD-102: the owner may have filled the whole buffer
     return CreateFileW(m_szPath, access, 0, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
@@ -51,7 +51,7 @@ unsigned long CAudio::OpenFile() {
     const DWORD access = Mode().fileAccess;
     Handle file(access != 0 ? OpenPath(access, OPEN_ALWAYS) : nullptr);
     const unsigned long failed = ResultOfFile(static_cast<bool>(file));
-    (void)CloseFile(); // only now: the same file, not shared, does not open twice
+    (void)CloseFile(); // only now: reopening the same file fails, as it is not shared
     m_hFile = file ? file.Release() : nullptr;
     return failed;
 }
@@ -103,9 +103,9 @@ unsigned long CAudio::WriteBuffers() {
 unsigned long CAudio::WriteBuffer(ACMSTREAMHEADER* header) {
     if (Mode().transfer != Transfer::ToFile || m_ulDataWrite == m_ulMaxCompress) return 0;
     if (header == nullptr) return 1; // GUARD-09
-    // GUARD-103: no more than the buffer holds, whatever is said to be in use
+    // GUARD-103: the bytes in use may exceed the buffer.
     const auto used = static_cast<unsigned long>(std::min<DWORD_PTR>(header->dwDstUser, header->cbDstLength));
-    // ODD-112: data beyond the limit make this difference wrap, so they are added to and reported
+    // ODD-112: for data beyond the limit this difference wraps, so more data is added and reported.
     const unsigned long count = std::min(used, m_ulMaxCompress - m_ulDataWrite);
     if (count == 0) return 0;
     DWORD written = 0;
@@ -123,7 +123,7 @@ unsigned long CAudio::ReadBuffers() {
 
 unsigned long CAudio::ReadBuffer(ACMSTREAMHEADER* header) {
     if (Mode().transfer != Transfer::FromFile) return 0;
-    if (m_ulDataRead == m_ulDataWrite) return 0; // ODD-113: the buffer is played with what it held before
+    if (m_ulDataRead == m_ulDataWrite) return 0; // ODD-113: the buffer plays its previous content
     if (header == nullptr) return 1;             // GUARD-09
     const unsigned long count = std::min<unsigned long>(header->cbSrcLength, m_ulDataWrite - m_ulDataRead);
     DWORD read = 0;

@@ -11,7 +11,7 @@ DWORD_PTR WindowOf(const AUDIO_DATA& audio) {
     return reinterpret_cast<DWORD_PTR>(audio.m_hParent);
 }
 
-// GUARD-105: a device that still has the buffers would write to them when nobody could stop it any more.
+// GUARD-105: without its handle, a device that still has the buffers could no longer be stopped.
 template <class Device> MMRESULT Close(Device& device, MMRESULT(WINAPI* close)(Device)) {
     const MMRESULT result = device != nullptr ? close(device) : MMRESULT{MMSYSERR_NOERROR};
     if (result != WAVERR_STILLPLAYING) device = nullptr;
@@ -60,7 +60,7 @@ constexpr WaveDevice kOutput{
 
 using Data = AUDIO_DATA;
 
-/// In the order of CAudio::MODE; the last row is that of numbers that are no mode.
+/// In the order of CAudio::MODE; the last row is for numbers that are not a mode.
 constexpr AudioMode kModes[] = {
     {Transfer::None, BufferSet::None, &kOutput, GENERIC_READ | GENERIC_WRITE, nullptr, &Data::m_Play,
      &Data::m_ulDataWrite},

@@ -22,23 +22,23 @@ enum class Transfer { None, ToFile, FromFile };
 /// Which buffers a run uses.
 enum class BufferSet { None, Continuous, Step };
 
-/// What a mode of CAudio does.
+/// What distinguishes a mode of CAudio from the others.
 struct AudioMode {
     Transfer transfer;
     BufferSet buffers;
     const WaveDevice* device;
-    DWORD fileAccess;                         ///< 0: no file is opened
-    unsigned long AUDIO_DATA::*fileOffset;    ///< where the file is read or written; null: it is not
-    AUDIO_TIME AUDIO_DATA::*time;             ///< how far the run has come
-    unsigned long AUDIO_DATA::*longestInFile; ///< the total length that is shown, in bytes of the file
+    DWORD fileAccess;                      ///< 0: no file is opened
+    unsigned long AUDIO_DATA::*fileOffset; ///< where the file is read or written; null: neither
+    AUDIO_TIME AUDIO_DATA::*time;          ///< progress of the run
+    unsigned long AUDIO_DATA::*total;      ///< total length of the sound in bytes of the file
 };
 
-/// Finds what a mode does.
-/// @param mode  a CAudio::MODE; any other number is a mode that opens no file and no device
+/// Returns the description of a mode.
+/// @param mode  a CAudio::MODE; any other number opens neither a file nor a device
 const AudioMode& ModeOf(int mode);
 
-/// Does a step with each buffer of a set, also when the step fails for one of them.
-/// @param step  takes a record's address and returns 0 or 1
+/// Applies a step to each buffer of a set, even if it fails for one of them.
+/// @param step  takes the address of a record and returns 0 or 1
 /// @return 0; 1: the step failed for a buffer, or the set is empty
 template <class Header, class Step>
 unsigned long ForEachOf(BufferSet buffers, Header (&continuous)[2], Header& single, Step step) {

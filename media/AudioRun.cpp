@@ -16,7 +16,7 @@ double Seconds(unsigned long bytes, unsigned long bytesPerSecond) {
 
 } // namespace
 
-// GUARD-106: a posted message can carry any address
+// GUARD-106: a posted message can carry any address.
 ACMSTREAMHEADER* CAudio::StreamHeaderOf(const WAVEHDR* header) {
     const bool own = header == &m_WaveHeader[0] || header == &m_WaveHeader[1];
     return own && header->dwUser < 2 ? &m_StreamHeader[header->dwUser] : nullptr;
@@ -73,7 +73,7 @@ void CAudio::FinishRun() {
     StopFile();
     StopDeviceTimer();
     ClearDeviceTime();
-    EndEveryRun();     // the close may be that of an earlier device, whose start failed
+    EndEveryRun();     // the close may come from an earlier device, whose start failed
     ClearDeviceTime(); // of the run that this ended
     m_nMode = MODE_IDLE;
     SetControls(1);
@@ -84,7 +84,7 @@ void CAudio::FinishRun() {
 
 void CAudio::ProcessTimer(unsigned int) {
     if (!m_bTimer) return;
-    (void)UpdateDeviceTime(); // the position then stays where it was
+    (void)UpdateDeviceTime(); // after a failure the old position stays
     UpdateDisplay(1, 0);
 }
 
@@ -96,7 +96,7 @@ unsigned long CAudio::StartDeviceTimer() {
 void CAudio::StopDeviceTimer() {
     if (!m_bTimer) return;
     m_bTimer = 0;
-    (void)KillTimer(m_hParent, TIMER_ID); // a window that is gone took it along
+    (void)KillTimer(m_hParent, TIMER_ID); // a destroyed window has no timer
 }
 
 unsigned long CAudio::UpdateDeviceTime() {
@@ -106,12 +106,12 @@ unsigned long CAudio::UpdateDeviceTime() {
     AUDIO_TIME& time = this->*Mode().time;
     const auto reached =
         static_cast<unsigned long>(std::min<std::uint64_t>(time.ulLimit, std::uint64_t{time.ulBase} + bytes));
-    time.ulPosition = reached - reached % m_ulBlockAudio; // ODD-116: never a limit that is no whole number of blocks
+    time.ulPosition = reached - reached % m_ulBlockAudio; // ODD-116: only limits in whole blocks are reached
     if (time.ulPosition == time.ulLimit) OnStop();
     return 0;
 }
 
-// ODD-117: a play-step's position stays. ODD-118: the close that follows a failed start finds position 0
+// ODD-117: the position of a play-step stays. ODD-118: the close after a failed start finds position 0.
 void CAudio::ClearDeviceTime() {
     if (Mode().buffers == BufferSet::Continuous) this->*Mode().time = AUDIO_TIME{};
 }
@@ -127,6 +127,6 @@ unsigned long CAudio::GetTimeCurrent(double& seconds) const {
 }
 
 unsigned long CAudio::GetTimeTotal(double& seconds) const {
-    seconds = Seconds(this->*Mode().longestInFile, FileBytesPerSecond());
+    seconds = Seconds(this->*Mode().total, FileBytesPerSecond());
     return 0;
 }

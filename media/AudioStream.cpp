@@ -23,10 +23,10 @@ void SetBuffers(ACMSTREAMHEADER& header, char* source, unsigned long sourceSize,
     header.cbDstLength = destinationSize;
 }
 
-/// Fills a source buffer up with zero bytes. @return the bytes in use, at most its length
+/// Pads a source buffer with zero bytes. @return the bytes in use, at most its length
 unsigned long FillUp(const ACMSTREAMHEADER& header, unsigned long use) {
     use = std::min<unsigned long>(use, header.cbSrcLength); // GUARD-104: a device or a caller may claim more
-    // ODD-114: in 8 bits the byte 0 is no silence but the lowest value
+    // ODD-114: in 8-bit PCM, 0 is not silence but the lowest value.
     if (header.pbSrc != nullptr) std::memset(header.pbSrc + use, 0, header.cbSrcLength - use);
     return use;
 }

@@ -41,18 +41,18 @@ bool WriteChunks(HMMIO file, const Chunk (&chunks)[3]) {
     return mmioAscend(file, &riff, 0) == 0;
 }
 
-/// Bytes that a chunk takes in a file: head, data and the byte that makes them even.
+/// Size of a chunk in a file: head, data and padding to an even length.
 ULONGLONG SpaceOf(const Chunk& chunk) {
     return kChunkHead + chunk.size + chunk.size % 2;
 }
 
-/// Bytes of a RIFF file of these chunks.
+/// Size of a RIFF file of these chunks.
 ULONGLONG LengthOf(const Chunk (&chunks)[3]) {
     return std::accumulate(std::begin(chunks), std::end(chunks), ULONGLONG{kRiffHead},
                            [](ULONGLONG sum, const Chunk& chunk) { return sum + SpaceOf(chunk); });
 }
 
-/// @return bytes of a file; 0 when it cannot be found
+/// @return size of a file; 0: not found
 ULONGLONG LengthOf(const wchar_t* path) {
     WIN32_FILE_ATTRIBUTE_DATA found{};
     if (!GetFileAttributesExW(path, GetFileExInfoStandard, &found)) return 0;
@@ -69,7 +69,7 @@ bool WriteRiff(const wchar_t* path, const Chunk (&chunks)[3]) {
     }
     const bool written = WriteChunks(file, chunks);
     const bool closed = mmioClose(file, 0) == 0; // it flushes the buffer
-    // GUARD-251: Wine does not report a full disk, and the file would be cut.
+    // GUARD-251: Wine does not report a full disk.
     const bool whole = written && closed && LengthOf(path) == LengthOf(chunks);
     if (!whole) (void)DeleteFileW(path);
     return whole;
@@ -83,7 +83,7 @@ unsigned long CAudio::CreateWAV(const wchar_t* path, const char* data, unsigned 
     const unsigned long align = gsm ? tessel::kFormatGSM.wfx.nBlockAlign : tessel::kFormatPCM.nBlockAlign;
     tessel::ReportUnless(size % align == 0, "(ulSizeAudio % ulBlockAlign) == 0", kPartOfABlock);
     if (size % align != 0) return 1;
-    if (path == nullptr || size > LONG_MAX) return 1; // GUARD-107: such a size counts as negative
+    if (path == nullptr || size > LONG_MAX) return 1; // GUARD-107: it would become negative
     const unsigned int samples = size / align * (gsm ? tessel::kFormatGSM.wSamplesPerBlock : 1);
     const Chunk format = gsm ? Chunk{"fmt ", &tessel::kFormatGSM, sizeof tessel::kFormatGSM}
                              : Chunk{"fmt ", &tessel::kFormatPCM, sizeof tessel::kFormatPCM};

@@ -25,7 +25,7 @@ constexpr DWORD kBestQuality = 10000;
 constexpr DWORD kQualityPerCent = 100;
 constexpr DWORD kCodecParameter = 75;
 
-/// What the header buffer begins with; the pixels follow.
+/// Start of the header buffer; the pixels follow.
 struct Head {
     BITMAPINFOHEADER info;
     RGBQUAD palette[kColours];
@@ -42,18 +42,18 @@ unsigned long ResultOf(HRESULT result) {
     return static_cast<unsigned long>(result);
 }
 
-/// Bytes of an image.
+/// Size of an image in bytes.
 std::int64_t SizeOf(int width, int height) {
     return std::int64_t{width} * height;
 }
 
-/// Bytes of a header buffer.
-// GUARD-140: codecs read rows that are padded to a multiple of 4 bytes, beyond the end of rows that are not.
+/// Size of a header buffer in bytes.
+// GUARD-140: codecs expect rows that are padded to a multiple of 4 bytes, and read beyond unpadded ones.
 std::int64_t RoomFor(int width, int height) {
     return kFormatSize + (std::int64_t{width} + 3) / 4 * 4 * height;
 }
 
-/// Whether an image of that size can be held, and its bytes be told to the AVI functions.
+/// Whether an image of that size fits in memory and in the lengths of the AVI functions.
 bool IsPossible(int width, int height) {
     return width > 0 && height > 0 && RoomFor(width, height) <= std::numeric_limits<LONG>::max();
 }
@@ -66,7 +66,7 @@ BITMAPINFOHEADER Describe(int width, int height) {
     info.biPlanes = 1;
     info.biBitCount = 8;
     info.biCompression = BI_RGB;
-    // ODD-150: the rows are not padded to a multiple of 4 bytes
+    // ODD-150: the rows are not padded to a multiple of 4 bytes.
     info.biSizeImage = static_cast<DWORD>(SizeOf(width, height));
     info.biClrUsed = kColours;
     return info;
@@ -111,7 +111,7 @@ unsigned long SetFormat(IAVIStream* stream, BITMAPINFOHEADER* header) {
     return ResultOf(AVIStreamSetFormat(stream, 0, header, kFormatSize));
 }
 
-/// Makes a buffer that is all zero.
+/// Allocates a zeroed buffer.
 unsigned char* Allocate(std::int64_t size) {
     return static_cast<unsigned char*>(std::calloc(1, static_cast<std::size_t>(size)));
 }
@@ -120,7 +120,7 @@ void Release(unsigned char* buffer) {
     if (buffer != nullptr && tessel::RemoveOwner(buffer)) std::free(buffer);
 }
 
-/// Whether a buffer has room for so many bytes.
+/// Whether a buffer holds that many bytes.
 bool Holds(unsigned char* buffer, std::int64_t size) {
     return buffer != nullptr && static_cast<std::int64_t>(_msize(buffer)) >= size;
 }
@@ -146,7 +146,7 @@ CAviFile::~CAviFile() {
     Close();
 }
 
-// GUARD-141: copies hold file, streams and buffers by value, where each releasing them would do so twice.
+// GUARD-141: copies hold file, streams and buffers by value, and would release them twice.
 void CAviFile::ShareWith(const CAviFile& other) {
     m_pFile = tessel::Share(other.m_pFile);
     m_pStream = m_pFile != nullptr ? other.m_pStream : nullptr;
@@ -184,13 +184,13 @@ void CAviFile::Close() {
     IAVIFile* const closing = m_pFile;
     m_pFile = nullptr;
     if (closing == nullptr || !tessel::RemoveOwner(closing)) return;
-    (void)AVIFileRelease(closing); // it returns a count of references
+    (void)AVIFileRelease(closing); // it returns a reference count
     AVIFileExit();
-    // GUARD-252: the system does not report that the disk was full
+    // GUARD-252: the system does not report a full disk.
     tessel::ReportUnless(tessel::CheckMovie(closing), "!\"The file is not whole\"", {"AviFile", __LINE__});
 }
 
-// GUARD-143: also before another stream is made: a codec would read images of the earlier size from the new buffer.
+// GUARD-143: also before a new stream: a codec would read images of the earlier size from the new buffer.
 void CAviFile::ReleaseStreams() {
     if (m_pStream != nullptr) (void)AVIStreamRelease(m_pStream);
     m_pStream = nullptr;
@@ -209,7 +209,7 @@ void CAviFile::ReleaseFrame() {
     m_pFrame = nullptr;
 }
 
-/// A buffer that a copy uses too keeps the copy's images.
+/// A shared buffer holds the images of a copy.
 bool CAviFile::CanKeepHeader(int width, int height) const {
     return SizeOf(width, height) <= SizeOf(m_iWidth, m_iHeight) && Holds(m_pHeader, RoomFor(width, height)) &&
            !tessel::IsShared(m_pHeader);
@@ -220,8 +220,7 @@ void CAviFile::CreateBitmapHeaderBuffer(int width, int height, unsigned long* pa
     if (palette == nullptr) return;         // GUARD-09
     if (!IsPossible(width, height)) return; // GUARD-142
     if (CanKeepHeader(width, height)) {
-        std::memset(m_pHeader, 0,
-                    static_cast<std::size_t>(RoomFor(width, height))); // it has an earlier stream's pixels
+        std::memset(m_pHeader, 0, static_cast<std::size_t>(RoomFor(width, height))); // pixels of an earlier stream
     } else {
         ReleaseHeader();
         m_pHeader = Allocate(RoomFor(width, height));
@@ -263,7 +262,7 @@ unsigned long CAviFile::InitializeStream(int width, int height, unsigned long* p
     unsigned long result = MakeStream(m_pFile, *header, static_cast<DWORD>(rate), stream);
     if (result == 0) result = MakeCompressed(stream.get(), bRLE != 0, quality, compressed);
     if (result != 0) return result;
-    m_pStream = stream.release(); // ODD-151: stays, without a format, when the codec refuses the images
+    m_pStream = stream.release(); // ODD-151: kept without a format if the codec refuses the images
     result = SetFormat(compressed.get(), header);
     if (result == 0) m_pCompressed = compressed.release();
     return result;
@@ -287,7 +286,7 @@ unsigned long CAviFile::WriteFrame(long position, unsigned char* pixels, unsigne
     const auto height = static_cast<unsigned long>(m_iHeight);
     tessel::ReportUnless(size == width * height, "Size == (ULONG)(Width * Height)", kOtherSize);
     if (pixels == nullptr) return kRefused; // GUARD-09
-    // GUARD-146: a smaller image has fewer rows; its last one would be looked for behind its end
+    // GUARD-146: a smaller image has fewer rows; reading its last ones would go beyond its end.
     for (unsigned long row = std::min(size / width, height); row-- > 0;) {
         std::memcpy(m_pPixels + (height - 1 - row) * width, pixels + row * width, width);
     }

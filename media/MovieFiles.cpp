@@ -12,7 +12,7 @@
 namespace {
 
 struct Movie {
-    std::wstring path; ///< full: the current folder may change before the movie is closed
+    std::wstring path; ///< absolute: the current folder may change before the movie is closed
     bool hasStream = false;
 };
 
@@ -31,7 +31,7 @@ Movie TakeNote(const IAVIFile* movie) {
     return note ? std::move(note.mapped()) : Movie{};
 }
 
-/// Whether a file is shorter than its beginning says, or has no beginning. Other formats than RIFF are not known.
+/// Whether a file is shorter than its RIFF header states, or has no header. Other formats count as whole.
 bool IsCut(HANDLE file) {
     struct {
         char id[4];
@@ -66,8 +66,8 @@ bool tessel::CheckMovie(IAVIFile* movie) {
     const Movie closed = TakeNote(movie);
     if (!closed.hasStream) return true;
     Handle file(CreateFileW(closed.path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
-    if (!file || !IsCut(file.Get())) return true; // a file that cannot be read says nothing
+    if (!file || !IsCut(file.Get())) return true; // an unreadable file cannot be verified
     file.Reset();
-    (void)DeleteFileW(closed.path.c_str()); // where that fails the report remains
+    (void)DeleteFileW(closed.path.c_str()); // if this fails, the report remains
     return false;
 }

@@ -4,18 +4,18 @@ struct IAVIFile;
 
 namespace tessel {
 
-/// Notes which file an open movie is written to, so that CheckMovie() can verify it. Any thread may call these
-/// functions. Without memory for the note the movie is not verified.
+/// Records the path of an open movie so that CheckMovie() can verify the file. Without memory for the record, the movie
+/// is not verified. Any thread may call these functions.
 /// @param movie  the open movie
 /// @param path   path of its file
 void NoteMovie(IAVIFile* movie, const wchar_t* path);
 
-/// Notes that a movie has a stream, so that its file cannot be empty.
-/// @param movie  the open movie; one without a note is ignored
+/// Records that a movie has a stream, so that an empty file is not whole.
+/// @param movie  the open movie; ignored without a record
 void NoteStream(IAVIFile* movie);
 
-/// Verifies the file of a movie that was closed; a file that is not whole is removed. The note goes.
-/// @param movie  what NoteMovie() was given; one without a note counts as whole
+/// Verifies the file of a closed movie, removes it if it is not whole, and drops the record.
+/// @param movie  as passed to NoteMovie(); counts as whole without a record
 /// @return false: the file is not whole
 bool CheckMovie(IAVIFile* movie);
 

@@ -7,9 +7,9 @@
 namespace {
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-constexpr int kBytesPerCharacter = 4; // at most, in any code page
+constexpr int kBytesPerCharacter = 4; // the most in any code page
 
-/// Whether a path stays the same when it is narrowed to the system's code page and widened again.
+/// Whether a path is the same after conversion to the system's code page and back.
 bool SurvivesNarrowing(const wchar_t* path) {
     char narrow[MAX_PATH * kBytesPerCharacter];
     wchar_t widened[MAX_PATH];
@@ -33,19 +33,19 @@ bool LeadsTo(const wchar_t* path, HANDLE file) {
 tessel::NarrowPath::NarrowPath(const wchar_t* path)
     : m_path(path), m_narrow(SurvivesNarrowing(path) ? path : FindShortPath()) {}
 
-// GUARD-250: the narrowed name may be that of another file, which would be overwritten.
+// GUARD-250: the narrowed path may be that of another file, which would be overwritten.
 const wchar_t* tessel::NarrowPath::FindShortPath() {
     const Handle file(
         CreateFileW(m_path, GENERIC_WRITE, kShareAll, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) return nullptr;
     m_made = GetLastError() != ERROR_ALREADY_EXISTS;
     const DWORD length = GetShortPathNameW(m_path, m_short, DWORD{MAX_PATH});
-    // Wine makes short names by a hash, so that two files may have the same.
+    // Wine derives short names from a hash, so two files may have the same one.
     if (length > 0 && length < std::size(m_short) && LeadsTo(m_short, file.Get())) return m_short;
     Discard();
     return nullptr;
 }
 
 void tessel::NarrowPath::Discard() const {
-    if (m_made) (void)DeleteFileW(m_path); // a file that stays is empty
+    if (m_made) (void)DeleteFileW(m_path); // if this fails, the file is empty
 }

@@ -16,12 +16,12 @@ unsigned long CSound::mLineInMuteCtrlId = INVALID_CONTROLID;
 unsigned long CSound::mSpeakerVolCtrlId = INVALID_CONTROLID;
 unsigned long CSound::mSpeakerMuteCtrlId = INVALID_CONTROLID;
 unsigned long CSound::mRecordMicLevelCtrlId = INVALID_CONTROLID;
-unsigned long CSound::mRecordLineInLevelCtrlId = INVALID_CONTROLID; // ODD-144: no search ever sets it
+unsigned long CSound::mRecordLineInLevelCtrlId = INVALID_CONTROLID; // ODD-144: no search sets it
 unsigned long CSound::mRecordMasterLevelCtrlId = INVALID_CONTROLID;
 unsigned long CSound::mRecordSourcesCtrlId = INVALID_CONTROLID;
 unsigned long CSound::mNumChannelIn = 0;
 unsigned long CSound::mNumChannelOut = 0;
-int CSound::m_bInit = 1; // ODD-143: set although nothing has been found yet
+int CSound::m_bInit = 1; // ODD-143: set although nothing was found yet
 const wchar_t* CSound::mMaster = L"Master";
 const wchar_t* CSound::mLine = L"Line";
 const wchar_t* CSound::mMicrophone = L"Microphone";
@@ -35,7 +35,7 @@ constexpr tessel::ReportSite kNotInitialised{"CSound", 129};
 constexpr unsigned long kLevelStep = 2048;
 constexpr unsigned long kHighestLevel = 32;
 
-/// Where the controls of a device are kept; null: it has none of that kind.
+/// Where the control identifiers of a device are kept; null: no control of that kind.
 struct DeviceControls {
     const unsigned long* volume;
     const unsigned long* mute;
@@ -51,9 +51,9 @@ constexpr DeviceControls kControls[] = {
     {nullptr, nullptr, &CSound::mRecordMasterLevelCtrlId},
 };
 
-/// Does something to a control of a device.
-/// @param operation  is given the control's identifier
-/// @return the operation's result; 0: the control was never found; STATUS_SOUND_NO_CONTROL
+/// Applies an operation to a control of a device.
+/// @param operation  receives the identifier of the control
+/// @return result of the operation; 0: the control was not found; STATUS_SOUND_NO_CONTROL
 template <class Operation>
 unsigned long OnControl(CSound::SOUND_DEVICE device, const unsigned long* DeviceControls::*kind, Operation operation) {
     const unsigned long* const id = device < std::size(kControls) ? kControls[device].*kind : nullptr;
@@ -65,9 +65,9 @@ unsigned long ValueOf(unsigned long level) {
     return (std::clamp(level, 1UL, kHighestLevel) - 1) * kLevelStep + kLevelStep - 1;
 }
 
-/// A channel's share of a value that the louder channel takes.
+/// The value of a channel when the louder channel takes a value.
 unsigned long InBalance(unsigned long value, unsigned long channel, unsigned long louder) {
-    if (channel == louder) return value; // also when both are 0
+    if (channel == louder) return value; // even if both are 0
     return static_cast<unsigned long>(std::uint64_t{value} * channel / louder);
 }
 
@@ -97,7 +97,7 @@ CSound::CSound(wchar_t* file)
     (void)Initialize(); // reported
 }
 
-// GUARD-130: a copy shares what only the last one closes and frees.
+// GUARD-130: copies share mixer and sound, and would close and free them twice.
 CSound::CSound(const CSound& other)
     : m_bDefaults(other.m_bDefaults), m_pImage(tessel::Share(other.m_pImage)), mhMixer(tessel::Share(other.mhMixer)),
       m_hWnd(other.m_hWnd) {}
@@ -120,7 +120,7 @@ CSound::~CSound() {
 
 unsigned long CSound::Open() {
     if (mhMixer != nullptr) return STATUS_OK;
-    if (mixerGetNumDevs() == 0) return STATUS_OK; // ODD-145: a success that leaves nothing open
+    if (mixerGetNumDevs() == 0) return STATUS_OK; // ODD-145: success, with nothing open
     HMIXER mixer = nullptr;
     const MMRESULT result = mixerOpen(&mixer, 0, reinterpret_cast<DWORD_PTR>(m_hWnd), 0,
                                       m_hWnd != nullptr ? CALLBACK_WINDOW : CALLBACK_NULL);

@@ -12,7 +12,7 @@ void ReportUnusable(HMIXER mixer, unsigned long id) {
     tessel::ReportUnless(id != CSound::INVALID_CONTROLID, "ControlId != INVALID_CONTROLID", kNoControl);
 }
 
-/// Describes one value for each of the channels.
+/// Describes one value per channel.
 template <class Value, DWORD channels> MIXERCONTROLDETAILS DetailsOf(unsigned long id, Value (&values)[channels]) {
     MIXERCONTROLDETAILS details{};
     details.cbStruct = sizeof details;

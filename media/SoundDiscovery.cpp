@@ -10,16 +10,16 @@ using tessel::IsNamed;
 
 using NoteControl = void (*)(const MIXERCONTROLW& control);
 
-/// What is looked for at one end of the mixer.
+/// What to find at a destination line of the mixer.
 struct Destination {
     DWORD componentType;
     unsigned long* channels;
-    NoteControl noteOwn;      ///< keeps a control of the line itself
-    NoteControl noteSource;   ///< keeps a control of one of its sources
+    NoteControl noteOwn;      ///< stores a control of the line itself
+    NoteControl noteSource;   ///< stores a control of one of its sources
     bool switchesHaveDefault; ///< whether the workstation's settings include its switches
 };
 
-/// Controls of the speaker line's sources that go by a name.
+/// Controls of a source of the speaker line, found by name.
 struct NamedControls {
     const wchar_t* const* name;
     unsigned long* volume;
@@ -44,7 +44,7 @@ bool IsSwitch(const MIXERCONTROLW& control) {
     return IsOfClass(control, MIXERCONTROL_CT_CLASS_SWITCH);
 }
 
-// ODD-142: the names do not count here, so of several faders, lists or switches the last one is kept.
+// ODD-142: names are not compared here, so the last of several faders, lists or switches is kept.
 void NoteRecording(const MIXERCONTROLW& control) {
     if (IsOfClass(control, MIXERCONTROL_CT_CLASS_LIST)) CSound::mRecordSourcesCtrlId = control.dwControlID;
     if (IsFader(control)) CSound::mRecordMasterLevelCtrlId = control.dwControlID;
@@ -73,7 +73,7 @@ constexpr Destination kRecording = {MIXERLINE_COMPONENTTYPE_DST_WAVEIN, &CSound:
 constexpr Destination kSpeaker = {MIXERLINE_COMPONENTTYPE_DST_SPEAKERS, &CSound::mNumChannelOut, NoteSpeaker,
                                   NoteHeardSource, true};
 
-/// One search for controls. Its operations give 0 or the multimedia error at which it stopped.
+/// A search for controls. Its operations return 0 or the multimedia error at which it stopped.
 class Discovery {
 public:
     Discovery(CSound& sound, HMIXER mixer, bool setsDefaults, const Destination& destination)
@@ -108,7 +108,7 @@ private:
     }
 
     MMRESULT TakeControls(const MIXERLINEW& line, NoteControl note) const {
-        if (line.cControls == 0) return MMSYSERR_NOERROR; // drivers refuse to be asked for none
+        if (line.cControls == 0) return MMSYSERR_NOERROR; // drivers refuse a query for none
         std::unique_ptr<MIXERCONTROLW[]> controls;
         MMRESULT result = ReadControls(line, controls);
         for (DWORD i = 0; result == MMSYSERR_NOERROR && i < line.cControls; ++i) {

@@ -17,25 +17,25 @@
 
 namespace {
 
-/// Zeros behind the file: a last chunk may lack its pad byte, and heads of chunks are read 12 bytes at a time.
+/// Zeros after the file: a last chunk may lack its pad byte, and the system reads 12 bytes at the start of a chunk.
 constexpr DWORD kSlack = 16;
 constexpr LONGLONG kLongest = MAXDWORD - kSlack;
 
-/// What stands in front of every chunk of a RIFF file.
+/// Head of a chunk of a RIFF file.
 struct ChunkHead {
     char name[4];
     std::uint32_t length;
 };
-constexpr std::size_t kRiffHead = sizeof(ChunkHead) + 4; // and the kind of file
+constexpr std::size_t kRiffHead = sizeof(ChunkHead) + 4; // and the form type
 
 using Bytes = std::span<const unsigned char>;
 
 SRWLOCK playingLock = SRWLOCK_INIT;
-const void* playing = nullptr; // the sound that was started last without waiting for its end
+const void* playing = nullptr; // sound that was last started without waiting for its end
 
-/// Moves behind the next chunk of a name.
-/// @param content  receives what is in it
-/// @return false: there is none, or a chunk on the way there does not lie inside the bytes
+/// Skips to the end of the next chunk with a name.
+/// @param content  receives the content of the chunk
+/// @return false: not found, or a chunk before it extends beyond the bytes
 bool PassChunk(const char* name, Bytes& rest, Bytes& content) {
     ChunkHead head;
     do {
@@ -49,7 +49,7 @@ bool PassChunk(const char* name, Bytes& rest, Bytes& content) {
     return true;
 }
 
-/// Bytes of a channel that stand in front of each block's samples.
+/// Size of the head that each block has for every channel, in bytes.
 unsigned int HeadOf(WORD tag) {
     switch (tag) {
     case WAVE_FORMAT_ADPCM: return 7;
@@ -58,15 +58,15 @@ unsigned int HeadOf(WORD tag) {
     }
 }
 
-// GUARD-253: Wine divides by these figures, waits for ever for a sample of no bytes, and its driver ends the process at
-// rates that it does not know.
+// GUARD-253: Wine divides by these values or loops forever, and its sound driver ends the process at rates that it does
+// not support.
 bool IsPlayable(const WAVEFORMATEX& format) {
     constexpr DWORD kHighestRate = 384000;
     return format.nChannels > 0 && format.nBlockAlign > HeadOf(format.wFormatTag) * format.nChannels &&
            format.nSamplesPerSec > 0 && format.nSamplesPerSec <= kHighestRate;
 }
 
-/// Whether a format is as long as its tag and its own length say, and can be played.
+/// Whether a format has the length that its tag and its size field require, and can be played.
 bool IsWholeFormat(Bytes content) {
     WAVEFORMATEX format{};
     if (content.size() < sizeof(PCMWAVEFORMAT)) return false;
@@ -75,7 +75,7 @@ bool IsWholeFormat(Bytes content) {
            (format.wFormatTag == WAVE_FORMAT_PCM || content.size() >= sizeof format + format.cbSize);
 }
 
-/// Whether whoever reads a sound by the lengths in it stays inside the bytes.
+/// Whether the lengths in a sound stay inside its bytes.
 bool StaysInside(Bytes image) {
     if (image.size() < kRiffHead || std::memcmp(image.data(), "RIFF", 4) != 0) return false;
     Bytes whole = image;
@@ -85,9 +85,9 @@ bool StaysInside(Bytes image) {
            PassChunk("data", chunks, content);
 }
 
-/// Reads a file and puts zeros behind it.
-/// @param size  receives the number of its bytes, without the zeros
-/// @return its bytes; null: it is empty, too long or cannot be read, or there is no memory
+/// Reads a file and appends zeros.
+/// @param size  receives the size of the file in bytes, without the zeros
+/// @return content; null: the file is empty, too long or unreadable, or out of memory
 std::unique_ptr<unsigned char[]> ReadAll(HANDLE file, std::size_t& size) {
     LARGE_INTEGER length{};
     if (!GetFileSizeEx(file, &length) || length.QuadPart == 0 || length.QuadPart > kLongest) return nullptr;
@@ -109,7 +109,7 @@ unsigned char* tessel::ReadSoundImage(const wchar_t* path) {
     if (!file) return nullptr;
     std::size_t size = 0;
     std::unique_ptr<unsigned char[]> image = ReadAll(file.Get(), size);
-    // GUARD-132: the system would read behind the bytes of a file that is not whole.
+    // GUARD-132: the system would read beyond the end of an incomplete file.
     return image != nullptr && StaysInside({image.get(), size}) ? image.release() : nullptr;
 }
 
@@ -117,7 +117,7 @@ void tessel::FreeSoundImage(unsigned char* image) {
     if (image == nullptr || !RemoveOwner(image)) return;
     const SlimLock lock(playingLock);
     if (playing == image) {
-        (void)PlaySoundW(nullptr, nullptr, 0); // GUARD-131: the system still reads the bytes
+        (void)PlaySoundW(nullptr, nullptr, 0); // GUARD-131: the system is still reading it
         playing = nullptr;
     }
     delete[] image;

@@ -2,13 +2,13 @@
 
 namespace tessel {
 
-/// Reads a WAVE file for PlaySoundW, which is told no length and trusts those in the file.
+/// Reads a WAVE file for PlaySoundW, which takes no length and trusts those in the file.
 /// @param path  path of the file
-/// @return its bytes, to be given to FreeSoundImage(); null: not to be read, no RIFF file, not whole, or no memory
+/// @return content, to be freed with FreeSoundImage(); null: unreadable, not RIFF, incomplete, unplayable, or no memory
 unsigned char* ReadSoundImage(const wchar_t* path);
 
-/// Gives a sound image up; the last owner stops it, if it is being played, and frees it.
-/// @param image  what ReadSoundImage() gave; may be null
+/// Releases a sound image. The last owner stops it if it is playing, and frees it.
+/// @param image  result of ReadSoundImage(); may be null
 void FreeSoundImage(unsigned char* image);
 
 } // namespace tessel

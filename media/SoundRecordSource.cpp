@@ -14,7 +14,7 @@ struct Selector {
     DWORD id;
     bool isSingle;
     DWORD channels;
-    DWORD items; ///< 0: it has one value a channel
+    DWORD items; ///< 0: one value per channel
 
     std::size_t Values() const { return std::size_t{channels} * std::max(items, DWORD{1}); } // GUARD-135
 };
@@ -32,13 +32,13 @@ MMRESULT ReadSelector(HMIXER mixer, Selector& selector) {
         mixerGetLineControlsW(tessel::AsMixerObject(mixer), &query, MIXER_GETLINECONTROLSF_ONEBYID | tessel::kByHandle);
     selector.isSingle = control.dwControlType == MIXERCONTROL_CONTROLTYPE_SINGLESELECT ||
                         control.dwControlType == MIXERCONTROL_CONTROLTYPE_MUX;
-    // ODD-141: two channels are taken for granted, whatever the line has.
+    // ODD-141: two channels are assumed, whatever the line has.
     selector.channels = (control.fdwControl & MIXERCONTROL_CONTROLF_UNIFORM) != 0 ? 1 : 2;
     selector.items = (control.fdwControl & MIXERCONTROL_CONTROLF_MULTIPLE) != 0 ? control.cMultipleItems : 0;
     return result;
 }
 
-/// Describes one record for each item and channel.
+/// Describes one record per item and channel.
 template <class Value> MIXERCONTROLDETAILS DetailsOf(const Selector& selector, Value* values) {
     MIXERCONTROLDETAILS details{};
     details.cbStruct = sizeof details;
@@ -50,7 +50,7 @@ template <class Value> MIXERCONTROLDETAILS DetailsOf(const Selector& selector, V
     return details;
 }
 
-/// Reads one record for each item and channel: all items of the first channel, then those of the second.
+/// Reads one record per item and channel: all items of the first channel, then those of the second.
 template <class Value>
 MMRESULT Read(HMIXER mixer, const Selector& selector, DWORD what, std::unique_ptr<Value[]>& values) {
     if (selector.items > tessel::kMostMixerRecords) return MMSYSERR_NOMEM; // GUARD-133
@@ -75,7 +75,7 @@ const wchar_t* WordFor(CSound::SOUND_DEVICE device) {
     switch (device) {
     case CSound::SOUND_MICROPHONE: return CSound::mMicrophone;
     case CSound::SOUND_LINE_IN: return CSound::mLine;
-    default: return nullptr; // ODD-140: a control for one item is left with none
+    default: return nullptr; // ODD-140: a single-select control is left without an item
     }
 }
 

@@ -4,13 +4,13 @@
 
 namespace tessel {
 
-/// Speech as devices record and play it.
+/// Format on the device side.
 inline constexpr WAVEFORMATEX kFormatPCM{WAVE_FORMAT_PCM, 1, 8000, 8000, 1, 8, 0};
 
-/// Compressed speech: blocks of 65 bytes for 320 samples.
+/// Format of compressed speech: blocks of 65 bytes for 320 samples.
 inline constexpr WAVEFORMATGSM610 kFormatGSM{{WAVE_FORMAT_GSM610, 1, 8000, 1625, 65, 0, 2}, 320};
 
-/// Bytes of 0.2 s, the least that is recorded, played or converted: five blocks of the codec.
+/// Size of 0.2 s in bytes, the unit of recording, playing and converting: five codec blocks.
 inline constexpr unsigned long kBlockPCM = kFormatPCM.nAvgBytesPerSec / 5;
 inline constexpr unsigned long kBlockGSM = kFormatGSM.wfx.nAvgBytesPerSec / 5;
 
