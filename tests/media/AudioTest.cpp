@@ -18,14 +18,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What a file holds, and its sizes.
+/// A kind of file and its sizes.
 struct Kind {
     int convert;
     unsigned long block, maximum;
 };
 constexpr Kind kKinds[] = {{0, 1600, 2400000}, {1, 325, 487500}};
 
-/// What a start asks of the system.
+/// The calls of a start.
 std::vector<Stub> StartCalls() {
     return {Failing("waveInOpen", &waveInOpen, MMSYSERR_NODRIVER),
             Failing("waveInPrepareHeader", &waveInPrepareHeader, MMSYSERR_NODRIVER),
@@ -367,7 +367,7 @@ TEST_F(Audio, ADeviceThatVanishesStopsTheRun) {
     player.StopWave();
     player.Finish();
     EXPECT_TRUE(IsIdle(player));
-    player->m_WaveHeader[0].dwFlags = WHDR_PREPARED | WHDR_INQUEUE; // as a device leaves it that was pulled out
+    player->m_WaveHeader[0].dwFlags = WHDR_PREPARED | WHDR_INQUEUE; // as an unplugged device leaves it
     EXPECT_EQ(player.Play(), 0u);
     player.End();
 }

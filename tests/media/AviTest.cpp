@@ -19,14 +19,14 @@ namespace fs = std::filesystem;
 constexpr unsigned long kRefused = 0xFFFFFFFF;
 using Pixels = std::vector<unsigned char>;
 
-/// An image whose pixels differ from their neighbours, and from those of the next image.
+/// An image whose pixels differ from their neighbours and from those of the next image.
 Pixels Draw(int width, int height, int number) {
     Pixels pixels;
     for (int i = 0; i < width * height; ++i) pixels.push_back(static_cast<unsigned char>(i * 37 + number * 50));
     return pixels;
 }
 
-/// Reads rows of width pixels, each stride pixels after the one before, and turns the image upside down.
+/// Reads rows of width pixels, stride pixels apart, and flips the image.
 Pixels TurnOver(const Pixels& pixels, int width, int height, int stride) {
     Pixels turned;
     for (const unsigned char* row = pixels.data() + height * stride; height-- > 0;) {
@@ -48,16 +48,16 @@ struct AviFile : testing::Test {
     std::string Ask(const std::wstring& tool, const std::wstring& what) const {
         return RunUnix(tool + L" -v error -i '" + UnixPath(path) + L"' " + what).output;
     }
-    /// Of each image whether it is a key frame and when it is shown; codec, width, height, images a second.
+    /// For each image, whether it is a key frame and when it is shown; codec, width, height, images per second.
     std::string Described() const {
         return Ask(L"ffprobe", L"-of csv=p=0 -show_entries frame=key_frame,pts_time:"
                                L"stream=codec_name,width,height,avg_frame_rate | tr '\\n' ' '");
     }
-    /// What a player shows, the images one after another.
+    /// The pixels that a player shows.
     std::string Played(const std::wstring& stream = L"0") const {
         return Ask(L"ffmpeg", L"-map 0:" + stream + L" -fps_mode passthrough -f rawvideo -pix_fmt rgb24 -");
     }
-    /// What it is to show.
+    /// The pixels that it should show.
     static std::string Colours(const Pixels& pixels) {
         std::string colours;
         for (const unsigned char pixel : pixels) {
@@ -65,7 +65,7 @@ struct AviFile : testing::Test {
         }
         return colours;
     }
-    /// Whether the file can be removed, and is: nobody has it open.
+    /// Removes the file, which fails while it is open.
     bool IsRemoved() const {
         std::error_code open;
         return fs::remove(path, open);
@@ -78,7 +78,7 @@ struct AviFile : testing::Test {
     void* frame = nullptr;
 };
 
-/// Wine's run-length codec takes colours of the same brightness for one.
+/// Wine's run-length codec merges colours of the same brightness.
 COLORREF Grey(unsigned char index) {
     return RGB(255 - index, 255 - index, 255 - index);
 }
@@ -86,12 +86,12 @@ COLORREF Colour(unsigned char index) {
     return RGB(index, 255 - index, index / 2);
 }
 
-/// What the library asks of the AVI functions.
+/// Arguments and results of AVI functions that the library calls.
 struct Asked {
     AVISTREAMINFOW stream{};
     AVICOMPRESSOPTIONS options{};
     DWORD parameter = 0;
-    HRESULT format = 0; ///< what the codec says to the format
+    HRESULT format = 0; ///< result of setting the format
 
 private:
     const ImportPatch m_stream{"AVIFileCreateStreamW", &AVIFileCreateStreamW,
@@ -170,7 +170,7 @@ TEST_F(AviFile, RowsThatAreNotPaddedPlayByTheirSizeAndAskewFromACodecOdd150) {
     EXPECT_EQ(Write(0, image), 0u);
     movie.Close();
     Pixels stored = TurnOver(image, 5, 3, 5);
-    stored.resize(24); // zeros lie behind the last row
+    stored.resize(24); // zeros follow the last row
     EXPECT_EQ(Played(), Colours(TurnOver(stored, 5, 3, 8)));
 }
 
@@ -181,7 +181,7 @@ TEST_F(AviFile, AnotherSizeIsReportedAndTheRowsThatFitAreWritten) {
         const ImportPatch failing(Failing("AVIStreamWrite", &AVIStreamWrite, AVIERR_INTERNAL));
         EXPECT_EQ(Write(0, Draw(4, 3, 9)), kFailure);
     }
-    ASSERT_EQ(movie.InitializeStream(4, 3, palette, frame), 0u); // begins black
+    ASSERT_EQ(movie.InitializeStream(4, 3, palette, frame), 0u); // starts black
     Pixels image = Draw(4, 3, 0);
     EXPECT_EQ(Write(0, Pixels(image.begin(), image.begin() + 9)), 0u); // two rows and a byte
     EXPECT_EQ(Write(1, Draw(4, 4, 0)), 0u);
@@ -262,7 +262,7 @@ TEST_F(AviFile, CopiesShareTheFileUntilTheLastIsClosed) {
     assigned = copy;
     movie.Close();
     EXPECT_EQ(movie.WriteFrame(0), kRefused);
-    std::memset(frame, 5, 32); // the copies hold it
+    std::memset(frame, 5, 32); // the copies keep it
     EXPECT_EQ(copy.WriteFrame(0), 0u);
     EXPECT_NE(copy.InitializeStream(4, 2, palette, 25, 1, 0), 0u) << "the file has images";
     EXPECT_EQ(assigned.WriteFrame(1), 0u);

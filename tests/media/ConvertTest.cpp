@@ -14,7 +14,7 @@
 
 namespace {
 
-/// Zeroed memory, never freed, in front of a page that must not be touched.
+/// Allocates zeroed memory before a page without access; it is never freed.
 char* Fenced(SIZE_T size) {
     constexpr SIZE_T kPage = 4096;
     const SIZE_T pages = (size + kPage - 1) / kPage * kPage;
@@ -91,10 +91,10 @@ TEST_F(AudioConvert, UnderstandsForeignCodecsAndTheyUnderstandIt) {
 TEST_F(AudioConvert, Odd130NumberOfWholeChunksDecidesAndNothingOutsideTheBuffersIsTouched) {
     const struct {
         int compress;
-        unsigned long source; ///< bytes of it
-        unsigned long room;   ///< for so many bytes of source
-        unsigned long whole;  ///< bytes that the whole blocks make
-        unsigned long done;   ///< bytes that are really made
+        unsigned long source; ///< its size
+        unsigned long room;   ///< source size to allocate for
+        unsigned long whole;  ///< converted size of the whole blocks
+        unsigned long done;   ///< size of what is converted
     } cases[] = {
         {1, 7999, 8000, 4 * 325, 0},                    // less than a chunk
         {1, 36000, 40000, 22 * 325, 6500 + 780},        // 4.5

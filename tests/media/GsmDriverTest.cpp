@@ -75,7 +75,7 @@ BOOL CALLBACK FindDriver(HACMDRIVERID id, DWORD_PTR found, DWORD) {
     return TRUE;
 }
 
-/// The driver by its name, opened.
+/// The driver, found by its name.
 struct OwnDriver {
     OwnDriver() {
         HACMDRIVERID id = nullptr;
@@ -90,9 +90,9 @@ struct OwnDriver {
 };
 
 BOOL CALLBACK CollectFormat(HACMDRIVERID, ACMFORMATDETAILSW* found, DWORD_PTR list, DWORD) {
-    *reinterpret_cast<std::string*>(list) += std::to_string(found->dwFormatTag) + "/" +
-                                             std::to_string(found->pwfx->wBitsPerSample) + "/" +
-                                             std::to_string(found->pwfx->nBlockAlign) + " ";
+    for (const int number : {+found->pwfx->wFormatTag, +found->pwfx->wBitsPerSample, +found->pwfx->nBlockAlign}) {
+        *reinterpret_cast<std::string*>(list) += std::to_string(number) + " ";
+    }
     return TRUE;
 }
 
@@ -139,7 +139,7 @@ TEST_F(GsmDriver, DescribesAndSuggestsItsFormats) {
     details.cbwfx = sizeof format;
     std::string formats;
     EXPECT_EQ(acmFormatEnumW(own.handle, &details, CollectFormat, reinterpret_cast<DWORD_PTR>(&formats), 0), 0u);
-    EXPECT_EQ(formats, "1/8/1 49/0/65 ");
+    EXPECT_EQ(formats, "1 8 1 49 0 65 ");
 
     WAVEFORMATEX pcm = Pcm(8);
     GSM610WAVEFORMAT gsm = Gsm();

@@ -31,7 +31,7 @@ struct Control {
 
 using Controls = std::vector<Control>;
 
-/// A sound card, and what was asked of it.
+/// A sound card that logs what is done to it.
 struct Card {
     /// The recording line and its three sources, the speaker line and its five.
     std::vector<Controls> lines{
@@ -49,10 +49,10 @@ struct Card {
         {{28, kVolume, L"Wave"}, {29, kMute, L"Wave"}, {23, kMeter, L"Wave"}},
         {{30, kVolume, L"Master of the CD, in the wave"}}};
     UINT devices = 1;
-    DWORD claimed = 0; ///< 0: counts of records are true
+    DWORD claimed = 0; ///< number of records to claim; 0: the true one
     int calls = 0;
-    int failing = 0; ///< the call that fails; 0: none does
-    Texts log{};     ///< opened, closed and set
+    int failing = 0; ///< number of the call that fails; 0: none
+    Texts log{};     ///< what was opened, closed and set
 
     MMRESULT Step(HMIXEROBJ mixer, DWORD flags) {
         const bool isOpen = mixer == Handle() && (flags & 0xF0000000) == DWORD{MIXER_OBJECTF_HMIXER};
@@ -115,44 +115,39 @@ MMRESULT GetControls(HMIXEROBJ mixer, LPMIXERLINECONTROLSW query, DWORD flags) {
     return MMSYSERR_NOERROR;
 }
 
-/// Looks whether details are asked for as a control's kind requires.
-/// @param count  receives the number of records
-MMRESULT Check(HMIXEROBJ mixer, DWORD flags, const MIXERCONTROLDETAILS& details, std::size_t size, std::size_t& count) {
+/// Reads or writes the details of a control, which must be requested as its kind requires.
+MMRESULT Exchange(HMIXEROBJ mixer, const MIXERCONTROLDETAILS& details, DWORD flags, bool sets) {
     if (const MMRESULT result = card.Step(mixer, flags)) return result;
-    const Control& control = card.Find(details.dwControlID);
-    count = std::size_t{details.cChannels} * std::max(details.cMultipleItems, DWORD{1});
-    const bool fits = details.cbStruct == sizeof details && details.cbDetails == size &&
-                      details.cMultipleItems == control.items.size() && count <= control.values.size();
-    return fits ? MMSYSERR_NOERROR : MMSYSERR_INVALPARAM;
+    Control& control = card.Find(details.dwControlID);
+    const std::size_t count = std::size_t{details.cChannels} * std::max(details.cMultipleItems, DWORD{1});
+    const bool isText = !sets && (flags & MIXER_GETCONTROLDETAILSF_QUERYMASK) == MIXER_GETCONTROLDETAILSF_LISTTEXT;
+    auto* const texts = static_cast<MIXERCONTROLDETAILS_LISTTEXTW*>(details.paDetails);
+    auto* const values = static_cast<DWORD*>(details.paDetails);
+    const bool fits = details.cbStruct == sizeof details && count <= control.values.size() &&
+                      details.cbDetails == (isText ? sizeof *texts : sizeof *values) &&
+                      details.cMultipleItems == control.items.size();
+    if (!fits) return MMSYSERR_INVALPARAM;
+    for (std::size_t i = 0; isText && i < control.items.size(); ++i) {
+        texts[i].dwParam1 = L'L';
+        control.items[i].copy(texts[i].szName, MIXER_LONG_NAME_CHARS);
+    }
+    if (!isText && !sets) std::copy_n(control.values.begin(), count, values);
+    if (!sets) return MMSYSERR_NOERROR;
+    std::copy_n(values, count, control.values.begin());
+    card.log.push_back(std::to_string(control.id) + "=" + std::to_string(values[0]));
+    for (std::size_t i = 1; i < count; ++i) card.log.back() += "," + std::to_string(values[i]);
+    return MMSYSERR_NOERROR;
 }
 
 MMRESULT GetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD flags) {
-    const bool isText = (flags & MIXER_GETCONTROLDETAILSF_QUERYMASK) == MIXER_GETCONTROLDETAILSF_LISTTEXT;
-    auto* text = static_cast<MIXERCONTROLDETAILS_LISTTEXTW*>(details->paDetails);
-    std::size_t count = 0;
-    const MMRESULT result = Check(mixer, flags, *details, isText ? sizeof *text : sizeof(DWORD), count);
-    if (result != 0) return result;
-    const Control& control = card.Find(details->dwControlID);
-    if (!isText) std::copy_n(control.values.begin(), count, static_cast<DWORD*>(details->paDetails));
-    for (std::size_t i = 0; isText && i < control.items.size(); ++i) {
-        text[i].dwParam1 = L'L';
-        control.items[i].copy(text[i].szName, MIXER_LONG_NAME_CHARS);
-    }
-    return result;
+    return Exchange(mixer, *details, flags, false);
 }
 
 MMRESULT SetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD flags) {
-    std::size_t count = 0;
-    const MMRESULT result = Check(mixer, flags, *details, sizeof(DWORD), count);
-    if (result != 0) return result;
-    Control& control = card.Find(details->dwControlID);
-    std::copy_n(static_cast<const DWORD*>(details->paDetails), count, control.values.begin());
-    card.log.push_back(std::to_string(control.id) + "=" + std::to_string(control.values[0]));
-    for (std::size_t i = 1; i < count; ++i) card.log.back() += "," + std::to_string(control.values[i]);
-    return result;
+    return Exchange(mixer, *details, flags, true);
 }
 
-// The controls that are found stay for the process: each test runs in one of its own.
+// Controls that were found stay for the process, so each test needs a process of its own.
 struct Mixer : testing::Test {
     ImportPatch patches[7] = {{"mixerGetNumDevs", &mixerGetNumDevs, [] { return card.devices; }},
                               {"mixerOpen", &mixerOpen, OpenMixer},
@@ -211,8 +206,7 @@ TEST_F(Mixer, Odd143And145WithoutADeviceOnlyAskedForDiscoveryFails) {
     card.devices = 0;
     CSound sound(nullptr, 1);
     EXPECT_EQ(sound.Open() + sound.Initialize(), 0U);
-    EXPECT_EQ(sound.InitMixerWaveIn(), 5U);
-    EXPECT_EQ(sound.InitMixerLineOut(), 5U);
+    EXPECT_EQ(sound.InitMixerWaveIn() + sound.InitMixerLineOut(), 5U + 5U);
     EXPECT_EQ(reports.Take(), Texts{});
     EXPECT_EQ(sound.SetMixerControlUnsigned2(CSound::INVALID_CONTROLID, 1, 2), 5U);
     EXPECT_EQ(reports.Take(), (Texts{"CSound:514 mhMixer", "CSound:515 ControlId != INVALID_CONTROLID"}));
@@ -253,22 +247,17 @@ TEST_F(Mixer, LevelsBecomeValuesAndTheBalanceIsKept) {
         EXPECT_EQ(viewer.SetVolume(kSpeaker, level), 0U);
         EXPECT_EQ(values[0], value);
     }
-    const struct {
-        Values before;
-        unsigned long level;
-        Values after;
-    } rows[] = {{{100, 200}, 32, {32767, 65535}},
-                {{200, 100}, 32, {65535, 32767}},
-                {{5, 5}, 1, {2047, 2047}},
-                {{0, 0}, 16, {32767, 32767}},
-                {{0, 7}, 32, {0, 65535}},
-                {{~0U, ~0U - 1}, 32, {65535, 65534}},
-                {{9}, 32, {65535}}};
-    for (const auto& row : rows) {
-        values = row.before;
-        EXPECT_EQ(viewer.SetVolumeBalance(kSpeaker, row.level), 0U);
-        EXPECT_EQ(values, row.after);
+    constexpr DWORD kRows[][5] = {{100, 200, 32, 32767, 65535}, {200, 100, 32, 65535, 32767},
+                                  {5, 5, 1, 2047, 2047},        {0, 0, 16, 32767, 32767},
+                                  {0, 7, 32, 0, 65535},         {~0U, ~0U - 1, 32, 65535, 65534}};
+    for (const auto& [left, right, level, newLeft, newRight] : kRows) {
+        values = {left, right};
+        EXPECT_EQ(viewer.SetVolumeBalance(kSpeaker, level), 0U);
+        EXPECT_EQ(values, (Values{newLeft, newRight}));
     }
+    values = {9};
+    EXPECT_EQ(viewer.SetVolumeBalance(kSpeaker, 32), 0U);
+    EXPECT_EQ(values, (Values{65535}));
     values = {100, 200};
     CSound::mNumChannelOut = 1;
     EXPECT_EQ(viewer.SetVolumeBalance(kSpeaker, 32), 0U);
@@ -297,7 +286,7 @@ TEST_F(Mixer, Odd140And141RecordSourceIsChosenAmongItems) {
     CSoundViewer viewer(nullptr);
     for (const auto& row : rows) {
         card.Find(11) = row.control;
-        if (row.control.items == endless) CSound::mLine = L"eL"; // what follows an endless name in memory
+        if (row.control.items == endless) CSound::mLine = L"eL"; // what follows an unterminated name in memory
         EXPECT_EQ(viewer.SetRecordSource(row.device), 0U);
         EXPECT_EQ(card.Find(11).values, row.after) << &row - rows;
     }

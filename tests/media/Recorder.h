@@ -9,19 +9,19 @@
 #include <iterator>
 #include <string>
 
-/// Handles the calling thread's messages until a condition holds.
+/// Dispatches messages of the calling thread until a condition holds.
 template <class Condition> void PumpUntil(Condition holds) {
     MSG message;
     while (!holds() && GetMessageW(&message, nullptr, 0, 0) > 0) DispatchMessageW(&message);
 }
 
-/// The bytes of a file.
+/// Reads a file.
 inline std::string BytesOf(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// A CAudio as a program derives it: with a window that forwards the notifications, and a file.
+/// A CAudio with a file and a window that forwards the notifications, as a program derives it.
 class Recorder : public CAudio {
 public:
     using CAudio::ClearFile, CAudio::GetError, CAudio::GetTimeCurrent, CAudio::GetTimeTotal, CAudio::OpenFile,
@@ -30,7 +30,7 @@ public:
         CAudio::SetCompressUse, CAudio::SetUncompressUse, CAudio::SizeFile, CAudio::StartDeviceTimer,
         CAudio::UpdateDeviceTime, CAudio::WriteBuffer;
 
-    /// @param file  made when it is missing; its data count
+    /// @param file  created if it is missing
     Recorder(int bConvert, const std::filesystem::path& file) : CAudio(bConvert) {
         m_window = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, GetModuleHandleW(nullptr),
                                    nullptr);
@@ -47,29 +47,17 @@ public:
 
     AUDIO_DATA* operator->() { return this; }
 
-    /// Starts a run at m_ulDataRead. @return what the start returned
-    unsigned long Record() {
-        SetModeRecord();
-        SetUp(m_Record, m_ulMaxAudio);
-        return Follow(StartRecord());
-    }
-    unsigned long Play() {
-        SetModePlay();
-        SetUp(m_Play, InPcm(m_ulDataWrite));
-        return Follow(StartPlay());
-    }
-    unsigned long PlayStep() {
-        SetModePlayStep();
-        SetUp(m_Play, InPcm(m_ulDataWrite));
-        return Follow(StartPlayStep());
-    }
+    /// Starts a run at m_ulDataRead. @return result of the start
+    unsigned long Record() { return Run(MODE_RECORD, m_Record, m_ulMaxAudio, &CAudio::StartRecord); }
+    unsigned long Play() { return Run(MODE_PLAY, m_Play, InPcm(m_ulDataWrite), &CAudio::StartPlay); }
+    unsigned long PlayStep() { return Run(MODE_PLAY_STEP, m_Play, InPcm(m_ulDataWrite), &CAudio::StartPlayStep); }
 
-    /// Waits until a run has come that far. @param bytes  PCM bytes of the file
+    /// Waits until a run reaches a position. @param bytes  PCM bytes of the file
     void WaitFor(unsigned long bytes) const {
         PumpUntil([&] { return std::max(m_Record.ulPosition, m_Play.ulPosition) >= bytes || m_nMode == MODE_IDLE; });
     }
     void Stop() { OnStop(); }
-    /// Waits for the run's end.
+    /// Waits for the end of the run.
     void Finish() const {
         PumpUntil([&] { return m_nMode == MODE_IDLE; });
     }
@@ -77,7 +65,7 @@ public:
         Stop();
         Finish();
     }
-    /// Makes it ready for notifications without a device.
+    /// Prepares for notifications without a device.
     void Pretend(MODE mode) {
         m_nMode = mode;
         EXPECT_EQ(OpenFile() | SeekFile(), 0u);
@@ -97,12 +85,12 @@ public:
 
 private:
     unsigned long InPcm(unsigned long bytes) const { return bytes * m_ulRatioAudio / m_ulRatioCompress; }
-    void SetUp(AUDIO_TIME& time, unsigned long limit) const {
+    unsigned long Run(MODE mode, AUDIO_TIME& time, unsigned long limit, unsigned long (CAudio::*start)()) {
+        m_nMode = mode;
         time = {InPcm(m_ulDataRead), InPcm(m_ulDataRead), limit};
-    }
-    unsigned long Follow(unsigned long started) {
-        if (started == 0) (void)StartDeviceTimer();
-        return started;
+        const unsigned long failed = (this->*start)();
+        if (!failed) (void)StartDeviceTimer();
+        return failed;
     }
     void OnStop() override {
         ++stops;

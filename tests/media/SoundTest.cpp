@@ -40,7 +40,7 @@ template <class Format = PCMWAVEFORMAT> std::string Tone(int milliseconds, const
 
 using Played = std::vector<std::pair<const void*, DWORD>>;
 
-/// Notes what the library plays, and plays nothing.
+/// Logs what the library plays, and plays nothing.
 struct Player {
     Played played;
     const ImportPatch patch{"PlaySoundW", &PlaySoundW, [this](LPCWSTR sound, HMODULE, DWORD flags) {
@@ -49,7 +49,7 @@ struct Player {
                             }};
 };
 
-/// Formats that end the process, or are never finished, when the system plays them.
+/// Formats that end the process or play forever.
 constexpr WAVEFORMATEX kFatal[] = {
     {WAVE_FORMAT_PCM, 0, kRate, kRate, 1, 8, 0},   {WAVE_FORMAT_PCM, 1, kRate, kRate, 0, 8, 0},
     {WAVE_FORMAT_PCM, 1, 0, kRate, 1, 8, 0},       {WAVE_FORMAT_PCM, 1, ~0U, ~0U, 1, 8, 0},
@@ -62,7 +62,7 @@ struct Sound : testing::Test {
     std::wstring name = path.wstring();
 
     void Write(const std::string& bytes) const { std::ofstream(path, std::ios::binary) << bytes; }
-    /// Plays a file of these bytes.
+    /// Plays a file with this content.
     unsigned long Play(const std::string& bytes) {
         Write(bytes);
         return CSound(name.data()).Play(1);

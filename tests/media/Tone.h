@@ -5,7 +5,7 @@
 #include <numbers>
 #include <string>
 
-/// 8 kHz mono sound in unsigned bytes, silent at 128.
+/// 8 kHz mono sound in unsigned bytes; 128 is silence.
 namespace tone {
 
 constexpr unsigned long kSecond = 8000;
@@ -19,7 +19,7 @@ inline std::string Sine(double hertz, unsigned long samples, double amplitude = 
     return sound;
 }
 
-/// Amplitude of one frequency in the sound; whole seconds of it leak nothing from others.
+/// Amplitude of a frequency in the sound. Whole seconds leak nothing from other frequencies.
 inline double AmplitudeAt(double hertz, const std::string& sound) {
     double sine = 0;
     double cosine = 0;
@@ -32,8 +32,8 @@ inline double AmplitudeAt(double hertz, const std::string& sound) {
     return 2 * std::hypot(sine, cosine) / static_cast<double>(std::max<std::size_t>(sound.size(), 1));
 }
 
-/// Samples, in pieces of 0.1 s, that hold the tone as loud as Sine() makes it. A busy machine leaves gaps in what it
-/// plays and records: look for some pieces of a tone, not for all of it.
+/// Number of samples, in pieces of 0.1 s, that contain a tone as loud as Sine() makes it. A busy machine plays and
+/// records with gaps: expect some pieces of a tone, not all of them.
 inline unsigned long Held(double hertz, const std::string& sound) {
     constexpr unsigned long kPiece = kSecond / 10;
     unsigned long held = 0;

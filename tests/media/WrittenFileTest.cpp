@@ -13,7 +13,7 @@
 #include <cwchar>
 #include <fstream>
 
-// What holds for both kinds of files that media programs write.
+// Behaviour common to WAVE files and video files.
 
 namespace {
 
@@ -36,7 +36,7 @@ unsigned long WriteMovie(const wchar_t* path) {
 
 struct Kind {
     unsigned long (*write)(const wchar_t* path);
-    unsigned long refused; ///< result for a path that cannot be opened
+    unsigned long refused; ///< result if the path cannot be opened
 };
 const Kind kKinds[] = {{WriteWave, 1}, {WriteMovie, static_cast<unsigned long>(AVIERR_FILEOPEN)}};
 
@@ -51,7 +51,7 @@ std::string Start(const fs::path& file) {
     return bytes;
 }
 
-/// Prints the result, and what was reported.
+/// Prints the result and the reports.
 const Role writes("write", [](const std::vector<std::string>& arguments) {
     Reports reports;
     Say(std::to_string(kKinds[std::stoi(arguments[0])].write(fs::path(arguments[1]).c_str())));
@@ -84,7 +84,7 @@ TEST(WrittenFile, GoesToItsOwnPathWhateverItsLetters) {
 
 TEST(WrittenFile, IsRemovedAndReportedWhenTheDiskIsFull) {
     const TemporaryFolder folder;
-    if (UnixPath(folder).empty()) GTEST_SKIP() << "a full disk is a limit of Unix' for the length of files";
+    if (UnixPath(folder).empty()) GTEST_SKIP() << "needs a Unix shell that limits the size of files";
     const struct {
         int kind;
         int kilobytes;
