@@ -8,17 +8,17 @@
 /// this thread releases.
 class SavedImages {
 public:
-    void Add(std::uint32_t image) { m_untold.push_back(image); }
+    void Add(std::uint32_t image) { m_images.push_back(image); }
 
     /// Announces as many as there is room for.
     /// @param send  sends an image's number; gives what CMailBox::Send() says
     /// @return whether none is left
-    template <class SendNumber> bool Tell(SendNumber send) {
+    template <class SendNumber> bool Announce(SendNumber send) {
         // Announced, or there is no receiver.
-        while (!m_untold.empty() && send(BytesOf(m_untold.front())) != ERROR_BUSY) m_untold.pop_front();
-        return m_untold.empty();
+        while (!m_images.empty() && send(BytesOf(m_images.front())) != ERROR_BUSY) m_images.pop_front();
+        return m_images.empty();
     }
 
 private:
-    std::deque<std::uint32_t> m_untold;
+    std::deque<std::uint32_t> m_images;
 };

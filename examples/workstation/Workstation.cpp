@@ -150,12 +150,13 @@ void Workstation::OnSaved(std::uint32_t image) {
     ++m_saved;
     if (LoadImageFile(ImagePath(m_options.folder, image)) != MakeImage(image)) ++m_different;
     std::printf("workstation: image %lu saved\n", static_cast<unsigned long>(image));
-    m_untold.Add(image);
+    m_toAnnounce.Add(image);
     TellConsole();
 }
 
 void Workstation::TellConsole() {
-    (void)m_untold.Tell([this](auto number) { return Send(kConsoleId, WORK_SAVED, number); }); // retried on status
+    (void)m_toAnnounce.Announce(
+        [this](auto number) { return Send(kConsoleId, WORK_SAVED, number); }); // retried on status
 }
 
 void Workstation::StartConsole() {
@@ -183,7 +184,7 @@ void Workstation::EndManagers() {
     m_leaving = true;
     for (LoadedManager& manager : m_managers) {
         if (manager.gone) continue;
-        if (!manager.told) manager.told = Send(manager.id, WORK_EXIT) == STATUS_OK;
+        if (!manager.exitSent) manager.exitSent = Send(manager.id, WORK_EXIT) == STATUS_OK;
         return;
     }
     ExitApplication(0);
@@ -198,7 +199,7 @@ void Workstation::Fail(const char* problem) {
 /// Asks the remaining managers to end: the window may have been closed from outside.
 void Workstation::OnPumpExit(int /*code*/, const wchar_t* /*text*/) {
     for (LoadedManager& manager : m_managers) {
-        if (!manager.told && !manager.gone) (void)Send(manager.id, WORK_EXIT); // a stuck one runs into the time limit
+        if (!manager.exitSent && !manager.gone) (void)Send(manager.id, WORK_EXIT); // a stuck one hits the limit
         const unsigned long start = GetTickCount();
         while (GetModuleHandleW(manager.module) != nullptr && GetTickCount() - start < kUnloadLimitMs) Sleeper(1);
     }

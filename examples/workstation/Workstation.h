@@ -39,7 +39,7 @@ private:
         const wchar_t* name;
         const wchar_t* module;
         bool ready = false;
-        bool told = false;
+        bool exitSent = false;
         bool gone = false;
         ManagerStatus status{};
     };
@@ -79,7 +79,7 @@ private:
     LineCount m_lines;
     std::optional<std::uint32_t> m_imagesToStart;
     std::uint32_t m_saved = 0;
-    SavedImages m_untold; ///< to the console
+    SavedImages m_toAnnounce; ///< to the console
     std::uint32_t m_different = 0;
     HANDLE m_console = nullptr;
     bool m_consoleEnded = false;

@@ -47,7 +47,7 @@ private:
     }
 
     bool SayRest() override {
-        return m_saved.Tell([this](auto number) { return Send(kWorkstationId, WORK_SAVED, number); });
+        return m_saved.Announce([this](auto number) { return Send(kWorkstationId, WORK_SAVED, number); });
     }
 
     /// A movie that cannot be created counts as one without images.
