@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <vector>
 
-/// The arguments of a call, each behind a blank: numbers, constant texts, "*" for any other address, "-" for null.
+/// The arguments of a call, each after a space: numbers, constant texts, "*" for any other address, "-" for null.
 template <class... Arguments> std::wstring ArgumentText(const Arguments&... arguments) {
     std::wostringstream text;
     const auto add = [&text](auto argument) {
@@ -26,14 +26,14 @@ template <class... Arguments> std::wstring ArgumentText(const Arguments&... argu
     return text.str();
 }
 
-/// Keeps the calls of replaced functions, such as L"CancelIo *".
+/// Records the calls of replaced functions, such as L"CancelIo *".
 class CallLog : public std::vector<std::wstring> {
 public:
     template <class... Arguments> void Add(const wchar_t* name, const Arguments&... arguments) {
         push_back(name + ArgumentText(arguments...));
     }
 
-    /// A stub that adds its calls, sets the last error and returns a value.
+    /// A stub that records its calls, sets the last error and returns a value.
     template <class R, class Function, class Tag = decltype([] {})>
     Stub Adding(const char* name, Function* real, R result, DWORD error = 0) {
         auto add = [this, result, error,
@@ -45,7 +45,7 @@ public:
         return Replacing<Function, decltype(add), Tag>(name, real, add);
     }
 
-    /// The calls since the last time, one a line.
+    /// The calls since the last query, one per line.
     std::wstring Take() {
         std::wstring all;
         for (const std::wstring& call : *this) all += call + L'\n';

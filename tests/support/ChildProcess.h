@@ -10,7 +10,7 @@
 std::filesystem::path OwnProgram();
 std::filesystem::path Beside(const std::filesystem::path& name);
 
-/// A path in quotation marks, followed by a blank: the start of a command line.
+/// A path in quotation marks, followed by a space: the start of a command line.
 std::wstring Quoted(const std::filesystem::path& program);
 
 /// A program that the test starts, usually the test program itself in another role. They exchange lines of text.
@@ -24,8 +24,8 @@ public:
     ~ChildProcess();
     ChildProcess(ChildProcess&&) = delete;
 
-    /// Reads the child's lines up to one with that start.
-    /// @return the rest of that line; "(ended)" when the child ended first
+    /// Reads the child's lines up to one that starts so.
+    /// @return the rest of that line; "(ended)" if the child ended first
     std::string WaitUntil(const std::string& start);
     void Tell(const std::string& line);
     void Kill();

@@ -4,7 +4,7 @@
 
 #include <commctrl.h>
 
-/// An invisible window with controls that are found by their identifiers, as a dialog has them.
+/// An invisible window whose controls are found by identifier, as in a dialog.
 class ControlWindow {
 public:
     ControlWindow() { InitCommonControls(); }
@@ -12,7 +12,7 @@ public:
     ControlWindow(ControlWindow&&) = delete;
 
     HWND Handle() const { return m_window; }
-    /// Adds a control, 20 pixels below the one with the identifier before.
+    /// Adds a control, 20 pixels below the one with the previous identifier.
     HWND Add(const wchar_t* className, int id, DWORD style) {
         return CreateWindowExW(0, className, L"", WS_CHILD | WS_VISIBLE | style, 0, 20 * id, 100, 20, m_window,
                                reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);

@@ -6,15 +6,15 @@
 #include <string>
 #include <utility>
 
-/// What replaces one function that Tessel.dll imports: a row of a table, or the argument of an ImportPatch.
+/// Replacement of one function that Tessel.dll imports: a row of a table, or the argument of an ImportPatch.
 struct Stub {
     std::string name;
     void* function;
     std::shared_ptr<void> callable; ///< what the function calls
 };
 
-/// A function with the signature and calling convention of a Windows one that calls an object of any kind. The tag
-/// makes one function for each stub.
+/// A function with the signature and calling convention of a Windows function that calls an object of any kind. The
+/// tag creates one function per stub.
 template <class Callable, class Tag> struct StubFunction {
     static inline Callable* current = nullptr;
     template <class R, class... A> static R WINAPI Call(A... arguments) {
@@ -33,7 +33,7 @@ template <class Callable, class Tag> struct StubFunction {
 #endif
 };
 
-/// A stub that does what a lambda does. The lambda may capture, take `auto...`, and call the real function:
+/// A stub that calls a lambda. The lambda may capture, take `auto...`, and call the real function:
 ///
 ///     const ImportPatch patch("CreateEventW", &CreateEventW, [&](auto... a) { return created = CreateEventW(a...); });
 template <class Function, class Callable, class Tag = decltype([] {})>
@@ -43,8 +43,8 @@ Stub Replacing(const char* name, Function* real, Callable callable) {
     return {name, StubFunction<Callable, Tag>::Like(real), shared};
 }
 
-/// A stub that fails: it returns a value and sets the last error (also Winsock's), either in every call or in the n-th
-/// alone, the others being real.
+/// A stub that fails: it returns a value and sets the last error (also Winsock's), in every call or only in the n-th;
+/// the other calls are real.
 ///
 ///     const ImportPatch patch(Failing("MapViewOfFile", &MapViewOfFile, nullptr, ERROR_ACCESS_DENIED));
 ///     const ImportPatch second(Failing("acmStreamConvert", &acmStreamConvert, MMSYSERR_ERROR, 0, 2));
@@ -59,8 +59,8 @@ Stub Failing(const char* name, Function* real, R result, DWORD error = 0, int on
     return Replacing<Function, decltype(fail), Tag>(name, real, fail);
 }
 
-/// Replaces a function in the import table of Tessel.dll for as long as the object lives. Calls from elsewhere, the
-/// test's own among them, reach the real function.
+/// Replaces a function in the import table of Tessel.dll while the object exists. Calls from elsewhere, including the
+/// test's, reach the real function.
 class ImportPatch {
 public:
     explicit ImportPatch(Stub stub);

@@ -67,7 +67,7 @@ private:
     u_short m_port;
 };
 
-/// A port that nobody uses.
+/// An unused port.
 inline unsigned short FreePort(int type = SOCK_STREAM) {
     return LoopbackListener(type).Port();
 }

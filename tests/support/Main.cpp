@@ -8,8 +8,8 @@
 
 namespace {
 
-/// Ends a program that is stuck. Returns once the watchdog runs, because Wine crashes one process in a hundred that
-/// ends while one of its threads is starting.
+/// Ends a stuck program. Returns once the watchdog runs, because Wine crashes one in a hundred processes that end while
+/// one of their threads is starting.
 void StartWatchdog() {
     static std::promise<void> started;
     std::thread([] {
@@ -22,7 +22,7 @@ void StartWatchdog() {
     started.get_future().wait();
 }
 
-/// Ends all programs that this one has started together with it, also when the watchdog ends it.
+/// Makes all programs that this one has started end together with it, even if the watchdog ends it.
 void KeepProgramsInJob() {
     const HANDLE job = CreateJobObjectW(nullptr, nullptr); // closed, and so ended, with this program
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <utility>
 
-// For a system that does not count objects (0), what stands for the count is the entry of its table that new ones get:
-// those of objects that were given back are used again first, so both grow with what is left behind.
+// If the system does not count objects (0), the table entry that new ones get takes the place of the count: entries of
+// released objects are reused first, so leaks make both grow.
 
 /// The highest entry that a hundred objects get.
 template <class Handle> long HighestEntry(Handle (*create)(), BOOL(WINAPI* destroy)(Handle)) {
@@ -20,7 +20,7 @@ template <class Handle> long HighestEntry(Handle (*create)(), BOOL(WINAPI* destr
     return highest;
 }
 
-/// How many kernel handles the process has.
+/// Number of the process's kernel handles.
 inline long KernelHandles() {
     DWORD count = 0;
     if (GetProcessHandleCount(GetCurrentProcess(), &count) && count != 0) return static_cast<long>(count);
@@ -28,7 +28,7 @@ inline long KernelHandles() {
     return HighestEntry<HANDLE>(createEvent, CloseHandle) / 4; // each entry is four numbers
 }
 
-/// How many GDI and USER objects the process has.
+/// Number of the process's GDI and USER objects.
 inline std::pair<long, long> GuiObjects() {
     const DWORD gdi = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
     const DWORD user = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS);

@@ -2,7 +2,7 @@
 
 #include <tessel/messaging/postoffice.h>
 
-/// The process's post office for as long as the object lives; the first member of a fixture.
+/// The process's post office while the object exists; the first member of a fixture.
 struct OpenPostOffice {
     OpenPostOffice() { CPostOffice::CreateGlobalPostOffice(); }
     ~OpenPostOffice() { CPostOffice::DestroyGlobalPostOffice(); }

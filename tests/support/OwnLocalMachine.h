@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-/// HKEY_LOCAL_MACHINE as this process sees it for as long as the object lives: a tree of the test's own.
+/// Redirects this process's HKEY_LOCAL_MACHINE to a tree of the test while the object exists.
 class OwnLocalMachine {
 public:
     OwnLocalMachine() {
@@ -20,7 +20,7 @@ public:
     }
     OwnLocalMachine(OwnLocalMachine&&) = delete;
 
-    /// Sets a value and makes its key; a text ends with what terminates it.
+    /// Sets a value and creates its key; the data of a text include its terminators.
     void Set(const std::wstring& path, const wchar_t* value, DWORD type, std::wstring_view data) {
         const HKEY key = Create(m_root, path);
         const auto size = static_cast<DWORD>(data.size() * sizeof(wchar_t));
@@ -28,7 +28,7 @@ public:
         RegCloseKey(key);
     }
     void Remove(const std::wstring& path, const wchar_t* value) { RegDeleteKeyValueW(m_root, path.c_str(), value); }
-    /// @return the type's number and the whole value, terminators included; "none" when there is no value
+    /// @return the type's number and the whole value, including terminators; "none" if there is no value
     std::wstring Get(const std::wstring& path, const wchar_t* value) {
         wchar_t data[2000];
         DWORD size = sizeof data;

@@ -6,10 +6,10 @@
 #include <gtest/gtest.h>
 #include <tessel/messaging/mailbox.h>
 
-/// A test of programs that communicate through the post office. It keeps the post office open while they come and go.
+/// A test of programs that communicate through the post office. Keeps the post office open while they start and end.
 class PostOfficeObserver : public testing::Test {
 protected:
-    /// Expects that the programs have left no block and no lock behind, and mailboxes only if they were killed.
+    /// Expects that the programs have left no block or lock behind, and mailboxes only if they were killed.
     void ExpectNothingLeft(int mailboxes = 0) {
         MONITOR_LEVEL left;
         EXPECT_EQ(observer.BuildDirectoryList(&left, 1), mailboxes);

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-/// Collects the library's reports, as "source:line expression", for as long as the object lives.
+/// Collects the library's reports, as "source:line expression", while the object exists.
 class Reports {
 public:
     Reports() { WndSetAssertSink(&Keep, this); }

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-/// Answers the library's message boxes with OK, unseen, and keeps "title: text" of each, for as long as the object
-/// lives.
+/// Answers the library's message boxes with OK without showing them, and keeps "title: text" of each, while the object
+/// exists.
 struct ShownBoxes {
     std::vector<std::wstring> texts;
 

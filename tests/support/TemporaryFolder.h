@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-/// A folder that exists for as long as the object lives, with a blank in its path.
+/// A folder that exists as long as the object, with a space in its path.
 ///
 ///     TemporaryFolder folder;
 ///     std::ofstream(folder / L"file") << "text";

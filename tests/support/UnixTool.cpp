@@ -15,7 +15,7 @@ std::wstring UnixPath(const std::filesystem::path& path) {
     return copy;
 }
 
-// Wine neither hands its pipes to a Unix program nor waits for its end: a connection takes the place of both.
+// Wine neither passes its pipes to a Unix program nor waits for its end: a connection replaces both.
 UnixAnswer RunUnix(const std::wstring& command) {
     const LoopbackListener loopback;
     const std::wstring port = std::to_wstring(loopback.Port());

@@ -3,15 +3,14 @@
 #include <filesystem>
 #include <string>
 
-/// The Unix path of a Windows one; empty where there is no Unix under the system.
+/// Converts a Windows path to the Unix path; empty if the system does not run on Unix.
 std::wstring UnixPath(const std::filesystem::path& path);
 
-/// What a program of the Unix machine under Wine said.
+/// Result of a Unix program run from Wine.
 struct UnixAnswer {
-    std::string output; ///< both its outputs, byte by byte
+    std::string output; ///< standard output and error output, byte by byte
     int exitCode;
 };
 
-/// Runs a command in a shell of the Unix machine and waits for its end. Single quotes, not double ones, go around
-/// what has blanks.
+/// Runs a command in a Unix shell and waits for its end. Put arguments with spaces in single quotes, not double ones.
 UnixAnswer RunUnix(const std::wstring& command);

@@ -14,7 +14,7 @@ protected:
     std::wstring Command(const std::wstring& options) {
         return Quoted(Beside(L"workstation.exe")) + L"--hidden --folder " + Quoted(folder) + options;
     }
-    /// What a Unix tool prints about a file in the folder.
+    /// The output of a Unix tool for a file in the folder.
     std::string Ask(const std::wstring& tool, const wchar_t* file, const std::wstring& what) {
         return RunUnix(tool + L" -v error -i '" + UnixPath(folder / file) + L"' " + what).output;
     }
