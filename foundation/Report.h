@@ -4,7 +4,7 @@
 
 namespace tessel {
 
-/// Where a report says that it comes from.
+/// The origin that a report states.
 ///
 /// Service staff and log filters recognise a report by its source name and line, so that both are part of the
 /// library's interface: they are fixed for each report, whatever file and line make it today. A fixed line is
@@ -14,7 +14,7 @@ struct ReportSite {
     unsigned int line;
 };
 
-/// Reports @p expression when it does not hold; execution goes on in either case.
+/// Reports @p expression if it does not hold; execution continues in either case.
 /// @param holds       whether the condition holds
 /// @param expression  text of the condition, or of the message in the form !"text"
 /// @param site        source and line of the report

@@ -16,7 +16,7 @@ struct WaveDevice {
     MMRESULT (*getPosition)(const AUDIO_DATA& audio, MMTIME* time);
 };
 
-/// Which way sound goes between device and file.
+/// Direction of the sound between device and file.
 enum class Transfer { None, ToFile, FromFile };
 
 /// Which buffers a run uses.

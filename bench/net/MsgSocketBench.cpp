@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-// Both sides make the same calls: each send has a time-out of its own, each record that arrives is a block of its own.
+// Both sides make the same calls: each send has its own time-out, each record received its own block.
 
 namespace {
 

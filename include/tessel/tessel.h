@@ -1,8 +1,8 @@
 #pragma once
 
 /// @mainpage Tessel
-/// The operating-system abstraction library of a medical imaging workstation. This header brings all of it;
-/// each family also has a header of its own, and that header is its manual.
+/// The operating-system abstraction library of a medical imaging workstation. This header includes everything; each
+/// subsystem and each class also has its own header, which is its manual.
 
 #include <tessel/foundation.h>
 #include <tessel/media.h>

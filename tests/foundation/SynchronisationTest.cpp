@@ -188,7 +188,7 @@ TEST_F(WaitTest, MessagesEndAWaitAndAreHandedOver) {
     set.AddObject(a);
     EXPECT_EQ(set.WaitOnAnyObjectOrMsg(signalled, message, 0), kNotSignalled);
     PostThreadMessageW(GetCurrentThreadId(), WM_APP + 1, 2, 3);
-    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // one that was looked at counts, too
+    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // a message already peeked at counts, too
     EXPECT_EQ(set.WaitOnAnyObjectOrMsg(signalled, message, 10'000), 0u);
     EXPECT_EQ(message.message, static_cast<UINT>(WM_APP + 1));
     EXPECT_EQ(signalled, nullptr);

@@ -147,7 +147,7 @@ MMRESULT SetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD flags)
     return Exchange(mixer, *details, flags, true);
 }
 
-// Controls that were found stay for the process, so each test needs a process of its own.
+// The controls found stay known to the process, so each test needs its own process.
 struct Mixer : testing::Test {
     ImportPatch patches[7] = {{"mixerGetNumDevs", &mixerGetNumDevs, [] { return card.devices; }},
                               {"mixerOpen", &mixerOpen, OpenMixer},

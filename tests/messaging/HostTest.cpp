@@ -26,7 +26,7 @@ constexpr WPARAM kRequests[] = {0xFFAB, 0xFFAD};
 using Strings = std::vector<std::wstring>;
 using Messages = std::vector<UINT>;
 
-/// Notes what the host tells it; what it does at the start is the test's.
+/// Records the host's calls; the test defines what it does at the start.
 class Program : public OSClass {
 public:
     explicit Program(const char* arguments = "", const wchar_t* name = L"Tessel test host")
@@ -65,7 +65,7 @@ LRESULT CALLBACK QuitWhenDestroyed(HWND window, UINT message, WPARAM wParam, LPA
     return DefWindowProcW(window, message, wParam, lParam);
 }
 
-/// A program that ends when its frame window is told to.
+/// A program that ends when its frame window is asked to.
 int RunHost(const std::vector<std::string>&) {
     const OpenPostOffice office;
     Program program;

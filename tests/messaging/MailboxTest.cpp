@@ -25,7 +25,7 @@ protected:
     SBLOCK* Take() { return receiver.GetMessageBlock(static_cast<unsigned>(window.Take(MAILBOX_NOTIFICATION))); }
     int Release(SBLOCK* block) { return receiver.ReleaseMemory(block); }
     int Registered() { return CPostOffice().GetHeaderAddr()->MailboxesInUse; }
-    /// Nothing is allocated and nobody holds the lock.
+    /// Nothing is allocated and the lock is free.
     void ExpectUntouched() {
         EXPECT_EQ(sender.GetFreeBlockCount(), 500u);
         EXPECT_EQ(window.Take(MAILBOX_NOTIFICATION), 0);

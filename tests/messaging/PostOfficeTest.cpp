@@ -38,7 +38,7 @@ int CreateAtOnce(const std::vector<std::string>& arguments) {
 }
 const Role createAtOnce("create-at-once", CreateAtOnce);
 
-/// A region that another program made.
+/// A region created by another program.
 struct Region {
     explicit Region(DWORD size)
         : handle(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, size, POST_OFFICE_REGION_NAME)),

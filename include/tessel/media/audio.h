@@ -13,7 +13,7 @@ struct AUDIO_TIME {
     unsigned long ulLimit;    ///< where it ends, a whole number of blocks; set by the derived class
 };
 
-/// The fields of CAudio, in a base of their own so that they are copied member by member.
+/// The fields of CAudio, in a separate base class so that they are copied member by member.
 struct AUDIO_DATA {
     int m_bConvert;                     ///< not 0: the file holds GSM data; 0: it holds PCM
     HWND m_hParent;                     ///< window that receives the notifications

@@ -20,9 +20,9 @@ struct IAVIStream;
 /// an uncompressed image shows it correctly; other players, and codecs, show it skewed.
 ///
 /// The class calls AVIFileInit() and AVIFileExit(); programs need not.
-/// Copies share the file, its streams and the buffers until one of them makes a stream of its own. Closing the last
-/// copy completes the file. A copy that cannot share a buffer for lack of memory refuses to write. Threads: one at a
-/// time for an object and its copies, the same one from Open() to Close().
+/// Copies share the file, its streams and the buffers until one of them creates its own stream. Closing the last copy
+/// completes the file. A copy that cannot share a buffer for lack of memory refuses to write.
+/// Threads: one at a time for an object and its copies, the same one from Open() to Close().
 class TESSEL_API CAviFile {
 public:
     /// Makes an object without a file.

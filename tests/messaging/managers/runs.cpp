@@ -1,6 +1,6 @@
 #include <windows.h>
 
-/// Says that it runs, and returns when it is told to.
+/// Signals that it is running, and returns when asked to.
 extern "C" __declspec(dllexport) void ManagerMain(HINSTANCE module) {
     const HANDLE started = OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, L"Tessel test manager started");
     const HANDLE stop = OpenEventW(EVENT_ALL_ACCESS, FALSE, L"Tessel test manager stop");
