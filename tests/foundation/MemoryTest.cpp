@@ -44,7 +44,7 @@ protected:
     const std::filesystem::path renamed = folder / L"renamed";
 };
 
-/// A mapping for as long as the object lives.
+/// A mapping that exists as long as the object.
 class MappedMemory : public testing::Test {
 protected:
     void Create(DWORD size) {

@@ -37,7 +37,7 @@ struct Station {
     CMailBox mailbox;
 };
 
-/// The bytes of a message, known from who sends it and which one it is.
+/// The bytes of a message, determined by its sender and its number.
 std::vector<unsigned char> Content(unsigned long sender, unsigned long number) {
     return std::vector<unsigned char>((sender * 131 + number * 7919) % SMALL_BLOCK_SIZE,
                                       static_cast<unsigned char>(sender ^ number));
@@ -52,7 +52,7 @@ int Stall(const std::vector<std::string>& arguments) {
     return 0;
 }
 
-/// Enters dialogs until the resource table is full, and then does nothing.
+/// Adds dialog entries until the resource table is full, and then does nothing.
 int FillResources(const std::vector<std::string>&) {
     CPostOffice::CreateGlobalPostOffice();
     CResource table;
@@ -62,7 +62,7 @@ int FillResources(const std::vector<std::string>&) {
     return 0;
 }
 
-/// Checks content and order of all that comes, until each sender has sent its last. Arguments: id, senders.
+/// Checks content and order of all messages, until each sender has sent its last. Arguments: id, senders.
 int CheckAll(const std::vector<std::string>& arguments) {
     Station station(IdOf(arguments[0]));
     Say("registered");
@@ -87,7 +87,7 @@ int CheckAll(const std::vector<std::string>& arguments) {
     return 0;
 }
 
-/// Sends messages to two receivers in turn, fewer where the machine is slow. Arguments: own id, receiver, receiver.
+/// Sends messages to two receivers in turn, fewer on a slow machine. Arguments: own id, receiver, receiver.
 int SendMany(const std::vector<std::string>& arguments) {
     Station station(IdOf(arguments[0]));
     const std::array receivers{IdOf(arguments[1]), IdOf(arguments[2])};

@@ -93,7 +93,7 @@ TEST_F(Mailbox, WhatCannotBeSentLeavesThePoolAsItWas) {
 }
 
 TEST_F(Mailbox, ReportsAPoolBelow50OnceUntilItHasBeenAbove250) {
-    /// Sends or releases until so many blocks are free. @return what was reported
+    /// Sends or releases until the given number of blocks is free. @return the reports
     const auto bringTo = [this](unsigned long free) {
         while (sender.GetFreeBlockCount() > free) EXPECT_EQ(Send(1), 0);
         while (sender.GetFreeBlockCount() < free) Release(Take());

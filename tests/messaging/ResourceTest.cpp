@@ -12,7 +12,7 @@ constexpr RESOURCE_TYPE kFrame{1};
 constexpr RESOURCE_ID kManager{1};
 constexpr RESOURCE_ID kOther{2};
 
-/// Whether there was just that one report; its line is the source's own.
+/// Whether this was the only report; its line is that of the source.
 bool IsReport(Reports& reports, const std::string& expression) {
     const Texts texts = reports.Take();
     return texts.size() == 1 && texts[0].starts_with("CRes:") && texts[0].ends_with(" " + expression);

@@ -58,12 +58,12 @@ struct Command : testing::Test {
         CReg::CloseKey(key);
         return command;
     }
-    /// The command line that the system gets.
+    /// The command line passed to the system.
     std::string CommandLine(CCommand command) {
         EXPECT_EQ(command.Execute(), 0UL);
         return started.substr(0, started.rfind('|'));
     }
-    /// The error that is shown instead of a start.
+    /// The error shown instead of a start.
     std::string Refusal(CCommand command) {
         started.clear();
         EXPECT_EQ(command.Execute(), 0UL);
@@ -94,7 +94,7 @@ TEST_F(Command, IsReadFromTheRegistryAndHandedOutAsRecord) {
     Set(L"AUTOFLAG", std::wstring(L"yes\0", 4));
     Set(L"pathfilename", L"%ROOT%\\a.exe");
     Set(L"WorkDir", std::wstring(63, L'w'));
-    const std::wstring open(65, L'a'); // one more than is set, as the system would take a terminator behind it
+    const std::wstring open(65, L'a'); // one more than is stored: the system would use a terminator after it
     Set(L"Arguments", std::wstring_view(open).substr(0, 64));
     Set(std::wstring(127, L'n').c_str(), L"x");
     Set(L"RestartKey", L"xyz");

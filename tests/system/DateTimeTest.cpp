@@ -26,7 +26,7 @@ std::wstring Whole(const CDateTimeEnglish& time) {
     return time.Format(FID_RECORD_MILLISECONDS);
 }
 
-/// The calling thread's language for as long as the object lives.
+/// Sets the calling thread's language while the object exists.
 struct ThreadLanguage {
     explicit ThreadLanguage(WORD language) { SetThreadLocale(MAKELCID(language, SORT_DEFAULT)); }
     ~ThreadLanguage() { SetThreadLocale(before); }

@@ -28,7 +28,7 @@ std::string Narrow(const std::wstring& text) {
     return {text.begin(), text.end()};
 }
 
-/// A call with its numbers in hexadecimal digits.
+/// A call, with numbers in hexadecimal.
 std::string Line(const std::string& name, std::initializer_list<DWORD> numbers) {
     std::ostringstream line;
     line << name << std::hex << std::uppercase;
@@ -36,7 +36,7 @@ std::string Line(const std::string& name, std::initializer_list<DWORD> numbers) 
     return line.str();
 }
 
-/// What is written for the geometry of the disk below.
+/// The table that is written for the geometry of the disk below.
 Bytes FatTable() {
     Bytes table(136);
     for (const std::size_t rewrite : {35, 67, 99, 131}) table[rewrite] = 1;
@@ -50,7 +50,7 @@ Bytes FatTable() {
 /// The library finds this disk instead of the machine's; files are real.
 struct Disk : testing::Test {
     Calls calls;
-    std::map<std::string, DWORD> errors; ///< by order or path
+    std::map<std::string, DWORD> errors; ///< by control code or path
     Bytes layout = Bytes(136);
     DWORD layoutBytes = 136;
     DISK_GEOMETRY geometry{{{1000, 0}}, RemovableMedia, 64, 32, 512};
@@ -106,7 +106,7 @@ struct Disk : testing::Test {
                                           [this](auto a, auto b, auto c, auto d, auto e, auto f, auto g, auto) {
                                               return Control(a, b, c, d, e, f, g);
                                           })};
-    /// Makes memory short for the block, for as long as the object lives.
+    /// Makes allocating the block fail while the object exists.
     static Stub NoBlock() {
         return Replacing("malloc", &std::malloc,
                          [](std::size_t size) { return size == 4096 ? nullptr : std::malloc(size); });
@@ -117,7 +117,7 @@ constexpr wchar_t kSettings[] = L"Software\\Varda\\RunTime\\FileDefs";
 
 struct MoDrive : Disk {
     HWND const owner = GetDesktopWindow();
-    int drive = 99; ///< that the dialog was shown for last
+    int drive = 99; ///< of the last dialog
     ImportPatch show{"SHFormatDrive", &SHFormatDrive, [this](HWND parent, UINT number, UINT format, UINT options) {
                          EXPECT_TRUE(parent == owner && format == SHFMT_ID_DEFAULT && options == SHFMT_OPT_FULL);
                          drive = static_cast<int>(number);
@@ -197,7 +197,7 @@ TEST_F(MoDrive, WithoutADeviceNothingIsPartitioned) {
 
 namespace {
 
-/// The stand-in of the format command lies beside this program, where it is found before the system's; no format
+/// The stand-in for the format command is in this program's folder, where it is found before the system's; no format
 /// command accepts these drive letters.
 struct PrepMo : Disk {
     CPrepMo prepMo;

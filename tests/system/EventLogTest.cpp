@@ -16,7 +16,7 @@ namespace {
 
 const std::wstring kLogs = L"System\\CurrentControlSet\\Services\\EventLog";
 
-/// A number as the registry's test tree gives it.
+/// A number as returned by the registry's test tree.
 std::wstring Number(unsigned long value) {
     return L"4:" + std::wstring{static_cast<wchar_t>(value & 0xFFFF), static_cast<wchar_t>(value >> 16)};
 }

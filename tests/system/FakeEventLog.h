@@ -8,8 +8,8 @@
 
 using Lines = std::vector<std::wstring>;
 
-/// Keeps what the library writes to the event log, for as long as the object lives: the name of each source that it
-/// opens, "end of NAME" for each that it closes, and "NAME TYPE CATEGORY ID USER DATA|TEXT|TEXT" for each event.
+/// Records what the library writes to the event log while the object exists: the name of each source opened, "end of
+/// NAME" for each one closed, and "NAME TYPE CATEGORY ID USER DATA|TEXT|TEXT" for each event.
 struct FakeEventLog {
     Lines lines;
     DWORD error = 0; ///< of every event

@@ -287,7 +287,7 @@ TEST_F(Directories, BehindUnixLinksStayAsTheyAre) {
     EXPECT_TRUE(fs::exists(folder / L"full" / L"kept"));
     EXPECT_TRUE(fs::exists(folder / L"empty"));
     EXPECT_FALSE(fs::exists(tree / L"file"));
-    RunUnix(L"rm '" + root + L"'/tree/*"); // else the end of the test would follow them
+    RunUnix(L"rm '" + root + L"'/tree/*"); // otherwise the clean-up would follow them
 }
 
 TEST_F(Directories, LoseOnlyWhatCanBeRemoved) {

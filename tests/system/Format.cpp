@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cwchar>
 
-/// Stands in for the system's format command: tells what it was started with. For drive 8 it takes a minute.
+/// Stands in for the system's format command: prints its arguments. For drive 8 it takes a minute.
 int main() {
     STARTUPINFOW startup{};
     GetStartupInfoW(&startup);

@@ -28,7 +28,7 @@ unsigned long Number(CWmiClass& reader, const wchar_t* name) {
     return number;
 }
 
-/// Instrumentation that can be asked again and again, while a process can set COM's security only once.
+/// WMI that can be queried repeatedly, although a process can set COM's security only once.
 struct Processor : testing::Test {
     int initialised = 0;
     ImportPatch initialise{"CoInitializeEx", &CoInitializeEx,
@@ -61,7 +61,7 @@ TEST_F(Processor, IsDescribedByTheInstrumentation) {
 }
 
 TEST_F(Processor, HasAHighestSpeedThatLeavesOutTheRegisteredOneBelowTheMaximumOdd204) {
-    const OwnLocalMachine machine; // without a speed, nor is one read elsewhere: the object's stay
+    const OwnLocalMachine machine; // without a speed, and none is read elsewhere: the object's speeds stay
     const ImportPatch noCom(Failing("CoInitializeEx", &CoInitializeEx, RPC_E_CHANGED_MODE));
     constexpr unsigned long kRows[][4] = {// registered, current, maximum, highest
                                           {3000, 1000, 2000, 2000},

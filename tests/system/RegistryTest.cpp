@@ -24,7 +24,7 @@ protected:
     ~Registry() override { CReg::CloseKey(key); }
 
     void Store(const wchar_t* name, DWORD type, Bytes data) {
-        data.insert(data.end(), 2, 1); // the system would take zeros there for a terminator
+        data.insert(data.end(), 2, 1); // the system would mistake zeros there for a terminator
         ASSERT_EQ(RegSetValueExW(key, name, 0, type, data.data(), static_cast<DWORD>(data.size() - 2)), 0);
     }
     Entry Stored(const wchar_t* name) {
@@ -34,7 +34,7 @@ protected:
         data.resize(size);
         return {type, data};
     }
-    /// What the accessor holds, by its type.
+    /// The accessor's content, by type.
     WideTexts Texts() {
         if (reg.GetType() == CReg::TYPE_STRING) return {Text()};
         CList<const wchar_t*> list;

@@ -53,7 +53,7 @@ const Role service("service", [](const std::vector<std::string>&) {
     return 0;
 });
 
-/// The manager forgets a removed service once its process has ended.
+/// Waits until the manager has dropped the removed service, which it does once the process has ended.
 void WaitUntilGone() {
     while (CNtService::IsInstalled(nullptr)) SwitchToThread();
 }
@@ -67,7 +67,7 @@ struct Service : testing::Test {
     std::optional<TestService> service{std::in_place};
 
     Service() {
-        service->Remove(); // what a run that was cut off left
+        service->Remove(); // left by an interrupted run
         WaitUntilGone();
         service->EnableErrorReports(true);
     }
@@ -77,7 +77,7 @@ struct Service : testing::Test {
         service->Remove();
         WaitUntilGone();
     }
-    /// What the service manager has written down.
+    /// The service manager's record.
     static std::wstring Stored(const wchar_t* value) {
         wchar_t data[2000] = L"none";
         DWORD size = sizeof data;
@@ -161,7 +161,7 @@ TEST_F(Service, Odd183ThePathHasNoMarksAndALongOneIsRefused) {
 
 namespace {
 
-/// A service manager that notes what is asked of it.
+/// A service manager that logs its requests.
 struct ServiceHandles : testing::Test {
     Lines calls;
     bool managerOpens = true;

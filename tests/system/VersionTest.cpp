@@ -40,7 +40,7 @@ std::wstring TextOf(CSwVersion& version, const wchar_t* name = L"ProductName") {
     return version.GetVerStringInfo(name, text, 20) ? text : std::wstring(text) + L" false";
 }
 
-/// A folder with files whose times the test knows.
+/// A folder with files of known times.
 struct Version : testing::Test {
     TemporaryFolder folder;
 
@@ -209,7 +209,7 @@ TEST_F(Version, Odd190ObjectsAreCountedUnderALockThatAllProcessesShareAndThatMay
     ASSERT_EQ(lock.Lock(0), 0);
     int waits = 0;
     {
-        // The first wait is in vain; before the second one the other process gives the lock back.
+        // The first wait times out; before the second one the other process releases the lock.
         const ImportPatch wait("WaitForSingleObjectEx", &WaitForSingleObjectEx, [&](HANDLE handle, DWORD ms, auto) {
             EXPECT_EQ(ms, 5000u);
             if (++waits == 2) lock.Unlock();

@@ -9,7 +9,7 @@ std::wstring Order(const wchar_t* order) {
     return Quoted(Beside(L"watcher.exe")) + order;
 }
 
-/// Asks for the watcher.
+/// Queries the watcher.
 struct Asker : CNtService {
     Asker() : CNtService(L"TesselWatcher", nullptr, nullptr, nullptr, nullptr) {}
     void OnServiceRun() override {}

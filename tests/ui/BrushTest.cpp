@@ -13,7 +13,7 @@ namespace {
 
 const HINSTANCE kModule = GetModuleHandleW(nullptr);
 
-/// Paints 4 x 2 pixels and spells their colours, one letter each and row by row.
+/// Paints 4 x 2 pixels and returns their colours, one letter each, row by row.
 std::string Paint(HBRUSH brush) {
     const HDC memory = CreateCompatibleDC(nullptr);
     const HBITMAP bitmap = CreateBitmap(4, 2, 1, 32, nullptr);

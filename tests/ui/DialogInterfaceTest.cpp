@@ -16,7 +16,7 @@ namespace {
 
 constexpr LPARAM kData = static_cast<LPARAM>(0x1234567889ABCDEFULL); // keeps its upper half on 64 bits
 
-/// The test program, once the classes of all controls are there.
+/// The test program, with the classes of all controls registered.
 HINSTANCE Module() {
     InitCommonControls();
     LoadLibraryW(L"Riched20.dll");
@@ -25,7 +25,7 @@ HINSTANCE Module() {
 
 DIALOG_INTERFACE* used = nullptr;
 
-/// Uses the dialog's object whenever a control tells something.
+/// Uses the dialog's object whenever a control sends a notification.
 INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM, LPARAM lParam) {
     if (message == WM_INITDIALOG) SetWindowLongPtrW(window, GWLP_USERDATA, lParam);
     if (used != nullptr && (message == WM_COMMAND || message == WM_NOTIFY)) used->Get(CTL_STATIC, nullptr, 0);
@@ -44,14 +44,14 @@ protected:
         wchar_t text[100];
         return {text, static_cast<std::size_t>(GetDlgItemTextW(dialog.GetHandle(), id, text, 100))};
     }
-    /// What Get gives, as text, index and data.
+    /// The result of Get, as text, index and data.
     std::tuple<std::wstring, int, LPARAM> Get(int id, int index, int room = 20) {
         wchar_t text[20] = L"untouched";
         LPARAM data = 1;
         EXPECT_EQ(dialog.Get(id, index, text, room, data), 0);
         return {text, index, data};
     }
-    /// What Get gives after an operation, which reports success.
+    /// The result of Get after an operation that returns success.
     std::tuple<std::wstring, int, LPARAM> After(int result, int id, int index) {
         EXPECT_EQ(result, 0);
         return Get(id, index);

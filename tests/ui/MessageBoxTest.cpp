@@ -15,7 +15,7 @@ std::wstring TextOf(HWND window) {
     return text;
 }
 
-/// Waits, as a hook of the thread, for the next box to be activated; looks at it and presses buttons.
+/// A hook of the thread that waits for the next box to be activated, inspects it and presses buttons.
 class Press {
 public:
     explicit Press(std::vector<int> buttons) : m_buttons(std::move(buttons)) {
@@ -60,7 +60,7 @@ private:
 
 constexpr unsigned int kButtonTexts[] = {IDS_MISSING, IDS_SECOND, IDS_MISSING};
 
-/// What the system's box was last asked to show, joined by bars, and for whom.
+/// What the system's box last had to show, joined by bars, and its owner.
 std::wstring shown;
 HWND shownOwner;
 
@@ -71,7 +71,7 @@ int KeepTexts(HWND owner, const wchar_t* text, const wchar_t* caption, UINT type
 }
 
 /// Activates a new window.
-/// @return its left edge; another one than 1: a hook has centred it
+/// @return its left edge; any other than 1: a hook has centred it
 long LeftOfActivated() {
     const HWND window = CreateWindowW(L"Static", L"", WS_POPUP, 1, 2, 30, 40, nullptr, nullptr, nullptr, nullptr);
     SetActiveWindow(window);

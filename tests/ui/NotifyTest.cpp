@@ -18,7 +18,7 @@ Fields FieldsOf(const NOTIFY& n) {
 
 using Row = std::pair<unsigned int, MSG_FUNCTION>;
 
-/// What the codes of each class mean.
+/// The meaning of each class's codes.
 const std::pair<std::wstring, std::vector<Row>> kControls[] = {
     {L"Button",
      {Row(BN_CLICKED, FN_CLICK), Row(BN_DBLCLK, FN_DBLCLK), Row(BN_SETFOCUS, FN_SETFOCUS),
@@ -73,7 +73,7 @@ LRESULT CALLBACK ReleaseAsItAnswers(HWND list, UINT message, WPARAM wParam, LPAR
     return DefSubclassProc(list, message, wParam, lParam);
 }
 
-/// Makes a window of a class and handles no message until it is told to end.
+/// Creates a window of a class and handles no message until it is asked to end.
 int Hang(const std::vector<std::string>& arguments) {
     const HWND hWnd = CreateWindowExA(WS_EX_TOOLWINDOW, arguments[0].c_str(), "", WS_POPUP | WS_VISIBLE, 0, 0, 50, 50,
                                       nullptr, nullptr, nullptr, nullptr);
@@ -97,7 +97,7 @@ struct Notify : testing::Test {
     }
     NOTIFY* Point(HWND hCtrl) { return Translate(WM_SETCURSOR, reinterpret_cast<WPARAM>(hCtrl), HTCLIENT); }
 
-    // Nothing for a window manager: where there is none, the system waits for it in vain.
+    // A window that needs no window manager: where there is none, the system would wait for it in vain.
     const HWND window = CreateWindowExW(WS_EX_TOOLWINDOW, L"Static", L"", WS_POPUP, 40, 40, 400, 300, nullptr, nullptr,
                                         nullptr, nullptr);
     FormatSysMsg formatter;
@@ -211,7 +211,7 @@ TEST_F(Notify, WindowsOfAProcessThatHangsAreNotWaitedFor) {
         EXPECT_EQ(Point(hung)->hCtrl, hung);
         EXPECT_EQ(formatter.GetCursor(hung), -1);
         formatter.ReleaseListBoxMove(hung);
-        other.Tell("end"); // on a wait for its answer, this line is never reached
+        other.Tell("end"); // a wait for its answer would never get here
     }
 }
 

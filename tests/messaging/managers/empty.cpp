@@ -1,4 +1,4 @@
-/// A module that is no manager.
+/// A module that is not a manager.
 extern "C" __declspec(dllexport) int Nothing() {
     return 0;
 }

@@ -1,4 +1,4 @@
-/// A library that is looked at and never loaded must still offer something.
+/// A library must export something, even if it is only inspected and never loaded.
 extern "C" __declspec(dllexport) int Nothing() {
     return 0;
 }
