@@ -4,28 +4,29 @@
 
 #include <cstddef>
 
-/// Describes an application that the workstation can start, and starts it: its program, working directory, argument
-/// line and restart key, and the command id and bitmaps of its menu entry or button.
+/// Describes an application that the workstation can start, and starts it: program, working directory, argument line
+/// and restart key, and the command id and bitmaps of its menu entry or button.
 ///
-/// A description is read from the application's key of the registry (CReg::OpenVardaAutoStartKey()) or from text,
-/// written as text, and handed out as a binary record. Reading never fails: what is missing stays as it was.
-/// The program is neither waited for, watched nor started again; the restart key is kept for whoever does.
+/// A description is read from the application's registry key (CReg::OpenVardaAutoStartKey()) or from text, and written
+/// as text or as a binary record. Reading never fails: missing values leave the description unchanged.
+/// The class does not wait for the program, watch it or restart it; the restart key is only stored.
 ///
-/// Program and working directory may hold references to environment variables (%NAME%), which are expanded when the
-/// program starts; one whose expansion takes more than 259 bytes is not started. All text is 8-bit; what is longer than
-/// its field is cut, and a program or working directory that was cut is not started. Text of the registry is converted
-/// in the C runtime's locale (CopyString()), and the system reads it in its own code page: beyond ASCII the two agree
-/// when the program has set that locale. Copies stand for themselves. Threads: only one thread at a time may use an
-/// object.
+/// Program and working directory may contain references to environment variables (%NAME%), which are expanded when the
+/// program is started. All text is 8-bit; text longer than its field is cut. Execute() refuses a program or working
+/// directory that was cut, contains a character without an 8-bit form, or takes more than 259 bytes when expanded.
+/// Text of the registry is converted in the C runtime's locale (CopyString()), while the system uses its own code page:
+/// for characters beyond ASCII the program must set that locale.
+///
+/// Copies are independent. Threads: only one thread at a time may use an object.
 class TESSEL_API CCommand {
 public:
-    /// Room for texts in bytes, including the terminator.
+    /// Sizes of texts in bytes, including the terminator.
     enum : unsigned int {
-        PATH_SIZE = 260,     ///< of a path or the restart key
-        ARGUMENTS_SIZE = 256 ///< of an argument line
+        PATH_SIZE = 260,     ///< paths and restart key
+        ARGUMENTS_SIZE = 256 ///< argument line
     };
 
-    /// How an application comes to be started. Other values are for programs to define.
+    /// How an application is started. Programs may define other values.
     enum CMD_TYPE : int {
         CMD_NONE = 0,      ///< not at all
         CMD_AUTOMATIC = 4, ///< with the workstation ("AutoFlag=YES")
@@ -60,51 +61,51 @@ public:
     virtual ~CCommand() = default;
 
     /// Sets the type.
-    /// @param type  one of CMD_TYPE or a value of the program's own
+    /// @param type  one of CMD_TYPE or a value that the program defines
     void SetType(CMD_TYPE type) { m_Type = type; }
 
     /// The type.
-    /// @return one of CMD_TYPE or a value of the program's own
+    /// @return one of CMD_TYPE or a value that the program defines
     CMD_TYPE GetType() const { return m_Type; }
 
     /// Sets the command id.
-    /// @param id  number of the program's own
+    /// @param id  any number
     void SetCmdId(int id) { m_iCmdId = id; }
 
     /// The command id.
-    /// @return number of the program's own
+    /// @return any number
     int GetCmdId() const { return m_iCmdId; }
 
     /// Sets the first bitmap.
-    /// @param index  number of the program's own
+    /// @param index  any number
     void SetBitmap1(int index) { m_iBitmap1 = index; }
 
     /// The first bitmap.
-    /// @return number of the program's own
+    /// @return any number
     int GetBitmap1() const { return m_iBitmap1; }
 
     /// Sets the second bitmap.
-    /// @param index  number of the program's own
+    /// @param index  any number
     void SetBitmap2(int index) { m_iBitmap2 = index; }
 
     /// The second bitmap.
-    /// @return number of the program's own
+    /// @return any number
     int GetBitmap2() const { return m_iBitmap2; }
 
     /// The second bitmap, as GetBitmap2().
-    /// @return number of the program's own
+    /// @return any number
     int Bitmap2() const { return m_iBitmap2; }
 
     /// The working directory as configured.
-    /// @return text of this object's; empty for none
+    /// @return text owned by this object; empty: none
     const char* GetWorkDir() const { return m_szWorkDir; }
 
     /// Whether there is a restart key.
     /// @return true: it is not empty
     bool HasRestartKey() const { return m_szRestartKey[0] != '\0'; }
 
-    /// The restart key, for whoever watches applications.
-    /// @return text of this object's; empty for none
+    /// The restart key, for programs that watch applications.
+    /// @return text owned by this object; empty: none
     const char* GetRestartKey() const { return m_szRestartKey; }
 
     /// Whether the application can be started.
@@ -112,48 +113,48 @@ public:
     bool IsStartable() const;
 
     /// Reads the texts (REG_SZ) "PathFileName", "WorkDir", "RestartKey" and "Arguments" of a key, and "AutoFlag", which
-    /// sets the type when it is "YES". Neither names nor "YES" depend on the case.
+    /// sets the type to CMD_AUTOMATIC if it is "YES". Names and "YES" are not case-sensitive.
     /// A character without an 8-bit form ends its text.
-    /// Values are read in the registry's order, up to the first one of more than 128 bytes (63 characters) or with
-    /// a name of more than 127 characters, whatever its type: neither it nor those behind it are read.
-    /// @param key  open key of one application; stays open
+    /// Reading stops at the first value, of any type, with more than 128 bytes (63 characters) or a name of more than
+    /// 127 characters: that value and those after it, in the order of the registry, are not read.
+    /// @param key  open key of the application; stays open
     void InitializeFromRegistry(HKEY key);
 
-    /// Reads the text form that FormatAsText() writes. The value of a line is what follows its first "="; which one it
-    /// is follows from the first of "AutoFlag" (with the value "YES"), "WorkDir", "PathFileName", "RestartKey" and
-    /// "Arguments" that is found anywhere in the line. Lines end with a carriage return and one more character; what
-    /// follows the last of them is not read. Names depend on the case here.
-    /// @param text  changed: the ends of the lines become zeros. Null reads nothing
+    /// Reads the text form that FormatAsText() writes. The value of a line starts after its first "=". Its name is the
+    /// first of "AutoFlag" (only with the value "YES"), "WorkDir", "PathFileName", "RestartKey" and "Arguments" that
+    /// occurs anywhere in the line; names are case-sensitive here. Each line ends with a carriage return and one more
+    /// character; text after the last of them is not read.
+    /// @param text  changed: the line ends become zeros. Null reads nothing
     void InitializeFromText(char* text);
 
-    /// Room that FormatAsText() needs.
+    /// Buffer size that FormatAsText() needs.
     /// @return bytes, including the terminator
     unsigned int GetSizeAsText() const;
 
     /// Writes the description as lines of text: a header, "AutoFlag=YES" for the type CMD_AUTOMATIC, working directory,
     /// program and, unless they are empty, arguments and restart key.
-    /// @param text  receives it, terminated; needs the room that GetSizeAsText() tells. Null writes nothing
+    /// @param text  receives the text, terminated; buffer of at least GetSizeAsText() bytes. Null writes nothing
     void FormatAsText(char* text) const;
 
     /// The description as a record.
-    /// @return record of this object's, filled by each call
+    /// @return record owned by this object, filled by each call
     COMMAND* GetBinary();
 
-    /// Takes back all substitutions: the program will get the argument line as configured.
+    /// Reverts all substitutions: the program will get the argument line as configured.
     void InitSubstituteArguments();
 
-    /// Replaces the first occurrence of a placeholder in the line of arguments that the program will get.
-    /// @param token  placeholder, such as "$FILE"; null or one that does not occur changes nothing. An empty one stands
-    ///               before the line
-    /// @param value  what takes its place; null: nothing
+    /// Replaces the first occurrence of a placeholder in the argument line that the program will get.
+    /// @param token  placeholder, such as "$FILE"; null or one that does not occur changes nothing. An empty one
+    ///               inserts the value at the start
+    /// @param value  replacement; null: an empty text
     void SubstituteArgument(const char* token, const char* value);
 
-    /// Starts the program in its working directory. A program without drive and directory is looked for in the working
-    /// directory or, when there is none, where the system looks for programs. It inherits no handles. Whether
-    /// IsStartable() is not asked.
-    /// @return process id; no handle is kept, so that once the program has ended another may get it. 0: not started;
-    /// the user has been told by a message box, which was waited for, unless
-    ///         memory was short, which is reported
+    /// Starts the program in its working directory. A program without drive and directory is taken from the working
+    /// directory or, without one, from where the system looks for programs. It inherits no handles. IsStartable() is
+    /// not checked.
+    /// @return process id; as no handle is kept, another process may get the id once the program has ended. 0: not
+    ///         started; a message box showed the reason, and the call waited until it was closed. If memory was short,
+    ///         that is reported instead
     unsigned long Execute();
 
 private:
