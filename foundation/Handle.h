@@ -34,7 +34,7 @@ public:
     HANDLE Get() const { return m_handle; }
 
     /// Gives the handle to the caller.
-    /// @return the value, which this object closes no more
+    /// @return the value, which this object no longer closes
     [[nodiscard]] HANDLE Release() { return std::exchange(m_handle, nullptr); }
 
     /// Closes the handle and takes another one over.

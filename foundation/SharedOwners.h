@@ -14,7 +14,7 @@ bool AddOwner(const void* resource);
 
 /// Makes a copy an owner of what the original holds.
 /// @param resource  address or handle that the original holds
-/// @param none      value that stands for no resource, besides null
+/// @param none      value that means no resource, besides null
 /// @return the resource; @p none when there is no memory to count the owner
 template <class Resource> Resource* Share(Resource* resource, Resource* none = nullptr) {
     if (resource == nullptr || resource == none) return resource;

@@ -61,7 +61,7 @@ void CClientNamedPipe::ShareWith(const CClientNamedPipe& other) {
 
 void CClientNamedPipe::Reset() {
     tessel::CancelOverlapped(m_hPipe, m_Overlapped);
-    (void)GetStatus(); // a server that opens anew keeps the status of the cancelled operation
+    (void)GetStatus(); // a server that is reopened keeps the status of the cancelled operation
     m_bPending = false;
     if (tessel::IsHandle(m_hPipe)) (void)tessel::ReleaseHandle(m_hPipe); // opened by this class, so it can be closed
     m_hPipe = INVALID_HANDLE_VALUE;

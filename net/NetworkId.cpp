@@ -60,7 +60,7 @@ unsigned long CNetworkId::GetComputerNameAtNextBoot(wchar_t* out, unsigned long*
     if (size == nullptr) return ERROR_INVALID_PARAMETER; // GUARD-09
     const SlimLock lock(nextBootLock);
     const auto needed = static_cast<unsigned long>(std::wcslen(nextBootName)) + 1;
-    if (out != nullptr && *size != 0) (void)CopyString(out, nextBootName, *size); // the result says when it was cut
+    if (out != nullptr && *size != 0) (void)CopyString(out, nextBootName, *size); // the result shows truncation
     const unsigned long result = needed > *size ? ERROR_BUFFER_OVERFLOW : STATUS_OK;
     *size = needed;
     return result;

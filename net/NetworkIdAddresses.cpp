@@ -29,7 +29,7 @@ DWORD Run(wchar_t* commandLine) {
 }
 
 /// Reads the next number between dots.
-/// @param rest  text; moves behind the number
+/// @param rest  text; moves past the number
 /// @return the number; 0 when there is none
 unsigned long NextNumber(const wchar_t*& rest) {
     rest += std::wcsspn(rest, L".");

@@ -6,7 +6,7 @@
 
 namespace tessel {
 
-/// Bytes of the length word in front of a record's data on a stream.
+/// Bytes of the length word before a record's data on a stream.
 constexpr unsigned int kRecordHead = 4;
 
 /// Looks for a complete record at the start of a stream. Safe for any bytes.

@@ -1,6 +1,6 @@
 #pragma once
 
-// Numbers of the texts in the library's string table; included by the resource script too.
+// Numbers of the texts in the library's string table; also included by the resource script.
 
 #define IDS_LIBRARY_NAME 1
 

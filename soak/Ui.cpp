@@ -50,7 +50,7 @@ void UseIconLists() {
     static DIALOG_INTERFACE lasting(nullptr);
     lasting.SetTargetDialog(dialog.Handle());
     Require(lasting.InitIconList(bitmaps, program, TABLE) == 1, "a lasting object replaces its icon list");
-    for (int left = 0; left < 2; ++left) { // to the list view, whose list goes when it gets another one
+    for (int left = 0; left < 2; ++left) { // the list view keeps the list of an object that is gone
         DIALOG_INTERFACE leaving(dialog.Handle());
         Require(leaving.InitIconList(bitmaps, program, TABLE) == 1, "an icon list is made");
         leaving = DIALOG_INTERFACE(nullptr);

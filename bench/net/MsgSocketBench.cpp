@@ -112,7 +112,7 @@ private:
     std::size_t m_filled = 0;
 };
 
-/// Sends back whatever comes.
+/// Returns everything it receives.
 int Echo(const std::vector<std::string>& arguments) {
     WSADATA data;
     WSAStartup(MAKEWORD(2, 2), &data);

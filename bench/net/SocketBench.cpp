@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-// A file goes to a second process, which answers with a byte once it has all of it.
+// Sends a file to a second process, which answers with a byte once it has received everything.
 
 namespace {
 

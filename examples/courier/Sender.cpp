@@ -87,7 +87,7 @@ private:
         }
         m_lowestFree = std::min(m_lowestFree, m_mailbox.GetFreeBlockCount());
         if (status == 0) return;
-        receiver.ThrowIfEnded(kEndingMs); // its window goes first
+        receiver.ThrowIfEnded(kEndingMs); // its window is destroyed first
         throw std::runtime_error("sending failed with error " + std::to_string(status));
     }
 

@@ -106,7 +106,7 @@ void Dictation::Hear(const WAVEHDR* buffer) {
     m_heard += buffer->dwBytesRecorded;
 }
 
-// A device that was unplugged may report nothing any more, not even its close.
+// An unplugged device may report nothing more, not even its close.
 void Dictation::Watch() {
     const unsigned long position = Progress().ulPosition;
     const DWORD now = GetTickCount();

@@ -7,7 +7,7 @@ namespace {
 
 constexpr DWORD kPixels = kImageWidth * kImageHeight;
 
-/// Everything in front of the pixels.
+/// Everything before the pixels.
 #pragma pack(push, 1)
 struct FileHead {
     BITMAPFILEHEADER file;

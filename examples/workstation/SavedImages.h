@@ -11,7 +11,7 @@ public:
     void Add(std::uint32_t image) { m_images.push_back(image); }
 
     /// Announces as many as there is room for.
-    /// @param send  sends an image's number; gives what CMailBox::Send() says
+    /// @param send  sends an image's number; returns the result of CMailBox::Send()
     /// @return whether none is left
     template <class SendNumber> bool Announce(SendNumber send) {
         // Announced, or there is no receiver.

@@ -22,7 +22,7 @@ struct ControlColours {
     COLOR_IDX background;
 };
 
-/// An id that no control has stands for the dialog.
+/// An id that no control has refers to the dialog.
 constexpr ControlColours kColours[] = {
     {0, kBright, kBackground},
     {IDC_MANAGERS_TITLE, kTitle, kBackground},

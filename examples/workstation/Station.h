@@ -36,7 +36,7 @@ protected:
     void Leave();
 
     /// Sends a message of two parts.
-    /// @return what CMailBox::Send() says
+    /// @return the result of CMailBox::Send()
     int Send(ORCAOBJID to, WORK_MESSAGE message, std::span<const unsigned char> first,
              std::span<const unsigned char> second = {});
 

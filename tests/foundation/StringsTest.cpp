@@ -69,7 +69,7 @@ TEST(CopyString, ClosesTheTextBeforeACharacterThatCannotBeConverted) {
         return std::to_string(cut) + target.c_str();
     };
     EXPECT_EQ(copy(L"ab\x4E2Dz", 8), "0ab");
-    // Where a character becomes two bytes, the text may stop short of the room, or fill it.
+    // If a character becomes two bytes, the text may end before the buffer does, or fill it.
     ASSERT_NE(std::setlocale(LC_ALL, ".932"), nullptr);
     for (const unsigned int size : {2u, 3u, 4u}) EXPECT_EQ(copy(L"\x3042\x3042", size)[0], size == 2 ? '1' : '0');
 }

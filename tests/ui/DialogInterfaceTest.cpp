@@ -88,7 +88,7 @@ TEST_P(TextControls, TakeTheirTextFromSetAddAndReset) {
     EXPECT_EQ(value, -2147483647 - 1);
 }
 
-// A tree view stands for the unknown kinds.
+// A tree view represents the unknown kinds.
 INSTANTIATE_TEST_SUITE_P(Kinds, TextControls, testing::Values(CTL_STATIC, CTL_EDIT, CTL_RICH, CTL_TREE, CTL_CHECK));
 
 TEST_P(Lists, Odd47AddInsertAndDeleteItemsAndAppendAtIndex0) {

@@ -7,7 +7,7 @@ namespace {
 /// The object whose dialog this thread is creating, until the dialog has it.
 thread_local CDialog* creating = nullptr;
 
-/// Names the object for as long as its dialog is created. A dialog that a hook creates meanwhile comes in between.
+/// Identifies the object while its dialog is being created; a hook may create another dialog in the meantime.
 class Creating {
 public:
     explicit Creating(CDialog* dialog) : m_outer(std::exchange(creating, dialog)) {}
@@ -34,7 +34,7 @@ CDialog& CDialog::operator=(const CDialog& other) {
 
 CDialog::~CDialog() {
     if (!HasDialog()) return;
-    (void)SetWindowLongPtrW(m_hWnd, DWLP_USER, 0); // no more messages to the object
+    (void)SetWindowLongPtrW(m_hWnd, DWLP_USER, 0); // the object gets no more messages
     if (m_iModal != 0) {
         (void)EndDialog(m_hWnd, -1); // its loop destroys the window
     } else {

@@ -16,7 +16,7 @@ struct IAVIStream;
 /// itself refuses. FAILED() is true for every failure.
 ///
 /// Use a width that is a multiple of 4. The rows of an image follow one another without padding at any width, although
-/// the rows of a bitmap should be padded to a multiple of 4 bytes. At other widths, a player that goes by the size of
+/// the rows of a bitmap should be padded to a multiple of 4 bytes. At other widths, a player that relies on the size of
 /// an uncompressed image shows it correctly; other players, and codecs, show it skewed.
 ///
 /// The class calls AVIFileInit() and AVIFileExit(); programs need not.

@@ -104,7 +104,7 @@ class CPost;
 
 /// The process's view of the post office: the shared region, its lock, and the registered receivers.
 ///
-/// The object has no state: every object stands for the one post office that CreateGlobalPostOffice() opened. CMailBox
+/// The object has no state: every object refers to the one post office that CreateGlobalPostOffice() opened. CMailBox
 /// sends and receives, CResource manages the resource table; both need the post office first.
 ///
 /// There is one post office per logon session: the names of region and lock are local to the session, so that programs

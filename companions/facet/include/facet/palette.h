@@ -22,7 +22,7 @@ enum COLOR_IDX : unsigned int {
     CI_AQUA = 14,        ///< 0, 255, 255
     CI_WHITE = 15,       ///< 255, 255, 255; the last of the 16 standard colours
     CI_INTERFACE = 16,   ///< the first of 16 muted colours for the user interface, dark to light
-    CI_TRANSPARENT = 30, ///< one of these: stands for no painting; its colour is that of CI_SILVER
+    CI_TRANSPARENT = 30, ///< one of these: means no painting; its colour is that of CI_SILVER
     CI_GREY_RAMP = 32,   ///< the first of 64 even steps of grey from black to white: step i is 255 * i / 63
     CI_CUBE = 96,        ///< the first of 144 colours: 96 + 24 * red + 4 * green + blue, with red and green from
                          ///< 0 to 5 in steps of 51 and blue from 0 to 3 in steps of 85

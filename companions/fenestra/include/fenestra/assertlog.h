@@ -32,7 +32,7 @@ using WND_ASSERT_SINK = void (*)(const WND_ASSERT_RECORD& record, void* context)
 
 /// Records a broken invariant or a misuse and returns; it never stops the program.
 ///
-/// The report goes to the ring, to the debugger's output and to the sink if there is one.
+/// The report is written to the ring, to the debugger's output and to the sink if there is one.
 /// Any thread may call it at any time, even while DLLs are being loaded.
 /// @param expression  text of what did not hold; null counts as empty
 /// @param file        bare name of the source file; null counts as empty
