@@ -26,7 +26,7 @@ constexpr unsigned char kSeparators[] = "\\/";
 constexpr tessel::ReportSite kPathSite = {"CCommand", 306};
 constexpr tessel::ReportSite kCommandLineSite = {"CCommand", 317};
 
-/// The texts of a description, in the order in which they are looked for in a line.
+/// The texts of a description, in the order in which they are searched for in a line.
 enum : std::size_t { WORK_DIR, PATH_FILE_NAME, RESTART_KEY, ARGUMENTS, TEXT_COUNT };
 
 constexpr struct {

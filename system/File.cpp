@@ -73,7 +73,7 @@ CFile::~CFile() {
     (void)CloseFile(); // a destructor cannot report
 }
 
-// GUARD-190: copies share the descriptor; a second close would close the file that has its number by then.
+// GUARD-190: copies share the descriptor; a second close would close a file that has got the same number since.
 void CFile::ShareWith(const CFile& other) {
     const bool isOutOfMemory = other.m_iFile != kClosed && !tessel::AddOwner(ResourceOf(other.m_iFile));
     m_iFile = isOutOfMemory ? kClosed : other.m_iFile;

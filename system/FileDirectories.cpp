@@ -126,7 +126,7 @@ private:
         return (m_entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) && m_entry.dwReserved0 == 0;
     }
 
-    /// GUARD-199: what is behind a link belongs to another tree. Other reparse points are directories of this one.
+    /// GUARD-199: the target of a link belongs to another tree. Other reparse points are directories of this one.
     bool IsLink() const {
         return (m_entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) &&
                IsReparseTagNameSurrogate(m_entry.dwReserved0);

@@ -86,7 +86,7 @@ CWmiClass::~CWmiClass() {
     Release();
 }
 
-// GUARD-195: each copy has references of its own; otherwise the first to go would release those of the other and
+// GUARD-195: each copy has its own references; otherwise the first to go would release those of the other and
 // uninitialise COM.
 void CWmiClass::ShareWith(const CWmiClass& other) {
     m_lResult = other.m_lResult;

@@ -15,7 +15,7 @@ bool RegistryKey::Read(const wchar_t* name) const {
 
 void RegistryKey::SaveText(const wchar_t* name, const wchar_t* text) const {
     const std::size_t length = std::wcslen(text);
-    // GUARD-84: terminated twice, as the accessor looks for the end of a list when its current type is one.
+    // GUARD-84: terminated twice, as the accessor searches for the end of a list if its current type is one.
     const std::unique_ptr<wchar_t[]> list(new (std::nothrow) wchar_t[length + 2]{});
     if (m_key == nullptr || list == nullptr) return;
     std::copy_n(text, length, list.get());

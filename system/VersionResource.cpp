@@ -46,13 +46,13 @@ private:
         return m_info[offset] | static_cast<std::size_t>(m_info[offset + 1]) << 8;
     }
 
-    /// The system writes converted 8-bit texts behind the resource, as far as the root's length promises room.
+    /// The system writes converted 8-bit texts after the resource, as far as the root's length promises room.
     bool HasRoomToWiden(const Block& root) const {
         constexpr std::size_t kPromised = 4;
         return m_isWide || (root.end - sizeof(VS_FIXEDFILEINFO)) * kPromised <= m_size;
     }
 
-    /// @return offset behind the terminator; 0: the key has none
+    /// @return offset after the terminator; 0: the key has none
     std::size_t EndOfKey(std::size_t key, std::size_t end) const {
         const std::size_t step = m_isWide ? sizeof(char16_t) : 1;
         for (; key + step <= end; key += step) {
