@@ -56,7 +56,9 @@ public:
     void WaitFor(unsigned long bytes) const {
         PumpUntil([&] { return std::max(m_Record.ulPosition, m_Play.ulPosition) >= bytes || m_nMode == MODE_IDLE; });
     }
-    void Stop() { OnStop(); }
+    void Stop() {
+        if (m_nMode != MODE_IDLE) OnStop();
+    }
     /// Waits for the end of the run.
     void Finish() const {
         PumpUntil([&] { return m_nMode == MODE_IDLE; });
