@@ -1,6 +1,6 @@
 #pragma once
 
-/// Kinds of control, as the dialog interface and the notification records tell them apart.
+/// Kinds of control that the dialog interface and the notification records distinguish.
 enum FIELD_TYPE : int {
     FT_UNKNOWN = 0,     ///< any other window
     FT_TAB = 2,         ///< tab control

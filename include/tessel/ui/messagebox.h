@@ -3,18 +3,17 @@
 #include <fenestra/dialog.h>
 #include <tessel/foundation/platform.h>
 
-/// Error code of a message without an error.
+/// Error code for a message without an error.
 inline constexpr unsigned long MESSAGEBOX_NO_ERROR = 0xFFFFFFFF;
 
-/// Type that leaves a box the type it has.
+/// Type that leaves the type of the box unchanged.
 inline constexpr unsigned int MESSAGEBOX_SAME_TYPE = 0xFFFFFFFF;
 
-/// Shows a message with a caption and a standard set of buttons, in the centre of the primary screen, and waits for a
-/// button.
+/// Shows a modal message box with a caption and a standard set of buttons in the centre of the primary screen.
 ///
-/// The message can be followed by the system's text for an error code. Without SetResources() it is the system's
-/// message box. With it, the application's own dialog template is run, which is to have a static control for the
-/// message and a button for each id of the set:
+/// The system's text for an error code can be appended to the message. By default this is the system's message box.
+/// After SetResources() it is a dialog template of the application, which needs a static control for the message and
+/// one button for each id of the set:
 /// @code
 /// MB_OK               IDOK
 /// MB_OKCANCEL         IDOK, IDCANCEL
@@ -24,26 +23,26 @@ inline constexpr unsigned int MESSAGEBOX_SAME_TYPE = 0xFFFFFFFF;
 /// MB_RETRYCANCEL      IDRETRY, IDCANCEL
 /// @endcode
 /// Escape ends such a dialog with IDCANCEL even if its set has no such button.
-/// Icons and other flags are for the system's box only. Texts by number and the template come from the program's own
-/// resources, not from a DLL's.
+/// Icons and other flags apply to the system's message box only. String resources and the template are loaded from the
+/// executable, not from a DLL.
 ///
-/// Copies have texts of their own. A text for which there is no memory is shown as empty.
+/// Each copy has its own texts. If memory runs out, a text is empty.
 /// Threads: only one thread at a time may use an object; each may run boxes of its own.
 class TESSEL_API CMessageBox : public CDialog {
 public:
-    /// An application's own dialog for the message.
+    /// The dialog template of an application.
     struct RESOURCES {
         unsigned long TemplateId;      ///< resource id of the dialog template; 0: the system's message box
         unsigned long TextId;          ///< dialog-item id of the static control for the message
         const unsigned int* ButtonIds; ///< string resource ids of the button texts, one for each position of the set;
-                                       ///< the caller keeps the array alive. A string that does not load, or a null
-                                       ///< array, gives "Yes", "No" and "Cancel", by position
+                                       ///< the caller keeps the array alive. A missing string, or a null array,
+                                       ///< results in "Yes", "No" or "Cancel", by position
     };
 
     /// Creates an empty box: no texts, no owner, MB_OK.
     CMessageBox();
 
-    /// Makes a box with texts.
+    /// Creates a box with texts.
     /// @param owner    window that is disabled while the box is shown; null for none
     /// @param text     message, copied; may be null
     /// @param caption  caption, copied; may be null
@@ -51,8 +50,8 @@ public:
     /// @param error    Win32 error whose text follows the message; MESSAGEBOX_NO_ERROR for none
     CMessageBox(HWND owner, const wchar_t* text, const wchar_t* caption, unsigned int type, unsigned long error);
 
-    /// Makes a box with texts of the program's string table; a missing one reads "Message text not found." or
-    /// "Caption text not found.".
+    /// Creates a box with texts from the program's string table; a missing one is replaced by "Message text not found."
+    /// or "Caption text not found.".
     /// @param owner      window that is disabled while the box is shown; null for none
     /// @param textId     string resource id of the message, 1023 characters at most
     /// @param captionId  string resource id of the caption, 255 characters at most
@@ -72,31 +71,31 @@ public:
     /// Releases the texts.
     ~CMessageBox() override;
 
-    /// Chooses between the system's box and a dialog of the application's own.
-    /// @param resources  copied; null chooses the system's box
+    /// Selects the system's message box or a dialog template of the application.
+    /// @param resources  copied; null selects the system's message box
     void SetResources(const RESOURCES* resources);
 
     /// Replaces texts and type, then runs the box.
-    /// @param text     message, copied, with the error's text behind it; null leaves message and error as they are
-    /// @param caption  caption, copied; null leaves it as it is
-    /// @param type     MB_ value; MESSAGEBOX_SAME_TYPE leaves it as it is
+    /// @param text     message, copied, with the error's text appended; null leaves message and error unchanged
+    /// @param caption  caption, copied; null leaves it unchanged
+    /// @param type     MB_ value; MESSAGEBOX_SAME_TYPE leaves it unchanged
     /// @param error    Win32 error; MESSAGEBOX_NO_ERROR for none
     /// @return as Run()
     int Run(const wchar_t* text, const wchar_t* caption, unsigned int type, unsigned long error);
 
-    /// Replaces the texts by those of the program's string table, with the same limits and the same texts for missing
-    /// ones as in the constructor, then runs the box.
+    /// Replaces the texts with strings from the program's string table, with the limits and the fallback texts of the
+    /// constructor, then runs the box.
     /// @param textId     string resource id of the message
     /// @param captionId  string resource id of the caption
-    /// @param type       MB_ value; MESSAGEBOX_SAME_TYPE leaves it as it is
+    /// @param type       MB_ value; MESSAGEBOX_SAME_TYPE leaves it unchanged
     /// @param error      Win32 error; MESSAGEBOX_NO_ERROR for none
     /// @return as Run()
     int Run(unsigned int textId, unsigned int captionId, unsigned int type, unsigned long error);
 
-    /// Shows the box and waits for a button. In a dialog of the application's own the ids 1 to 7 end it; a type
-    /// outside 0 to 5 is reported there, and the buttons keep the template's texts.
-    /// @return the id of the button pressed; 0 or, from a dialog of the application's own, -1: the box could not be
-    ///         shown (GetLastError())
+    /// Shows the box and waits for a button. A dialog of the application ends with the ids 1 to 7; a type outside 0 to
+    /// 5 is reported there, and the buttons keep the template's texts.
+    /// @return the id of the button; 0 or, for a dialog of the application, -1: the box could not be shown
+    ///         (GetLastError())
     int Run();
 
 private:

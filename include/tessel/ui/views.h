@@ -5,18 +5,18 @@
 #include <tessel/foundation/platform.h>
 #include <tessel/ui/notify.h>
 
-/// Hands the notifications in NOTIFY records to a list view's own handler.
+/// Passes the notifications in NOTIFY records to the handler of a list view.
 ///
-/// It is made without a control. Threads: the one that translates the messages.
+/// The object is created without a control. Threads: the one that translates the messages uses it.
 class TESSEL_API CListViewOrca : public CListView {
 public:
-    /// Stands for no control.
+    /// Refers to no control.
     CListViewOrca();
 
-    /// Copies the base.
+    /// Copies the base class.
     CListViewOrca(const CListViewOrca&) = default;
 
-    /// Copies the base.
+    /// Copies the base class.
     /// @return this object
     CListViewOrca& operator=(const CListViewOrca&) = default;
 
@@ -25,25 +25,24 @@ public:
 
     using CListView::OnNotify;
 
-    /// Passes a record of the kind NK_CONTROL on to CListView::OnNotify(), also one of a scroll request, whose header
-    /// is null.
-    /// @param notify  the record, while its message is being handled; null is ignored
-    /// @return what the control is to be told; 0 also for records of every other kind
+    /// Passes a record of kind NK_CONTROL to CListView::OnNotify(). The header of a scroll request is null.
+    /// @param notify  the record of the message being handled; null is ignored
+    /// @return the result for the control; 0 for records of other kinds
     unsigned long OnNotify(const NOTIFY* notify);
 };
 
-/// Hands the notifications in NOTIFY records to a tree view's own handler.
+/// Passes the notifications in NOTIFY records to the handler of a tree view.
 ///
-/// It is made without a control. Threads: the one that translates the messages.
+/// The object is created without a control. Threads: the one that translates the messages uses it.
 class TESSEL_API CTreeViewOrca : public CTreeView {
 public:
-    /// Stands for no control.
+    /// Refers to no control.
     CTreeViewOrca();
 
-    /// Copies the base.
+    /// Copies the base class.
     CTreeViewOrca(const CTreeViewOrca&) = default;
 
-    /// Copies the base.
+    /// Copies the base class.
     /// @return this object
     CTreeViewOrca& operator=(const CTreeViewOrca&) = default;
 
@@ -52,9 +51,8 @@ public:
 
     using CTreeView::OnNotify;
 
-    /// Passes a record of the kind NK_CONTROL on to CTreeView::OnNotify(), also one of a scroll request, whose header
-    /// is null.
-    /// @param notify  the record, while its message is being handled; null is ignored
-    /// @return what the control is to be told; 0 also for records of every other kind
+    /// Passes a record of kind NK_CONTROL to CTreeView::OnNotify(). The header of a scroll request is null.
+    /// @param notify  the record of the message being handled; null is ignored
+    /// @return the result for the control; 0 for records of other kinds
     unsigned long OnNotify(const NOTIFY* notify);
 };
