@@ -19,10 +19,10 @@ template <class Condition> int IndexOf(Condition condition) {
     return found == all.end() ? -1 : static_cast<int>(found - all.begin());
 }
 
-/// Appends a brush that was made for the table.
+/// Appends a brush that was created for the table.
 int AppendOwn(const BrushEntry& entry) {
     const int index = tessel::AppendBrush(entry);
-    if (index < 0) (void)DeleteObject(entry.hBrush); // a null brush is refused, which is as good
+    if (index < 0) (void)DeleteObject(entry.hBrush); // a null brush is refused, which does no harm
     return index;
 }
 
@@ -30,7 +30,7 @@ int AppendOwn(const BrushEntry& entry) {
 
 int tessel::AppendBrush(const BrushEntry& entry) {
     const bool locked = brushTableLock.Lock(kLockTimeoutMs) == 0;
-    // ODD-51: after the time-out the entry is appended all the same, without the lock.
+    // ODD-51: after the time-out the entry is appended without the lock.
     if (!locked) OutputDebugStringW(L"Brush Table Lock Timeout");
     const int index = brushTable.Append(entry);
     if (locked) (void)brushTableLock.Unlock(); // held until now
@@ -95,19 +95,19 @@ unsigned long CBrush::GetColor(int index) const {
 
 int CBrush::IsColor(int index) const {
     const std::optional<BrushEntry> entry = brushTable.At(index);
-    return !entry || entry->NotColor == 0; // ODD-50: what is not in the table counts as a colour
+    return !entry || entry->NotColor == 0; // ODD-50: an index outside the table counts as a colour
 }
 
 COLOR_IDX CBrush::GetRefId(int index) const {
     const std::optional<BrushEntry> entry = brushTable.At(index);
-    return !entry ? COLOR_IDX{0} : COLOR_IDX{entry->Key}; // GUARD-50: nothing is read outside the table
+    return !entry ? COLOR_IDX{0} : COLOR_IDX{entry->Key}; // GUARD-50: no entry, nothing to read
 }
 
 void CBrush::RemoveAll() {
     {
         const tessel::BrushTable::Reader reader(brushTable);
         for (const BrushEntry& entry : reader.Elements())
-            (void)DeleteObject(entry.hBrush); // one in use stays with its user
+            (void)DeleteObject(entry.hBrush); // fails for a brush that is in use
     }
     brushTable.Clear();
 }

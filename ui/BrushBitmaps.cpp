@@ -20,7 +20,7 @@ DeviceContext DisplayContext() {
     return DeviceContext(CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr));
 }
 
-/// A memory device context of the display; null when there is none, for then no other device steps in.
+/// A memory device context of the display; null if it cannot be created. Another device does not replace it.
 DeviceContext MemoryContext() {
     const DeviceContext display = DisplayContext();
     return DeviceContext(display == nullptr ? nullptr : CreateCompatibleDC(display.get()));
@@ -34,7 +34,7 @@ Bitmap LoadPicture(HINSTANCE instance, unsigned int id) {
 /// Width and height; zero for no bitmap.
 SIZE SizeOf(const Bitmap& bitmap) {
     BITMAP description{};
-    (void)GetObjectW(bitmap.get(), sizeof description, &description); // a failure leaves the zeros
+    (void)GetObjectW(bitmap.get(), sizeof description, &description); // zeros remain after a failure
     return {description.bmWidth, description.bmHeight};
 }
 
@@ -56,8 +56,8 @@ bool LayOn(const Bitmap& icon, POINT place, HDC hdcDest, HDC hdcSource) {
     return source && PlgBlt(hdcDest, corners, hdcSource, 0, 0, size.cx, size.cy, nullptr, 0, 0);
 }
 
-/// Lays one bitmap on another, in the caller's contexts.
-/// @return null when that fails, also for contexts that take no bitmap and for one that is lent as both
+/// Draws one bitmap over another, in the given contexts.
+/// @return null after a failure, also if a context accepts no bitmap or is passed twice
 Bitmap Compose(const Bitmap& base, const Bitmap& icon, POINT place, HDC hdcDest, HDC hdcSource) {
     if (hdcDest == hdcSource) return nullptr;
     Bitmap canvas = EmptyPicture(SizeOf(base));
@@ -94,12 +94,12 @@ LONG Wrap(int offset, LONG size) {
     return rest < 0 ? rest + size : rest;
 }
 
-/// An offset inside the pattern that gives the same picture.
+/// The equivalent offset inside the pattern.
 POINT Wrap(int x, int y, SIZE size) {
     return {Wrap(x, size.cx), Wrap(y, size.cy)};
 }
 
-/// A place that fits the entry's halves; what lies farther off is cut away in any case.
+/// A place that fits 16 bits; anything farther off would be clipped in any case.
 POINT Near(int x, int y) {
     using Half = std::numeric_limits<short>;
     return {std::clamp<LONG>(x, Half::min(), Half::max()), std::clamp<LONG>(y, Half::min(), Half::max())};
@@ -115,12 +115,12 @@ BrushEntry Describe(HINSTANCE instance, unsigned int id, unsigned int iconId, SI
     return entry;
 }
 
-/// Gives a described entry its brush, at the entry's offset, and appends it.
+/// Appends an entry with its brush.
 int Append(BrushEntry entry, Brush brush) {
     if (brush == nullptr) return -1;
     entry.hBrush = brush.get();
     const int index = tessel::AppendBrush(entry);
-    if (index >= 0) (void)brush.release(); // now the table's
+    if (index >= 0) (void)brush.release(); // owned by the table now
     return index;
 }
 

@@ -5,9 +5,9 @@
 
 namespace tessel {
 
-/// The kind of a control by the exact name of its window class.
-/// @param hWnd  the control; null gives FT_UNKNOWN
-/// @return the kind; FT_UNKNOWN for any other class and when it cannot be read
+/// Determines the kind of a control from the exact name of its window class.
+/// @param hWnd  the control; may be null
+/// @return the kind; FT_UNKNOWN for any other class and without a window
 FIELD_TYPE ClassifyControl(HWND hWnd);
 
 } // namespace tessel

@@ -25,15 +25,15 @@ DIALOG_INTERFACE::DIALOG_INTERFACE(const DIALOG_INTERFACE& other) {
 
 DIALOG_INTERFACE& DIALOG_INTERFACE::operator=(const DIALOG_INTERFACE& other) {
     if (this == &other) return *this;
-    if (hImageList != nullptr && tessel::RemoveOwner(hImageList)) tessel::LeaveImages(hImageList, hDialog);
+    if (hImageList != nullptr && tessel::RemoveOwner(hImageList)) tessel::HandOverImages(hImageList, hDialog);
     ShareFields(other);
     return *this;
 }
 
 DIALOG_INTERFACE::~DIALOG_INTERFACE() {
-    // GUARD-44: the last copy destroys the image list; each doing so would free it twice.
+    // GUARD-44: only the last copy destroys the image list; otherwise it would be freed twice.
     if (hImageList != nullptr && tessel::RemoveOwner(hImageList)) tessel::DestroyImages(hImageList);
-    // ODD-40: the first copy to go destroys the dialog, even if others still use it.
+    // ODD-40: the first copy destroys the dialog, even if others still use it.
     if (IsWindow(hOwnDialog)) DestroyWindow(hOwnDialog);
 }
 

@@ -10,7 +10,7 @@ using tessel::DialogRequest;
 
 namespace {
 
-/// Programs know the report of an unknown action by this line.
+/// Line in the report of an unknown action. Log filters rely on it, so it does not follow the source.
 constexpr unsigned int kUnknownActionLine = 440;
 
 /// A display action that changes the z-order.
@@ -31,7 +31,7 @@ const ZOrder kZOrders[] = {
     {DA_SHOW_IN_PLACE, HWND_NOTOPMOST, kInPlace | SWP_NOZORDER | SWP_NOACTIVATE | SWP_SHOWWINDOW | SWP_NOOWNERZORDER},
 };
 
-/// Whether the keyboard is with a window or inside it, as in a combo box; also for another thread's window.
+/// Whether a window or one of its children, as in a combo box, has the focus; also for another thread's window.
 bool HasFocus(HWND hWnd) {
     GUITHREADINFO info{};
     info.cbSize = sizeof info;
@@ -39,7 +39,7 @@ bool HasFocus(HWND hWnd) {
     return info.hwndFocus == hWnd || IsChild(hWnd, info.hwndFocus);
 }
 
-/// ShowWindow and EnableWindow answer with the earlier state: they fail only when there is no window.
+/// ShowWindow and EnableWindow return the previous state: they fail only if the window does not exist.
 int ShowOrEnable(HWND control, DISPLAY_ACTION action) {
     switch (action) {
     case DA_SHOW: ShowWindow(control, SW_SHOW); break;
@@ -58,7 +58,7 @@ int ChangeZOrder(HWND control, const ZOrder& order) {
 int Refresh(const DialogRequest& request) {
     (void)request.dialog->RefreshWindow(request.control.hWnd);
     UpdateWindow(request.control.hWnd);
-    return 1; // ODD-41: reported as failed even when it worked
+    return 1; // ODD-41: reports failure even after success
 }
 
 int SelectTab(DialogRequest& request) {
@@ -66,7 +66,7 @@ int SelectTab(DialogRequest& request) {
     return request.Send(TCM_GETCURSEL) == request.index ? 0 : 1;
 }
 
-/// Taking the selection away is answered like an error.
+/// Clearing the selection returns the same value as an error.
 int SelectInList(DialogRequest& request) {
     return request.Send(tessel::MessagesOf(request.control).select, request.index) == LB_ERR && request.index != LB_ERR
                ? 1
@@ -133,7 +133,7 @@ int tessel::commands::TextColour(DialogRequest& request) {
 int tessel::commands::SetEditSelection(DialogRequest& request) {
     const LPARAM positions = MAKELPARAM(request.x, request.y);
     if (request.control.type == FT_COMBOBOX) return request.Send(CB_SETEDITSEL, 0, positions) != CB_ERR ? 0 : 1;
-    // ODD-43: an edit takes both positions, packed, for the end of a selection that starts at 0.
+    // ODD-43: an edit takes both packed positions for the end of a selection that starts at 0.
     if (request.control.type == FT_EDIT) request.Send(EM_SETSEL, 0, positions);
     return 0;
 }

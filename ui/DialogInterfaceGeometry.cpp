@@ -80,7 +80,7 @@ long DIALOG_INTERFACE::PackLong(unsigned char b1, unsigned char b2, unsigned cha
 }
 
 int DIALOG_INTERFACE::SetColor(int id, int colourIndex, int flag) {
-    // GUARD-271: a larger index does not fit the tag; its low byte would be another brush's.
+    // GUARD-271: a larger index does not fit the tag; its low byte is the index of another brush.
     if (flag < -1 || flag >= kNoBrush) return 1;
     const HWND control = Select(id).hWnd;
     if (control == nullptr) return 1;

@@ -9,7 +9,7 @@ namespace {
 constexpr int kNone = -1;
 constexpr int kOwnText = -2;
 
-/// Puts a text into the caller's buffer, cut to fit; a control may have answered with a pointer to its own text.
+/// Copies a text into the caller's buffer, truncated to fit. A control may have returned a pointer to its own text.
 void CopyCut(wchar_t* buffer, int room, const wchar_t* text) {
     if (buffer == nullptr || text == nullptr || text == buffer || text == LPSTR_TEXTCALLBACKW) return;
     const std::size_t length = wcsnlen(text, static_cast<std::size_t>(room) - 1);
@@ -59,7 +59,7 @@ bool Item(DialogRequest& request) {
 int ListBox(DialogRequest& request) {
     if (request.index <= kNone) request.index = static_cast<int>(request.Send(LB_GETCURSEL));
     if (request.index == LB_ERR) {
-        request.data = request.Send(LB_GETCOUNT); // ODD-46: no selection gives the number of items as data
+        request.data = request.Send(LB_GETCOUNT); // ODD-46: without a selection, the item count is the data
         return WindowText(request);
     }
     if (Item(request)) return 0;

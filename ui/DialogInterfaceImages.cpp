@@ -4,17 +4,17 @@
 
 namespace {
 
-/// Marks a list view that an image list was left to, which is the property's value.
-constexpr const wchar_t* kLeft = L"Tessel image list";
+/// Property of a list view that has to destroy an image list: the image list.
+constexpr const wchar_t* kImagesToDestroy = L"Tessel image list";
 
-/// Marks a list view that was made to share its image lists, as it did not by itself.
+/// Property of a list view whose style of sharing image lists was set here.
 constexpr const wchar_t* kMadeToShare = L"Tessel shares image lists";
 
-/// The current thread's list views that show an image list.
-struct Shown {
+/// A search for the current thread's list views that show an image list.
+struct ListViewSearch {
     HIMAGELIST images;
-    bool takesAway;
-    HWND listView = nullptr; ///< the last one
+    bool remove;             ///< remove the image list from them
+    HWND listView = nullptr; ///< the last one found
     int count = 0;
 };
 
@@ -22,36 +22,36 @@ HIMAGELIST ImagesOf(HWND listView, WPARAM which) {
     return reinterpret_cast<HIMAGELIST>(SendMessageW(listView, LVM_GETIMAGELIST, which, 0));
 }
 
-BOOL CALLBACK Note(HWND hWnd, LPARAM search) {
-    auto& shown = *reinterpret_cast<Shown*>(search);
-    if (tessel::ClassifyControl(hWnd) != FT_LISTVIEW || ImagesOf(hWnd, LVSIL_SMALL) != shown.images) return TRUE;
-    shown.listView = hWnd;
-    ++shown.count;
+BOOL CALLBACK CheckListView(HWND hWnd, LPARAM search) {
+    auto& found = *reinterpret_cast<ListViewSearch*>(search);
+    if (tessel::ClassifyControl(hWnd) != FT_LISTVIEW || ImagesOf(hWnd, LVSIL_SMALL) != found.images) return TRUE;
+    found.listView = hWnd;
+    ++found.count;
     // GUARD-45: a list view that outlives the image list would draw from freed memory.
-    if (shown.takesAway) SendMessageW(hWnd, LVM_SETIMAGELIST, LVSIL_SMALL, 0);
+    if (found.remove) SendMessageW(hWnd, LVM_SETIMAGELIST, LVSIL_SMALL, 0);
     return TRUE;
 }
 
-BOOL CALLBACK NoteBelow(HWND hWnd, LPARAM search) {
-    EnumChildWindows(hWnd, Note, search);
-    return Note(hWnd, search);
+BOOL CALLBACK CheckDescendants(HWND hWnd, LPARAM search) {
+    EnumChildWindows(hWnd, CheckListView, search);
+    return CheckListView(hWnd, search);
 }
 
-Shown Search(HIMAGELIST images, bool takesAway) {
-    Shown shown{images, takesAway};
-    EnumThreadWindows(GetCurrentThreadId(), NoteBelow, reinterpret_cast<LPARAM>(&shown));
-    return shown;
+ListViewSearch Search(HIMAGELIST images, bool remove) {
+    ListViewSearch found{images, remove};
+    EnumThreadWindows(GetCurrentThreadId(), CheckDescendants, reinterpret_cast<LPARAM>(&found));
+    return found;
 }
 
-/// GUARD-45: else it would destroy the image list, and the object would once more.
+/// GUARD-45: otherwise the list view would destroy the image list, and the object would do so again.
 void MakeShare(HWND listView) {
     const LONG_PTR style = GetWindowLongPtrW(listView, GWL_STYLE);
     if ((style & LVS_SHAREIMAGELISTS) != 0) return;
-    (void)SetPropW(listView, kMadeToShare, listView); // without the mark it shares for good
+    (void)SetPropW(listView, kMadeToShare, listView); // without the property it shares for ever
     SetWindowLongPtrW(listView, GWL_STYLE, style | LVS_SHAREIMAGELISTS);
 }
 
-/// Whether a search finds a window: in one of the current thread's windows on the desktop.
+/// Whether Search() finds a window: it must be in a top-level window of the current thread.
 bool IsFound(HWND hWnd) {
     const HWND top = GetAncestor(hWnd, GA_ROOT);
     const DWORD own = GetCurrentThreadId();
@@ -66,32 +66,32 @@ void tessel::DestroyImages(HIMAGELIST images) {
     ImageList_Destroy(images);
 }
 
-void tessel::LeaveImages(HIMAGELIST images, HWND dialog) {
-    const DWORD thread = GetWindowThreadProcessId(dialog, nullptr); // 0: it is gone
+void tessel::HandOverImages(HIMAGELIST images, HWND dialog) {
+    const DWORD thread = GetWindowThreadProcessId(dialog, nullptr); // 0: it no longer exists
     if (thread != 0 && thread != GetCurrentThreadId()) return;
-    const Shown shown = Search(images, false);
-    if (shown.count == 0) {
+    const ListViewSearch found = Search(images, false);
+    if (found.count == 0) {
         ImageList_Destroy(images);
         return;
     }
-    // A list view frees all of its image lists or none, and of several the first would free this one.
+    // A list view frees all of its image lists or none; with several list views the first would free this one.
     const bool hasOthers =
-        ImagesOf(shown.listView, LVSIL_NORMAL) != nullptr || ImagesOf(shown.listView, LVSIL_STATE) != nullptr;
-    const bool shares = GetPropW(shown.listView, kMadeToShare) != nullptr;
-    if (shown.count > 1 || hasOthers || !shares || !SetPropW(shown.listView, kLeft, images)) return;
-    (void)RemovePropW(shown.listView, kMadeToShare);
-    const LONG_PTR style = GetWindowLongPtrW(shown.listView, GWL_STYLE);
-    SetWindowLongPtrW(shown.listView, GWL_STYLE, style & ~LONG_PTR{LVS_SHAREIMAGELISTS});
+        ImagesOf(found.listView, LVSIL_NORMAL) != nullptr || ImagesOf(found.listView, LVSIL_STATE) != nullptr;
+    const bool shares = GetPropW(found.listView, kMadeToShare) != nullptr;
+    if (found.count > 1 || hasOthers || !shares || !SetPropW(found.listView, kImagesToDestroy, images)) return;
+    (void)RemovePropW(found.listView, kMadeToShare);
+    const LONG_PTR style = GetWindowLongPtrW(found.listView, GWL_STYLE);
+    SetWindowLongPtrW(found.listView, GWL_STYLE, style & ~LONG_PTR{LVS_SHAREIMAGELISTS});
 }
 
 HIMAGELIST tessel::ShowImages(HWND listView, HIMAGELIST images) {
     MakeShare(listView);
-    // GUARD-45: what no search finds may draw from the image list at any time, so that it stays for good.
-    if (!IsFound(listView)) (void)AddOwner(images); // without memory for that it may go too early
-    const auto left = reinterpret_cast<HIMAGELIST>(RemovePropW(listView, kLeft));
+    // GUARD-45: a list view that cannot be found may draw from the image list at any time, so it is never freed.
+    if (!IsFound(listView)) (void)AddOwner(images); // without memory it may be freed too early
+    const auto toDestroy = reinterpret_cast<HIMAGELIST>(RemovePropW(listView, kImagesToDestroy));
     const auto before = reinterpret_cast<HIMAGELIST>(
         SendMessageW(listView, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(images)));
-    if (left == nullptr || left != before) return before;
-    ImageList_Destroy(left);
+    if (toDestroy == nullptr || toDestroy != before) return before;
+    ImageList_Destroy(toDestroy);
     return nullptr;
 }

@@ -6,19 +6,19 @@
 
 namespace tessel {
 
-/// Destroys an image list and takes it away from the current thread's list views that show it.
-/// @param images  the image list, which no object holds
+/// Destroys an image list and removes it from the current thread's list views.
+/// @param images  the image list, which no object uses any longer
 void DestroyImages(HIMAGELIST images);
 
-/// Gives up an image list that its object needs no more: the list view that shows it frees it, or it goes at once.
-/// @param images  the image list, which no object holds
-/// @param dialog  the object's dialog; of another thread's dialogs it cannot be told what they show, so it stays
-void LeaveImages(HIMAGELIST images, HWND dialog);
+/// Hands an image list to the list view that shows it, which then frees it; if none shows it, destroys it at once.
+/// @param images  the image list, which no object uses any longer
+/// @param dialog  the object's dialog; if it belongs to another thread, the image list is never freed
+void HandOverImages(HIMAGELIST images, HWND dialog);
 
-/// Makes an image list a list view's small one. One that was left to the list view is destroyed.
-/// @param listView  the list view, which shares it from then on
-/// @param images    the image list, which stays its object's
-/// @return the image list before, unless that was destroyed
+/// Sets the small image list of a list view and destroys the one that was handed to the list view.
+/// @param listView  the list view, which shares the image list from then on
+/// @param images    the image list, still owned by its object
+/// @return the previous image list; null if it was destroyed
 HIMAGELIST ShowImages(HWND listView, HIMAGELIST images);
 
 } // namespace tessel

@@ -8,7 +8,7 @@ using tessel::DialogRequest;
 
 namespace {
 
-/// GUARD-46: the sum stays in range instead of wrapping.
+/// GUARD-46: the sum is limited to the range of int instead of wrapping.
 int Sum(int position, long long step) {
     constexpr long long kLowest = std::numeric_limits<int>::min();
     constexpr long long kHighest = std::numeric_limits<int>::max();
@@ -31,7 +31,7 @@ int AddTab(DialogRequest& request) {
 
 int AddToList(DialogRequest& request) {
     const tessel::ListMessages& messages = tessel::MessagesOf(request.control);
-    // ODD-47: index 0 appends or sorts in, only other indices insert.
+    // ODD-47: index 0 appends or sorts in; only other indices insert.
     const UINT message = request.index != 0 ? messages.insert : messages.append;
     return Added(request, tessel::AddString(request.control, message, request.index, request.text, request.data));
 }
@@ -70,7 +70,7 @@ template <UINT message> int DeleteItem(DialogRequest& request) {
     return (kReturnsBool ? answer != 0 : answer >= 0) ? 0 : 1;
 }
 
-/// An error answer leaves the count as it is.
+/// An error counts as 0.
 template <UINT message> int CountItems(DialogRequest& request) {
     request.data = std::max<LRESULT>(request.Send(message), 0);
     return 0;
@@ -92,8 +92,8 @@ int tessel::AddString(const DialogControl& control, UINT message, int index, con
     return added;
 }
 
-// GUARD-42: the control copies the whole text whatever the buffer's size, so it gets a buffer of that length; of an
-// item without a text it copies a number.
+// GUARD-42: the control ignores the size of the buffer, so it gets one that holds the whole text. For an item without
+// text it copies a number.
 std::size_t tessel::TextRoom(const DialogControl& control, int index) {
     const LRESULT length = control.Send(MessagesOf(control).getTextLength, index);
     return length < 0 ? 0 : std::max(static_cast<std::size_t>(length), sizeof(ULONG_PTR)) + 1;

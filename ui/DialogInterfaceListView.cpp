@@ -13,9 +13,10 @@ namespace {
 
 constexpr int kImageWidth = 6;
 constexpr int kImageHeight = 14;
-constexpr int kWidestColumn = 0x7FFF; // beyond, the message would mean a negative number
+constexpr int kWidestColumn = 0x7FFF; // the message has 16 bits: a greater width is negative
 
-/// Adds the bitmaps up to the first that does not load. @return whether all of them were added
+/// Adds the bitmaps up to the first that does not load.
+/// @return whether all of them were added
 bool AddImages(HIMAGELIST images, const unsigned int* bitmapIds, HINSTANCE instance) {
     bool complete = true;
     for (; *bitmapIds != 0; ++bitmapIds) {
@@ -37,7 +38,7 @@ HIMAGELIST SetSmallImages(const DialogControl& control, HIMAGELIST images) {
 int DIALOG_INTERFACE::InitIconList(const unsigned int* bitmapIds, HINSTANCE instance, int id) {
     const DialogControl control = Select(id);
     const bool selected = control.hWnd != nullptr;
-    if (selected) control.Send(WM_DESTROY); // ODD-45: also when there is no list
+    if (selected) control.Send(WM_DESTROY); // ODD-45: even without a list of bitmaps
     if (bitmapIds == nullptr) return 1;
     const HIMAGELIST images = ImageList_Create(kImageWidth, kImageHeight, ILC_COLOR, 1, 1);
     if (images == nullptr) return 0;
@@ -49,7 +50,7 @@ int DIALOG_INTERFACE::InitIconList(const unsigned int* bitmapIds, HINSTANCE inst
     if (before == replaced) {
         ImageList_Destroy(before);
     } else {
-        tessel::LeaveImages(before, hDialog); // the control of an earlier call may still draw from it
+        tessel::HandOverImages(before, hDialog); // the control of an earlier call may still draw from it
     }
     return 1;
 }

@@ -43,7 +43,7 @@ int DIALOG_INTERFACE::Set(int id, int index, int subItem, const wchar_t* text) {
 }
 
 int DIALOG_INTERFACE::Set(int id, int value) {
-    return Set(id, kOwnValue, value); // ODD-48: a gauge takes its position from the index and so goes to -1
+    return Set(id, kOwnValue, value); // ODD-48: a gauge takes the index for the position and moves to -1
 }
 
 /// Reads into the buffer and the request; both are empty if there is nothing to read.

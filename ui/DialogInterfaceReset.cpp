@@ -74,7 +74,7 @@ LPARAM Limits(const DialogRequest& request) {
 
 int Slider(DialogRequest& request) {
     request.Send(TBM_SETRANGE, TRUE, Limits(request));
-    // ODD-44: the position argument is the distance of ticks and the page size, and the position is 0.
+    // ODD-44: the position argument becomes the tick spacing and the page size; the position becomes 0.
     request.Send(TBM_SETTICFREQ, request.index);
     request.Send(TBM_SETPOS, TRUE, 0);
     request.Send(TBM_SETPAGESIZE, 0, request.index);

@@ -51,7 +51,7 @@ int Gauge(DialogRequest& request) {
     return 0;
 }
 
-// ODD-49: the item data is not set on a list view, only the text.
+// ODD-49: a list view gets the text but not the item data.
 int ListView(DialogRequest& request) {
     if (request.text == nullptr) return 0; // GUARD-40
     LVITEMW item{};

@@ -13,11 +13,11 @@
 
 namespace tessel {
 
-/// Capacity that an array gets when it has to hold more than it has room for: it grows by an eighth of what it
-/// holds, by 4 at least and by 1024 at most.
-/// @param needed    elements that it is to hold
-/// @param capacity  elements that it has room for
-/// @param size      elements that it holds
+/// Computes the capacity of an array that has to grow: it grows by an eighth of its size, but at least by 4 and at most
+/// by 1024 elements.
+/// @param needed    elements that the array must hold
+/// @param capacity  current capacity in elements
+/// @param size      current size in elements
 /// @return the new capacity, at least @p needed
 constexpr std::size_t GrownCapacity(std::size_t needed, std::size_t capacity, std::size_t size) {
     return std::max(needed, capacity + std::clamp<std::size_t>(size / 8, 4, 1024));
@@ -26,8 +26,8 @@ static_assert(GrownCapacity(1, 0, 0) == 4);
 static_assert(GrownCapacity(81, 80, 80) == 90);
 static_assert(GrownCapacity(80001, 80000, 80000) == 81024);
 
-/// A growing array of plain records; those that are not filled yet are all zero. Any thread may add and read, but
-/// nobody may read while the array is emptied.
+/// A growing array of plain records; unused ones are all zero. Any thread may add and read, but no thread may read
+/// while the array is being emptied.
 template <class T> class GrowingArray {
     static_assert(std::is_trivially_copyable_v<T>);
 
@@ -39,11 +39,11 @@ template <class T> class GrowingArray {
     };
 
 public:
-    /// The elements that there are now, readable for as long as this object lives. Takes no lock.
+    /// The present elements, readable for the lifetime of this object. Takes no lock.
     class Reader {
     public:
         explicit Reader(const GrowingArray& array) : m_readers(array.m_readers) {
-            ++m_readers; // before the block is looked at: from here on it is not freed
+            ++m_readers; // before the block is read: from here on none is freed
             const Block* const block = array.m_shown;
             if (block != nullptr) m_elements = {block->elements.get(), block->size.load(std::memory_order_acquire)};
         }
@@ -65,7 +65,7 @@ public:
         const std::size_t size = m_newest == nullptr ? 0 : m_newest->size.load(std::memory_order_relaxed);
         if ((m_newest == nullptr || size == m_newest->capacity) && !Grow(size)) return -1;
         m_newest->elements[size] = element;
-        m_newest->size.store(size + 1, std::memory_order_release); // last: a reader takes no lock
+        m_newest->size.store(size + 1, std::memory_order_release); // last, because readers take no lock
         return static_cast<int>(size);
     }
 
@@ -89,7 +89,7 @@ private:
         larger->former = std::move(m_newest);
         m_newest = std::move(larger);
         m_shown = m_newest.get();
-        // GUARD-221: whoever started to read before the exchange may still read an outgrown block.
+        // GUARD-221: a reader that started before the exchange may still read an outgrown block.
         if (m_readers == 0) m_newest->former.reset();
         return true;
     }

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Programs know the report of an unsupported type by this line.
+/// Line in the report of an unsupported type. Log filters rely on it, so it does not follow the source.
 constexpr unsigned int kUnsupportedTypeLine = 289;
 
 constexpr int kPositions = 3;
@@ -31,7 +31,7 @@ bool RemoveHook() {
     return hook != nullptr;
 }
 
-/// A text of the program's string table, or another where that does not load.
+/// A text from the program's string table, or a fallback if that does not load.
 template <int Size> class ProgramText {
 public:
     ProgramText(const unsigned int* id, const wchar_t* fallback)
@@ -56,8 +56,8 @@ std::size_t LengthOf(const wchar_t* text) {
     return text == nullptr ? 0 : std::wcslen(text);
 }
 
-/// Both texts in one, for the caller to delete.
-/// @return null when both are null or there is no memory
+/// Concatenates two texts.
+/// @return a new array, owned by the caller; null if both are null or memory runs out
 wchar_t* Join(const wchar_t* first, const wchar_t* second) {
     if (first == nullptr && second == nullptr) return nullptr;
     const std::size_t firstLength = LengthOf(first);
@@ -86,7 +86,7 @@ CMessageBox::CMessageBox(HWND owner, unsigned int textId, unsigned int captionId
     Initialize(owner, MessageText(textId).Get(), CaptionText(captionId).Get(), type, error);
 }
 
-// GUARD-51: each copy has texts of its own; shared ones would be freed twice.
+// GUARD-51: each copy has its own texts; shared ones would be freed twice.
 CMessageBox::CMessageBox(const CMessageBox& other)
     : CDialog(other), m_hOwner(other.m_hOwner), m_pText(Join(other.m_pText, nullptr)),
       m_pCaption(Join(other.m_pCaption, nullptr)), m_uiType(other.m_uiType), m_Resources(other.m_Resources) {}
@@ -118,7 +118,7 @@ void CMessageBox::Initialize(HWND owner, const wchar_t* text, const wchar_t* cap
 
 void CMessageBox::SetText(const wchar_t* text, unsigned long error) {
     wchar_t* errorText = nullptr;
-    (void)ConvertErrorCode(error, errorText); // the text says as much as its length
+    (void)ConvertErrorCode(error, errorText); // the length is not needed
     delete[] std::exchange(m_pText, Join(text, errorText));
     delete[] errorText;
 }
@@ -134,7 +134,7 @@ void CMessageBox::SetResources(const RESOURCES* resources) {
 unsigned long CMessageBox::ConvertErrorCode(unsigned long error, wchar_t*& text) {
     text = nullptr;
     if (error == MESSAGEBOX_NO_ERROR) return 0;
-    // GUARD-52: inserts stay as they are; there are no arguments that could be read for them.
+    // GUARD-52: inserts are not expanded, because there are no arguments for them.
     constexpr DWORD kFlags =
         FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
     wchar_t* systemText = nullptr;
@@ -142,9 +142,9 @@ unsigned long CMessageBox::ConvertErrorCode(unsigned long error, wchar_t*& text)
                                         reinterpret_cast<wchar_t*>(&systemText), 0, nullptr);
     if (length == 0) return 0;
     wchar_t code[16];
-    (void)std::swprintf(code, std::size(code), L"%08lX: ", error); // 10 characters
+    (void)std::swprintf(code, std::size(code), L"%08lX: ", error); // always 10 characters
     text = Join(code, systemText);
-    (void)LocalFree(systemText); // nothing is left to do about a failure
+    (void)LocalFree(systemText); // nothing can be done about a failure
     return static_cast<unsigned long>(LengthOf(text));
 }
 
@@ -164,29 +164,30 @@ int CMessageBox::Run() {
 }
 
 int CMessageBox::RunOwnBox() {
-    const HWND outer = m_hWnd; // this object's own box, when its loop runs another one
+    const HWND outer = m_hWnd; // the box that this object runs already, if any
     const auto button = static_cast<int>(RunModal(GetModuleHandleW(nullptr), m_Resources.TemplateId, m_hOwner));
     if (outer == nullptr) return button;
     const DWORD error = GetLastError();
-    if (IsWindow(outer)) m_hWnd = outer; // else nothing is touched: the object may be gone
+    if (IsWindow(outer)) m_hWnd = outer; // otherwise the object may no longer exist
     SetLastError(error);
     return button;
 }
 
 int CMessageBox::RunSystemBox() {
-    // While another box is being made, its owner shows this one: the other's hook rests, which would move our windows.
+    // This box may open while another one is being created, whose hook would move the windows of this one.
     const bool hadHook = RemoveHook();
     InstallHook();
     const int button = MessageBoxW(m_hOwner, m_pText, m_pCaption, m_uiType);
     const DWORD error = GetLastError();
-    (void)RemoveHook(); // unless the box has been activated
+    (void)RemoveHook(); // if the box was never activated
     if (hadHook) InstallHook();
-    SetLastError(error); // of a box that could not be shown
+    SetLastError(error); // why the box could not be shown
     return button;
 }
 
 void CMessageBox::InstallHook() {
-    centringHook = SetWindowsHookExW(WH_CBT, &SetInCenter, nullptr, GetCurrentThreadId()); // else it is not centred
+    centringHook =
+        SetWindowsHookExW(WH_CBT, &SetInCenter, nullptr, GetCurrentThreadId()); // on failure the box is not centred
 }
 
 void CMessageBox::ComputeCenterCoords(const RECT& window, int& x, int& y) {
@@ -200,20 +201,21 @@ void CMessageBox::MoveToCenter(HWND window) {
     int y = 0;
     if (!GetWindowRect(window, &rectangle)) return;
     ComputeCenterCoords(rectangle, x, y);
-    (void)SetWindowPos(window, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE); // else it stays
+    (void)SetWindowPos(window, nullptr, x, y, 0, 0,
+                       SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE); // on failure it stays where it is
 }
 
 LRESULT CALLBACK CMessageBox::SetInCenter(int code, WPARAM wParam, LPARAM lParam) {
-    if (code != HCBT_ACTIVATE) return 0; // ODD-54: the thread's other hooks do not hear of it
+    if (code != HCBT_ACTIVATE) return 0; // ODD-54: other hooks of the thread are not called
     MoveToCenter(reinterpret_cast<HWND>(wParam));
     const LRESULT result = CallNextHookEx(centringHook, code, wParam, lParam);
-    (void)RemoveHook(); // this very one
+    (void)RemoveHook(); // the hook is needed once only
     return result;
 }
 
 bool CMessageBox::OnInitDialog(HWND /*focus*/) {
     PositionInCenter();
-    // A failure leaves the template's texts; null clears them.
+    // After a failure the template's texts remain; null clears them.
     (void)SetWindowTextW(m_hWnd, m_pCaption);
     (void)SetDlgItemTextW(m_hWnd, static_cast<int>(m_Resources.TextId), m_pText);
     InitButtons();
@@ -225,23 +227,23 @@ void CMessageBox::PositionInCenter() {
 }
 
 void CMessageBox::InitButtons() {
-    // ODD-53: flags count here, so that a type with an icon is unsupported.
+    // ODD-53: flags are not masked out, so a type with an icon is unsupported.
     const bool supported = m_uiType < std::size(kButtonSets);
     tessel::ReportUnless(supported, "Unsupported MessageBox type!", "MessageBox", kUnsupportedTypeLine);
     if (!supported) return;
     for (int position = 0; position < kPositions; ++position) {
         const int button = kButtonSets[m_uiType][position];
         if (button == 0) break;
-        // GUARD-53: without an array no resource id is read.
+        // GUARD-53: without an array there is no resource id to read.
         const unsigned int* const id = m_Resources.ButtonIds == nullptr ? nullptr : m_Resources.ButtonIds + position;
-        // ODD-52: the fallback goes by position: an OK button without its text reads "Yes".
+        // ODD-52: fallback texts go by position, so an OK button reads "Yes".
         const ProgramText<kButtonTextLength> text(id, kFallbackTexts[position]);
-        (void)SetDlgItemTextW(m_hWnd, button, text.Get()); // a template may lack the button
+        (void)SetDlgItemTextW(m_hWnd, button, text.Get()); // the template may not have the button
     }
 }
 
 bool CMessageBox::OnCommand(unsigned int /*code*/, int id, HWND /*control*/) {
-    if (id < IDOK || id > IDNO) return false; // ODD-56: Escape is IDCANCEL for every set
-    (void)End(id);                            // it is the button's in any case
+    if (id < IDOK || id > IDNO) return false; // ODD-56: Escape sends IDCANCEL for every set
+    (void)End(id);                            // the command is handled in any case
     return true;
 }

@@ -9,7 +9,7 @@
 namespace {
 
 constexpr int kAcceleratorCode = 1;
-/// A character position that no text reaches.
+/// A character position beyond the end of any text.
 constexpr DWORD kBehindText = 0xFFFF0000;
 
 } // namespace
@@ -18,8 +18,9 @@ std::int32_t FormatSysMsg::InitialTgc[6] = {-1, -1, -1, -1, -1, -1};
 int FormatSysMsg::m_CommonDlgActive = 0;
 HWND FormatSysMsg::LastHoverChild = nullptr;
 
-/// One message on its way into a record, which stays without a kind when the message is not translated.
-/// The record is a local one: a control that is touched meanwhile may have another message translated.
+/// The translation of one message. The record has no kind if the message is not translated.
+///
+/// It is a local record, because sending messages to a control may cause the translation of another message.
 struct FormatSysMsg::Translation {
     FormatSysMsg& formatter;
     HWND hWnd;
@@ -27,12 +28,12 @@ struct FormatSysMsg::Translation {
     WPARAM wParam;
     LPARAM lParam;
     NOTIFY notify{};
-    MSG_FUNCTION mouse = FN_NONE; ///< what a mouse message does, unless the pointer enters or leaves a child
+    MSG_FUNCTION mouse = FN_NONE; ///< function of a mouse message, unless the pointer enters or leaves a child
 
     void Translate();
 
 private:
-    /// What the kinds share that name a window and a control.
+    /// Fills the fields of the kinds that name a window and a control.
     void Fill(NOTIFY_KIND kind, MSG_FUNCTION function, HWND hCtrl) {
         notify.Kind = kind;
         notify.Function = function;
@@ -63,10 +64,10 @@ private:
         notify.Data3 = lParam;
     }
 
-    // ODD-34: translating validates the window, so the message is not painted for any more.
+    // ODD-34: translating validates the window, so it cannot be painted for this message.
     void Paint() {
         PAINTSTRUCT paint{};
-        (void)BeginPaint(hWnd, &paint); // without a window the rectangle stays empty
+        (void)BeginPaint(hWnd, &paint); // without a window the rectangle remains empty
         Fill(NK_PAINT, FN_PAINT, hWnd);
         notify.hWnd = GetParent(hWnd);
         FillRectangle(paint.rcPaint);
@@ -97,7 +98,7 @@ private:
 
     void DrawItem() {
         DRAWITEMSTRUCT item;
-        if (!tessel::ReadRecord(lParam, item)) return; // GUARD-30: nothing says what is to be drawn
+        if (!tessel::ReadRecord(lParam, item)) return; // GUARD-30: no item to draw
         Fill(NK_PAINT, FN_PAINT, item.hwndItem);
         notify.CtrlId = static_cast<int>(item.CtlID);
         notify.Data1 = static_cast<int>(item.itemAction);
@@ -106,7 +107,7 @@ private:
 
     void Notify() {
         NMHDR header;
-        if (!tessel::ReadRecord(lParam, header)) return; // GUARD-30: nothing says what happened
+        if (!tessel::ReadRecord(lParam, header)) return; // GUARD-30: no notification
         const int code = static_cast<int>(header.code);
         Fill(NK_CONTROL, formatter.GetFunctionID(header.hwndFrom, code), header.hwndFrom);
         notify.CtrlId = static_cast<int>(wParam);
@@ -139,12 +140,12 @@ private:
     }
 
     void Mouse() {
-        // ODD-32: a position left of or above the window counts as one far to the right or below.
+        // ODD-32: a position left of or above the window is taken for one far to the right or below.
         const WORD x = LOWORD(lParam);
         const WORD y = HIWORD(lParam);
         const HWND child = ChildWindowFromPoint(hWnd, POINT{x, y});
         if (LastHoverChild != nullptr && LastHoverChild != child) {
-            // ODD-35: the message reports the leaving and nothing else, even when it is a press of a button.
+            // ODD-35: the message reports only that the child was left, even if a button was pressed.
             Fill(NK_MOUSE, FN_KILLFOCUS, LastHoverChild);
             LastHoverChild = nullptr;
         } else {
@@ -215,15 +216,15 @@ int FormatSysMsg::GetInitialTgc(unsigned int index) {
     return index < std::size(InitialTgc) ? InitialTgc[index] : -1;
 }
 
-/// Gives the focus to the control under the pointer, and an edit control its caret.
+/// Moves the focus to the control under the pointer and places the caret of an edit control.
 void FormatSysMsg::FollowPointer(HWND pointed) {
     const HWND focus = GetFocus();
     if (focus == nullptr || focus == pointed) return;
     const FIELD_TYPE type = ControlType(pointed);
     if (ControlType(focus) != FT_BUTTON && (type == FT_UNKNOWN || type == FT_STATIC)) return;
-    (void)SetFocus(pointed); // a window that refuses leaves the focus where it was
+    (void)SetFocus(pointed); // a window may refuse the focus
     if (type != FT_EDIT) return;
-    // GUARD-270: an edit of another process that refused the focus needs no caret.
+    // GUARD-270: an edit of another process that refused the focus may hang, and needs no caret.
     if (!tessel::IsOwnWindow(pointed) && GetFocus() != pointed) return;
     const std::optional<LRESULT> multiLine = tessel::AskControl(pointed, EM_LINESCROLL);
     if (!multiLine) return;

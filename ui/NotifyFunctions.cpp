@@ -14,7 +14,7 @@ struct CodeFunction {
     MSG_FUNCTION function;
 };
 
-// ODD-31: a tab that is changing updates and one that has changed changes, the reverse of the tree and list views.
+// ODD-31: changing maps to FN_UPDATE and changed to FN_CHANGE, the reverse of the tree and list views.
 constexpr CodeFunction kTabCodes[] = {
     {TCN_SELCHANGE, FN_CHANGE}, {TCN_SELCHANGING, FN_UPDATE}, {NM_CLICK, FN_CLICK},
     {NM_SETFOCUS, FN_SETFOCUS}, {NM_KILLFOCUS, FN_KILLFOCUS},

@@ -36,11 +36,11 @@ void FormatSysMsg::RegisterListBoxMove(HWND hListBox) {
     if (!locked) return;
     try {
         auto store = std::make_unique<hWndStore>(hListBox);
-        // ODD-30: a record that stands under the handle already is lost, not freed.
+        // ODD-30: an existing record of the list box is replaced without being freed.
         ListBoxMoveMap.SetAt(hListBox, store.get());
-        (void)store.release(); // the map's from here on
+        (void)store.release(); // owned by the map from here on
     } catch (const std::bad_alloc&) {
-        return; // as silent as a time-out
+        return; // as after a time-out
     }
 }
 
@@ -48,7 +48,7 @@ void FormatSysMsg::ReleaseListBoxMove(HWND hListBox) {
     const tessel::Permit locked(*m_pListBoxLock, kLockTimeoutMs);
     hWndStore* store = nullptr;
     if (!locked || !ListBoxMoveMap.Lookup(hListBox, store)) return;
-    (void)ListBoxMoveMap.RemoveKey(hListBox); // just found
+    (void)ListBoxMoveMap.RemoveKey(hListBox); // found above
     delete store;
 }
 
@@ -60,14 +60,14 @@ void FormatSysMsg::ScrollCursor(HWND hListBox) {
     if (ControlType(hListBox) != FT_LISTBOX || !ListBoxMoveMap.Lookup(hListBox, store)) return;
     POINT client = pointer;
     if (!ScreenToClient(hListBox, &client)) return;
-    // Programs that watch the list box expect to see it.
+    // The answer is not used, but programs that subclass the list box expect the message.
     if (!tessel::AskControl(hListBox, LB_GETITEMHEIGHT)) return; // GUARD-270: it hangs
     const auto found = tessel::AskControl(hListBox, LB_ITEMFROMPOINT, 0, MAKELPARAM(client.x, client.y));
     if (!found) return;
     const auto index = static_cast<int>(*found);
-    // ODD-33: one index for all list boxes, so the same item of another one is not snapped to.
+    // ODD-33: all list boxes share one index, so the pointer does not snap to the same item of another one.
     if (index == LastListBoxIndex) return;
-    // GUARD-31: while the list box answered it may have been released, and the record with it.
+    // GUARD-31: the list box may have been released while it answered, and its record freed.
     if (!ListBoxMoveMap.Lookup(hListBox, store)) return;
     store->SetCursor(index);
     const auto selected = tessel::AskControl(hListBox, LB_SETCURSEL, static_cast<WPARAM>(index));
@@ -75,5 +75,5 @@ void FormatSysMsg::ScrollCursor(HWND hListBox) {
     LastListBoxIndex = static_cast<int>(*selected);
     POINT centre{};
     if (!ItemCentre(hListBox, index, centre)) return; // GUARD-222: the pointer is on no item
-    (void)CCURSOR::SetCursorPos(pointer.x, centre.y); // a refused move leaves the selection
+    (void)CCURSOR::SetCursorPos(pointer.x, centre.y); // on failure the item remains selected
 }

@@ -2,12 +2,13 @@
 
 namespace {
 
-/// Passes the notification of a record on to the handler of a view's base class.
+/// Passes the notification of a record to the handler of a view's base class.
 template <class Base> unsigned long Forward(Base& view, const NOTIFY* notify) {
     unsigned long result = 0;
     if (notify == nullptr || notify->Kind != NK_CONTROL) return result; // GUARD-54: no record, nothing to read
-    // ODD-55: a scroll request is of this kind too, and its header is null.
-    (void)view.Base::OnNotify(reinterpret_cast<NMHDR*>(notify->Data2), result); // the result says as much
+    // ODD-55: a scroll request has this kind, too, and its header is null.
+    (void)view.Base::OnNotify(reinterpret_cast<NMHDR*>(notify->Data2),
+                              result); // result is unchanged if it is not handled
     return result;
 }
 

@@ -35,21 +35,34 @@ constexpr COLORREF kOverlay[] = {
     Colour(128, 0, 255), Colour(223, 0, 255), Colour(255, 0, 191), Colour(255, 0, 96),
 };
 
-constexpr COLORREF Grey(unsigned step) {
-    return Colour(255 * step / 63, 255 * step / 63, 255 * step / 63);
+constexpr unsigned kBrightest = 255;
+constexpr unsigned kGreys = CI_CUBE - CI_GREY_RAMP;
+constexpr unsigned kCubeColours = CI_OVERLAY - CI_CUBE;
+constexpr unsigned kReds = 6;
+constexpr unsigned kGreens = 6;
+constexpr unsigned kBlues = 4;
+static_assert(kReds * kGreens * kBlues == kCubeColours);
+
+constexpr unsigned Step(unsigned number, unsigned count) {
+    return kBrightest * number / (count - 1);
 }
 
-constexpr COLORREF Cube(unsigned place) {
-    return Colour(place / 24 * 51, place / 4 % 6 * 51, place % 4 * 85);
+constexpr COLORREF Grey(unsigned number) {
+    return Colour(Step(number, kGreys), Step(number, kGreys), Step(number, kGreys));
+}
+
+constexpr COLORREF Cube(unsigned number) {
+    return Colour(Step(number / (kGreens * kBlues), kReds), Step(number / kBlues % kGreens, kGreens),
+                  Step(number % kBlues, kBlues));
 }
 
 constexpr std::array<COLORREF, CI_COUNT> MakeColours() {
     std::array<COLORREF, CI_COUNT> colours{};
-    std::copy_n(kStandard, 16, colours.begin());
-    std::copy_n(kInterface, 16, colours.begin() + CI_INTERFACE);
-    for (unsigned i = 0; i < 64; ++i) colours[CI_GREY_RAMP + i] = Grey(i);
-    for (unsigned i = 0; i < 144; ++i) colours[CI_CUBE + i] = Cube(i);
-    std::copy_n(kOverlay, 16, colours.begin() + CI_OVERLAY);
+    std::ranges::copy(kStandard, colours.begin());
+    std::ranges::copy(kInterface, colours.begin() + CI_INTERFACE);
+    for (unsigned i = 0; i < kGreys; ++i) colours[CI_GREY_RAMP + i] = Grey(i);
+    for (unsigned i = 0; i < kCubeColours; ++i) colours[CI_CUBE + i] = Cube(i);
+    std::ranges::copy(kOverlay, colours.begin() + CI_OVERLAY);
     return colours;
 }
 
@@ -58,8 +71,9 @@ static_assert(kColours[CI_TRANSPARENT] == kColours[CI_SILVER]);
 static_assert(kColours[CI_OVERLAY - 1] == kColours[CI_WHITE]);
 
 HPALETTE CreateSystemPalette() {
+    constexpr WORD kPaletteVersion = 0x300; // required by CreatePalette
     struct {
-        WORD version = 0x300;
+        WORD version = kPaletteVersion;
         WORD count = CI_COUNT;
         PALETTEENTRY entries[CI_COUNT];
     } description;
@@ -80,7 +94,7 @@ COrcaPalette& COrcaPalette::operator=(const COrcaPalette& /*other*/) {
 }
 
 COrcaPalette::~COrcaPalette() {
-    if (m_hPalette != nullptr) (void)DeleteObject(m_hPalette); // nothing is left to do about a failure
+    if (m_hPalette != nullptr) (void)DeleteObject(m_hPalette); // nothing can be done about a failure
 }
 
 COLORREF COrcaPalette::GetColor(COLOR_IDX index) const {

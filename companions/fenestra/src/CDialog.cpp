@@ -4,7 +4,7 @@
 
 namespace {
 
-/// The object whose dialog this thread is creating, until the dialog has it.
+/// The object whose dialog this thread is creating, until WM_INITDIALOG has arrived.
 thread_local CDialog* creating = nullptr;
 
 /// Identifies the object while its dialog is being created; a hook may create another dialog in the meantime.
@@ -26,7 +26,7 @@ CDialog* ObjectOf(HWND window) {
 } // namespace
 
 CDialog& CDialog::operator=(const CDialog& other) {
-    if (HasDialog()) return *this; // else it would get the messages of a window that it no longer knows
+    if (HasDialog()) return *this; // otherwise it would get the messages of a window that it no longer refers to
     CWnd::operator=(other);
     m_iModal = other.m_iModal;
     return *this;
@@ -38,7 +38,7 @@ CDialog::~CDialog() {
     if (m_iModal != 0) {
         (void)EndDialog(m_hWnd, -1); // its loop destroys the window
     } else {
-        (void)DestroyWindow(m_hWnd); // fails on another thread, which keeps a window without an object
+        (void)DestroyWindow(m_hWnd); // on another thread this fails, and the window remains without an object
     }
 }
 
@@ -78,9 +78,9 @@ bool CDialog::OnNotify(int /*id*/, NMHDR* /*header*/, unsigned long& /*result*/)
 }
 
 INT_PTR CALLBACK CDialog::DialogProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    // Any program can send WM_INITDIALOG with any number: only the first one with the object awaited is accepted.
+    // Any program can send WM_INITDIALOG with any value, so only the expected object is accepted, and once.
     if (message == WM_INITDIALOG && creating != nullptr && lParam == reinterpret_cast<LPARAM>(creating)) {
-        (void)SetWindowLongPtrW(window, DWLP_USER, lParam); // 0, the value before, is no error
+        (void)SetWindowLongPtrW(window, DWLP_USER, lParam); // returns 0, the previous value
         std::exchange(creating, nullptr)->m_hWnd = window;
         return ObjectOf(window)->OnInitDialog(reinterpret_cast<HWND>(wParam));
     }
@@ -94,10 +94,11 @@ INT_PTR CDialog::Handle(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
     case WM_NOTIFY: {
         unsigned long result = 0;
         if (!OnNotify(static_cast<int>(wParam), reinterpret_cast<NMHDR*>(lParam), result)) return FALSE;
-        (void)SetWindowLongPtrW(window, DWLP_MSGRESULT, static_cast<LONG_PTR>(result)); // the window may be gone
+        (void)SetWindowLongPtrW(window, DWLP_MSGRESULT,
+                                static_cast<LONG_PTR>(result)); // the window may no longer exist
         return TRUE;
     }
-    case WM_NCDESTROY: // may be forged, too: then the window must not keep an object that it outlives
+    case WM_NCDESTROY: // may be forged, too: the window must not refer to the object any longer
         (void)SetWindowLongPtrW(window, DWLP_USER, 0);
         if (m_hWnd == window) m_hWnd = nullptr;
         return FALSE;

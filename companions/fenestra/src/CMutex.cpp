@@ -1,7 +1,7 @@
 #include <fenestra/mutex.h>
 
 CSyncObject::~CSyncObject() {
-    if (m_hObject != nullptr) (void)CloseHandle(m_hObject); // nothing is left to do about a failure
+    if (m_hObject != nullptr) (void)CloseHandle(m_hObject); // nothing can be done about a failure
 }
 
 bool CSyncObject::Lock(unsigned long timeoutMs) {

@@ -9,10 +9,12 @@ void AddStyles(HWND control, unsigned long style, UINT extendedMessage, unsigned
     if (control == nullptr) return;
     if (style != 0) {
         const LONG former = GetWindowLongW(control, GWL_STYLE);
-        (void)SetWindowLongW(control, GWL_STYLE, former | static_cast<LONG>(style)); // a dead control has no style
+        (void)SetWindowLongW(control, GWL_STYLE,
+                             former | static_cast<LONG>(style)); // fails only if the control no longer exists
     }
     if (extendedStyle != 0) {
-        (void)SendMessageW(control, extendedMessage, extendedStyle, static_cast<LPARAM>(extendedStyle)); // former one
+        (void)SendMessageW(control, extendedMessage, extendedStyle,
+                           static_cast<LPARAM>(extendedStyle)); // returns the previous style
     }
 }
 
