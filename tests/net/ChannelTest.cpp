@@ -7,9 +7,6 @@
 
 #include <functional>
 #include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 

@@ -4,8 +4,6 @@
 #include "support/OwnLocalMachine.h"
 
 #include <algorithm>
-#include <string>
-#include <vector>
 
 /// Replaces the devices' names and the driver of every card.
 class CardDriver {
@@ -18,7 +16,6 @@ public:
         std::vector<unsigned char> answer{0x00, 0xA0, 0xC9, 0x14, 0xC8, 0x29}; // empty: the driver refuses
     } does;
     CallLog calls;
-    HANDLE handle = nullptr; // of the driver
 
 private:
     ImportPatch m_query{"QueryDosDeviceW", &QueryDosDeviceW, [this](LPCWSTR name, wchar_t* target, DWORD) {
@@ -33,7 +30,7 @@ private:
                          }};
     ImportPatch m_open{"CreateFileW", &CreateFileW, [this](LPCWSTR path, DWORD access, DWORD share, auto...) {
                            calls.Add(L"open", path, access, share);
-                           return handle = does.canOpen ? CreateEventW(nullptr, 1, 0, nullptr) : INVALID_HANDLE_VALUE;
+                           return does.canOpen ? CreateEventW(nullptr, 1, 0, nullptr) : INVALID_HANDLE_VALUE;
                        }};
     ImportPatch m_ask{"DeviceIoControl", &DeviceIoControl,
                       [this](HANDLE, DWORD code, void* in, DWORD, void* out, DWORD room, DWORD* length, auto) {

@@ -15,13 +15,6 @@ constexpr wchar_t kUdp[] = L"UDPAllowedPorts";
 constexpr wchar_t kRaw[] = L"RawIPAllowedProtocols";
 const std::wstring kServices = L"SYSTEM\\CurrentControlSet\\Services\\";
 
-// Naming a private member in an explicit instantiation is allowed; this hands it out.
-auto PortIsAllowed();
-template <auto member> struct HandOut {
-    friend auto PortIsAllowed() { return member; }
-};
-template struct HandOut<&CSecurityFilterNT::IsAllowed>;
-
 /// The machine has two adapters, 1 and 2, and a third that is not bound. Their lists are written with a comma for
 /// each terminator.
 struct SecurityFilter : testing::Test {
@@ -96,24 +89,6 @@ TEST_F(SecurityFilter, SwitchingChangesTheProtocolsOfEveryAdapter) {
     EXPECT_EQ(filter.IsEnabled(), 0);
     EXPECT_EQ(Get(2, kRaw), L"7:,");
     EXPECT_EQ(filter.Enable(0), 0);
-}
-
-TEST_F(SecurityFilter, PortIsAllowedWhereEveryAdapterLetsItThrough) {
-    CSecurityFilterNT filter;
-    const auto allowed = [&](PROTOCOL protocols) { return (filter.*PortIsAllowed())(80, protocols); };
-    EXPECT_EQ(allowed(kBoth), 1); // the filter is off
-    Switch(REG_DWORD, L"\1\0"sv);
-    Set(1, kTcp, L"80,,");
-    EXPECT_EQ(allowed(PROTOCOL_TCP), 0);
-    Set(2, kTcp, L"80,,");
-    EXPECT_EQ(allowed(PROTOCOL_TCP), 1);
-    EXPECT_EQ(allowed(kBoth), 0);
-    filter.AllowPort(80, PROTOCOL_UDP);
-    EXPECT_EQ(allowed(kBoth), 1);
-    machine.Remove(kServices + L"Tcpip\\Linkage", L"Bind");
-    filter = CSecurityFilterNT();
-    Set(1, kTcp, L",");
-    EXPECT_EQ(allowed(kBoth), 1);
 }
 
 TEST_F(SecurityFilter, ListsThatAreMissingOrOfAnotherTypeStayAsTheyAre) {

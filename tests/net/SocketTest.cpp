@@ -100,7 +100,8 @@ TEST(Socket, DropsWhatThePeerStillSendsBeforeItCloses) {
     window.Wait(WM_SOCKET_DATA);
     EXPECT_EQ(own.Disconnect(), 0);
     EXPECT_EQ(window.Take(WM_SOCKET_DATA), 0) << "no event for dropped data";
-    EXPECT_EQ(connection.ReceiveAll(), "") << "a close with unread data would reset the connection";
+    char end = 0;
+    EXPECT_EQ(recv(connection.bare, &end, 1, 0), 0) << "a close with unread data would reset the connection";
 }
 
 TEST(Socket, DisconnectingWithinATimeLosesNothing) {
