@@ -33,7 +33,7 @@ protected:
 
 } // namespace
 
-TEST_F(Dictating, WhatIsHeardIsRecordedCompressedAndMadeAWaveFile) {
+TEST_F(Dictating, SoundIsRecordedCompressedAndExportedAsAWaveFile) {
     const ChildProcess player(Order(L"play", L"long.pcm"));
     std::string levels;
     unsigned long held = 0;

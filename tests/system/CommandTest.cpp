@@ -90,7 +90,7 @@ struct Command : testing::Test {
 
 } // namespace
 
-TEST_F(Command, IsReadFromTheRegistryAndHandedOutAsRecord) {
+TEST_F(Command, IsReadFromTheRegistryAndReturnedAsRecord) {
     Set(L"AUTOFLAG", std::wstring(L"yes\0", 4));
     Set(L"pathfilename", L"%ROOT%\\a.exe");
     Set(L"WorkDir", std::wstring(63, L'w'));
@@ -148,7 +148,7 @@ TEST_F(Command, IsWrittenAsTextAndReadBack) {
     command.FormatAsText(nullptr);
 }
 
-TEST_F(Command, Odd166And167LinesGoByNamesAnywhereInThemAndTheLastOneNeedsItsEnd) {
+TEST_F(Command, Odd166And167NamesCountAnywhereInALineAndTheLastLineNeedsItsEnd) {
     for (const auto& [text, directory, key] : Rows{
              {"PathFileName=C:\\WorkDir\\a.exe\r\n", "C:\\WorkDir\\a.exe", ""},
              {"WorkDir=C:\\AutoFlag\r\n", "C:\\AutoFlag", ""},
@@ -180,7 +180,7 @@ TEST_F(Command, LongTextsAreCutToTheirFields) {
     EXPECT_EQ(CommandLine(command), "\"" + longest + "\\" + longest + "\" " + value.substr(0, 255));
 }
 
-TEST_F(Command, PlaceholdersAreReplacedOneByOneUntilTakenBack) {
+TEST_F(Command, PlaceholdersAreReplacedOneByOneUntilReset) {
     CCommand command = FromText("PathFileName=a\r\nArguments=$A $B $A\r\n");
     for (const auto& [token, value, line] : Rows{{"$A", "x y", "\"a\" x y $B $A"},
                                                  {"$C", "-", "\"a\" x y $B $A"},
@@ -197,7 +197,7 @@ TEST_F(Command, PlaceholdersAreReplacedOneByOneUntilTakenBack) {
     EXPECT_EQ(CommandLine(command), "\"a\" $A " + longText.substr(0, 252));
 }
 
-TEST_F(Command, ProgramIsLookedForInTheWorkingDirectoryUnlessItsPathTellsWhere) {
+TEST_F(Command, ProgramIsSearchedForInTheWorkingDirectoryUnlessItNamesADriveOrDirectory) {
     SetEnvironmentVariableA("TOOLS", "C:\\To ols");
     const std::string deep = std::string(257, 'd') + "\\a";
     const std::string deepLine = "\"" + deep + "\" -f|D:\\x";
@@ -216,7 +216,7 @@ TEST_F(Command, ProgramIsLookedForInTheWorkingDirectoryUnlessItsPathTellsWhere) 
     }
 }
 
-TEST_F(Command, ProgramWhosePathIsNotWholeIsNotStarted) {
+TEST_F(Command, ProgramWithATruncatedPathIsNotStarted) {
     SetEnvironmentVariableA("LONG", std::string(300, 'l').c_str());
     const std::string cut = std::string(250, 'd') + "\\other.exe.disabled\r\n";
     for (const std::string& text :

@@ -65,7 +65,7 @@ TEST(DateTime, ComponentsOutOfRangeAreInvalidAndAllZeroIsNullOdd170) {
     }
 }
 
-TEST(DateTime, DateAndTimeAreSetApartAndWhatDoesNotFitStaysInvalid) {
+TEST(DateTime, DateAndTimeAreSetSeparatelyAndWhatDoesNotFitStaysInvalid) {
     CDateTimeEnglish time(kEvening);
     EXPECT_EQ(time.SetDate(2005, 2, 29), DTS_INVALID);
     EXPECT_EQ(time.SetDate(2005, 3, 1), DTS_VALID);
@@ -133,7 +133,7 @@ TEST(DateTime, ADateThatCannotBeReadLeavesNone) {
     EXPECT_EQ(none.SetDateTime(FID_TIME, L"21:22"), DTS_INVALID) << "nor is one taken from the clock";
 }
 
-TEST(DateTime, FieldsAreCutAtTheirPlacesWhateverPartsThemOdd172) {
+TEST(DateTime, FieldsAreReadAtTheirPlacesWhateverTheSeparatorsOdd172) {
     EXPECT_EQ(Whole({FID_DATE_SLASH_SECONDS, L"02x29x2004x20x05x9x"}), L"20040229200509000");
     EXPECT_EQ(Whole({FID_DATE_DASH, L"1 / 2-2004"}), L"20040201000000000");
     EXPECT_EQ(CDateTimeEnglish(FID_DATE_DASH, L"-1-02-2004").GetStatus(), DTS_INVALID);

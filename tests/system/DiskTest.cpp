@@ -256,7 +256,7 @@ TEST_F(PrepMo, AnyFailureIsTheResult) {
     EXPECT_EQ(prepMo.PartitionAndFormat('7', 1), ERROR_NOT_ENOUGH_MEMORY);
 }
 
-TEST_F(PrepMo, Odd194AMediumWithAUsablePartitionIsNotPartitionedAnew) {
+TEST_F(PrepMo, Odd194AMediumWithAUsablePartitionIsNotPartitionedAgain) {
     constexpr LONGLONG kSize = 1'048'576'000; // of 1,000 cylinders
     const struct {
         const char* why;

@@ -134,7 +134,7 @@ TEST_F(EventLogSource, TheLastCopyEndsTheRegistration) {
     EXPECT_EQ(log.lines, Lines{L"end of Scanner"});
 }
 
-TEST_F(EventLogSource, Odd187IsAlwaysDescribedUnderTheApplicationLog) {
+TEST_F(EventLogSource, Odd187IsAlwaysRegisteredUnderTheApplicationLog) {
     Logs machine;
     const std::wstring key = kLogs + L"\\Application\\Scanner";
     const CNtEventLogSource::InstallData description{2, 7, L"events.dll", L"categories.dll", nullptr};

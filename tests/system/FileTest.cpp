@@ -106,7 +106,7 @@ TEST_F(Files, ReportWhatFailedAndKeepWhatCannotBeClosedWithoutItsPathOdd203) {
     EXPECT_EQ(file.TellFile(), 2);
 }
 
-TEST_F(Files, ThatAreNotOpenSaySo) {
+TEST_F(Files, ThatAreNotOpenReportIt) {
     CFile closed;
     EXPECT_EQ(closed.Rewind(), CFile::NOT_OPEN);
     EXPECT_EQ(closed.SizeFile(nullptr), CFile::NOT_OPEN);
@@ -134,7 +134,7 @@ TEST_F(Files, KnowNameAndExtensionWithDotsOfFoldersOdd201) {
     EXPECT_STREQ(file.GetExt(), L"2\\plain");
 }
 
-TEST_F(Files, OfLongPathsAndGreatSizesAreOpened) {
+TEST_F(Files, WithLongPathsAndLargeSizesAreOpened) {
     const std::wstring name = L"\\\\?\\" + (folder / std::wstring(250, L'n')).wstring();
     Reports reports;
     const ImportPatch size("GetFileAttributesExW", &GetFileAttributesExW, [](auto, auto, void* info) {
@@ -169,7 +169,7 @@ TEST_F(Files, AreOpenAlsoInAProgramWithoutStandardInput) {
     EXPECT_EQ(file.WriteFile("abc", 3), 3u);
 }
 
-TEST_F(FileFinder, WalksThroughTheEntriesAndSharesTheSearchWithCopies) {
+TEST_F(FileFinder, ListsTheEntriesAndSharesTheSearchWithCopies) {
     Make(path);
     fs::create_directory(folder / L"sub");
     CFileFinder finder;
@@ -228,7 +228,7 @@ TEST_F(MappedFile, ShowsAFile) {
     EXPECT_EQ(std::string(static_cast<char*>(mapped.MapView(FILE_MAP_READ, 0, 0, 0)), 4), "text");
 }
 
-TEST_F(Directories, AreMadeUpToTheLastBackslashOdd202) {
+TEST_F(Directories, AreCreatedUpToTheLastBackslashOdd202) {
     const struct {
         const wchar_t* path;
         unsigned long result;
@@ -255,7 +255,7 @@ TEST_F(Directories, AreMadeUpToTheLastBackslashOdd202) {
     }
 }
 
-TEST_F(Directories, AreMadeAndRemovedWithAllThatIsInThem) {
+TEST_F(Directories, AreCreatedAndRemovedWithTheirContents) {
     std::wstring deep = L"\\\\?\\" + (folder / L"tree\\").wstring();
     for (int level = 0; level < 20; ++level) deep += std::wstring(60, L'd') + L"\\";
     for (int time = 0; time < 2; ++time) EXPECT_EQ(CreateDir(deep.c_str()), 0u);
@@ -267,7 +267,7 @@ TEST_F(Directories, AreMadeAndRemovedWithAllThatIsInThem) {
     EXPECT_EQ(RemoveDir(nullptr), 0xFFFFFFFF);
 }
 
-TEST_F(Directories, ThatAreFilesAreNotMade) {
+TEST_F(Directories, ThatExistAsFilesAreNotCreated) {
     Make(path);
     EXPECT_EQ(CreateDir((path / L"").c_str()), DWORD{ERROR_DIRECTORY});
     EXPECT_EQ(CreateDir((path / L"below" / L"").c_str()), DWORD{ERROR_PATH_NOT_FOUND});

@@ -60,7 +60,7 @@ TEST_F(Processor, IsDescribedByTheInstrumentation) {
     }
 }
 
-TEST_F(Processor, HasAHighestSpeedThatLeavesOutTheRegisteredOneBelowTheMaximumOdd204) {
+TEST_F(Processor, HighestSpeedIgnoresTheRegisteredOneBelowTheMaximumOdd204) {
     const OwnLocalMachine machine; // without a speed, and none is read elsewhere: the object's speeds stay
     const ImportPatch noCom(Failing("CoInitializeEx", &CoInitializeEx, RPC_E_CHANGED_MODE));
     constexpr unsigned long kRows[][4] = {// registered, current, maximum, highest
@@ -119,7 +119,7 @@ TEST_F(Processor, IsOneOfTheInstancesThatAReaderAndItsCopiesSelect) {
     EXPECT_LT(Reader(L"No class").GetResult(), 0);
 }
 
-TEST_F(Processor, GivesItsPropertiesOnlyAsWhatTheyAre) {
+TEST_F(Processor, ReturnsPropertiesOnlyAsTheirOwnType) {
     CWmiClass reader = Reader();
     char bytes[3] = {'#', '#', '#'};
     wchar_t text[64];

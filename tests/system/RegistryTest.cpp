@@ -110,7 +110,7 @@ TEST_F(Registry, MultiStringsAreWrittenFromTextsOrFromAList) {
     EXPECT_EQ(reg.ReadKey(key, *list.begin(), 1000, nullptr), 0) << "the name lies in the data that make way";
 }
 
-TEST_F(Registry, BuffersGrowToWhatIsAskedFor) {
+TEST_F(Registry, BuffersGrowToTheRequestedSize) {
     const std::wstring name(250, L'n');
     const std::wstring text(150, L't');
     ASSERT_EQ(reg.SaveKey(key, name.c_str(), text.c_str()), 0);
@@ -168,7 +168,7 @@ TEST_F(Registry, DataWithoutTerminatorsEndWithTheValue) {
     EXPECT_EQ(number, 0x105UL);
 }
 
-TEST_F(Registry, ValuesAreWalkedThroughOdd73) {
+TEST_F(Registry, ValuesAreListedOdd73) {
     ASSERT_EQ(reg.SaveKey(key, L"a", 1UL), 0);
     ASSERT_EQ(reg.SaveKey(key, L"b", L"too long for the buffer"), 0);
     ASSERT_EQ(reg.SaveKey(key, L"c", L"text"), 0);
@@ -194,7 +194,7 @@ TEST_F(Registry, ValuesAreWalkedThroughOdd73) {
     EXPECT_EQ(CReg(1, 0).ReadKey(key, 0), ERROR_MORE_DATA);
 }
 
-TEST_F(Registry, KeysAreOpenedWalkedThroughAndRemoved) {
+TEST_F(Registry, KeysAreOpenedListedAndRemoved) {
     EXPECT_EQ(CReg::OpenKey(key, L"first", false), nullptr);
     for (const wchar_t* name : {L"first", L"second"}) CReg::CloseKey(CReg::OpenKey(key, name, true));
     wchar_t name[8];
@@ -209,7 +209,7 @@ TEST_F(Registry, KeysAreOpenedWalkedThroughAndRemoved) {
     EXPECT_EQ(CReg::OpenKey(key, L"first", false), nullptr);
 }
 
-TEST_F(Registry, KeysOfTheWorkstationLieUnderVarda) {
+TEST_F(Registry, KeysOfTheWorkstationAreUnderVarda) {
     EXPECT_EQ(CReg::OpenVardaKey(nullptr, false, L"name"), nullptr);
     EXPECT_EQ(CReg::OpenVardaKey(nullptr, true, nullptr), nullptr);
     for (const HKEY opened : {CReg::OpenVardaKey(L"sub", true, L"name"), CReg::OpenVardaAutoStartKey(L"name"),
@@ -243,7 +243,7 @@ TEST_F(Registry, MissingBufferShowsInTheStatusAloneOdd70) {
     EXPECT_EQ(missing.ReadKey(key, L"x", 0, nullptr), ERROR_FILE_NOT_FOUND);
 }
 
-TEST_F(Registry, BytesAreWrittenUnderTheTypeThatIsLeftOdd71) {
+TEST_F(Registry, BytesAreWrittenWithThePreviousTypeOdd71) {
     ASSERT_EQ(reg.SaveKey(key, L"text", L"text"), 0);
     Bytes bytes = BytesOf(L"ab");
     for (; bytes.size() != 2; bytes.pop_back()) {
@@ -254,7 +254,7 @@ TEST_F(Registry, BytesAreWrittenUnderTheTypeThatIsLeftOdd71) {
     EXPECT_EQ(Stored(L"x"), Entry(REG_SZ, {'a'}));
 }
 
-TEST_F(Registry, BinaryDataGiveTheCapacityNotTheLengthOdd72) {
+TEST_F(Registry, BinaryDataReturnTheCapacityNotTheLengthOdd72) {
     CReg small(0, 6);
     Store(L"bytes", REG_BINARY, {1, 2, 3});
     ASSERT_EQ(small.ReadKey(key, L"bytes", 0, nullptr), 0);

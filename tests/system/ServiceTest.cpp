@@ -90,7 +90,7 @@ struct Service : testing::Test {
 
 } // namespace
 
-TEST_F(Service, IsInstalledStartedStoppedAndRemovedAndAskedForWhateverTheNameOdd181) {
+TEST_F(Service, IsInstalledStartedStoppedRemovedAndQueriedWhateverTheNameOdd181) {
     EXPECT_FALSE(CNtService::Start());
     EXPECT_FALSE(CNtService::Stop());
     EXPECT_FALSE(CNtService::IsRunning(nullptr));
@@ -137,7 +137,7 @@ TEST_F(Service, Odd180TheStartModeIsSetButReadAsManual) {
     EXPECT_EQ(Stored(L"Start"), L"3");
 }
 
-TEST_F(Service, Odd183ThePathHasNoMarksAndALongOneIsRefused) {
+TEST_F(Service, Odd183ThePathHasNoQuotationMarksAndALongOneIsRefused) {
     service.emplace(kDisplayName, L"C:\\My service.exe");
     service->Install();
     EXPECT_EQ(Stored(L"ImagePath"), L"C:\\My service.exe --role service");

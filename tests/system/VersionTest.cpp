@@ -75,7 +75,7 @@ struct Version : testing::Test {
 
 } // namespace
 
-TEST_F(Version, AFileTellsItsVersionTimeSizeAndTexts) {
+TEST_F(Version, VersionTimeSizeAndTextsOfAFileAreRead) {
     const fs::path file = Copied("older");
     CSwVersion version(file.c_str());
     EXPECT_EQ(Described(version), L"1.2.10.7 03/05/2024 16:07:08");
@@ -93,7 +93,7 @@ TEST_F(Version, AFileTellsItsVersionTimeSizeAndTexts) {
     EXPECT_FALSE(version.GetVerStringInfo(L"ProductName", nullptr, 5));
 }
 
-TEST_F(Version, Odd193ATextThatIsLongerThanTheRoomIsNotTerminated) {
+TEST_F(Version, Odd193ATextThatIsLongerThanTheBufferIsNotTerminated) {
     CSwVersion version(Built("newer").c_str());
     wchar_t text[7] = L"xxxxxx";
     EXPECT_TRUE(version.GetVerStringInfo(L"ProductName", text, 0));
@@ -103,7 +103,7 @@ TEST_F(Version, Odd193ATextThatIsLongerThanTheRoomIsNotTerminated) {
     EXPECT_STREQ(text, L"Newer");
 }
 
-TEST_F(Version, WhatIsNotKnownOfAFileStaysZero) {
+TEST_F(Version, UnknownValuesOfAFileAreZero) {
     const fs::path large = folder / "large";
     std::ofstream(large).close();
     fs::resize_file(large, 5'000'000'001);
@@ -123,7 +123,7 @@ TEST_F(Version, WhatIsNotKnownOfAFileStaysZero) {
     EXPECT_EQ(Described(library).substr(0, 8), L"0.0.0.0 ");
 }
 
-TEST_F(Version, APathBeyondTheRecordIsReadAndKeptInPart) {
+TEST_F(Version, ALongPathIsReadAndStoredTruncated) {
     const fs::path deep = folder / std::wstring(100, L'd');
     fs::create_directories(deep);
     fs::copy_file(Built("older"), deep / "older");
@@ -185,7 +185,7 @@ TEST_F(Version, VersionsAreComparedNumberByNumber) {
     }
 }
 
-TEST_F(Version, Odd191TheTableGoesWithTheLastObjectOnceItWasGivenUp) {
+TEST_F(Version, Odd191TheTableIsEmptiedWithTheLastObjectAfterRemoveTable) {
     const int first = CSwVersion::GetFileCount();
     { const CSwVersion alone(Built("older").c_str()); }
     EXPECT_EQ(CSwVersion::GetFileCount(), first + 1) << "still wanted";

@@ -153,7 +153,7 @@ TEST_F(Brush, BitmapIconIsComposedInLentMemoryContextsOnly) {
     DeleteDC(lent);
 }
 
-TEST(Palette, CopiesHaveTheColoursAndAHandleOfTheirOwn) {
+TEST(Palette, CopiesHaveTheColoursAndTheirOwnHandle) {
     COrcaPalette first;
     {
         COrcaPalette copy(first);
@@ -166,7 +166,7 @@ TEST(Palette, CopiesHaveTheColoursAndAHandleOfTheirOwn) {
     EXPECT_EQ(first.GetColor(CI_COUNT), 0u);
 }
 
-TEST_F(Brush, ReportsWhatTheSystemDoesNotGive) {
+TEST_F(Brush, ReportsWhatTheSystemRefuses) {
     Reports reports;
     const ImportPatch solid(Failing("CreateSolidBrush", &CreateSolidBrush, nullptr));
     const ImportPatch display(Failing("CreateDCW", &CreateDCW, nullptr));

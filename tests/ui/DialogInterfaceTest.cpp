@@ -111,7 +111,7 @@ TEST_P(Lists, Odd47AddInsertAndDeleteItemsAndAppendAtIndex0) {
 
 INSTANTIATE_TEST_SUITE_P(Kinds, Lists, testing::Values(CTL_LIST, CTL_COMBO));
 
-TEST_F(Dialog, Odd46AListBoxWithoutASelectionGivesItsTextAndItsCount) {
+TEST_F(Dialog, Odd46AListBoxWithoutASelectionReturnsItsTextAndItsCount) {
     EXPECT_EQ(After(dialog.Reset(CTL_LIST, L"apple,banana"), CTL_LIST, -1), Got(L"list", -1, 2));
     EXPECT_EQ(After(dialog.Set(CTL_LIST, -1, L"ban", 7), CTL_LIST, -5), Got(L"banana", 1, 0));
     EXPECT_EQ(After(dialog.Set(CTL_LIST, -1, L"cherry", 7), CTL_LIST, -1), Got(L"list", -1, 2));
@@ -124,7 +124,7 @@ TEST_F(Dialog, Odd46AListBoxWithoutASelectionGivesItsTextAndItsCount) {
     EXPECT_GT(height, 0);
 }
 
-TEST_F(Dialog, AComboBoxHasATextOfItsOwn) {
+TEST_F(Dialog, AComboBoxHasItsOwnText) {
     dialog.Reset(CTL_COMBO, L"apple,banana");
     EXPECT_EQ(After(dialog.Set(CTL_COMBO, -2, L"own", 7), CTL_COMBO, -2), Got(L"own", -2, 0));
     EXPECT_EQ(Get(CTL_COMBO, -1), Got(L"", -1, 0));
@@ -298,7 +298,7 @@ TEST_F(Dialog, FocusesAControlAndSelectsAnItem) {
     EXPECT_EQ(GetFocus(), Item(CTL_CHECK));
 }
 
-TEST_F(Dialog, Odd43AnEditSelectsFromItsStartAndAComboBoxWhatIsSaid) {
+TEST_F(Dialog, Odd43AnEditSelectsFromItsStartAndAComboBoxTheGivenRange) {
     dialog.Set(CTL_EDIT, 0, L"0123456789", 0);
     dialog.Set(CTL_COMBO, -1, L"0123456789", 0);
     EXPECT_EQ(dialog.SetEditSelection(CTL_EDIT, 2, 5), 0);
@@ -410,7 +410,7 @@ TEST_F(Dialog, RemembersFourSelectionsAndTakesNoOtherSlot) {
     for (const int slot : {-1, 4}) EXPECT_EQ(dialog.SetLVSelected(9, slot) + dialog.GetLVSelected(slot), -2);
 }
 
-TEST_F(Dialog, Odd40TheFirstCopyToGoTakesTheDialogAlong) {
+TEST_F(Dialog, Odd40DestroyingTheFirstCopyDestroysTheDialog) {
     const HWND window = dialog.GetHandle();
     EXPECT_EQ(GetWindowLongPtrW(window, GWLP_USERDATA), 42);
     { const DIALOG_INTERFACE copy(dialog); }
@@ -419,7 +419,7 @@ TEST_F(Dialog, Odd40TheFirstCopyToGoTakesTheDialogAlong) {
     EXPECT_EQ(failed.GetHandle(), nullptr);
 }
 
-TEST_F(Dialog, Odd42WithoutATargetDialogMostOperationsStillGive0) {
+TEST_F(Dialog, Odd42WithoutATargetDialogMostOperationsStillReturn0) {
     dialog.SetTargetDialog(nullptr);
     int count = 5;
     EXPECT_EQ(dialog.GetCount(CTL_EDIT, count), 1);

@@ -131,7 +131,7 @@ TEST(MessageBoxes, Odd52And53And56OwnDialogHasTheButtonsOfThePlainTypesAndEndsWi
     EXPECT_EQ(reports.Take(), Texts{"MessageBox:289 Unsupported MessageBox type!"});
 }
 
-TEST(MessageBoxes, Odd54OtherHooksHearOnlyOfTheActivationOfTheCentredSystemBox) {
+TEST(MessageBoxes, Odd54OtherHooksSeeOnlyTheActivationOfTheCentredSystemBox) {
     const Press press({IDNO});
     EXPECT_EQ(CMessageBox().Run(L"Text", L"Caption", MB_YESNO, MESSAGEBOX_NO_ERROR), IDNO);
     EXPECT_EQ(press.message + L'|' + press.caption, L"Text|Caption");
@@ -140,7 +140,7 @@ TEST(MessageBoxes, Odd54OtherHooksHearOnlyOfTheActivationOfTheCentredSystemBox) 
     EXPECT_TRUE(press.hearsOfTheEnd);
 }
 
-TEST(MessageBoxes, LeavesNoHookBehindWhenOneBoxBringsUpAnother) {
+TEST(MessageBoxes, LeavesNoHookBehindWhenOneBoxOpensAnother) {
     const ImportPatch patch("MessageBoxW", &MessageBoxW, ShowAnotherOnce);
     EXPECT_EQ(CMessageBox().Run(L"", L"", MB_YESNO, MESSAGEBOX_NO_ERROR), MB_OK);
     EXPECT_EQ(LeftOfActivated(), 1);

@@ -201,7 +201,7 @@ TEST_F(Notify, FocusFollowsThePointerAndPlacesTheCaret) {
     FormatSysMsg::SetCommonDlgActive(0);
 }
 
-TEST_F(Notify, WindowsOfAProcessThatHangsAreNotWaitedFor) {
+TEST_F(Notify, DoesNotWaitForWindowsOfAHungProcess) {
     for (const char* const className : {"Edit", "ListBox"}) {
         ChildProcess other("hang", {className});
         const HWND hung = reinterpret_cast<HWND>(std::stoul(other.WaitUntil("window ")));
@@ -215,7 +215,7 @@ TEST_F(Notify, WindowsOfAProcessThatHangsAreNotWaitedFor) {
     }
 }
 
-TEST_F(Notify, ListBoxThatIsReleasedWhileItAnswersIsNotSnappedTo) {
+TEST_F(Notify, DoesNotSnapToAListBoxReleasedWhileItAnswers) {
     const HWND list = Add(L"ListBox");
     Send(list, LB_ADDSTRING, 0, L"a");
     formatter.RegisterListBoxMove(list);
@@ -226,7 +226,7 @@ TEST_F(Notify, ListBoxThatIsReleasedWhileItAnswersIsNotSnappedTo) {
     EXPECT_EQ(SendMessageW(list, LB_GETCURSEL, 0, 0), LB_ERR);
 }
 
-TEST_F(Notify, ThePointerStaysWhereNoItemOfAListBoxIs) {
+TEST_F(Notify, ThePointerStaysWhereAListBoxHasNoItem) {
     const HWND list = Add(L"ListBox");
     formatter.RegisterListBoxMove(list);
     SetCursorPos(45, 60);
