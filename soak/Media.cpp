@@ -33,7 +33,7 @@ std::string Converted(int compress, std::string sound) {
     unsigned long whole = 0;
     unsigned long allocated = 0;
     const bool done = converter.Convert(sound.data(), made, size, whole, size, allocated) == 0;
-    const std::string result(made, made == nullptr ? 0 : whole);
+    std::string result(made, made == nullptr ? 0 : whole);
     GlobalFree(made);
     Require(done && !result.empty(), "sound is converted");
     return result;

@@ -24,7 +24,7 @@ void BareOffice::Send(HWND to, const void* data, std::size_t size) {
     ReleaseSemaphore(m_lock, 1, nullptr);
     block.length = static_cast<std::uint32_t>(size);
     std::memcpy(block.data, data, size);
-    PostMessageW(to, kNotification, 0, m_cursor);
+    PostMessageW(to, kNotification, 0, static_cast<LPARAM>(m_cursor));
 }
 
 void BareOffice::Receive(HWND window, void* data, std::size_t size) {

@@ -166,7 +166,7 @@ public:
         m_socket = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
         if (!server) return;
         sockaddr_in address = LoopbackListener::Endpoint(0);
-        bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
+        (void)bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address); // else the peer cannot connect
         listen(m_socket, 1);
     }
     ~TcpTransport() override { closesocket(m_socket); }
@@ -183,7 +183,7 @@ public:
             closesocket(listener);
         } else {
             sockaddr_in address = LoopbackListener::Endpoint(static_cast<u_short>(std::stoul(peer)));
-            connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
+            (void)connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address); // else the first send fails
         }
         const int noDelay = 1;
         setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&noDelay), sizeof noDelay);

@@ -36,7 +36,7 @@ protected:
 } // namespace
 
 TEST_F(Courier, CarriesFilesOfAnySizeAndLeavesNothingBehind) {
-    for (const std::size_t size : {0, 1, 5119, 5120, 3000000}) {
+    for (const std::size_t size : {0u, 1u, 5119u, 5120u, 3000000u}) {
         MakeFile(size);
         ChildProcess courier(Command(copy, size == 3000000 ? L"--stall 1500" : L""));
         EXPECT_NE(courier.WaitUntil("courier: " + std::to_string(size) + " bytes"), "(ended)");

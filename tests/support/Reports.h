@@ -14,7 +14,7 @@ public:
     Reports(Reports&&) = delete;
 
     /// The reports since the last call, in order.
-    std::vector<std::string> Take() { return std::move(m_texts); }
+    std::vector<std::string> Take() { return std::exchange(m_texts, {}); }
 
 private:
     static void Keep(const WND_ASSERT_RECORD& record, void* self) {

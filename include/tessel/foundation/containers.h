@@ -60,24 +60,33 @@ public:
     public:
         /// @name As the standard library's algorithms expect of a bidirectional iterator
         ///@{
-        using value_type = Element;             ///< the elements
+        using value_type = Element;             ///< what the iterator points to
         using difference_type = std::ptrdiff_t; ///< distance of two iterators
 
-        const_iterator() = default; ///< Creates an iterator of no list.
-        const Element& operator*() const { return static_cast<const Node*>(m_link)->element; } ///< @return the element
-        const Element* operator->() const { return &**this; }                                  ///< @return the element
-        /// @return this iterator, at the next element
+        /// Makes an iterator that points nowhere.
+        const_iterator() = default;
+        /// Returns the element.
+        /// @return the element, still the list's
+        const Element& operator*() const { return static_cast<const Node*>(m_link)->element; }
+        /// Returns the element.
+        /// @return the element, still the list's
+        const Element* operator->() const { return &**this; }
+        /// Moves to the next element.
+        /// @return this iterator
         const_iterator& operator++() { return *this = const_iterator(m_link->next); }
-        /// @return the iterator before the step to the next element
+        /// Moves to the next element.
+        /// @return the iterator as it was
         const_iterator operator++(int) { return std::exchange(*this, const_iterator(m_link->next)); }
-        /// @return this iterator, at the previous element
+        /// Moves to the previous element.
+        /// @return this iterator
         const_iterator& operator--() { return *this = const_iterator(m_link->previous); }
-        /// @return the iterator before the step to the previous element
+        /// Moves to the previous element.
+        /// @return the iterator as it was
         const_iterator operator--(int) { return std::exchange(*this, const_iterator(m_link->previous)); }
+        /// Compares two iterators.
         /// @param other  iterator of the same list
-        /// @return true: both are at the same element
+        /// @return true: both point to the same place
         bool operator==(const const_iterator& other) const = default;
-        ///@}
 
     private:
         friend CList;
