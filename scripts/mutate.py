@@ -52,8 +52,8 @@ def faults_of_line(path, number, line, starts_statement):
         yield Fault("line", path, number, line, "\n")
 
 
-def all_faults(tree):
-    for subsystem in SUBSYSTEMS:
+def all_faults(tree, subsystems):
+    for subsystem in subsystems:
         for path in sorted((tree / subsystem).rglob("*.cpp")):
             before = ";"
             for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(keepends=True)):
@@ -61,11 +61,11 @@ def all_faults(tree):
                 before = TEXT.sub("", line).rstrip() or before
 
 
-def drawn_faults(tree, seed):
+def drawn_faults(tree, subsystems, seed):
     """All faults in random order, the kinds by turns."""
     chance = random.Random(seed)
     kinds = {}
-    for fault in all_faults(tree):
+    for fault in all_faults(tree, subsystems):
         kinds.setdefault(fault.kind, []).append(fault)
     for faults in kinds.values():
         chance.shuffle(faults)
@@ -118,15 +118,18 @@ def main():
     parser.add_argument("tree", type=pathlib.Path)
     parser.add_argument("--count", type=int, default=60, help="faults that compile")
     parser.add_argument("--seed", type=int, default=random.randrange(10**6))
+    parser.add_argument("--subsystem", choices=SUBSYSTEMS, help="plant faults only there")
     options = parser.parse_args()
     tree = Tree(options.tree)
     print(f"seed {options.seed}", flush=True)
-    failing = tree.failing_test("-E", r"^package\.")
+    selection = ["-R", rf"^{options.subsystem}\."] if options.subsystem else ["-E", r"^package\."]
+    failing = tree.failing_test(*selection)
     if failing:
         sys.exit(f"{failing} fails without any fault: no faults planted")
 
     caught = counted = 0
-    for fault in drawn_faults(tree.path, options.seed):
+    subsystems = [options.subsystem] if options.subsystem else SUBSYSTEMS
+    for fault in drawn_faults(tree.path, subsystems, options.seed):
         if counted == options.count:
             break
         test = tree.outcome(fault)

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# scripts/mutate.sh [--count N] [--seed SEED]: plants deliberate faults in a copy of the product, one at a time, and
-# reports which of them the tests catch; 60 faults by default, in one to two hours. The copy stays in build/mutants.
+# scripts/mutate.sh [--count N] [--seed SEED] [--subsystem NAME]: plants deliberate faults in a copy of the product, one
+# at a time, and reports which of them the tests catch; 60 faults by default, in one to two hours. The copy stays in
+# build/mutants.
 set -euo pipefail
 origin=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 root=$origin/build/mutants

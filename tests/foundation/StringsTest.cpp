@@ -46,7 +46,7 @@ TYPED_TEST(CopyStringTest, ReportsBadArgumentsOnTheirLinesAndStaysInBounds) {
     using From = typename TypeParam::second_type;
     const bool wideTarget = sizeof(To) == 2;
     const int line = sizeof(From) == 1 ? (wideTarget ? 55 : 13) : (wideTarget ? 76 : 34);
-    const auto report = [line](int offset, const char* text) {
+    const auto report = [=](int offset, const char* text) {
         return "StringConversions:" + std::to_string(line + offset) + " " + text;
     };
     Reports reports;

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-/// A message-only window of the calling thread, with a look at what was posted to it.
+/// A message-only window of the calling thread. Tests read the messages posted to it.
 class MessageWindow {
 public:
     MessageWindow()
@@ -13,7 +13,7 @@ public:
     HWND Get() const { return m_window; }
     void Destroy() { DestroyWindow(m_window); }
 
-    /// Takes the next message of that number. @return its lParam; 0 when there is none
+    /// Removes the next message of that number. @return its lParam; 0 if there is none
     LPARAM Take(UINT message) const {
         MSG taken;
         return PeekMessageW(&taken, m_window, message, message, PM_REMOVE) ? taken.lParam : 0;
