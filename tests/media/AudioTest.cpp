@@ -378,7 +378,7 @@ TEST_F(Audio, FilesAreNeverSharedAndStayAsTheyAreWhenTheyCannotBeOpened) {
     Recorder recorder(0, File("opened", 3200ul));
     for (const auto& [access, failures] :
          {std::pair{GENERIC_WRITE, "11001"}, {GENERIC_READ, "10111"}, {0UL, "00001"}}) {
-        refused = access;
+        refused = static_cast<DWORD>(access);
         for (int mode = CAudio::MODE_IDLE; mode <= CAudio::MODE_PLAY_STEP + 1; ++mode) {
             recorder->m_nMode = mode;
             EXPECT_EQ(recorder.OpenFile(), static_cast<unsigned long>(failures[mode] - '0')) << access << " " << mode;
