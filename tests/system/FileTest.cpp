@@ -213,7 +213,7 @@ TEST_F(MappedFile, IsSharedByNameAndByCopies) {
     CMemMappedFile adopted(OpenFileMappingW(FILE_MAP_READ, FALSE, name));
     EXPECT_NE(adopted.MapView(FILE_MAP_READ, 0, 0, 0), nullptr);
     adopted = second = CMemMappedFile(nullptr);
-    EXPECT_EQ(OpenFileMappingW(FILE_MAP_READ, FALSE, name), nullptr) << "nobody holds it any more";
+    EXPECT_EQ(OpenFileMappingW(FILE_MAP_READ, FALSE, name), nullptr) << "no process has it open";
 }
 
 TEST_F(MappedFile, ShowsAFile) {

@@ -161,7 +161,7 @@ TEST_F(Registry, DataWithoutTerminatorsEndWithTheValue) {
     ASSERT_EQ(reg.ReadKey(key, L"odd", 0, nullptr), 0);
     EXPECT_EQ(reg.GetStatus(), CReg::UNKNOWN_VALUE);
     reg.SetType(CReg::TYPE_STRING);
-    EXPECT_EQ(Text(), L"%x%") << "a type of its own, but in the buffer";
+    EXPECT_EQ(Text(), L"%x%") << "an unknown type, but in the buffer";
     Store(L"odd", REG_DWORD, {5, 1});
     ASSERT_EQ(small.ReadKey(key, L"odd", 0, nullptr), 0);
     EXPECT_EQ(small.GetData(number), 0UL);

@@ -188,9 +188,9 @@ TEST_F(Version, VersionsAreComparedNumberByNumber) {
 TEST_F(Version, Odd191TheTableIsEmptiedWithTheLastObjectAfterRemoveTable) {
     const int first = CSwVersion::GetFileCount();
     { const CSwVersion alone(Built("older").c_str()); }
-    EXPECT_EQ(CSwVersion::GetFileCount(), first + 1) << "still wanted";
+    EXPECT_EQ(CSwVersion::GetFileCount(), first + 1) << "RemoveTable() was not called";
     CSwVersion::RemoveTable();
-    EXPECT_EQ(CSwVersion::GetFileCount(), 0) << "nobody is alive";
+    EXPECT_EQ(CSwVersion::GetFileCount(), 0) << "no object exists";
     std::optional<CSwVersion> original(std::in_place, Built("newer").c_str());
     std::optional<CSwVersion> copy(*original);
     std::optional<CSwVersion> assigned(std::in_place, 0);
@@ -198,7 +198,7 @@ TEST_F(Version, Odd191TheTableIsEmptiedWithTheLastObjectAfterRemoveTable) {
     CSwVersion::RemoveTable();
     original.reset();
     copy.reset();
-    EXPECT_EQ(CSwVersion::GetFileCount(), 1) << "an object is alive";
+    EXPECT_EQ(CSwVersion::GetFileCount(), 1) << "an object exists";
     EXPECT_EQ(TextOf(*assigned), L"Newer");
     assigned.reset();
     EXPECT_EQ(CSwVersion::GetFileCount(), 0);

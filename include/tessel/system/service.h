@@ -51,7 +51,7 @@ public:
     /// not start the process, the call writes an error to the event log and returns after some seconds.
     void Run();
 
-    /// Registers the service with the service manager: in a process of its own, started on demand, under the local
+    /// Registers the service with the service manager: in a separate process, started on demand, under the local
     /// system account and allowed to show windows. Requires administrator rights.
     ///
     /// The path is registered without quotation marks: put them around a path with blanks. The path of the running

@@ -27,7 +27,7 @@ inline constexpr unsigned int MESSAGEBOX_SAME_TYPE = 0xFFFFFFFF;
 /// executable, not from a DLL.
 ///
 /// Each copy has its own texts. If memory runs out, a text is empty.
-/// Threads: only one thread at a time may use an object; each may run boxes of its own.
+/// Threads: only one thread at a time may use an object; each thread may show its own boxes.
 class TESSEL_API CMessageBox : public CDialog {
 public:
     /// The dialog template of an application.
