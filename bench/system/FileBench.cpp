@@ -53,6 +53,42 @@ void TransferBare(benchmark::State& state) {
     _close(file);
 }
 
+constexpr int kBlock = 4096;
+constexpr int kImage = 1 << 20;
+
+/// Makes the file that is copied, block by block, to `target`.
+struct Source : Folder {
+    Source() { std::ofstream(path / L"file", std::ios::binary) << std::string(kImage, 'x'); }
+
+    std::wstring target = (path / L"target").wstring();
+    char block[kBlock];
+};
+
+void CopyTessel(benchmark::State& state) {
+    Source source;
+    for (auto _ : state) {
+        CFile from(source.file.c_str(), CFile::READ_ONLY);
+        CFile to(source.target.c_str(), CFile::TRUNCATE);
+        while (const unsigned long count = from.ReadFile(source.block, kBlock)) to.WriteFile(source.block, count);
+    }
+    if (fs::file_size(source.target) != kImage) state.SkipWithError("not copied");
+}
+
+void CopyBare(benchmark::State& state) {
+    constexpr int kFlags = _O_BINARY | _O_RANDOM;
+    Source source;
+    for (auto _ : state) {
+        const int from = _wopen(source.file.c_str(), kFlags | _O_RDONLY);
+        const int to = _wopen(source.target.c_str(), kFlags | _O_CREAT | _O_RDWR | _O_TRUNC, _S_IWRITE);
+        while (const int count = _read(from, source.block, kBlock)) {
+            _write(to, source.block, static_cast<unsigned int>(count));
+        }
+        _close(from);
+        _close(to);
+    }
+    if (fs::file_size(source.target) != kImage) state.SkipWithError("not copied");
+}
+
 /// 100 directories of 100 files each.
 void MakeTree(const fs::path& tree) {
     constexpr int count = 100;
@@ -91,12 +127,12 @@ void RemoveTree(benchmark::State& state, bool (*remove)(const std::wstring&)) {
     }
 }
 
-constexpr int kBlock = 4096;
-constexpr int kImage = 1 << 20;
 constexpr int kTreeRepetitions = 5; // each creates its 10,000 files first, which takes seconds
 
 BENCHMARK(TransferTessel)->Name("File, write and read/Tessel")->Arg(kBlock)->Arg(kImage)->UseRealTime();
 BENCHMARK(TransferBare)->Name("File, write and read/Bare")->Arg(kBlock)->Arg(kImage)->UseRealTime();
+BENCHMARK(CopyTessel)->Name("File, copy 1 MB by 4 KB/Tessel")->UseRealTime();
+BENCHMARK(CopyBare)->Name("File, copy 1 MB by 4 KB/Bare")->UseRealTime();
 BENCHMARK_CAPTURE(RemoveTree, Tessel, RemoveTessel)
     ->Name("Tree of 10,000 files, remove/Tessel")
     ->Iterations(1)
