@@ -112,10 +112,7 @@ TEST_F(SocketFiles, FilesThatCannotBeUsedGiveTheirError) {
     EXPECT_EQ(connection.own->WriteFile(head.get(), nullptr), ERROR_PATH_NOT_FOUND);
     EXPECT_EQ(connection.own->ReadFile((target / L"below").c_str(), 1), ERROR_PATH_NOT_FOUND);
     connection.Send("x");
-    const ImportPatch patch("WriteFile", &WriteFile, [](HANDLE, const void*, DWORD, DWORD* written, OVERLAPPED*) {
-        *written = 0;
-        return TRUE;
-    });
+    const ImportPatch patch(Failing("WriteFile", &WriteFile, FALSE, ERROR_DISK_FULL));
     EXPECT_EQ(connection.own->ReadFile(target.c_str(), 1), ERROR_DISK_FULL);
     std::ofstream(source) << "x";
     EXPECT_EQ(CSocket().WriteFile(head.get(), source.c_str()), WSAENOTSOCK);

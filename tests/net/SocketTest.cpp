@@ -227,16 +227,12 @@ TEST(Socket, Odd77WithoutASocketAServerReportsSuccess) {
     EXPECT_EQ(socket.Connect(LoopbackListener::Address(), 1), WSAEMFILE);
 }
 
-TEST(Socket, ClosesTheSocketWhenItsPortIsTaken) {
+TEST(Socket, Odd78And79TheSocketOfAFailedConnectStaysOpenUnlikeAServers) {
     const Interfaces loopback;
-    const LoopbackListener first;
-    CSocket second;
-    EXPECT_EQ(second.InitAsync(first.Port(), kOwn, kOwnMask), WSAEADDRINUSE);
-    EXPECT_TRUE(second.IsSocket(INVALID_SOCKET));
-}
-
-TEST(Socket, Odd78And79TheSocketOfAFailedConnectStaysOpenAndCannotBeDisconnected) {
+    const LoopbackListener busy;
     CSocket socket;
+    EXPECT_EQ(socket.InitAsync(busy.Port(), kOwn, kOwnMask), WSAEADDRINUSE);
+    EXPECT_TRUE(socket.IsSocket(INVALID_SOCKET));
     EXPECT_EQ(socket.Connect(LoopbackListener::Address(), FreePort()), WSAECONNREFUSED);
     EXPECT_FALSE(socket.IsConnected());
     EXPECT_EQ(socket.Disconnect(), WSAENOTCONN);

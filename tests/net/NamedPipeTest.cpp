@@ -1,8 +1,6 @@
-#include "support/CallLog.h"
-#include "support/ChildProcess.h"
+#include "Channels.h"
 
 #include <gtest/gtest.h>
-#include <tessel/net/mailslot.h>
 #include <tessel/net/namedpipe.h>
 
 #include <functional>
@@ -10,33 +8,9 @@
 
 namespace {
 
-constexpr const wchar_t* kName = L"Tessel test";
 constexpr auto kReadWrite = CClientNamedPipe::MODE_READ_WRITE;
 
-constexpr unsigned long Code(long error) {
-    return static_cast<unsigned long>(error);
-}
-
-struct Event {
-    HANDLE handle = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    ~Event() { CloseHandle(handle); }
-    bool Comes(DWORD within = 10000) const { return WaitForSingleObject(handle, within) == WAIT_OBJECT_0; }
-};
-
-unsigned char* Bytes(std::string& text) {
-    return reinterpret_cast<unsigned char*>(text.data());
-}
-
-const Role writer("write-to-mailslot", [](const std::vector<std::string>&) {
-    CMailslot slot;
-    std::string text = "hello";
-    unsigned long written = 0;
-    slot.Open(kName, L".") && slot.Write(Bytes(text), 5, &written) && slot.Write(Bytes(text), 1, nullptr);
-    Say("sent " + std::to_string(written));
-    return 0;
-});
-
-/// Connects, then writes each line that it is reply to the pipe; "read" reads.
+/// Connects, then writes each line of its input to the pipe; "read" reads.
 const Role talker("talk-to-pipe", [](const std::vector<std::string>&) {
     CClientNamedPipe pipe(kName);
     Say(pipe.Open(L".", kReadWrite, false) ? "connected" : "no pipe");
@@ -49,30 +23,6 @@ const Role talker("talk-to-pipe", [](const std::vector<std::string>&) {
     return 0;
 });
 
-/// Replaces what the system answers to a read and to a question about one.
-struct SystemAnswers {
-    long answer = 0;
-    BOOL Give() const {
-        SetLastError(Code(answer));
-        return answer == 0;
-    }
-    const ImportPatch read{"ReadFile", &ReadFile, [this](auto...) { return Give(); }};
-    const ImportPatch about{"GetOverlappedResult", &GetOverlappedResult,
-                            [this](HANDLE, auto, DWORD* transferred, BOOL) {
-                                *transferred = 7;
-                                return Give();
-                            }};
-};
-
-struct Mailslot : testing::Test {
-    CMailslot slot, other;
-    Event event;
-    std::string buffer = std::string(16, '-');
-    unsigned long count = 99;
-
-    bool IsOpen(CMailslot& one) { return one.GetInfo(nullptr, nullptr, &count, nullptr) == 0; }
-};
-
 struct NamedPipe : testing::Test {
     CServerNamedPipe server{kName};
     CClientNamedPipe client{kName};
@@ -82,93 +32,6 @@ struct NamedPipe : testing::Test {
 };
 
 } // namespace
-
-TEST_F(Mailslot, AnotherProcessWritesMessagesThatAreReadOneByOne) {
-    ASSERT_TRUE(slot.Create(kName, 100, 0, nullptr));
-    EXPECT_EQ(std::wstring(slot.GetName()), kName);
-    EXPECT_EQ(slot.GetNameLen(), 12u);
-    unsigned long size = 0, next = 0, timeOut = 99;
-    EXPECT_EQ(slot.GetInfo(&size, &next, nullptr, &timeOut), 0u);
-    EXPECT_EQ((std::vector{size, next, timeOut}), (std::vector{100UL, MAILSLOT_NO_MESSAGE, 0UL}));
-    EXPECT_EQ(ChildProcess("write-to-mailslot").WaitUntil("sent "), "5");
-    EXPECT_EQ(slot.GetInfo(nullptr, &next, &count, nullptr), 0u);
-    EXPECT_EQ(next, 5u);
-    EXPECT_GE(count, 1u) << "Wine counts no further";
-    EXPECT_TRUE(slot.Read(Bytes(buffer), 16, &count, nullptr));
-    EXPECT_EQ(buffer.substr(0, count), "hello");
-    EXPECT_TRUE(slot.Read(Bytes(buffer), 16, nullptr, nullptr));
-    EXPECT_EQ(slot.SetInfo(1), 0u);
-    EXPECT_FALSE(slot.Read(Bytes(buffer), 16, &count, nullptr));
-    count = 99;
-    EXPECT_EQ(slot.GetStatus(&count), Code(ERROR_SEM_TIMEOUT)) << "kept";
-    EXPECT_EQ(count, 99u) << "nothing was pending";
-}
-
-TEST_F(Mailslot, EachFailureIsKeptAndSuccessClearsIt) {
-    ASSERT_TRUE(other.Create(kName, 0, 0, nullptr));
-    const std::pair<std::function<bool()>, unsigned long> steps[] = {
-        {[&] { return slot.GetName() == nullptr; }, 0},
-        {[&] { return !slot.Close(); }, ERROR_INVALID_HANDLE},
-        {[&] { return !slot.Create(nullptr, 0, 0, nullptr); }, ERROR_INVALID_PARAMETER},
-        {[&] { return !slot.Open(L"Tessel missing", L"."); }, ERROR_FILE_NOT_FOUND},
-        {[&] { return !slot.Open(kName, nullptr); }, ERROR_INVALID_PARAMETER},
-        {[&] { return !IsOpen(slot); }, ERROR_INVALID_HANDLE},
-        {[&] { return !slot.Create(kName, 0, 0, nullptr); }, ERROR_ALREADY_EXISTS},
-        {[&] { return slot.SetInfo(1) == ERROR_INVALID_HANDLE; }, ERROR_INVALID_HANDLE},
-        {[&] { return other.Close() && slot.Create(kName, 0, 0, nullptr); }, 0},
-        {[&] { return slot.Create(slot.GetName(), 0, 0, nullptr); }, 0}, // the one held before is closed
-        {[&] { return !slot.Read(Bytes(buffer), 1, nullptr, INVALID_HANDLE_VALUE); }, ERROR_INVALID_HANDLE},
-        {[&] { return !slot.Write(Bytes(buffer), 1, &count) && slot.Close(); }, 0},
-        {[&] { return !slot.Read(Bytes(buffer), 1, &count, nullptr); }, ERROR_INVALID_HANDLE},
-    };
-    for (const auto& step : steps) {
-        EXPECT_TRUE(step.first()) << &step - steps;
-        EXPECT_EQ(slot.GetStatus(nullptr), step.second) << &step - steps;
-    }
-    EXPECT_TRUE(other.Create(kName, 0, 0, nullptr));
-}
-
-TEST_F(Mailslot, Odd104AnOverlappedReadIsPendingUntilItSucceedsOrTheNextStarts) {
-    SetEvent(event.handle);
-    ASSERT_TRUE(slot.Create(kName, 0, 0, nullptr));
-    SystemAnswers system;
-    system.answer = ERROR_IO_PENDING;
-    EXPECT_FALSE(slot.Read(Bytes(buffer), 16, nullptr, nullptr)) << "not overlapped";
-    EXPECT_TRUE(slot.Read(Bytes(buffer), 16, &count, event.handle));
-    EXPECT_FALSE(event.Comes(0)) << "it was reset";
-    for (const long reply : {ERROR_IO_PENDING, ERROR_IO_INCOMPLETE, ERROR_OPERATION_ABORTED, ERROR_SUCCESS}) {
-        EXPECT_EQ(count, 0u);
-        system.answer = reply;
-        EXPECT_TRUE(reply != ERROR_OPERATION_ABORTED || slot.Close());
-        EXPECT_EQ(slot.GetStatus(&count), Code(reply == ERROR_IO_INCOMPLETE ? ERROR_IO_PENDING : reply));
-    }
-    EXPECT_EQ(count, 7u);
-    system.answer = ERROR_BROKEN_PIPE;
-    EXPECT_EQ(slot.GetStatus(nullptr), 0u) << "nothing is pending any more";
-    EXPECT_FALSE(slot.Read(Bytes(buffer), 16, &count, event.handle));
-    EXPECT_EQ(slot.GetStatus(nullptr), 109u);
-    system.answer = ERROR_IO_PENDING;
-    EXPECT_TRUE(slot.Read(Bytes(buffer), 16, &count, event.handle));
-    ASSERT_TRUE(slot.Create(kName, 0, 0, nullptr));
-    EXPECT_EQ(slot.GetStatus(nullptr), 0u) << "opened anew";
-}
-
-TEST_F(Mailslot, Odd22CopiesShareTheHandleAndAssignmentLeavesTheOldOneOpen) {
-    ASSERT_TRUE(slot.Create(kName, 0, 0, nullptr));
-    ASSERT_TRUE(other.Create(L"Tessel other", 0, 0, nullptr));
-    {
-        CMailslot copy(slot);
-        EXPECT_TRUE(CMailslot(copy).Close());
-        EXPECT_EQ(copy.GetName(), slot.GetName());
-    }
-    EXPECT_TRUE(IsOpen(slot));
-    other = slot;
-    CMailslot third;
-    EXPECT_FALSE(third.Create(L"Tessel other", 0, 0, nullptr));
-    EXPECT_TRUE(slot.Close());
-    EXPECT_TRUE(IsOpen(other) && other.Close());
-    EXPECT_TRUE(third.Create(kName, 0, 0, nullptr)) << "the last owner closed it";
-}
 
 TEST_F(NamedPipe, AServerTalksToOneProcessAfterTheOther) {
     ASSERT_TRUE(server.Open(kReadWrite, false));
@@ -259,8 +122,6 @@ TEST_F(NamedPipe, ModesAndCutNamesReachTheSystem) {
     const ImportPatch file(calls.Adding("CreateFileW", &CreateFileW, INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED));
     const ImportPatch pipe(
         calls.Adding("CreateNamedPipeW", &CreateNamedPipeW, INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED));
-    const ImportPatch slots(
-        calls.Adding("CreateMailslotW", &CreateMailslotW, INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED));
     CServerNamedPipe longServer(std::wstring(30, L'n').c_str());
     CClientNamedPipe nameless(nullptr);
     const struct {
@@ -279,14 +140,6 @@ TEST_F(NamedPipe, ModesAndCutNamesReachTheSystem) {
     EXPECT_EQ(longServer.GetStatus(), Code(ERROR_ACCESS_DENIED));
     EXPECT_FALSE(client.Open(std::wstring(300, L's').c_str(), kReadWrite, false));
     EXPECT_EQ(calls.Take().substr(0, 272), L"CreateFileW \\\\" + std::wstring(257, L's') + L" ");
-    CMailslot slot;
-    EXPECT_FALSE(slot.Open(std::wstring(600, L'n').c_str(), L"domain"));
-    EXPECT_EQ(calls.Take(),
-              L"CreateFileW \\\\domain\\mailslot\\" + std::wstring(501, L'n') + L" 1073741824 3 - 3 128 -\n");
-    EXPECT_EQ(slot.GetNameLen(), 601u);
-    SECURITY_ATTRIBUTES attributes{};
-    EXPECT_FALSE(slot.Create(kName, 5, 6, &attributes));
-    EXPECT_EQ(calls.Take(), L"CreateMailslotW \\\\.\\mailslot\\Tessel test 5 6 *\n");
 }
 
 TEST_F(NamedPipe, Odd90ClosingDisconnectsUnlessTheErrorSharesNoBit) {
