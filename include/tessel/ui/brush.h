@@ -41,13 +41,13 @@ public:
     /// Adds a solid brush, unless the table has one of that colour.
     /// @param color  RGB value
     /// @return the index; -1: no memory. If the system cannot create the brush, this is reported and the entry holds
-    /// null.
+    ///         null.
     int Add(unsigned long color);
 
     /// Adds a solid brush in a colour of the palette, unless the table has one of that RGB value.
     /// @param index  position of the colour in the palette, which becomes the key of a new entry
     /// @return the index; -1: no memory. If the system cannot create the brush, this is reported and the entry holds
-    /// null.
+    ///         null.
     int Add(COLOR_IDX index);
 
     /// Adds a brush, always as a new entry.

@@ -171,7 +171,7 @@ public:
     /// Returns the item that the pointer snapped to last in a list box. Takes no lock.
     /// @param hListBox  the list box
     /// @return its index; if the pointer was on no item, the result of LB_ITEMFROMPOINT; -1: none yet, or not
-    /// registered
+    ///         registered
     int GetCursor(HWND hListBox);
 
     /// Makes the pointer snap to the items of a list box. Waits up to 100 ms for the lock. If that fails, or memory
