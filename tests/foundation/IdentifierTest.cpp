@@ -141,7 +141,8 @@ TEST(Identifier, Odd162And163WaysToTakeOneOverDifferInWhatTheyReturnAndReplace) 
     }
     const ImportPatch convert(WithoutText());
     COCuid uid;
-    EXPECT_EQ((uid = source.GetUid()) + uid.IsPresent(), 2);
+    EXPECT_EQ(uid = source.GetUid(), 1);
+    EXPECT_EQ(uid.IsPresent(), 1);
     EXPECT_STREQ(uid.GetString(), L"");
 }
 

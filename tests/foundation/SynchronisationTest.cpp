@@ -53,10 +53,10 @@ TEST(Semaphore, TheSignallingFormGivesItsPermitOnlyWhenItCreates) {
 
 TEST(ThreadLock, TellsWhetherItIsLockedAndLeavesItSo) {
     CThreadLock lock;
-    EXPECT_EQ(lock.IsLocked(), 0);
-    EXPECT_EQ(lock.Lock(0), 0);
-    EXPECT_EQ(lock.IsLocked(), 1);
-    EXPECT_EQ(lock.Lock(0), 1);
+    for (const int locked : {0, 1}) {
+        EXPECT_EQ(lock.IsLocked(), locked);
+        EXPECT_EQ(lock.Lock(0), locked);
+    }
     EXPECT_EQ(lock.Unlock(), 1);
     EXPECT_EQ(lock.Unlock(), 0);
 }
@@ -104,8 +104,7 @@ TEST(Event, Odd08AFailedOpenIsMarkedAndWaitedOn) {
 TEST(Event, Odd07ADuplicateIsAFreshEvent) {
     CEvent original(nullptr, 1, 1);
     CEvent copy(HandleToULong(original.GetHandle()));
-    EXPECT_TRUE(copy.IsOpen());
-    EXPECT_EQ(copy.IsSignalled(), 0);
+    EXPECT_TRUE(copy.IsOpen() && !copy.IsSignalled());
 }
 
 TEST(Event, Odd06WaitingWithMessagesDispatchesThemAll) {

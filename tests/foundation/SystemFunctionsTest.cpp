@@ -170,7 +170,6 @@ TEST(DriveFunctions, AHandleIsWrittenToWhateverItsType) {
     DWORD size = 0;
     ReadFile(read, got, 8, &size, nullptr);
     EXPECT_EQ(std::string(got, size), std::string("a\0b", 3));
-    CloseHandle(read);
+    for (const HANDLE end : {read, write}) CloseHandle(end);
     EXPECT_EQ(WriteTarget(static_cast<HWND>(write), L"ab", 3), 1);
-    CloseHandle(write);
 }

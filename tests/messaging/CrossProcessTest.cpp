@@ -25,14 +25,9 @@ ORCAOBJID IdOf(const std::string& argument) {
 
 /// A process's post office with one registered mailbox.
 struct Station {
-    explicit Station(ORCAOBJID id) : mailbox((CPostOffice::CreateGlobalPostOffice(), id)) {
-        EXPECT_EQ(mailbox.RegisterMailbox(window.Get()), 0);
-    }
-    ~Station() {
-        (void)mailbox.UnregisterMailbox();
-        CPostOffice::DestroyGlobalPostOffice();
-    }
+    explicit Station(ORCAOBJID id) : mailbox(id) { EXPECT_EQ(mailbox.RegisterMailbox(window.Get()), 0); }
     SBLOCK* Wait() { return mailbox.GetMessageBlock(static_cast<unsigned>(window.Wait(MAILBOX_NOTIFICATION))); }
+    OpenPostOffice office;
     MessageWindow window;
     CMailBox mailbox;
 };
@@ -54,7 +49,7 @@ int Stall(const std::vector<std::string>& arguments) {
 
 /// Adds dialog entries until the resource table is full, and then does nothing.
 int FillResources(const std::vector<std::string>&) {
-    CPostOffice::CreateGlobalPostOffice();
+    const OpenPostOffice office;
     CResource table;
     for (unsigned long dialog = 0; table.AddResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, nullptr, dialog) == 0;) ++dialog;
     Say("full");

@@ -127,8 +127,9 @@ TEST(HostProcedures, RegisterTheFrameInAPostOfficeThatComesLater) {
         });
     }
     CResource table;
-    EXPECT_EQ(table.DeleteResource(kFrameType, kFrameId, GetCurrentProcessId()), 0);
-    EXPECT_EQ(table.DeleteResource(kFrameType, kFrameId, GetCurrentProcessId()), 1) << "once";
+    for (const int result : {0, 1}) { // it is there once
+        EXPECT_EQ(table.DeleteResource(kFrameType, kFrameId, GetCurrentProcessId()), result);
+    }
 }
 
 TEST(HostProcedures, DoNothingWithoutAHost) {
@@ -140,14 +141,15 @@ TEST(HostProcedures, DoNothingWithoutAHost) {
         EXPECT_EQ(OSClass::ProcessOsAPIs(frame, WM_COMMAND, number, address), 0);
         EXPECT_EQ(OSClass::DlgProc(frame, WM_COMMAND, number, address), FALSE);
     }
-    for (const UINT message : {WM_COMMAND, WM_PAINT, WM_CTLCOLORDLG, WM_CLOSE}) SendMessageW(frame, message, 0, 0);
+    for (const UINT message : Messages{WM_COMMAND, WM_PAINT, WM_CTLCOLORDLG, WM_CLOSE})
+        SendMessageW(frame, message, 0, 0);
     EXPECT_FALSE(IsWindow(frame)) << "the system closes it";
 }
 
 TEST_F(Host, HandsOnWhatIsOfInterestAndNothingElse) {
     const Messages interesting{WM_PAINT, WM_TIMER, WM_COMMAND, MAILBOX_NOTIFICATION};
     for (const UINT message : interesting) SendMessageW(frame, message, 0, 0);
-    for (const UINT message : {WM_LBUTTONUP, WM_SIZE, WM_DRAWITEM}) SendMessageW(frame, message, 0, 0);
+    for (const UINT message : Messages{WM_LBUTTONUP, WM_SIZE, WM_DRAWITEM}) SendMessageW(frame, message, 0, 0);
     EXPECT_EQ(program.seen, interesting);
 }
 
@@ -193,7 +195,7 @@ TEST_F(Host, RequestsWithoutAReadableRecordAreAnsweredWith0) {
 
     auto* const pages = static_cast<char*>(VirtualAlloc(nullptr, 0x2000, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
     const auto across = reinterpret_cast<LPARAM>(pages + 0x1000 - 7); // odd, too
-    for (const DWORD protection : {PAGE_READONLY, PAGE_NOACCESS}) {
+    for (const DWORD protection : {DWORD{PAGE_READONLY}, DWORD{PAGE_NOACCESS}}) {
         DWORD before = 0;
         VirtualProtect(pages + 0x1000, 1, protection, &before);
         EXPECT_EQ(SendMessageW(frame, WM_COMMAND, 0xFFAD, across), protection == PAGE_READONLY ? 1 : 0);

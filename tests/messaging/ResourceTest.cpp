@@ -36,7 +36,7 @@ protected:
 } // namespace
 
 TEST_F(Resources, TheLowestEntryOfAKeyIsFoundAndDeletedFirst) {
-    EXPECT_EQ(Add(resources, kOther, 0x10, 5) + Add(resources, kOther, 0x20, 5), 0);
+    for (const unsigned long window : {0x10ul, 0x20ul}) EXPECT_EQ(Add(resources, kOther, window, 5), 0);
     EXPECT_EQ(resources.GetResource(kFrame, kOther, 5), Window(0x10));
     EXPECT_EQ(resources.DeleteResource(kFrame, kOther, 5), 0);
     EXPECT_EQ(resources.GetResource(kFrame, kOther, 5), Window(0x20));
