@@ -3,18 +3,15 @@
 #include "support/MessageWindow.h"
 #include "support/OpenPostOffice.h"
 
-#include <tessel/foundation/identifier.h>
-#include <tessel/foundation/memory.h>
 #include <tessel/messaging/host.h>
 #include <tessel/messaging/mailbox.h>
 #include <tessel/messaging/resource.h>
-#include <tessel/system/file.h>
-
-#include <cstring>
 
 namespace {
 
 constexpr ORCAOBJID kSelf{7001};
+constexpr RESOURCE_TYPE kType{9};
+constexpr RESOURCE_ID kId{9};
 const unsigned char kData[1000] = "soak";
 
 void SendMessages() {
@@ -26,7 +23,7 @@ void SendMessages() {
         Require(mailbox.Send(kSelf, 1, sizeof kData, kData, 0, nullptr) == 0, "a block is free");
         const LPARAM number = window.Take(MAILBOX_NOTIFICATION);
         Require(mailbox.ReleaseMemory(mailbox.GetMessageBlock(static_cast<unsigned int>(number))) == 0,
-                "the message has come");
+                "the message arrived");
     }
     Require(mailbox.GetFreeBlockCount() == 500 && mailbox.UnregisterMailbox() == 0, "all blocks are free");
 }
@@ -36,9 +33,9 @@ void ShareResources() {
     const MessageWindow window;
     CResource resource;
     const unsigned long self = GetCurrentProcessId();
-    Require(resource.AddResource(RESOURCE_TYPE{9}, RESOURCE_ID{9}, window.Get(), self) == 0, "an entry is free");
-    Require(resource.GetResource(RESOURCE_TYPE{9}, RESOURCE_ID{9}, self) == window.Get(), "the entry is found");
-    Require(resource.DeleteResource(RESOURCE_TYPE{9}, RESOURCE_ID{9}, self) == 0, "the entry is deleted");
+    Require(resource.AddResource(kType, kId, window.Get(), self) == 0, "an entry is free");
+    Require(resource.GetResource(kType, kId, self) == window.Get(), "the entry is found");
+    Require(resource.DeleteResource(kType, kId, self) == 0, "the entry is deleted");
 }
 
 /// Ends with the first message.
@@ -63,38 +60,8 @@ void RunHost() {
     Require(Program().OS_Pump() == 7, "the host ends with its code");
 }
 
-void UseMemory(int kind, const wchar_t* name) {
-    CMemory memory(kind, 4096, name, CMemory::OPENTYPE_CREATE_ALWAYS, 0);
-    Require(memory.GetStatus() == 0 && memory.WriteMemory(kData, sizeof kData, 0) == 0, "memory is written");
-    const CMemory copy(memory);
-    unsigned char* read = nullptr;
-    Require(memory.ReadMemory(&read, sizeof kData, 0) == 0 && std::memcmp(read, kData, sizeof kData) == 0,
-            "memory is read");
-}
-
-void UseAllMemory() {
-    UseMemory(CMemory::KIND_HEAP, nullptr);
-    CMemMappedFile mapping(L"Tessel soak mapping", 4096, PAGE_READWRITE, 0, nullptr);
-    Require(mapping.MapView(FILE_MAP_WRITE, 0, 0, 0) != nullptr, "there is a mapping");
-    UseMemory(CMemory::KIND_MAPPING, L"Tessel soak mapping");
-    UseMemory(CMemory::KIND_FILE, L"soak.tmp");
-    CMemory::RemoveFile(L"soak.tmp");
-    CMemory global(CMemory::KIND_GLOBAL, 0, nullptr, CMemory::OPENTYPE_CREATE_ALWAYS, 0);
-    Require(global.GetBuffer(1000) != nullptr, "there is global memory");
-}
-
-void MakeIdentifiers() {
-    COCuid made;
-    Require(made.Create() == 0, "an identifier is made");
-    COCuid read;
-    read = made.GetString();
-    Require(read == made, "its text gives the same");
-}
-
 const Subject messages("messages", SendMessages);
 const Subject resources("shared resources", ShareResources);
 const Subject host("process host", RunHost);
-const Subject memory("memory", UseAllMemory);
-const Subject identifiers("identifiers", MakeIdentifiers);
 
 } // namespace

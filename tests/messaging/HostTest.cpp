@@ -65,15 +65,6 @@ LRESULT CALLBACK QuitWhenDestroyed(HWND window, UINT message, WPARAM wParam, LPA
     return DefWindowProcW(window, message, wParam, lParam);
 }
 
-/// A program that ends when its frame window is asked to.
-int RunHost(const std::vector<std::string>&) {
-    const OpenPostOffice office;
-    Program program;
-    SetWindowLongPtrW(program.GetFrameWindow(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&QuitWhenDestroyed));
-    return program.Run([] { Say("running"); });
-}
-const Role runHost("run-host", RunHost);
-
 } // namespace
 
 TEST_F(Host, RunsFromStartToExitAndReturnsTheCode) {
@@ -91,6 +82,10 @@ TEST_F(Host, Odd36And38RegistersItsFrameWindowUntilTheFirstCopyGoes) {
     ShutDown(0);
     MSG message;
     EXPECT_FALSE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE)) << "that is up to the program";
+    SetWindowLongPtrW(frame, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&QuitWhenDestroyed));
+    ShutDown(GetCurrentProcessId());
+    EXPECT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE));
+    SetWindowLongPtrW(frame, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&OSClass::WindowProc));
     EXPECT_EQ(RequestNotify(frame, 1), 1);
     table.AddResource(RESOURCE_TYPE{3}, RESOURCE_ID{3}, frame, 3);
     const int brush = CBrush().Add(RGB(1, 2, 3));
@@ -258,14 +253,6 @@ TEST_F(Host, Odd62StartsAProcessUnderTheNameOfTheConsoleProgram) {
     CloseHandle(process);
     EXPECT_EQ(program.StartProcess(L"no such.exe", nullptr), nullptr);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
-}
-
-TEST(HostProcess, IsShutDownThroughItsFrameWindow) {
-    const OpenPostOffice office;
-    ChildProcess host("run-host");
-    ASSERT_EQ(host.WaitUntil("running"), "");
-    ShutDown(host.Id());
-    EXPECT_EQ(host.ExitCode(), 0u);
 }
 
 TEST_F(Host, SendsItsHeartbeatToAllTopLevelWindows) {
