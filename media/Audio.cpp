@@ -1,6 +1,9 @@
 #include <media/AudioMode.h>
 #include <media/WaveFormats.h>
 
+#include <cstddef>
+#include <iterator>
+
 CAudio::CAudio(int bConvert) : AUDIO_DATA{} {
     InitWaveFormatPCM(&m_FormatPCM);
     InitWaveFormatGSM(&m_FormatGSM);
@@ -45,7 +48,7 @@ void CAudio::DetachFromRun() {
 
 void CAudio::UseOwnBuffers() {
     const bool converts = m_bConvert != 0;
-    for (int i = 0; i < 2; ++i) {
+    for (std::size_t i = 0; i < std::size(m_pAudio); ++i) {
         m_pAudio[i] = m_cAudio[i];
         m_pCompress[i] = converts ? m_cCompress[i] : m_cAudio[i];
     }
@@ -124,6 +127,7 @@ void CAudio::SetConvert(int bConvert) {
     InitStreamHeaders();
 }
 
+// ODD-119: it truncates the file before it knows whether there is a device.
 unsigned long CAudio::StartRecord() {
     if (TruncateFile() || OpenFile() || SeekFile()) return StartError();
     InitStreamHeadersConvert();

@@ -71,8 +71,9 @@ unsigned long CAudioConvert::Convert(char* pSrc, char*& pDst, unsigned long ulSr
 
 // ODD-130: it tests the number of whole chunks, not whether bytes are left over.
 unsigned long CAudioConvert::CountChunks(unsigned long sourceSize) const {
+    constexpr unsigned long kChunksInGroup = 5;
     const unsigned long whole = sourceSize / SourceOf(m_ulChunkPCM, m_ulChunkGSM);
-    return whole % 5 == 0 ? whole : whole + 1;
+    return whole % kChunksInGroup == 0 ? whole : whole + 1;
 }
 
 unsigned long long CAudioConvert::InBlocks(unsigned long sourceSize) const {

@@ -1,5 +1,7 @@
 #include <media/AudioMode.h>
 
+#include <iterator>
+
 using tessel::Transfer;
 
 namespace {
@@ -13,7 +15,7 @@ void Describe(WAVEHDR& header, char* buffer, unsigned long size, unsigned int in
 } // namespace
 
 void CAudio::InitWaveHeaders() {
-    for (unsigned int i = 0; i < 2; ++i) Describe(m_WaveHeader[i], m_pAudio[i], m_ulSizeAudio, i);
+    for (unsigned int i = 0; i < std::size(m_WaveHeader); ++i) Describe(m_WaveHeader[i], m_pAudio[i], m_ulSizeAudio, i);
     Describe(m_WaveHeaderStep, m_pAudioStep, m_ulSizeAudioStep, 0);
 }
 

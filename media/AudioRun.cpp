@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 using tessel::BufferSet;
 using tessel::InRatio;
@@ -19,7 +20,7 @@ double Seconds(unsigned long bytes, unsigned long bytesPerSecond) {
 // GUARD-106: a posted message can carry any address.
 ACMSTREAMHEADER* CAudio::StreamHeaderOf(const WAVEHDR* header) {
     const bool own = header == &m_WaveHeader[0] || header == &m_WaveHeader[1];
-    return own && header->dwUser < 2 ? &m_StreamHeader[header->dwUser] : nullptr;
+    return own && header->dwUser < std::size(m_StreamHeader) ? &m_StreamHeader[header->dwUser] : nullptr;
 }
 
 unsigned long CAudio::RecordedByPosition() const {

@@ -4,7 +4,9 @@
 #include <media/WaveFormats.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 using tessel::BufferSet;
@@ -47,7 +49,7 @@ void CAudio::InitStreamHeaders() {
 
 void CAudio::InitStreamHeadersConvert() {
     if (Mode().buffers != BufferSet::Continuous) return;
-    for (int i = 0; i < 2; ++i) {
+    for (std::size_t i = 0; i < std::size(m_StreamHeader); ++i) {
         if (Mode().transfer == Transfer::ToFile)
             SetBuffers(m_StreamHeader[i], m_pAudio[i], m_ulSizeAudio, m_pCompress[i], m_ulSizeCompress);
         else

@@ -24,6 +24,8 @@ constexpr DWORD kMillisecondRate = 1000;
 constexpr DWORD kBestQuality = 10000;
 constexpr DWORD kQualityPerCent = 100;
 constexpr DWORD kCodecParameter = 75;
+constexpr std::int64_t kRowAlignment = 4; // of the rows of a bitmap, in bytes
+constexpr WORD kBitsPerPixel = 8;
 
 /// Start of the header buffer; the pixels follow.
 struct Head {
@@ -50,7 +52,7 @@ std::int64_t SizeOf(int width, int height) {
 /// Size of a header buffer in bytes.
 // GUARD-140: codecs expect rows that are padded to a multiple of 4 bytes, and read beyond unpadded ones.
 std::int64_t RoomFor(int width, int height) {
-    return kFormatSize + (std::int64_t{width} + 3) / 4 * 4 * height;
+    return kFormatSize + (std::int64_t{width} + kRowAlignment - 1) / kRowAlignment * kRowAlignment * height;
 }
 
 /// Whether an image of that size fits in memory and in the lengths of the AVI functions.
@@ -64,7 +66,7 @@ BITMAPINFOHEADER Describe(int width, int height) {
     info.biWidth = width;
     info.biHeight = height;
     info.biPlanes = 1;
-    info.biBitCount = 8;
+    info.biBitCount = kBitsPerPixel;
     info.biCompression = BI_RGB;
     // ODD-150: the rows are not padded to a multiple of 4 bytes.
     info.biSizeImage = static_cast<DWORD>(SizeOf(width, height));

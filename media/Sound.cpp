@@ -34,6 +34,7 @@ constexpr tessel::ReportSite kNotClosed{"CSound", 107};
 constexpr tessel::ReportSite kNotInitialised{"CSound", 129};
 constexpr unsigned long kLevelStep = 2048;
 constexpr unsigned long kHighestLevel = 32;
+constexpr unsigned long kStereo = 2;
 
 /// Where the control identifiers of a device are kept; null: no control of that kind.
 struct DeviceControls {
@@ -150,7 +151,7 @@ unsigned long CSound::ApplyDefaults() {
         unsigned long level;
     };
     static constexpr Setting kHeard[] = {{SOUND_LINE_IN, 16}, {SOUND_WAVE, 10}, {SOUND_SPEAKER, 10}};
-    static constexpr Setting kRecorded[] = {{SOUND_RECORD_MASTER, 32}, {SOUND_MICROPHONE, 16}};
+    static constexpr Setting kRecorded[] = {{SOUND_RECORD_MASTER, kHighestLevel}, {SOUND_MICROPHONE, 16}};
     unsigned long status = Mute(SOUND_MICROPHONE, 1);
     for (const Setting& heard : kHeard) {
         if (status == STATUS_OK) status = SetVolume(heard.device, heard.level);
@@ -181,7 +182,7 @@ unsigned long CSound::SetVolumeBalance(SOUND_DEVICE device, unsigned long level)
     return OnControl(device, &DeviceControls::volume, [&](unsigned long id) -> unsigned long {
         unsigned long left = 0;
         unsigned long right = 0;
-        if (mNumChannelOut != 2 || GetMixerControlUnsigned2(id, left, right) != MMSYSERR_NOERROR) {
+        if (mNumChannelOut != kStereo || GetMixerControlUnsigned2(id, left, right) != MMSYSERR_NOERROR) {
             return SetVolume(device, level);
         }
         const unsigned long value = ValueOf(level);

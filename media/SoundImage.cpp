@@ -77,7 +77,7 @@ bool IsWholeFormat(Bytes content) {
 
 /// Whether the lengths in a sound stay inside its bytes.
 bool StaysInside(Bytes image) {
-    if (image.size() < kRiffHead || std::memcmp(image.data(), "RIFF", 4) != 0) return false;
+    if (image.size() < kRiffHead || std::memcmp(image.data(), "RIFF", sizeof ChunkHead::name) != 0) return false;
     Bytes whole = image;
     Bytes chunks = image.subspan(kRiffHead);
     Bytes content;

@@ -10,8 +10,11 @@ inline constexpr WAVEFORMATEX kFormatPCM{WAVE_FORMAT_PCM, 1, 8000, 8000, 1, 8, 0
 /// Format of compressed speech: blocks of 65 bytes for 320 samples.
 inline constexpr WAVEFORMATGSM610 kFormatGSM{{WAVE_FORMAT_GSM610, 1, 8000, 1625, 65, 0, 2}, 320};
 
-/// Size of 0.2 s in bytes, the unit of recording, playing and converting: five codec blocks.
-inline constexpr unsigned long kBlockPCM = kFormatPCM.nAvgBytesPerSec / 5;
-inline constexpr unsigned long kBlockGSM = kFormatGSM.wfx.nAvgBytesPerSec / 5;
+/// The unit of recording, playing and converting is a block of 0.2 s: five codec blocks.
+inline constexpr unsigned long kBlocksPerSecond = 5;
+
+/// Size of a block in bytes.
+inline constexpr unsigned long kBlockPCM = kFormatPCM.nAvgBytesPerSec / kBlocksPerSecond;
+inline constexpr unsigned long kBlockGSM = kFormatGSM.wfx.nAvgBytesPerSec / kBlocksPerSecond;
 
 } // namespace tessel
