@@ -48,6 +48,8 @@ struct MESSAGE {
 /// Operations return 0 or a Winsock error code unless stated otherwise. A null pointer for data or a result returns
 /// WSAEFAULT (10014).
 ///
+/// There is no IPv6 and no encryption (TLS).
+///
 /// Copies share socket, event and extra block; the last one closes and frees them. If memory is short, a copy has none
 /// of them.
 /// Threads: only one thread at a time may use an object and its copies. ReadMessage() and Ping() have process-wide
@@ -281,7 +283,8 @@ public:
     int ReadMessage(SOCKET socket, MESSAGE** message, unsigned long& dataLength);
 
     /// Sends a typed record: waits without limit until the socket is writable, sends with one call, and waits up to 3 s
-    /// until it is writable again. A non-blocking socket may accept only a part, which goes unnoticed.
+    /// until it is writable again. A non-blocking socket may accept only a part, which goes unnoticed: use Send() to
+    /// learn how much was accepted.
     /// @param type        a value for the receiver
     /// @param data        bytes to send; may be null for none
     /// @param dataLength  number of bytes, at most 2^31 - 11
