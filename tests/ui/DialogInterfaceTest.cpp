@@ -318,29 +318,26 @@ TEST_F(Dialog, Odd43AnEditSelectsFromItsStartAndAComboBoxTheGivenRange) {
 }
 
 TEST_F(Dialog, MeasuresControlsAndFallsBackToTheDialog) {
+    const auto measure = [this](auto operation, int id) {
+        int x = 0;
+        int y = 0;
+        EXPECT_EQ((dialog.*operation)(id, x, y), 1);
+        return Pair(x, y);
+    };
     RECT whole{};
     RECT item{};
-    RECT expected{};
-    GetWindowRect(dialog.GetHandle(), &whole);
-    GetWindowRect(Item(CTL_EDIT), &expected);
-    EXPECT_EQ(dialog.GetScreenCoordinates(CTL_EDIT, item), 1);
-    EXPECT_TRUE(EqualRect(&item, &expected));
-    int x = 0;
-    int y = 0;
-    EXPECT_EQ(dialog.GetPosition(CTL_EDIT, x, y), 1);
-    EXPECT_EQ(Pair(x, y), Pair(item.left - whole.left, item.top - whole.top));
-    EXPECT_EQ(dialog.GetPosition(CTL_MISSING, x, y), 1);
-    EXPECT_EQ(Pair(x, y), Pair(whole.left, whole.top));
-    EXPECT_EQ(dialog.GetSize(CTL_EDIT, x, y), 1);
-    EXPECT_EQ(Pair(x, y), Pair(item.right - item.left, item.bottom - item.top));
-    EXPECT_EQ(dialog.GetClientSize(CTL_EDIT, x, y), 1);
     RECT client{};
+    GetWindowRect(dialog.GetHandle(), &whole);
+    GetWindowRect(Item(CTL_EDIT), &client);
+    EXPECT_EQ(dialog.GetScreenCoordinates(CTL_EDIT, item), 1);
+    EXPECT_TRUE(EqualRect(&item, &client));
+    EXPECT_EQ(measure(&DIALOG_INTERFACE::GetPosition, CTL_EDIT), Pair(item.left - whole.left, item.top - whole.top));
+    EXPECT_EQ(measure(&DIALOG_INTERFACE::GetPosition, CTL_MISSING), Pair(whole.left, whole.top));
+    EXPECT_EQ(measure(&DIALOG_INTERFACE::GetSize, CTL_EDIT), Pair(item.right - item.left, item.bottom - item.top));
     for (const auto& [id, window] : {std::pair(CTL_MISSING, dialog.GetHandle()), {CTL_EDIT, Item(CTL_EDIT)}}) {
-        GetClientRect(window, &expected);
-        EXPECT_EQ(dialog.GetClientCoordinates(id, client), 1);
-        EXPECT_TRUE(EqualRect(&client, &expected));
+        GetClientRect(window, &client);
+        EXPECT_EQ(measure(&DIALOG_INTERFACE::GetClientSize, id), Pair(client.right, client.bottom));
     }
-    EXPECT_EQ(Pair(x, y), Pair(client.right, client.bottom));
     POINT pointer{};
     EXPECT_NE(dialog.MoveFocus(CTL_EDIT), 0);
     GetCursorPos(&pointer);
@@ -397,7 +394,7 @@ TEST_F(Dialog, FindsAControlThatReplacesTheOneUsedLast) {
         dialog.Reset(CTL_LIST, L"found");
         EXPECT_EQ(Text(CTL_LIST), L"found");
     }
-    DIALOG_INTERFACE other(Module(), DLG_FEW, nullptr, Procedure, 0);
+    DIALOG_INTERFACE other(Module(), DLG_ALL, nullptr, Procedure, 0);
     dialog.SetTargetDialog(other.GetHandle());
     dialog.Reset(CTL_LIST, L"a");
     EXPECT_EQ(Ask(CTL_LIST, LB_GETCOUNT), 1);

@@ -19,49 +19,39 @@ Fields FieldsOf(const NOTIFY& n) {
 using Row = std::pair<unsigned int, MSG_FUNCTION>;
 
 /// The meaning of each class's codes.
-const std::pair<std::wstring, std::vector<Row>> kControls[] = {
-    {L"Button",
+const std::pair<std::vector<std::wstring>, std::vector<Row>> kControls[] = {
+    {{L"Button"},
      {Row(BN_CLICKED, FN_CLICK), Row(BN_DBLCLK, FN_DBLCLK), Row(BN_SETFOCUS, FN_SETFOCUS),
       Row(BN_KILLFOCUS, FN_KILLFOCUS), Row(16, FN_SETFOCUS), Row(17, FN_CLICK)}},
-    {L"Edit",
+    {{L"Edit"},
      {Row(EN_UPDATE, FN_UPDATE), Row(EN_CHANGE, FN_CHANGE), Row(EN_MAXTEXT, FN_MAXTEXT), Row(EN_SETFOCUS, FN_SETFOCUS),
       Row(EN_KILLFOCUS, FN_KILLFOCUS)}},
-    {L"ListBox",
+    {{L"ListBox"},
      {Row(LBN_SELCHANGE, FN_CHANGE), Row(LBN_DBLCLK, FN_DBLCLK), Row(LBN_SETFOCUS, FN_SETFOCUS),
       Row(LBN_KILLFOCUS, FN_KILLFOCUS), Row(LBN_SELCANCEL, FN_SELCANCEL)}},
-    {L"ComboBox",
+    {{L"ComboBox"},
      {Row(CBN_SELCHANGE, FN_CHANGE), Row(CBN_EDITUPDATE, FN_UPDATE), Row(CBN_EDITCHANGE, FN_EDIT),
       Row(CBN_DROPDOWN, FN_DROPDOWN), Row(CBN_CLOSEUP, FN_CLOSEUP), Row(CBN_SELENDOK, FN_SELENDOK),
       Row(CBN_SELENDCANCEL, FN_SELCANCEL), Row(CBN_SETFOCUS, FN_SETFOCUS), Row(CBN_KILLFOCUS, FN_KILLFOCUS),
       Row(CBN_DBLCLK, FN_CLICK)}},
-    {L"SysTabControl32",
-     {Row(TCN_SELCHANGING, FN_UPDATE), Row(TCN_SELCHANGE, FN_CHANGE), Row(NM_CLICK, FN_CLICK),
-      Row(NM_SETFOCUS, FN_SETFOCUS), Row(NM_KILLFOCUS, FN_KILLFOCUS), Row(NM_DBLCLK, FN_NONE),
-      Row(NM_CUSTOMDRAW, FN_NONE)}},
-    {L"msctls_trackbar32",
+    {{L"SysTabControl32"}, {Row(TCN_SELCHANGING, FN_UPDATE), Row(TCN_SELCHANGE, FN_CHANGE), Row(NM_CLICK, FN_CLICK)}},
+    {{L"msctls_trackbar32"},
      {Row(TB_LINEUP, FN_CHANGE), Row(TB_LINEDOWN, FN_CHANGE), Row(TB_PAGEUP, FN_CHANGE), Row(TB_PAGEDOWN, FN_CHANGE),
-      Row(TB_TOP, FN_CHANGE), Row(TB_BOTTOM, FN_CHANGE), Row(TB_ENDTRACK, FN_NONE), Row(NM_CUSTOMDRAW, FN_CUSTOMDRAW),
-      Row(TB_THUMBPOSITION, FN_UPDATE), Row(TB_THUMBTRACK, FN_TRACK), Row(NM_SETFOCUS, FN_SETFOCUS),
-      Row(NM_KILLFOCUS, FN_KILLFOCUS)}},
-    {L"SysTreeView32",
+      Row(TB_TOP, FN_CHANGE), Row(TB_BOTTOM, FN_CHANGE), Row(TB_ENDTRACK, FN_NONE), Row(TB_THUMBPOSITION, FN_UPDATE),
+      Row(TB_THUMBTRACK, FN_TRACK)}},
+    {{L"SysTreeView32", L"SysListView32"},
      {Row(TVN_SELCHANGINGW, FN_CHANGE), Row(TVN_SELCHANGEDW, FN_UPDATE), Row(TVN_ITEMEXPANDINGW, FN_EXPAND),
       Row(TVN_ITEMEXPANDEDW, FN_EXPAND), Row(TVN_KEYDOWN, FN_CLICK), Row(TVN_BEGINLABELEDITW, FN_EDIT),
-      Row(TVN_ENDLABELEDITW, FN_UPDATE), Row(TVN_DELETEITEMW, FN_DELETEITEM), Row(NM_SETFOCUS, FN_SETFOCUS),
-      Row(NM_KILLFOCUS, FN_KILLFOCUS), Row(NM_CUSTOMDRAW, FN_CUSTOMDRAW), Row(NM_DBLCLK, FN_DBLCLK),
-      Row(NM_CLICK, FN_CLICK), Row(NM_RCLICK, FN_NONE)}},
-    {L"SysListView32",
-     {Row(LVN_ITEMCHANGING, FN_CHANGE), Row(LVN_ITEMCHANGED, FN_UPDATE), Row(LVN_KEYDOWN, FN_CLICK),
-      Row(LVN_BEGINLABELEDITW, FN_EDIT), Row(LVN_ENDLABELEDITW, FN_UPDATE), Row(LVN_GETDISPINFOW, FN_GETDISPINFO),
-      Row(LVN_DELETEITEM, FN_DELETEITEM), Row(NM_SETFOCUS, FN_SETFOCUS), Row(NM_KILLFOCUS, FN_KILLFOCUS),
-      Row(NM_CUSTOMDRAW, FN_CUSTOMDRAW), Row(NM_DBLCLK, FN_DBLCLK), Row(NM_CLICK, FN_CLICK),
-      Row(LVN_COLUMNCLICK, FN_COLUMNCLICK)}},
-    {L"SysHeader32",
-     {Row(NM_CUSTOMDRAW, FN_NONE), Row(HDN_ENDTRACKW, FN_TRACK), Row(HDN_ITEMCLICKW, FN_NONE),
-      Row(NM_SETFOCUS, FN_SETFOCUS), Row(NM_KILLFOCUS, FN_KILLFOCUS)}},
-    {L"ScrollBar", {Row(SB_LINERIGHT, FN_NONE)}},
-    {L"Static", {Row(STN_CLICKED, FN_NONE)}},
-    {L"msctls_progress32", {Row(NM_CLICK, FN_NONE)}},
-    {L"RichEdit20W", {Row(EN_CHANGE, FN_NONE)}},
+      Row(TVN_ENDLABELEDITW, FN_UPDATE), Row(TVN_DELETEITEMW, FN_DELETEITEM), Row(LVN_ITEMCHANGING, FN_CHANGE),
+      Row(LVN_ITEMCHANGED, FN_UPDATE), Row(LVN_KEYDOWN, FN_CLICK), Row(LVN_BEGINLABELEDITW, FN_EDIT),
+      Row(LVN_ENDLABELEDITW, FN_UPDATE), Row(LVN_GETDISPINFOW, FN_GETDISPINFO), Row(LVN_DELETEITEM, FN_DELETEITEM),
+      Row(LVN_COLUMNCLICK, FN_COLUMNCLICK), Row(NM_DBLCLK, FN_DBLCLK), Row(NM_CLICK, FN_CLICK)}},
+    {{L"msctls_trackbar32", L"SysTreeView32", L"SysListView32"}, {Row(NM_CUSTOMDRAW, FN_CUSTOMDRAW)}},
+    {{L"SysHeader32"}, {Row(HDN_ENDTRACKW, FN_TRACK)}},
+    {{L"SysTabControl32", L"msctls_trackbar32", L"SysTreeView32", L"SysListView32", L"SysHeader32"},
+     {Row(NM_SETFOCUS, FN_SETFOCUS), Row(NM_KILLFOCUS, FN_KILLFOCUS), Row(NM_RCLICK, FN_NONE)}},
+    {{L"ScrollBar", L"Static", L"msctls_progress32", L"RichEdit20W"},
+     {Row(EN_CHANGE, FN_NONE), Row(NM_CLICK, FN_NONE)}},
 };
 
 template <class Data = int> LRESULT Send(HWND hCtrl, UINT message, WPARAM wParam = 0, Data lParam = {}) {
@@ -98,6 +88,21 @@ struct Notify : testing::Test {
     NOTIFY* Point(HWND hCtrl) { return Translate(WM_SETCURSOR, reinterpret_cast<WPARAM>(hCtrl), HTCLIENT); }
 
     // A window that needs no window manager: where there is none, the system would wait for it in vain.
+    /// Translates a notification as a control of the class sends it.
+    void ExpectFunction(const std::wstring& className, unsigned int code, MSG_FUNCTION function) {
+        const HWND hCtrl = Add(className.c_str());
+        NMHDR header{hCtrl, 77, code};
+        const bool isCommon = static_cast<int>(code) < 0;
+        const bool isCommand = !isCommon && className != L"msctls_trackbar32" && className != L"ScrollBar";
+        const UINT message = isCommon ? WM_NOTIFY : isCommand ? WM_COMMAND : WM_VSCROLL;
+        const WPARAM wParam = isCommon ? 77 : isCommand ? MAKEWPARAM(77, code) : code;
+        const auto lParam = isCommon ? reinterpret_cast<LPARAM>(&header) : reinterpret_cast<LPARAM>(hCtrl);
+        EXPECT_EQ(FieldsOf(*Translate(message, wParam, lParam)),
+                  Fields(isCommand ? NK_COMMAND : NK_CONTROL, function, window, hCtrl, 77,
+                         isCommand ? 0 : static_cast<int>(code), isCommon ? lParam : 0, 0, 0, 0))
+            << className << code;
+    }
+
     const HWND window = CreateWindowExW(WS_EX_TOOLWINDOW, L"Static", L"", WS_POPUP, 40, 40, 400, 300, nullptr, nullptr,
                                         nullptr, nullptr);
     FormatSysMsg formatter;
@@ -108,21 +113,9 @@ struct Notify : testing::Test {
 TEST_F(Notify, Odd31NotificationsBecomeTheFunctionOfTheirControl) {
     InitCommonControls();
     LoadLibraryW(L"riched20.dll");
-    for (const auto& [className, rows] : kControls) {
-        const HWND hCtrl = Add(className.c_str());
-        for (const auto& [code, function] : rows) {
-            NMHDR header{hCtrl, 77, code};
-            const bool isCommon = static_cast<int>(code) < 0;
-            const bool isCommand = !isCommon && className != L"msctls_trackbar32" && className != L"ScrollBar";
-            const UINT message = isCommon ? WM_NOTIFY : isCommand ? WM_COMMAND : WM_VSCROLL;
-            const WPARAM wParam = isCommon ? 77 : isCommand ? MAKEWPARAM(77, code) : code;
-            const auto lParam = isCommon ? reinterpret_cast<LPARAM>(&header) : reinterpret_cast<LPARAM>(hCtrl);
-            EXPECT_EQ(FieldsOf(*Translate(message, wParam, lParam)),
-                      Fields(isCommand ? NK_COMMAND : NK_CONTROL, function, window, hCtrl, 77,
-                             isCommand ? 0 : static_cast<int>(code), isCommon ? lParam : 0, 0, 0, 0))
-                << className << code;
-        }
-    }
+    for (const auto& [classNames, rows] : kControls)
+        for (const std::wstring& className : classNames)
+            for (const auto& [code, function] : rows) ExpectFunction(className, code, function);
 }
 
 TEST_F(Notify, MessagesFillWhatTheirKindUsesAndNothingElse) {
@@ -215,26 +208,23 @@ TEST_F(Notify, DoesNotWaitForWindowsOfAHungProcess) {
     }
 }
 
-TEST_F(Notify, DoesNotSnapToAListBoxReleasedWhileItAnswers) {
+TEST_F(Notify, DoesNotSnapWhereNoItemIsNorToAListBoxReleasedWhileItAnswers) {
     const HWND list = Add(L"ListBox");
+    const auto point = [&] {
+        SetCursorPos(45, 60);
+        Point(list);
+        POINT pointer{};
+        GetCursorPos(&pointer);
+        EXPECT_EQ(pointer.y, 60);
+    };
+    formatter.RegisterListBoxMove(list);
+    point();
     Send(list, LB_ADDSTRING, 0, L"a");
-    formatter.RegisterListBoxMove(list);
     SetWindowSubclass(list, &ReleaseAsItAnswers, 0, reinterpret_cast<DWORD_PTR>(&formatter));
-    SetCursorPos(45, 45);
-    Point(list);
-    EXPECT_EQ(formatter.GetCursor(list), -1);
-    EXPECT_EQ(SendMessageW(list, LB_GETCURSEL, 0, 0), LB_ERR);
-}
-
-TEST_F(Notify, ThePointerStaysWhereAListBoxHasNoItem) {
-    const HWND list = Add(L"ListBox");
     formatter.RegisterListBoxMove(list);
-    SetCursorPos(45, 60);
-    Point(list);
-    POINT pointer;
-    GetCursorPos(&pointer);
-    EXPECT_EQ(pointer.y, 60);
-    formatter.ReleaseListBoxMove(list);
+    point();
+    EXPECT_EQ(formatter.GetCursor(list), -1);
+    EXPECT_EQ(Send(list, LB_GETCURSEL), LB_ERR);
 }
 
 TEST_F(Notify, Odd30And33ThePointerSnapsToTheItemsOfARegisteredListBox) {
@@ -260,8 +250,11 @@ TEST_F(Notify, Odd30And33ThePointerSnapsToTheItemsOfARegisteredListBox) {
     EXPECT_EQ(pointer.x, corner.x);
     EXPECT_EQ(pointer.y, corner.y - 1 + (item.bottom - item.top) / 2);
     EXPECT_EQ(SendMessageW(lists[0], LB_GETCURSEL, 0, 0), formatter.GetCursor(lists[0]));
-    SetCursorPos(corner.x + 200, corner.y);
-    Point(lists[1]);
+    const auto pointAtSecond = [&] {
+        SetCursorPos(corner.x + 200, corner.y);
+        Point(lists[1]);
+    };
+    pointAtSecond();
     EXPECT_EQ(formatter.GetCursor(lists[1]), -1) << "the same index again";
     {
         const ImportPatch busy(Failing("WaitForSingleObjectEx", &WaitForSingleObjectEx, WAIT_TIMEOUT));
@@ -272,13 +265,11 @@ TEST_F(Notify, Odd30And33ThePointerSnapsToTheItemsOfARegisteredListBox) {
     formatter.RegisterListBoxMove(lists[0]);
     EXPECT_EQ(formatter.GetCursor(lists[0]), -1);
     Point(lists[0]); // the pointer is outside it
-    SetCursorPos(corner.x + 200, corner.y);
-    Point(lists[1]);
+    pointAtSecond();
     EXPECT_EQ(formatter.GetCursor(lists[1]), 1);
     formatter.ReleaseListBoxMove(lists[1]);
     EXPECT_EQ(formatter.GetCursor(lists[1]), -1);
-    SetCursorPos(corner.x + 200, corner.y);
-    Point(lists[1]);
+    pointAtSecond();
     GetCursorPos(&pointer);
     EXPECT_EQ(pointer.y, corner.y) << "released, the list box leaves the pointer alone";
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 // Numbers of the dialogs of dialog.rc and of their controls.
-#define DLG_FEW 99
 #define DLG_ALL 100
 #define CTL_STATIC 101
 #define CTL_EDIT 102
