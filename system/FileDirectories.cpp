@@ -19,7 +19,9 @@ unsigned long Create(const std::wstring& path) {
     return ErrorOf(CreateDirectoryW(path.c_str(), nullptr));
 }
 
-bool IsFile(const std::wstring& path) {
+/// Whether a file is at a path. The system finds none behind several backslashes.
+bool IsFile(std::wstring path) {
+    path.resize(path.find_last_not_of(L'\\') + 1);
     const DWORD attributes = GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
 }

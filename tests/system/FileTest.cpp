@@ -269,7 +269,8 @@ TEST_F(Directories, AreCreatedAndRemovedWithTheirContents) {
 
 TEST_F(Directories, ThatExistAsFilesAreNotCreated) {
     Make(path);
-    EXPECT_EQ(CreateDir((path / L"").c_str()), DWORD{ERROR_DIRECTORY});
+    for (const wchar_t* end : {L"\\", L"\\\\"})
+        EXPECT_EQ(CreateDir((path.wstring() + end).c_str()), DWORD{ERROR_DIRECTORY});
     EXPECT_EQ(CreateDir((path / L"below" / L"").c_str()), DWORD{ERROR_PATH_NOT_FOUND});
 }
 
