@@ -34,6 +34,8 @@ int DrainWithin(SOCKET socket, unsigned int milliseconds) {
     const ULONGLONG start = GetTickCount64();
     for (;;) {
         const ULONGLONG spent = GetTickCount64() - start;
+        // GUARD-241: there is always something to drop when a peer sends without a pause.
+        if (spent > milliseconds && milliseconds != INFINITE) return WAIT_TIMEOUT;
         const unsigned int left = spent < milliseconds ? milliseconds - static_cast<unsigned int>(spent) : 0;
         fd_set readable = SetOf(socket);
         timeval wait = TimeValue(left);

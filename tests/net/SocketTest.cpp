@@ -138,6 +138,11 @@ TEST(Socket, AfterATimeOutDisconnectingCanBeTriedAgain) {
     CSocket& own = *connection.own;
     EXPECT_EQ(own.DisconnectWithin(20), WSAETIMEDOUT);
     EXPECT_TRUE(own.IsConnected() && own.IsSocket(connection.handle));
+    connection.Send("x");
+    {
+        const ImportPatch flood("recv", &recv, [](SOCKET, char*, int, int) { return 1; });
+        EXPECT_EQ(own.DisconnectWithin(20), WSAETIMEDOUT) << "although the peer sends without a pause (GUARD-241)";
+    }
     connection.Close();
     EXPECT_EQ(own.DisconnectWithin(10000), 0);
     EXPECT_TRUE(own.IsSocket(INVALID_SOCKET));
