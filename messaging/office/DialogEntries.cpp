@@ -37,7 +37,7 @@ void AddDialogEntry(HWND dialog, unsigned long dialogId) {
     {
         const ResourceTableLock lock;
         RemoveDialogs(ResourceRecords(table.GetResourceAddress()), [own](HWND window, unsigned long processId) {
-            return processId == own && !IsOfProcess(window, own);
+            return processId == own ? !IsOfProcess(window, own) : HasEnded(processId);
         });
     }
     (void)table.AddResource(kDialogType, kDialogId, dialog, dialogId); // a full table reports itself

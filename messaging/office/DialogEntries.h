@@ -11,7 +11,8 @@ inline constexpr RESOURCE_TYPE kDialogType{2};
 /// Which of the resources of that type.
 inline constexpr RESOURCE_ID kDialogId{0};
 
-/// Adds a requested dialog to the resource table, after removing the dialogs of this process that no longer exist.
+/// Adds a requested dialog to the resource table, after removing the dialogs that no longer exist: those of this
+/// process and those of processes that have ended.
 /// @param dialog    the dialog; null if it could not be created
 /// @param dialogId  resource number of its template
 void AddDialogEntry(HWND dialog, unsigned long dialogId);

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <span>
 #include <thread>
 
 namespace {
@@ -179,6 +180,19 @@ TEST_F(Host, Odd37DialogsThatAreGoneLeaveNoEntryInTheResourceTable) {
     for (int time = 0; time < 3; ++time) EXPECT_EQ(LoadResourceDialog(999, nullptr, nullptr), nullptr);
     EXPECT_EQ(entries(), 1) << "the last that could not be made";
     EXPECT_EQ(table.DeleteResource(kDialogType, kDialogId, 999), 0);
+    ChildProcess ended(L"cmd /c exit");
+    (void)ended.ExitCode(); // whatever it is
+    const auto leaveEntries = [&] {
+        for (RESOURCE& record : std::span(table.GetResourceAddress(), POST_OFFICE_RESOURCES)) {
+            if (record.ThreadId == 0) record = {kDialogType, kDialog, 1, ended.Id(), kDialogId, 0};
+        }
+    };
+    leaveEntries();
+    DestroyWindow(LoadResourceDialog(kDialog, nullptr, nullptr));
+    EXPECT_EQ(entries(), 0) << "not those of an ended process either";
+    leaveEntries();
+    EXPECT_EQ(table.AddResource(RESOURCE_TYPE{3}, RESOURCE_ID{3}, frame, 3), 0);
+    EXPECT_EQ(entries(), 0);
 }
 
 TEST_F(Host, RequestsWithoutAReadableRecordAreAnsweredWith0) {
