@@ -61,9 +61,10 @@ unsigned int HeadOf(WORD tag) {
 // GUARD-253: Wine divides by these values or loops forever, and its sound driver ends the process at rates that it does
 // not support.
 bool IsPlayable(const WAVEFORMATEX& format) {
+    constexpr DWORD kLowestRate = 100;
     constexpr DWORD kHighestRate = 384000;
     return format.nChannels > 0 && format.nBlockAlign > HeadOf(format.wFormatTag) * format.nChannels &&
-           format.nSamplesPerSec > 0 && format.nSamplesPerSec <= kHighestRate;
+           format.nSamplesPerSec >= kLowestRate && format.nSamplesPerSec <= kHighestRate;
 }
 
 /// Whether a format has the length that its tag and its size field require, and can be played.

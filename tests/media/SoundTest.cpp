@@ -51,10 +51,11 @@ struct Player {
 
 /// Formats that end the process or play forever.
 constexpr WAVEFORMATEX kFatal[] = {
-    {WAVE_FORMAT_PCM, 0, kRate, kRate, 1, 8, 0},   {WAVE_FORMAT_PCM, 1, kRate, kRate, 0, 8, 0},
-    {WAVE_FORMAT_PCM, 1, 0, kRate, 1, 8, 0},       {WAVE_FORMAT_PCM, 1, ~0U, ~0U, 1, 8, 0},
-    {WAVE_FORMAT_PCM, 1, 400000, 400000, 1, 8, 0}, {WAVE_FORMAT_MULAW, 1, kRate, kRate, 0, 8, 0},
-    {WAVE_FORMAT_ADPCM, 1, kRate, kRate, 7, 4, 0}, {WAVE_FORMAT_IMA_ADPCM, 2, kRate, kRate, 8, 4, 0}};
+    {WAVE_FORMAT_PCM, 0, kRate, kRate, 1, 8, 0},      {WAVE_FORMAT_PCM, 1, kRate, kRate, 0, 8, 0},
+    {WAVE_FORMAT_PCM, 1, 0, kRate, 1, 8, 0},          {WAVE_FORMAT_PCM, 1, 10, 10, 1, 8, 0},
+    {WAVE_FORMAT_PCM, 1, ~0U, ~0U, 1, 8, 0},          {WAVE_FORMAT_PCM, 1, 400000, 400000, 1, 8, 0},
+    {WAVE_FORMAT_MULAW, 1, kRate, kRate, 0, 8, 0},    {WAVE_FORMAT_ADPCM, 1, kRate, kRate, 7, 4, 0},
+    {WAVE_FORMAT_IMA_ADPCM, 2, kRate, kRate, 8, 4, 0}};
 
 struct Sound : testing::Test {
     TemporaryFolder folder;
