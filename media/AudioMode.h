@@ -44,7 +44,10 @@ template <class Header, class Step>
 unsigned long ForEachOf(BufferSet buffers, Header (&continuous)[2], Header& single, Step step) {
     switch (buffers) {
     case BufferSet::Step: return step(&single);
-    case BufferSet::Continuous: return step(&continuous[0]) + step(&continuous[1]) != 0 ? 1 : 0;
+    case BufferSet::Continuous: {
+        const unsigned long failed = step(&continuous[0]); // the order is that of the sound
+        return step(&continuous[1]) | failed;
+    }
     default: return 1;
     }
 }
