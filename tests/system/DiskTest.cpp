@@ -39,7 +39,7 @@ std::string Line(const std::string& name, std::initializer_list<DWORD> numbers) 
 /// The table that is written for the geometry of the disk below.
 Bytes FatTable() {
     Bytes table(136);
-    for (const std::size_t rewrite : {35, 67, 99, 131}) table[rewrite] = 1;
+    for (const std::size_t rewrite : {35u, 67u, 99u, 131u}) table[rewrite] = 1;
     table[0] = 4;
     table[9] = 0x40;                                                 // 16,384
     std::memcpy(&table[16], "\x00\xC0\x7F\x3E", 4);                  // 1,048,559,616
@@ -260,23 +260,23 @@ TEST_F(PrepMo, Odd194AMediumWithAUsablePartitionIsNotPartitionedAgain) {
     constexpr LONGLONG kSize = 1'048'576'000; // of 1,000 cylinders
     const struct {
         const char* why;
-        bool writes;
         std::size_t entry;
-        BOOLEAN recognised;
         DWORD number;
+        bool writes;
+        BOOLEAN recognised;
         LONGLONG length;
         DWORD bytes = 136;
         LONGLONG cylinders = 1000;
-    } rows[] = {{"shorter than the medium", false, 3, TRUE, 2, kSize - 1},
-                {"as long as the medium", true, 3, TRUE, 2, kSize},
-                {"without a number", true, 3, TRUE, 0, 0},
-                {"unrecognised", true, 3, FALSE, 1, 0},
-                {"a layout of one entry", true, 0, TRUE, 1, 0, 40},
-                {"a layout of two", false, 0, TRUE, 1, 0, 72},
-                {"longer than the buffer", true, 0, TRUE, 1, 0, 2049},
-                {"counted but not there", true, 3, TRUE, 1, 0, 104},
-                {"of no size", true, 3, TRUE, 1, 0, 136, 0},
-                {"beyond 4 GB", false, 3, TRUE, 1, 10 * kSize - 1, 136, 10'000}};
+    } rows[] = {{"shorter than the medium", 3, 2, false, TRUE, kSize - 1},
+                {"as long as the medium", 3, 2, true, TRUE, kSize},
+                {"without a number", 3, 0, true, TRUE, 0},
+                {"unrecognised", 3, 1, true, FALSE, 0},
+                {"a layout of one entry", 0, 1, true, TRUE, 0, 40},
+                {"a layout of two", 0, 1, false, TRUE, 0, 72},
+                {"longer than the buffer", 0, 1, true, TRUE, 0, 2049},
+                {"counted but not there", 3, 1, true, TRUE, 0, 104},
+                {"of no size", 3, 1, true, TRUE, 0, 136, 0},
+                {"beyond 4 GB", 3, 1, false, TRUE, 10 * kSize - 1, 136, 10'000}};
     for (const auto& row : rows) {
         const DWORD count = 0xFF000004;
         PARTITION_INFORMATION entry{{}, {}, 0, row.number, 0, 0, row.recognised, 0};

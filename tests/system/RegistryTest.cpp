@@ -86,7 +86,7 @@ TEST_F(Registry, ValuesOfEveryTypeAreWrittenAndReadBack) {
 }
 
 TEST_F(Registry, MultiStringsAreWrittenFromTextsOrFromAList) {
-    const Entry expected(REG_MULTI_SZ, BytesOf(std::wstring(L"ab\0c\0", 6)));
+    const Entry expected(REG_MULTI_SZ, BytesOf(std::wstring(L"ab\0c\0\0", 6)));
     reg.SetType(CReg::TYPE_MULTI_STRING);
     ASSERT_EQ(reg.SaveKey(key, L"texts", L"ab\0c\0"), 0);
     EXPECT_EQ(Stored(L"texts"), expected);
@@ -229,7 +229,8 @@ TEST_F(Registry, BadArgumentsAreRefused) {
     EXPECT_EQ(reg.SaveKey(key, L"x", nullptr, 1), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(reg.SaveKey(key, nullptr, 7UL), 0);
     ASSERT_EQ(reg.ReadKey(key, nullptr, 0, nullptr), 0);
-    EXPECT_EQ(reg.GetData(number) + number, 7UL);
+    EXPECT_EQ(reg.GetData(number), 0UL);
+    EXPECT_EQ(number, 7UL);
 }
 
 TEST_F(Registry, MissingBufferShowsInTheStatusAloneOdd70) {

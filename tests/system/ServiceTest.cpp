@@ -26,6 +26,7 @@ public:
         : CNtService(kName, displayName, L"RpcSs\0", exePath, args) {}
     using CNtService::AddToMessageLog;
 
+    std::array<const wchar_t*, 1> argument{L"argument"};
     const wchar_t** startArgs = argument.data();
     bool stops = true;
     Lines seen;
@@ -44,7 +45,6 @@ protected:
     }
 
 private:
-    std::array<const wchar_t*, 1> argument{L"argument"};
     CEvent stop{nullptr, 1};
 };
 

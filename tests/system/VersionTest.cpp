@@ -67,7 +67,7 @@ struct Version : testing::Test {
         std::string bytes(std::istreambuf_iterator<char>(built), {});
         const std::string key(reinterpret_cast<const char*>(block.data()), block.size() * sizeof(wchar_t));
         bytes.at(bytes.find(key) - keyOffset + offset) = byte;
-        const fs::path file = folder / "damaged";
+        fs::path file = folder / "damaged";
         std::ofstream(file, std::ios::binary) << bytes;
         return file;
     }
