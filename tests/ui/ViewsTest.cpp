@@ -13,12 +13,18 @@ template <class View> struct Listening : View {
     unsigned long OnNotification(NMHDR& header) override { return header.code; }
 };
 
-template <class View> class Views : public testing::Test {
-protected:
+template <class View> void ExpectForwarding() {
     Listening<View> view;
-};
-using BothViews = testing::Types<CListViewOrca, CTreeViewOrca>;
-TYPED_TEST_SUITE(Views, BothViews, );
+    NMHDR header{nullptr, 1, 5};
+    NOTIFY notify{};
+    notify.Data2 = reinterpret_cast<LPARAM>(&header);
+    for (notify.Kind = 0; notify.Kind <= NK_SPOOLER; ++notify.Kind) {
+        EXPECT_EQ(view.OnNotify(&notify), notify.Kind == NK_CONTROL ? 5u : 0u) << notify.Kind;
+    }
+    notify.Kind = NK_CONTROL;
+    notify.Data2 = 0;
+    EXPECT_EQ(view.OnNotify(&notify), 0u);
+}
 
 class ListDialog : public CDialog {
     bool OnNotify(int id, NMHDR* header, unsigned long& result) override {
@@ -30,16 +36,9 @@ class ListDialog : public CDialog {
 
 } // namespace
 
-TYPED_TEST(Views, Odd55PassControlRecordsOnToTheBaseAlsoThoseWithoutAHeader) {
-    NMHDR header{nullptr, 1, 5};
-    NOTIFY notify{};
-    notify.Data2 = reinterpret_cast<LPARAM>(&header);
-    for (notify.Kind = 0; notify.Kind <= NK_SPOOLER; ++notify.Kind) {
-        EXPECT_EQ(this->view.OnNotify(&notify), notify.Kind == NK_CONTROL ? 5u : 0u);
-    }
-    notify.Kind = NK_CONTROL;
-    notify.Data2 = 0;
-    EXPECT_EQ(this->view.OnNotify(&notify), 0u);
+TEST(Views, Odd55PassControlRecordsOnToTheBaseAlsoThoseWithoutAHeader) {
+    ExpectForwarding<CListViewOrca>();
+    ExpectForwarding<CTreeViewOrca>();
 }
 
 TEST(CompanionDialog, RunsModelessAndAnswersTheNotificationsOfItsList) {
