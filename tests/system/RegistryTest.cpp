@@ -107,7 +107,7 @@ TEST_F(Registry, MultiStringsAreWrittenFromTextsOrFromAList) {
     EXPECT_EQ((WideTexts{Text(-1), Text(1), Text(9)}), (WideTexts{L"ab", L"c", L""}));
     ASSERT_EQ(reg.GetData(list), 0UL);
     ASSERT_EQ(reg.SaveKey(key, L"ab", 7UL), 0);
-    EXPECT_EQ(reg.ReadKey(key, *list.begin(), 1000, nullptr), 0) << "the name lies in the data that make way";
+    EXPECT_EQ(reg.ReadKey(key, *list.begin(), 1000, nullptr), 0) << "the name is in the data that are freed";
 }
 
 TEST_F(Registry, BuffersGrowToTheRequestedSize) {
