@@ -38,7 +38,7 @@ public:
     Stub Adding(const char* name, Function* real, R result, DWORD error = 0) {
         auto add = [this, result, error,
                     wide = std::wstring(name, name + std::char_traits<char>::length(name))](auto... arguments) {
-            Add(wide.c_str(), arguments...);
+            this->Add(wide.c_str(), arguments...);
             SetLastError(error);
             return result;
         };
