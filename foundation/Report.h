@@ -22,11 +22,4 @@ inline void ReportUnless(bool holds, const char* expression, ReportSite site) {
     if (!holds) WndLogAssert(expression, site.source, site.line);
 }
 
-/// Reports @p expression as the other form does.
-/// @param source  bare name of the source
-/// @param line    line of the report
-inline void ReportUnless(bool holds, const char* expression, const char* source, unsigned int line) {
-    ReportUnless(holds, expression, ReportSite{source, line});
-}
-
 } // namespace tessel

@@ -44,7 +44,7 @@ bool FindServiceName(ServiceName& name) {
     do {
         found = ReadServiceName(registry, cards.Get(), card, name);
     } while (!found && registry.FindNextKey(card) == ERROR_SUCCESS);
-    ReportUnless(found, "status == STATUS_OK", "EthAddr", kNoServiceNameLine);
+    ReportUnless(found, "status == STATUS_OK", {"EthAddr", kNoServiceNameLine});
     return found;
 }
 

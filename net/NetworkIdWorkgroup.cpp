@@ -58,7 +58,7 @@ unsigned long CNetworkId::GetWorkgroupName(wchar_t* out) {
 
 unsigned long CNetworkId::SetWorkgroupName(const wchar_t* name) {
     const Policy policy(POLICY_TRUST_ADMIN);
-    ReportUnless(name != nullptr, "WorkgroupName", "NetworkId", kNullNameLine);
+    ReportUnless(name != nullptr, "WorkgroupName", {"NetworkId", kNullNameLine});
     if (name == nullptr) return ERROR_INVALID_PARAMETER; // GUARD-09
     if (!policy.IsOpen()) return LsaNtStatusToWinError(policy.Status());
     const std::size_t length = std::wcslen(name);

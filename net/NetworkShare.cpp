@@ -32,8 +32,8 @@ unsigned long Connect(wchar_t* remoteName, const wchar_t* userName, const wchar_
     resource.lpRemoteName = remoteName;
     unsigned long status = WNetAddConnection2W(&resource, password, userName, 0);
     if (status == ERROR_ALREADY_ASSIGNED && localName != nullptr && IsConnectedTo(localName, remoteName)) status = 0;
-    tessel::ReportUnless(status != ERROR_NO_SUCH_LOGON_SESSION, "Status != ERROR_NO_SUCH_LOGON_SESSION", "NetworkShare",
-                         kNoLogonSessionLine);
+    tessel::ReportUnless(status != ERROR_NO_SUCH_LOGON_SESSION, "Status != ERROR_NO_SUCH_LOGON_SESSION",
+                         {"NetworkShare", kNoLogonSessionLine});
     return status != ERROR_NO_SUCH_LOGON_SESSION ? status : 0; // ODD-91: counts as connected
 }
 

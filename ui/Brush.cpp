@@ -53,7 +53,7 @@ int CBrush::AddColor(unsigned long color, unsigned long key) {
     data.Key = key; // ODD-57: RGB(30, 0, 0) has the key of CI_TRANSPARENT
     data.hBrush = CreateSolidBrush(color);
     data.Color = color;
-    tessel::ReportUnless(data.hBrush != nullptr, "data.hBrush", "Brush", __LINE__);
+    tessel::ReportUnless(data.hBrush != nullptr, "data.hBrush", {"Brush", __LINE__});
     return AppendOwn(data);
 }
 

@@ -163,7 +163,7 @@ int CBrush::AddBitmapIcon(HINSTANCE instance, unsigned int id, int x, int y, uns
     const DeviceContext ownSource = hdcSource == nullptr ? MemoryContext() : nullptr;
     if (hdcDest == nullptr) hdcDest = ownDest.get();
     if (hdcSource == nullptr) hdcSource = ownSource.get();
-    tessel::ReportUnless(hdcDest && hdcSource, "hdcDest && hdcSource", "Brush", __LINE__);
+    tessel::ReportUnless(hdcDest && hdcSource, "hdcDest && hdcSource", {"Brush", __LINE__});
     const Bitmap base = LoadPicture(instance, id);
     const Bitmap icon = LoadPicture(instance, iconId);
     if (!hdcDest || !hdcSource || !base || !icon) return -1;

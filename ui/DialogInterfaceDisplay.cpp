@@ -111,7 +111,9 @@ int tessel::commands::Display(DialogRequest& request) {
     case DA_DISABLE: return ShowOrEnable(request.control.hWnd, request.action);
     case DA_REFRESH: return Refresh(request);
     case DA_FOCUS: return Focus(request);
-    default: tessel::ReportUnless(false, "Invalid Display action specified.", "CDialog", kUnknownActionLine); return 1;
+    default:
+        tessel::ReportUnless(false, "Invalid Display action specified.", {"CDialog", kUnknownActionLine});
+        return 1;
     }
 }
 

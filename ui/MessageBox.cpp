@@ -229,7 +229,7 @@ void CMessageBox::PositionInCenter() {
 void CMessageBox::InitButtons() {
     // ODD-53: flags are not masked out, so a type with an icon is unsupported.
     const bool supported = m_uiType < std::size(kButtonSets);
-    tessel::ReportUnless(supported, "Unsupported MessageBox type!", "MessageBox", kUnsupportedTypeLine);
+    tessel::ReportUnless(supported, "Unsupported MessageBox type!", {"MessageBox", kUnsupportedTypeLine});
     if (!supported) return;
     for (int position = 0; position < kPositions; ++position) {
         const int button = kButtonSets[m_uiType][position];
