@@ -42,7 +42,7 @@ Made Convert(CAudioConvert& converter, char* source, unsigned long size, unsigne
 std::string Convert(CAudioConvert& converter, std::string source) {
     const auto size = static_cast<unsigned long>(source.size());
     const Made made = Convert(converter, source.data(), size, size);
-    const std::string sound = made.Text();
+    std::string sound = made.Text();
     EXPECT_EQ(GlobalFree(made.buffer), nullptr);
     return sound;
 }
