@@ -17,6 +17,7 @@ flock -n 9 || {
 find "$root" -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} +
 (cd "$origin" && git ls-files -z -co --exclude-standard | xargs -0 cp -p --parents -t "$root")
 
+cd "$root"
 # shellcheck source=scripts/common.sh
 source "$root/scripts/common.sh"
 

@@ -67,10 +67,6 @@ public:
     template <class Function, class Callable, class Tag = decltype([] {})>
     ImportPatch(const char* name, Function* real, Callable callable)
         : ImportPatch(Replacing<Function, Callable, Tag>(name, real, std::move(callable))) {}
-    /// With a function of the same signature; the module is Tessel.dll.
-    template <class Function>
-    ImportPatch(const wchar_t*, const char* name, Function* replacement)
-        : ImportPatch(Stub{name, reinterpret_cast<void*>(replacement), nullptr}) {}
     ~ImportPatch();
     ImportPatch(ImportPatch&&) = delete;
 
