@@ -120,7 +120,7 @@ inline INTERFACE_INFO Interface(const char* address, const char* mask, unsigned 
 class Interfaces {
 public:
     explicit Interfaces(std::vector<INTERFACE_INFO> wanted = {Interface("127.0.0.1", "255.0.0.0")})
-        : m_patch(L"Tessel.dll", "WSAIoctl", &Answer) {
+        : m_patch("WSAIoctl", &WSAIoctl, &Answer) {
         list = std::move(wanted);
     }
     static inline std::vector<INTERFACE_INFO> list;
