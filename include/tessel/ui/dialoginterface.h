@@ -35,9 +35,10 @@ struct CONTROL_STRING {
 /// Operates the controls of one dialog by their identifiers, whatever kind of control each one is.
 ///
 /// Every operation determines the kind of control from its window class and sends the messages for that kind. An
-/// identifier that the dialog does not have stands for the dialog itself; of several controls with one identifier, the
-/// first is used. An operation has no effect on a kind of control that it does not apply to. FormatSysMsg is the
-/// counterpart for the notifications that controls send.
+/// identifier that the dialog does not have stands for the dialog itself. Of several controls with one identifier, the
+/// first in z-order is used, and stays in use for consecutive operations even if the z-order changes. An operation has
+/// no effect on a kind of control that it does not apply to. FormatSysMsg is the counterpart for the notifications that
+/// controls send.
 ///
 /// Item indices start at 0. Item data is as wide as a pointer. For trackbars, progress bars and scroll bars ("gauges"
 /// below), an index is a position.
