@@ -26,7 +26,7 @@ TEST(SocketMessages, Odd76ATypedRecordArrivesAndALongOneGrowsTheBuffer) {
     const Connection connection(CSocket::MODE_BLOCKING);
     std::string got;
     const MESSAGE* last = nullptr;
-    for (const std::size_t size : {0, 5, 5120, 5121, 3000000, 100}) {
+    for (const std::size_t size : {0u, 5u, 5120u, 5121u, 3000000u, 100u}) {
         const std::string data(size, 'd');
         CSocket sender(connection.bare, CSocket::MODE_BLOCKING, nullptr);
         std::thread sending(
@@ -94,7 +94,7 @@ TEST(SocketMessages, Odd83WhatASocketDoesNotTakeAtOnceIsLost) {
     const Connection connection(CSocket::MODE_EVENT);
     int ready = 1;
     const ImportPatch patch("select", &select, [&](auto...) { return ready; }); // the peer reads nothing
-    const std::string large(50000000, 'x');
+    const std::vector<char> large(50000000);
     EXPECT_EQ(connection.own->WriteMessage(1, large.data(), static_cast<unsigned long>(large.size())), 0);
     EXPECT_EQ(connection.own->WriteMessage(1, large.data(), 0xFFFFFFF8), WSAENOBUFS);
     EXPECT_TRUE(connection.own->IsConnected());

@@ -383,9 +383,9 @@ TEST_F(Dialog, LoadsTextsAndGivesFontsAndPictures) {
 }
 
 TEST_F(Dialog, FindsAControlThatReplacesTheOneUsedLast) {
-    constexpr void (*kChanges[])(HWND) = {[](HWND used) { DestroyWindow(used); },
-                                          [](HWND used) { SetWindowLongPtrW(used, GWLP_ID, CTL_MISSING); },
-                                          [](HWND used) { SetParent(used, GetDesktopWindow()); }};
+    constexpr void (*kChanges[])(HWND) = {[](HWND control) { DestroyWindow(control); },
+                                          [](HWND control) { SetWindowLongPtrW(control, GWLP_ID, CTL_MISSING); },
+                                          [](HWND control) { SetParent(control, GetDesktopWindow()); }};
     dialog.Reset(CTL_LIST, L"a");
     for (const auto change : kChanges) {
         change(Item(CTL_LIST));

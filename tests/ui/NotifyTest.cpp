@@ -136,7 +136,8 @@ TEST_F(Notify, MessagesFillWhatTheirKindUsesAndNothingElse) {
     for (const auto& [message, wParam, lParam, fields] : rows) {
         EXPECT_EQ(FieldsOf(*Translate(message, wParam, lParam)), fields) << message;
     }
-    for (const UINT message : {WM_LBUTTONUP, WM_RBUTTONUP, WM_MBUTTONUP, WM_SIZE, WM_DRAWITEM, WM_NOTIFY}) {
+    for (const UINT message :
+         std::vector<UINT>{WM_LBUTTONUP, WM_RBUTTONUP, WM_MBUTTONUP, WM_SIZE, WM_DRAWITEM, WM_NOTIFY}) {
         for (const LPARAM record : {0, 16}) EXPECT_EQ(Translate(message, 0, record), nullptr) << message;
     }
 }
@@ -165,8 +166,8 @@ TEST_F(Notify, Odd32And35ThePointerIsReportedToLeaveAndToEnterBeforeItActs) {
     }
     Translate(WM_MOUSEMOVE, 0, MAKELPARAM(9, 5));
     int function = FN_MOUSEMOVE;
-    for (const UINT message : {WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_RBUTTONDOWN, WM_MBUTTONDOWN, WM_LBUTTONDBLCLK,
-                               WM_RBUTTONDBLCLK, WM_MBUTTONDBLCLK}) {
+    for (const UINT message : std::vector<UINT>{WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_RBUTTONDOWN, WM_MBUTTONDOWN,
+                                                WM_LBUTTONDBLCLK, WM_RBUTTONDBLCLK, WM_MBUTTONDBLCLK}) {
         EXPECT_EQ(Translate(message, 0, MAKELPARAM(9, 5))->Function, function++);
     }
 }

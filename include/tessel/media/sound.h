@@ -54,7 +54,8 @@ public:
 
     /// Reads a sound for Play(int), opens the mixer and calls Initialize(). A file that cannot be read, is not RIFF or
     /// is shorter than it states leaves the object without a sound, so that Play(int) fails. So does an incomplete
-    /// format, or one that cannot be played: no channels, a block without samples, or a rate below 100 or above 384,000.
+    /// format, or one that cannot be played: no channels, a block without samples, or a rate below 100 or above
+    /// 384,000.
     /// @param file  path of a WAVE file, less than 4 GB
     explicit CSound(wchar_t* file);
 
