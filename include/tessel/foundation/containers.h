@@ -227,7 +227,7 @@ public:
     /// @param value  receives the value; unchanged if there is none
     /// @return true: found; false: not there
     bool Lookup(const Key& key, Value& value) const {
-        if (m_count == 0) return false;
+        if (m_bucketCount == 0) return false;
         const Entry* const entry = *Find(key);
         if (entry == nullptr) return false;
         value = entry->value;
@@ -238,7 +238,7 @@ public:
     /// @param key    the key
     /// @param value  the value
     void SetAt(const Key& key, const Value& value) {
-        if (m_count >= m_bucketCount) MakeTable(m_count == 0 ? m_tableSize : 2 * m_bucketCount);
+        if (m_count >= m_bucketCount) MakeTable(m_bucketCount == 0 ? m_tableSize : 2 * m_bucketCount + 1);
         Entry** const link = Find(key);
         if (*link != nullptr) {
             (*link)->value = value;
@@ -252,7 +252,7 @@ public:
     /// @param key  key to remove
     /// @return true: removed; false: not there
     bool RemoveKey(const Key& key) {
-        if (m_count == 0) return false;
+        if (m_bucketCount == 0) return false;
         Entry** const link = Find(key);
         Entry* const entry = *link;
         if (entry == nullptr) return false;
