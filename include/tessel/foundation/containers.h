@@ -196,7 +196,7 @@ template <class Key, class Value, class Hash = std::hash<Key>> class CMap {
 public:
     /// Creates an empty map, which has no table yet.
     /// @param tableSize  least number of buckets, once there is a table
-    explicit CMap(std::size_t tableSize) : m_tableSize(tableSize > 0 ? tableSize : 1) {}
+    explicit CMap(std::size_t tableSize) : m_tableSize(tableSize) {}
 
     /// Copies each entry of another map. Throws std::bad_alloc.
     /// @param other  map to copy
@@ -238,7 +238,7 @@ public:
     /// @param key    the key
     /// @param value  the value
     void SetAt(const Key& key, const Value& value) {
-        if (m_count >= m_bucketCount) MakeTable(m_bucketCount == 0 ? m_tableSize : 2 * m_bucketCount + 1);
+        if (m_count >= m_bucketCount) MakeTable(m_bucketCount == 0 ? m_tableSize : 2 * m_bucketCount);
         Entry** const link = Find(key);
         if (*link != nullptr) {
             (*link)->value = value;
@@ -282,6 +282,7 @@ private:
         }
     }
     void MakeTable(std::size_t bucketCount) {
+        if (bucketCount == 0) bucketCount = 1;
         CMap larger(m_tableSize);
         larger.m_buckets = tessel::ContainerMemory::Allocate<Entry*>(bucketCount);
         larger.m_bucketCount = bucketCount;
