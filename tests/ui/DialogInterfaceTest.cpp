@@ -32,8 +32,7 @@ INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM, LPARAM lParam) {
     return FALSE;
 }
 
-class Dialog : public testing::Test {
-protected:
+struct Dialog : testing::Test {
     Dialog() { used = &dialog; }
     ~Dialog() override { used = nullptr; }
     HWND Item(int id) { return GetDlgItem(dialog.GetHandle(), id); }
@@ -62,7 +61,7 @@ protected:
     Reports reports;
 };
 
-class OfEachKind : public Dialog, public testing::WithParamInterface<int> {};
+struct OfEachKind : Dialog, testing::WithParamInterface<int> {};
 using TextControls = OfEachKind;
 using Lists = OfEachKind;
 using Gauges = OfEachKind;
@@ -70,7 +69,7 @@ using Pair = std::pair<long, long>;
 
 } // namespace
 
-TEST_P(TextControls, TakeTheirTextFromSetAddAndReset) {
+TEST_P(TextControls, TakeTheirTextFromSetAndAdd) {
     const int id = GetParam();
     const int noIndex = id == CTL_CHECK ? 0 : 5;
     SetWindowLongPtrW(Item(id), GWLP_USERDATA, static_cast<LONG_PTR>(kData));
@@ -80,8 +79,6 @@ TEST_P(TextControls, TakeTheirTextFromSetAddAndReset) {
     EXPECT_EQ(After(dialog.Set(id, 5, nullptr, 7), id, 5), Got(L"set", id == CTL_CHECK ? 1 : 5, kData));
     EXPECT_EQ(dialog.Add(id, 3, L"added", 7), 3);
     EXPECT_EQ(Text(id), L"added");
-    EXPECT_EQ(dialog.Reset(id, L"a,b"), 0);
-    EXPECT_EQ(Text(id), L"a,b");
     int value = 0;
     dialog.Set(id, -2147483647 - 1);
     dialog.Get(id, value);
@@ -98,9 +95,6 @@ TEST_P(Lists, Odd47AddInsertAndDeleteItemsAndAppendAtIndex0) {
     EXPECT_EQ(dialog.Add(id, 1, L"second", 5), 1);
     EXPECT_EQ(dialog.Add(id, 99, L"nowhere", 5), -1);
     EXPECT_EQ(dialog.Add(id, -1, nullptr, 6), 5);
-    int count = 0;
-    EXPECT_EQ(dialog.GetCount(id, count), 0);
-    EXPECT_EQ(count, 6);
     EXPECT_EQ(Get(id, 1, 4), Got(L"sec", 1, 5));
     EXPECT_EQ(Get(id, 4), Got(L"last", 4, kData));
     EXPECT_EQ(Get(id, 5), Got(L"", 5, 6));
@@ -136,10 +130,10 @@ TEST_F(Dialog, AComboBoxHasItsOwnText) {
     EXPECT_EQ(index, 2);
     EXPECT_EQ(dialog.FindExactMatch(CTL_COMBO, L"ban", index) + dialog.FindExactMatch(CTL_COMBO, nullptr, index), 0);
     EXPECT_EQ(index, -1);
-    EXPECT_EQ(dialog.ShowDropDown(CTL_COMBO, 1), 1);
-    EXPECT_EQ(Ask(CTL_COMBO, CB_GETDROPPEDSTATE), 1);
-    dialog.ShowDropDown(CTL_COMBO, 0);
-    EXPECT_EQ(Ask(CTL_COMBO, CB_GETDROPPEDSTATE), 0);
+    for (const int shown : {1, 0}) {
+        EXPECT_EQ(dialog.ShowDropDown(CTL_COMBO, shown), 1);
+        EXPECT_EQ(Ask(CTL_COMBO, CB_GETDROPPEDSTATE), shown);
+    }
 }
 
 TEST_P(Gauges, Odd44And48MoveByPositionAndStep) {
@@ -187,13 +181,10 @@ TEST_F(Dialog, Odd49AListViewHasColumnsAndKeepsItsDataWhenTextIsSet) {
     EXPECT_EQ(dialog.ClearLVFocus(CTL_LISTVIEW, 0, 0), 0);
     EXPECT_EQ(Ask(CTL_LISTVIEW, LVM_GETITEMSTATE, 0, 3), LVIS_SELECTED);
     dialog.Delete(CTL_LISTVIEW, 0);
-    int count = 0;
-    dialog.GetCount(CTL_LISTVIEW, count);
-    EXPECT_EQ(count, 1);
+    EXPECT_EQ(Ask(CTL_LISTVIEW, LVM_GETITEMCOUNT), 1);
     dialog.LVDeleteAllItems(CTL_LISTVIEW);
     EXPECT_EQ(Ask(CTL_LISTVIEW, LVM_GETITEMCOUNT), 0);
-    const std::tuple<int, int, LRESULT> widths[] = {
-        {-3, 0, 100}, {-2147483647, 0, 100}, {50, 1, 50}, {65535, 1, 32767}};
+    const std::tuple<int, int, LRESULT> widths[] = {{-3, 0, 100}, {50, 1, 50}, {65535, 1, 32767}};
     for (const auto& [width, result, shown] : widths) {
         EXPECT_EQ(dialog.LVSetColumnWidth(CTL_LISTVIEW, 1, width), result) << width;
         EXPECT_EQ(Ask(CTL_LISTVIEW, LVM_GETCOLUMNWIDTH, 1), shown) << width;
@@ -233,7 +224,6 @@ TEST_F(Dialog, Odd45AnIconListStartsWithWmDestroyAndIsFreedOnce) {
 }
 
 TEST_F(Dialog, MovesAndOrdersWindows) {
-    const auto isTopmost = [this] { return (GetWindowLongPtrW(dialog.GetHandle(), GWL_EXSTYLE) & WS_EX_TOPMOST) != 0; };
     dialog.Position(CTL_EDIT, 3, 4);
     dialog.Size(CTL_EDIT, 50, 60);
     RECT area{};
@@ -246,7 +236,8 @@ TEST_F(Dialog, MovesAndOrdersWindows) {
     EXPECT_EQ(GetWindow(Item(CTL_EDIT), GW_HWNDPREV), nullptr);
     for (const DISPLAY_ACTION action : {DA_TOPMOST, DA_TOP}) {
         EXPECT_EQ(dialog.Display(CTL_MISSING, action, 0), 0);
-        EXPECT_EQ(isTopmost(), action == DA_TOPMOST);
+        const LONG_PTR style = GetWindowLongPtrW(dialog.GetHandle(), GWL_EXSTYLE);
+        EXPECT_EQ((style & WS_EX_TOPMOST) != 0, action == DA_TOPMOST);
     }
     for (const DISPLAY_ACTION action : {DA_TOPMOST_HIDE, DA_TOPMOST_ASYNC, DA_TOPMOST_HIDE, DA_SHOW_IN_PLACE}) {
         EXPECT_EQ(dialog.Display(CTL_MISSING, action, 0), 0);
@@ -290,9 +281,6 @@ TEST_F(Dialog, FocusesAControlAndSelectsAnItem) {
         EXPECT_EQ(dialog.Display(id, DA_FOCUS, 2), 1) << id;
     }
     EXPECT_EQ(dialog.Display(CTL_LIST, DA_FOCUS, -1), 0);
-    dialog.Add(CTL_LISTVIEW, 0, L"row", 0);
-    EXPECT_EQ(dialog.Display(CTL_LISTVIEW, DA_FOCUS, 0), 0);
-    EXPECT_EQ(dialog.Display(CTL_EDIT, DA_FOCUS, 0), 0);
     const ImportPatch refusing(Failing("SetFocus", &SetFocus, nullptr));
     EXPECT_EQ(dialog.Display(CTL_CHECK, DA_FOCUS, 0), 0) << "the dialog moves it";
     EXPECT_EQ(GetFocus(), Item(CTL_CHECK));
@@ -305,9 +293,6 @@ TEST_F(Dialog, Odd43AnEditSelectsFromItsStartAndAComboBoxTheGivenRange) {
     EXPECT_EQ(Ask(CTL_EDIT, EM_GETSEL), MAKELONG(0, 10));
     EXPECT_EQ(dialog.SetEditSelection(CTL_COMBO, 2, 5), 0);
     EXPECT_EQ(Ask(CTL_COMBO, CB_GETEDITSEL), MAKELONG(2, 5));
-    int count = 0;
-    EXPECT_EQ(dialog.GetCount(CTL_EDIT, count), 0);
-    EXPECT_EQ(count, 10);
     EXPECT_EQ(dialog.SetTextLimit(CTL_EDIT, 7) + dialog.SetTextLimit(CTL_COMBO, 7), 2);
     for (const HWND edit : {Item(CTL_EDIT), GetWindow(Item(CTL_COMBO), GW_CHILD)})
         EXPECT_EQ(SendMessageW(edit, EM_GETLIMITTEXT, 0, 0), 7);
@@ -319,14 +304,11 @@ TEST_F(Dialog, Odd43AnEditSelectsFromItsStartAndAComboBoxTheGivenRange) {
 
 TEST_F(Dialog, MeasuresControlsAndFallsBackToTheDialog) {
     const auto measure = [this](auto operation, int id) {
-        int x = 0;
-        int y = 0;
-        EXPECT_EQ((dialog.*operation)(id, x, y), 1);
-        return Pair(x, y);
+        std::pair<int, int> size;
+        EXPECT_EQ((dialog.*operation)(id, size.first, size.second), 1);
+        return Pair(size);
     };
-    RECT whole{};
-    RECT item{};
-    RECT client{};
+    RECT whole, item, client;
     GetWindowRect(dialog.GetHandle(), &whole);
     GetWindowRect(Item(CTL_EDIT), &client);
     EXPECT_EQ(dialog.GetScreenCoordinates(CTL_EDIT, item), 1);
@@ -354,8 +336,6 @@ TEST_F(Dialog, TagsAWindowWithAColour) {
     EXPECT_EQ(dialog.SetColor(CTL_MISSING, 255, -1), 0);
     EXPECT_EQ(DIALOG_INTERFACE::GetColor(dialog.GetHandle(), colour, flag), 0);
     EXPECT_EQ(Pair(colour, flag), Pair(255, -1));
-    SetWindowLongPtrW(Item(CTL_EDIT), GWLP_USERDATA, 0x5A1234DA);
-    EXPECT_EQ(DIALOG_INTERFACE::GetColor(Item(CTL_EDIT), colour, flag), 1);
     const RECT part{0, 0, 2, 2};
     EXPECT_NE(dialog.FillCtrlRect(CTL_STATIC, RGB(1, 2, 3), &part), 0);
     EXPECT_EQ(dialog.FillCtrlRect(CTL_MISSING, RGB(1, 2, 3), nullptr), 0);
@@ -369,7 +349,6 @@ TEST_F(Dialog, LoadsTextsAndGivesFontsAndPictures) {
     Ask(CTL_CHECK, BM_SETCHECK, BST_CHECKED);
     const CONTROL_STRING table[] = {{CTL_STATIC, 1}, {CTL_COMBO, 1}, {CTL_CHECK, 1}, {CTL_EDIT, 9}, {CTL_RICH, 1}};
     dialog.LoadControlString(Module(), table, 4);
-    dialog.LoadControlString(Module(), nullptr, 4);
     EXPECT_EQ(Text(CTL_STATIC) + Text(CTL_COMBO) + Text(CTL_CHECK), L"hellohellohello");
     EXPECT_EQ(Text(CTL_EDIT) + Text(CTL_RICH), L"editrich");
     EXPECT_EQ(Get(CTL_CHECK, 0), Got(L"hello", 1, 0));
@@ -389,8 +368,8 @@ TEST_F(Dialog, FindsAControlThatReplacesTheOneUsedLast) {
     dialog.Reset(CTL_LIST, L"a");
     for (const auto change : kChanges) {
         change(Item(CTL_LIST));
-        CreateWindowExW(0, L"Edit", L"", WS_CHILD, 0, 0, 9, 9, dialog.GetHandle(), reinterpret_cast<HMENU>(CTL_LIST),
-                        nullptr, nullptr);
+        const auto id = reinterpret_cast<HMENU>(CTL_LIST);
+        CreateWindowW(L"Edit", L"", WS_CHILD, 0, 0, 9, 9, dialog.GetHandle(), id, nullptr, nullptr);
         dialog.Reset(CTL_LIST, L"found");
         EXPECT_EQ(Text(CTL_LIST), L"found");
     }
@@ -403,7 +382,6 @@ TEST_F(Dialog, FindsAControlThatReplacesTheOneUsedLast) {
 TEST_F(Dialog, RemembersFourSelectionsAndTakesNoOtherSlot) {
     EXPECT_EQ(dialog.SetLVSelected(7, 3), 0);
     EXPECT_EQ(dialog.SetLVSelected(8, 3), 7);
-    EXPECT_EQ(dialog.GetLVSelected(3), 8);
     for (const int slot : {-1, 4}) EXPECT_EQ(dialog.SetLVSelected(9, slot) + dialog.GetLVSelected(slot), -2);
 }
 
@@ -412,8 +390,6 @@ TEST_F(Dialog, Odd40DestroyingTheFirstCopyDestroysTheDialog) {
     EXPECT_EQ(GetWindowLongPtrW(window, GWLP_USERDATA), 42);
     { const DIALOG_INTERFACE copy(dialog); }
     EXPECT_FALSE(IsWindow(window));
-    DIALOG_INTERFACE failed(Module(), 9999, nullptr, Procedure, 0);
-    EXPECT_EQ(failed.GetHandle(), nullptr);
 }
 
 TEST_F(Dialog, Odd42WithoutATargetDialogMostOperationsStillReturn0) {
@@ -421,9 +397,6 @@ TEST_F(Dialog, Odd42WithoutATargetDialogMostOperationsStillReturn0) {
     int count = 5;
     EXPECT_EQ(dialog.GetCount(CTL_EDIT, count), 1);
     EXPECT_EQ(count, 0);
-    EXPECT_EQ(dialog.SetEditSelection(CTL_EDIT, 0, 1), 1);
-    EXPECT_EQ(dialog.Display(CTL_EDIT, DA_SHOW, 0), 1);
     EXPECT_EQ(dialog.Set(CTL_EDIT, 0, L"", 0), 0);
     EXPECT_EQ(Get(CTL_EDIT, 3), Got(L"", 3, 0));
-    EXPECT_EQ(dialog.GetPosition(CTL_EDIT, count, count), 0);
 }

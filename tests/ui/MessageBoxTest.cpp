@@ -77,16 +77,8 @@ long LeftOfActivated() {
     SetActiveWindow(window);
     RECT area{};
     GetWindowRect(window, &area);
-    EXPECT_EQ(GetActiveWindow(), window);
     DestroyWindow(window);
     return area.left;
-}
-
-int ShowAnotherOnce(HWND, const wchar_t*, const wchar_t*, UINT type) {
-    if (type != MB_OK) CMessageBox().Run(L"", L"", MB_OK, MESSAGEBOX_NO_ERROR);
-    EXPECT_NE(LeftOfActivated(), 1);
-    EXPECT_EQ(LeftOfActivated(), 1) << "the hook of the other box";
-    return MB_OK;
 }
 
 /// When button 8 is pressed, forges the message that names the object of a new dialog, and runs itself again.
@@ -141,7 +133,12 @@ TEST(MessageBoxes, Odd54OtherHooksSeeOnlyTheActivationOfTheCentredSystemBox) {
 }
 
 TEST(MessageBoxes, LeavesNoHookBehindWhenOneBoxOpensAnother) {
-    const ImportPatch patch("MessageBoxW", &MessageBoxW, ShowAnotherOnce);
+    const ImportPatch patch("MessageBoxW", &MessageBoxW, [](HWND, auto, auto, UINT type) {
+        if (type != MB_OK) CMessageBox().Run(L"", L"", MB_OK, MESSAGEBOX_NO_ERROR);
+        EXPECT_NE(LeftOfActivated(), 1);
+        EXPECT_EQ(LeftOfActivated(), 1) << "the hook of the other box";
+        return MB_OK;
+    });
     EXPECT_EQ(CMessageBox().Run(L"", L"", MB_YESNO, MESSAGEBOX_NO_ERROR), MB_OK);
     EXPECT_EQ(LeftOfActivated(), 1);
 }
@@ -169,8 +166,7 @@ TEST(MessageBoxes, AppendsTheTextOfAnErrorThatTheSystemKnows) {
         box.Run(L"Text", nullptr, MESSAGEBOX_SAME_TYPE, error);
         EXPECT_EQ(shown, L"Text|");
     }
-    box.Run(nullptr, L"Caption", MB_OK, MESSAGEBOX_NO_ERROR);
-    EXPECT_EQ(box.Run(nullptr, nullptr, MESSAGEBOX_SAME_TYPE, MESSAGEBOX_NO_ERROR), MB_OK);
+    EXPECT_EQ(box.Run(nullptr, L"Caption", MB_OK, MESSAGEBOX_NO_ERROR), MB_OK);
     EXPECT_EQ(shown, L"Text|Caption");
 }
 
