@@ -16,7 +16,6 @@ TEST(AssertLog, KeepsTheNewestReportsOldestFirstAndCutsLongTexts) {
     ASSERT_EQ(WndReadAsserts(records.data(), WND_ASSERT_RING_SIZE * 2), WND_ASSERT_RING_SIZE);
     EXPECT_EQ(records[0].ulLine, 10u);
     EXPECT_EQ(records[WND_ASSERT_RING_SIZE - 1].ulNumber, WndGetAssertCount());
-    EXPECT_EQ(WndReadAsserts(nullptr, 5), 0u);
 }
 
 TEST(AssertLog, HandsEachReportToTheSinkButNotWhatTheSinkReports) {

@@ -4,11 +4,7 @@
 #include <tessel/foundation/event.h>
 #include <tessel/foundation/semaphore.h>
 
-namespace {
-
 constexpr unsigned long kNotSignalled = 0xFFFFFFFF;
-
-} // namespace
 
 TEST(Event, SignalsAndResets) {
     CEvent automatic;

@@ -5,7 +5,6 @@
 
 #include <rpc.h>
 
-#include <functional>
 #include <string>
 
 namespace {
@@ -66,7 +65,6 @@ TEST(Identifier, TextIsOpenWhenTheRoomIsFilledOdd160) {
     wchar_t text[] = L"########################################";
     EXPECT_EQ(COCuid::ToString(uid.GetUid(), text, 36), 0);
     EXPECT_EQ(text, std::wstring(kText) + L"####");
-    EXPECT_EQ(COCuid::ToString(nullptr, text, 40) + COCuid::ToString(uid.GetUid(), nullptr, 40), 2);
 }
 
 TEST(Identifier, OnlyTextsOfIdentifiersAreRead) {
@@ -79,10 +77,6 @@ TEST(Identifier, OnlyTextsOfIdentifiersAreRead) {
         EXPECT_TRUE(uid.IsPresent() == 0 && IsZero(*uid.GetUid())) << text.size();
         EXPECT_EQ(uid.GetString(), text.substr(0, 63));
     }
-    EXPECT_EQ((uid = static_cast<const wchar_t*>(nullptr)) + COCuid::ToUid(nullptr, nullptr), 2);
-    OCUID read = *Parsed().GetUid();
-    EXPECT_EQ(COCuid::ToUid(nullptr, &read), 0);
-    EXPECT_TRUE(IsZero(read));
     uid = kText;
     EXPECT_EQ(uid = uid.GetString(), 0);
 }
@@ -102,43 +96,39 @@ TEST(Identifier, ComparisonLooksAtTheOthersPresenceInOneFormOnlyOdd161) {
     const COCuid none;
     EXPECT_TRUE(nil == &none);
     EXPECT_FALSE(nil == none || none == nil || none == &nil || none == none.GetUid() || nil != nil.GetUid());
-    EXPECT_FALSE(nil == static_cast<const COCuid*>(nullptr) || nil == static_cast<const OCUID*>(nullptr));
 }
 
 TEST(Identifier, Odd162And163WaysToTakeOneOverDifferInWhatTheyReturnAndReplace) {
     const COCuid source = Parsed();
     const COCuid none;
-    const COCuid* const noObject = nullptr;
-    const OCUID* const noRecord = nullptr;
     COCuid nil;
     nil.SetToZero();
-    struct Row {
-        const char* name;
-        std::function<int(COCuid&)> take;
-        COCuid target;
-        int result;
-        const wchar_t* text; // of what is held then; null: nothing
+    /// What was returned and what is held then.
+    const auto outcome = [](int returned, const COCuid& uid) {
+        return std::to_wstring(returned) + (uid.IsPresent() != 0 ? uid.GetString() : L"-");
     };
-    const Row rows[] = {{"object", [&](COCuid& uid) { return uid.SetUid(&source, 0); }, none, 1, kText},
-                        {"object, held", [&](COCuid& uid) { return uid.SetUid(&source, 0); }, nil, 0, kNil},
-                        {"object, over", [&](COCuid& uid) { return uid.SetUid(&source, 1); }, nil, 1, kText},
-                        {"empty object, over", [&](COCuid& uid) { return uid.SetUid(&none, 1); }, nil, 0, nullptr},
-                        {"no object, over", [&](COCuid& uid) { return uid.SetUid(noObject, 1); }, nil, 0, nullptr},
-                        {"record", [&](COCuid& uid) { return uid.SetUid(source.GetUid(), 0); }, none, 1, kText},
-                        {"record, held", [&](COCuid& uid) { return uid.SetUid(source.GetUid(), 2); }, nil, 0, kNil},
-                        {"record, over", [&](COCuid& uid) { return uid.SetUid(source.GetUid(), 1); }, nil, 1, kText},
-                        {"no record, over", [&](COCuid& uid) { return uid.SetUid(noRecord, 1); }, nil, 0, nullptr},
-                        {"= record", [&](COCuid& uid) { return uid = source.GetUid(); }, none, 1, kText},
-                        {"= record, held", [&](COCuid& uid) { return uid = source.GetUid(); }, nil, 0, kNil},
-                        {"= no record", [&](COCuid& uid) { return uid = noRecord; }, none, 0, nullptr},
-                        {"= object, held", [&](COCuid& uid) { return uid = &source; }, nil, 0, kText},
-                        {"= empty object, held", [&](COCuid& uid) { return uid = &none; }, nil, 1, kNil},
-                        {"= no object, held", [&](COCuid& uid) { return uid = noObject; }, nil, 1, kNil}};
-    for (Row row : rows) {
-        EXPECT_EQ(row.take(row.target), row.result) << row.name;
-        EXPECT_EQ(row.target.IsPresent(), row.text != nullptr) << row.name;
-        EXPECT_TRUE(row.text == nullptr || row.target.GetString() == std::wstring(row.text)) << row.name;
-    }
+    const auto set = [&](const auto* from, COCuid uid, int overwrite) {
+        const int returned = uid.SetUid(from, overwrite);
+        return outcome(returned, uid);
+    };
+    const auto assign = [&](const auto* from, COCuid uid) {
+        const int returned = (uid = from);
+        return outcome(returned, uid);
+    };
+    const std::wstring text(kText);
+    const std::wstring zeros(kNil);
+    const auto expectSets = [&](const auto* from, const auto* fromNothing) {
+        EXPECT_EQ(set(from, none, 0), L"1" + text);
+        EXPECT_EQ(set(from, nil, 2), L"0" + zeros);
+        EXPECT_EQ(set(from, nil, 1), L"1" + text);
+        EXPECT_EQ(set(fromNothing, nil, 1), L"0-");
+    };
+    expectSets(&source, &none);
+    expectSets(source.GetUid(), static_cast<const OCUID*>(nullptr));
+    EXPECT_EQ(assign(source.GetUid(), none), L"1" + text);
+    EXPECT_EQ(assign(source.GetUid(), nil), L"0" + zeros);
+    EXPECT_EQ(assign(&source, nil), L"0" + text);
+    EXPECT_EQ(assign(&none, nil), L"1" + zeros);
     const ImportPatch convert(WithoutText());
     COCuid uid;
     EXPECT_EQ(uid = source.GetUid(), 1);

@@ -81,9 +81,6 @@ TEST(Widening, Odd02TakesBytesAsSignedAndNarrowingDropsTheHighByte) {
     char narrow[4];
     UNICODE_TO_ASCII(narrow, L"\x4E41z");
     EXPECT_STREQ(narrow, "Az");
-    ASCII_TO_UNICODE(nullptr, "a");
-    UNICODE_TO_ASCII(narrow, nullptr);
-    EXPECT_STREQ(narrow, "Az");
 }
 
 TEST(Trim, Odd03And04TheWidthsDifferWhereOnlyBlanksFollowTheFirstCharacter) {
@@ -110,9 +107,7 @@ TEST(Trim, Odd03And04TheWidthsDifferWhereOnlyBlanksFollowTheFirstCharacter) {
     }
 }
 
-TEST(Trim, NullAndBytesAbove0x7FAreLeftAlone) {
-    EXPECT_EQ(Trim(static_cast<char*>(nullptr)), nullptr);
-    EXPECT_EQ(Trim(static_cast<wchar_t*>(nullptr)), nullptr);
+TEST(Trim, BytesAbove0x7FAreLeftAlone) {
     char text[] = "\xA0\x85xy\xA0";
     EXPECT_STREQ(Trim(text), "\xA0\x85xy\xA0");
 }

@@ -6,11 +6,7 @@
 #include <string>
 #include <utility>
 
-namespace {
-
 constexpr unsigned long kNotSignalled = 0xFFFFFFFF;
-
-} // namespace
 
 class WaitTest : public testing::Test {
 protected:

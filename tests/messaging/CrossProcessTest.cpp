@@ -47,16 +47,6 @@ int Stall(const std::vector<std::string>& arguments) {
     return 0;
 }
 
-/// Adds dialog entries until the resource table is full, and then does nothing.
-int FillResources(const std::vector<std::string>&) {
-    const OpenPostOffice office;
-    CResource table;
-    for (unsigned long dialog = 0; table.AddResource(RESOURCE_TYPE{2}, RESOURCE_ID{0}, nullptr, dialog) == 0;) ++dialog;
-    Say("full");
-    Hear();
-    return 0;
-}
-
 /// Checks content and order of all messages, until each sender has sent its last. Arguments: id, senders.
 int CheckAll(const std::vector<std::string>& arguments) {
     Station station(IdOf(arguments[0]));
@@ -106,8 +96,7 @@ int SendMany(const std::vector<std::string>& arguments) {
     return 0;
 }
 
-const Role roles[] = {
-    {"stall", Stall}, {"fill-resources", FillResources}, {"check-all", CheckAll}, {"send-many", SendMany}};
+const Role roles[] = {{"stall", Stall}, {"check-all", CheckAll}, {"send-many", SendMany}};
 
 ChildProcess PeerChild(const std::string& role, const std::vector<std::string>& arguments) {
     return ChildProcess(role, arguments, PeerProgram());
@@ -150,16 +139,6 @@ TEST(CrossProcess, AReceiverKilledWithMessagesPendingLeavesNothingBehindAfterThe
     EXPECT_EQ(supervisor.mailbox.GetFreeBlockCount(), freeBefore);
     EXPECT_EQ(supervisor.mailbox.Send(kShared, 1, 0, nullptr, 0, nullptr), ERROR_SERVICE_NOT_FOUND);
     EXPECT_EQ(frame(), nullptr);
-}
-
-TEST(CrossProcess, DialogsOfAKilledProcessMakeWayWhenTheResourceTableIsFull) {
-    const OpenPostOffice office;
-    CResource table;
-    ChildProcess program = PeerChild("fill-resources", {});
-    ASSERT_EQ(program.WaitUntil("full"), "");
-    EXPECT_EQ(table.AddResource(RESOURCE_TYPE{9}, RESOURCE_ID{9}, nullptr, 0), 1) << "their process lives";
-    program.Kill();
-    EXPECT_EQ(table.AddResource(RESOURCE_TYPE{9}, RESOURCE_ID{9}, nullptr, 0), 0);
 }
 
 TEST(CrossProcess, FourSendersAndTwoReceiversOfBothBitnessesLoseNothing) {

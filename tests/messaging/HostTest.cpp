@@ -61,11 +61,6 @@ protected:
     CResource table;
 };
 
-LRESULT CALLBACK QuitWhenDestroyed(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_DESTROY) PostQuitMessage(0);
-    return DefWindowProcW(window, message, wParam, lParam);
-}
-
 } // namespace
 
 TEST_F(Host, RunsFromStartToExitAndReturnsTheCode) {
@@ -80,14 +75,16 @@ TEST_F(Host, RunsFromStartToExitAndReturnsTheCode) {
 TEST_F(Host, Odd36And38RegistersItsFrameWindowUntilTheFirstCopyGoes) {
     EXPECT_EQ(table.GetResource(kFrameType, kFrameId, GetCurrentProcessId()), frame);
     EXPECT_FALSE(IsWindowVisible(frame));
-    ShutDown(0);
+    int destroyed = 0;
+    const ImportPatch send("SendMessageW", &SendMessageW, [&](HWND window, UINT message, auto... more) {
+        destroyed += window == frame && message == WM_DESTROY ? 1 : 0;
+        return SendMessageW(window, message, more...);
+    });
+    for (const DWORD process : {DWORD{0}, GetCurrentProcessId()}) ShutDown(process);
+    EXPECT_EQ(destroyed, 2);
+    EXPECT_EQ(RequestNotify(frame, 1), 1) << "it lives on";
     MSG message;
     EXPECT_FALSE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE)) << "that is up to the program";
-    SetWindowLongPtrW(frame, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&QuitWhenDestroyed));
-    ShutDown(GetCurrentProcessId());
-    EXPECT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE));
-    SetWindowLongPtrW(frame, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&OSClass::WindowProc));
-    EXPECT_EQ(RequestNotify(frame, 1), 1);
     table.AddResource(RESOURCE_TYPE{3}, RESOURCE_ID{3}, frame, 3);
     const int brush = CBrush().Add(RGB(1, 2, 3));
     { const Program copy(program); }
@@ -114,7 +111,7 @@ TEST_F(Host, TakesThePlaceOfEntriesThatAKilledProcessOfItsIdLeft) {
 TEST(HostProcedures, RegisterTheFrameInAPostOfficeThatComesLater) {
     Reports reports;
     Program program;
-    EXPECT_EQ(reports.Take().size(), 1u) << "there is no table";
+    EXPECT_TRUE(reports.Take().at(0).ends_with(" pRes")) << "there is no table";
     const OpenPostOffice office;
     for (int time = 0; time < 2; ++time) {
         program.Run([&program] {
@@ -180,14 +177,15 @@ TEST_F(Host, Odd37DialogsThatAreGoneLeaveNoEntryInTheResourceTable) {
     for (int time = 0; time < 3; ++time) EXPECT_EQ(LoadResourceDialog(999, nullptr, nullptr), nullptr);
     EXPECT_EQ(entries(), 1) << "the last that could not be made";
     EXPECT_EQ(table.DeleteResource(kDialogType, kDialogId, 999), 0);
-    ChildProcess ended(L"cmd /c exit");
-    (void)ended.ExitCode(); // whatever it is
+    ChildProcess other(L"cmd /c set /p answer="); // waits for a line
     const auto leaveEntries = [&] {
         for (RESOURCE& record : std::span(table.GetResourceAddress(), POST_OFFICE_RESOURCES)) {
-            if (record.ThreadId == 0) record = {kDialogType, kDialog, 1, ended.Id(), kDialogId, 0};
+            if (record.ThreadId == 0) record = {kDialogType, kDialog, 1, other.Id(), kDialogId, 0};
         }
     };
     leaveEntries();
+    EXPECT_EQ(table.AddResource(RESOURCE_TYPE{3}, RESOURCE_ID{3}, frame, 3), 1) << "their process lives";
+    other.Kill();
     DestroyWindow(LoadResourceDialog(kDialog, nullptr, nullptr));
     EXPECT_EQ(entries(), 0) << "not those of an ended process either";
     leaveEntries();
@@ -266,7 +264,6 @@ TEST_F(Host, Odd62StartsAProcessUnderTheNameOfTheConsoleProgram) {
     EXPECT_EQ(WaitForSingleObject(process, INFINITE), WAIT_OBJECT_0);
     CloseHandle(process);
     EXPECT_EQ(program.StartProcess(L"no such.exe", nullptr), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
 }
 
 TEST_F(Host, SendsItsHeartbeatToAllTopLevelWindows) {
@@ -279,7 +276,6 @@ TEST_F(Host, SendsItsHeartbeatToAllTopLevelWindows) {
         return heard && message.wParam == kTimer && message.lParam == reinterpret_cast<LPARAM>(frame);
     };
     program.SetVardaMsgId(beat);
-    EXPECT_EQ(OSClass::GetVardaMsgId(), beat);
     EXPECT_TRUE(wasHeard());
     TIMERPROC onTimer = nullptr;
     const ImportPatch set("SetTimer", &SetTimer, [&](HWND window, UINT_PTR id, UINT intervalMs, TIMERPROC procedure) {

@@ -12,12 +12,6 @@ constexpr RESOURCE_TYPE kFrame{1};
 constexpr RESOURCE_ID kManager{1};
 constexpr RESOURCE_ID kOther{2};
 
-/// Whether this was the only report; its line is that of the source.
-bool IsReport(Reports& reports, const std::string& expression) {
-    const Texts texts = reports.Take();
-    return texts.size() == 1 && texts[0].starts_with("CRes:") && texts[0].ends_with(" " + expression);
-}
-
 HWND Window(unsigned long number) {
     return static_cast<HWND>(ULongToHandle(number));
 }
@@ -68,18 +62,10 @@ TEST_F(Resources, Odd26EntriesAreDeletedByThreadAndByProcess) {
 TEST_F(Resources, AFullTableIsReported) {
     for (unsigned long i = 1; i <= POST_OFFICE_RESOURCES; ++i) ASSERT_EQ(Add(resources, kOther, i, i), 0);
     EXPECT_EQ(Add(resources, kOther, 9, 9), 1);
-    EXPECT_TRUE(IsReport(reports, "!result"));
+    const Texts texts = reports.Take();
+    ASSERT_EQ(texts.size(), 1u);
+    EXPECT_TRUE(texts[0].starts_with("CRes:") && texts[0].ends_with(" !result")) << texts[0];
     EXPECT_EQ(resources.GetResource(kFrame, kOther, POST_OFFICE_RESOURCES), Window(POST_OFFICE_RESOURCES));
     EXPECT_EQ(resources.DeleteResource(kFrame, kOther, 5), 0);
     EXPECT_EQ(Add(resources, kOther, 5, 5), 0) << "a deleted one is free";
-}
-
-TEST(ResourcesWithoutAPostOffice, DoNothing) {
-    Reports reports;
-    CResource resources;
-    EXPECT_TRUE(IsReport(reports, "pRes"));
-    EXPECT_EQ(Add(resources, kOther, 1, 1) + resources.DeleteResource(kFrame, kOther, 1), 2);
-    EXPECT_EQ(resources.GetResource(kFrame, kOther, 1), nullptr);
-    EXPECT_EQ(resources.ResetProcess(1), 0);
-    EXPECT_EQ(resources.GetManagerFromThread(), 0xFFFFFFFFu);
 }

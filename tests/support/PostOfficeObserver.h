@@ -4,6 +4,7 @@
 #include "TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <tessel/foundation/semaphore.h>
 #include <tessel/messaging/mailbox.h>
 
 /// A test of programs that communicate through the post office. Keeps the post office open while they start and end.
@@ -14,9 +15,7 @@ protected:
         MONITOR_LEVEL left;
         EXPECT_EQ(observer.BuildDirectoryList(&left, 1), mailboxes);
         EXPECT_EQ(observer.GetFreeBlockCount(), 500u);
-        CPostOffice post;
-        EXPECT_EQ(post.LockThreadSafe(0), 0);
-        post.UnlockThreadSafe();
+        EXPECT_EQ(CThreadLock(POST_OFFICE_LOCK_NAME).IsLocked(), 0);
     }
 
     OpenPostOffice office;
