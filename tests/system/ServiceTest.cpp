@@ -98,11 +98,8 @@ TEST_F(Service, IsInstalledStartedStoppedRemovedAndQueriedWhateverTheNameOdd181)
 
     service->Install();
     service->Install();
-    const Lines installed = Shown();
-    ASSERT_EQ(installed.size(), 2u);
-    EXPECT_EQ(installed[0], L"TesselTest: Tessel test installed.\n");
-    EXPECT_EQ(installed[1].find(L"TesselTest: CreateService failed - "), 0u);
-    EXPECT_TRUE(installed[1].ends_with(L" (0x431)\n")) << installed[1];
+    EXPECT_EQ(shown.texts.back().find(L"TesselTest: CreateService failed - "), 0u);
+    EXPECT_EQ(Shown().front(), L"TesselTest: Tessel test installed.\n");
     EXPECT_EQ(Stored(L"Type") + Stored(L"Start") + Stored(L"ErrorControl"), L"27231");
     EXPECT_EQ(Stored(L"DependOnService") + Stored(L"DisplayName"), L"RpcSsTessel test");
     EXPECT_TRUE(CNtService::IsInstalled(nullptr));
@@ -221,11 +218,10 @@ TEST_F(ServiceHandles, NothingIsDoneWithoutAServiceManagerWhichIsShown) {
     service.EnableErrorReports(true);
     EXPECT_FALSE(CNtService::Start() || CNtService::IsInstalled(nullptr));
     service.Install();
-    const Lines asked = Calls();
-    ASSERT_EQ(asked.size(), 5u);
-    for (const std::size_t shown : {1u, 4u}) {
-        EXPECT_EQ(asked[shown].find(L"OpenSCManager failed - "), 0u) << asked[shown];
-        EXPECT_TRUE(asked[shown].ends_with(L" (0x5)\n")) << asked[shown];
+    ASSERT_EQ(calls.size(), 5u);
+    for (const std::wstring& shown : {calls[1], calls[4]}) {
+        EXPECT_EQ(shown.find(L"OpenSCManager failed - "), 0u) << shown;
+        EXPECT_TRUE(shown.ends_with(L" (0x5)\n")) << shown;
     }
 }
 
