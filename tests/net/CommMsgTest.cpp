@@ -15,14 +15,6 @@ TEST(CommMsg, KeepsTheLengthOfItsAllocationAndLiesOnTheWireInOneRun) {
     }
 }
 
-TEST(CommMsg, TakesNoLengthFromAnAllocationThatWasNotItsOwn) {
-    void* const block = CCommMsg::operator new(sizeof(CCommMsg), 7);
-    alignas(CCommMsg) unsigned char other[sizeof(CCommMsg)] = {};
-    EXPECT_EQ(static_cast<CCommMsg*>(block)->GetLength(), 7u);
-    EXPECT_NE((::new (static_cast<void*>(other)) CCommMsg)->GetLength(), 7u);
-    CCommMsg::operator delete(block);
-}
-
 TEST(CommMsg, CopiesItsLengthOnly) {
     const auto first = Message("abc");
     const CCommMsg copy(*first);

@@ -215,10 +215,9 @@ TEST(HostileConnection, GetsWholeRecordsDeliveredByEventAndNothingElse) {
         Connection connection;
         Receiver receiver(connection.handle, kBuffer, CSocket::MODE_EVENT, nullptr);
         ASSERT_EQ(receiver.InitConnected(), 0);
-        for (std::size_t left = wire.bytes.size(); left > 0;) {
-            const std::size_t piece = 1 + Below(static_cast<unsigned int>(left));
-            connection.Send(wire.bytes.substr(wire.bytes.size() - left, piece));
-            left -= piece;
+        for (std::size_t at = 0, size = 0; at < wire.bytes.size(); at += size) {
+            size = 1 + Below(static_cast<unsigned int>(wire.bytes.size() - at));
+            connection.Send(wire.bytes.substr(at, size));
             if (WaitForSingleObject(receiver.GetEventHandle(), 0) == WAIT_OBJECT_0) receiver.ProcessEvents();
         }
         connection.Close();

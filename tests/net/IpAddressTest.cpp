@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <tessel/net/ipaddress.h>
 
-#include <memory>
+#include <optional>
 
 namespace {
 
@@ -20,24 +20,20 @@ TEST(IpAddress, ConvertsBetweenNumberAndTextInBothWidths) {
     const CIpAddress address(number);
     EXPECT_STREQ(static_cast<char*>(address), "10.1.0.255");
     EXPECT_STREQ(static_cast<wchar_t*>(address), L"10.1.0.255");
-    EXPECT_EQ(static_cast<void*>(static_cast<unsigned short*>(address)),
-              static_cast<void*>(static_cast<wchar_t*>(address)));
     EXPECT_EQ(Number(L"255.255.255.254 and more than fits"), htonl(0xFFFFFFFE));
-    for (const CIpAddress& none :
-         {CIpAddress("nonsense"), CIpAddress(L"1.2.3.4\u0134"), CIpAddress(static_cast<const char*>(nullptr)),
-          CIpAddress(static_cast<const wchar_t*>(nullptr))}) {
-        EXPECT_EQ(Number(none), INADDR_NONE);
-    }
+    EXPECT_EQ(Number("nonsense"), INADDR_NONE);
+    EXPECT_EQ(Number(L"1.2.3.4\u0134"), INADDR_NONE);
+    EXPECT_EQ(Number(static_cast<const wchar_t*>(nullptr)), INADDR_NONE);
 }
 
 TEST(IpAddress, CopiesHaveTextsOfTheirOwn) {
-    auto first = std::make_unique<CIpAddress>("1.2.3.4");
+    std::optional<CIpAddress> first("1.2.3.4");
     const char* const text = *first;
-    CIpAddress copy(*first);
+    const CIpAddress copy(*first);
     CIpAddress assigned("5.6.7.8");
-    const char* const own = assigned;
+    const char* const earlier = assigned;
     assigned = copy;
-    EXPECT_STREQ(own, "5.6.7.8");
+    EXPECT_STREQ(earlier, "5.6.7.8");
     EXPECT_NE(static_cast<char*>(copy), text);
     first.reset();
     EXPECT_STREQ(static_cast<char*>(copy), "1.2.3.4");
@@ -57,5 +53,4 @@ TEST(IpAddress, PacksAndUnpacksInHostOrder) {
     EXPECT_STREQ(out, L"10.0.0.1");
     CIpAddress::Unpack(0xFFFFFFFF, out);
     EXPECT_STREQ(out, L"255.255.255.255");
-    CIpAddress::Unpack(1, nullptr);
 }

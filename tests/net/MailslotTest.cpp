@@ -55,14 +55,10 @@ TEST_F(Mailslot, AnotherProcessWritesMessagesThatAreReadOneByOne) {
 TEST_F(Mailslot, EachFailureIsKeptAndSuccessClearsIt) {
     ASSERT_TRUE(other.Create(kName, 0, 0, nullptr));
     const std::pair<std::function<bool()>, unsigned long> steps[] = {
-        {[&] { return slot.GetName() == nullptr; }, 0},
         {[&] { return !slot.Close(); }, ERROR_INVALID_HANDLE},
-        {[&] { return !slot.Create(nullptr, 0, 0, nullptr); }, ERROR_INVALID_PARAMETER},
         {[&] { return !slot.Open(L"Tessel missing", L"."); }, ERROR_FILE_NOT_FOUND},
-        {[&] { return !slot.Open(kName, nullptr); }, ERROR_INVALID_PARAMETER},
         {[&] { return !IsOpen(slot); }, ERROR_INVALID_HANDLE},
         {[&] { return !slot.Create(kName, 0, 0, nullptr); }, ERROR_ALREADY_EXISTS},
-        {[&] { return slot.SetInfo(1) == ERROR_INVALID_HANDLE; }, ERROR_INVALID_HANDLE},
         {[&] { return other.Close() && slot.Create(kName, 0, 0, nullptr); }, 0},
         {[&] { return slot.Create(slot.GetName(), 0, 0, nullptr); }, 0}, // the one held before is closed
         {[&] { return !slot.Read(Bytes(buffer), 1, nullptr, INVALID_HANDLE_VALUE); }, ERROR_INVALID_HANDLE},
@@ -93,8 +89,6 @@ TEST_F(Mailslot, Odd104AnOverlappedReadIsPendingUntilItSucceedsOrTheNextStarts) 
     EXPECT_EQ(count, 7u);
     system.answer = ERROR_BROKEN_PIPE;
     EXPECT_EQ(slot.GetStatus(nullptr), 0u) << "nothing is pending any more";
-    EXPECT_FALSE(slot.Read(Bytes(buffer), 16, &count, event.handle));
-    EXPECT_EQ(slot.GetStatus(nullptr), 109u);
     system.answer = ERROR_IO_PENDING;
     EXPECT_TRUE(slot.Read(Bytes(buffer), 16, &count, event.handle));
     ASSERT_TRUE(slot.Create(kName, 0, 0, nullptr));

@@ -21,9 +21,9 @@ struct MsgSocket : testing::Test {
     std::optional<Connection> connection;
     std::optional<RecordReceiver> receiver;
 
-    void Connect(CSocket::MODE mode, unsigned int bufferSize = CMsgSocket::BUFFER_SIZE) {
+    void Connect(CSocket::MODE mode) {
         connection.emplace();
-        receiver.emplace(connection->handle, bufferSize, mode, nullptr);
+        receiver.emplace(connection->handle, CMsgSocket::BUFFER_SIZE, mode, nullptr);
         ASSERT_EQ(receiver->InitConnected(), 0);
     }
     void Hear() {
@@ -88,9 +88,6 @@ TEST_F(MsgSocket, Odd105ARecordLargerThanTheBufferEndsTheDelivery) {
     Send(tooLong + "more");
     EXPECT_EQ(ReadText(), "error 10101");
     EXPECT_EQ(ReadText(), "error 10101") << "again";
-    Connect(CSocket::MODE_BLOCKING, 0);
-    Send("x");
-    EXPECT_EQ(ReadText(), "error 10101") << "no room for anything";
 }
 
 TEST_F(MsgSocket, ARecordWithoutMemoryStaysInTheBuffer) {
@@ -133,7 +130,6 @@ TEST_F(MsgSocket, WritingSendsTheWireFormAndRestoresTheTimeOut) {
     EXPECT_EQ(receiver->GetSendTimeout(&timeout), 0);
     EXPECT_EQ(timeout, 1234u);
 
-    EXPECT_EQ(receiver->Write(nullptr, 50), WSAEFAULT);
     const auto endless = Message("x");
     std::memset(endless->GetMsg(), 0xFF, 4); // its length word
     EXPECT_EQ(receiver->Write(endless.get(), 50), WSAENOBUFS);

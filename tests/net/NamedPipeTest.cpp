@@ -10,16 +10,14 @@ namespace {
 
 constexpr auto kReadWrite = CClientNamedPipe::MODE_READ_WRITE;
 
-/// Connects, then writes each line of its input to the pipe; "read" reads.
 const Role talker("talk-to-pipe", [](const std::vector<std::string>&) {
     CClientNamedPipe pipe(kName);
-    Say(pipe.Open(L".", kReadWrite, false) ? "connected" : "no pipe");
-    for (std::string line = Hear(); !line.empty(); line = Hear()) {
-        char buffer[8]{};
-        const bool done = line == "read" ? pipe.Read(buffer, 4, nullptr)
-                                         : pipe.Write(line.data(), static_cast<unsigned int>(line.size()), nullptr);
-        Say(done ? std::string("done ") + buffer : "failed " + std::to_string(pipe.GetStatus()));
-    }
+    while (!pipe.Open(L".", kReadWrite, false)) Sleep(1);
+    char answer[8]{};
+    pipe.Write("a message", 9, nullptr) && pipe.Read(answer, 4, nullptr);
+    Say(answer);
+    pipe.Read(answer, 4, nullptr);
+    Say("failed " + std::to_string(pipe.GetStatus()));
     return 0;
 });
 
@@ -28,33 +26,26 @@ struct NamedPipe : testing::Test {
     CClientNamedPipe client{kName};
     Event event;
     char buffer[16]{};
-    std::optional<ChildProcess> peer;
 };
 
 } // namespace
 
 TEST_F(NamedPipe, AServerTalksToOneProcessAfterTheOther) {
     ASSERT_TRUE(server.Open(kReadWrite, false));
-    peer.emplace("talk-to-pipe");
-    server.AwaitConnection(nullptr);
-    EXPECT_EQ(server.GetStatus(), PIPE_CONNECTED);
-    peer->WaitUntil("connected");
-    peer->Tell("a message");
-    EXPECT_FALSE(server.Read(buffer, 4, nullptr));
-    EXPECT_EQ(server.GetStatus(), Code(ERROR_MORE_DATA));
-    EXPECT_TRUE(server.Read(buffer + 4, 12, nullptr));
-    EXPECT_STREQ(buffer, "a message");
-    EXPECT_TRUE(server.Write("pong", 4, nullptr));
-    peer->Tell("read");
-    EXPECT_EQ(peer->WaitUntil("done p"), "ong");
-
-    server.CloseInstance();
-    EXPECT_EQ(server.GetStatus(), PIPE_CLOSED);
-    peer->Tell("read");
-    EXPECT_EQ(peer->WaitUntil("failed "), std::to_string(ERROR_PIPE_NOT_CONNECTED));
-    peer.emplace("talk-to-pipe");
-    server.AwaitConnection(nullptr);
-    peer->WaitUntil("connected");
+    for (int peers = 2; peers > 0; --peers) {
+        ChildProcess peer("talk-to-pipe");
+        server.AwaitConnection(nullptr);
+        EXPECT_FALSE(server.Read(buffer, 4, nullptr));
+        EXPECT_EQ(server.GetStatus(), Code(ERROR_MORE_DATA));
+        EXPECT_TRUE(server.Read(buffer + 4, 12, nullptr));
+        EXPECT_EQ(server.GetStatus(), PIPE_CONNECTED);
+        EXPECT_STREQ(buffer, "a message");
+        EXPECT_TRUE(server.Write("pong", 4, nullptr));
+        peer.WaitUntil("pong");
+        server.CloseInstance();
+        EXPECT_EQ(server.GetStatus(), PIPE_CLOSED);
+        EXPECT_EQ(peer.WaitUntil("failed "), std::to_string(ERROR_PIPE_NOT_CONNECTED));
+    }
 }
 
 TEST_F(NamedPipe, Odd88AnOverlappedTransferThatStartsReturnsFalseAndACopyHasARecordOfItsOwn) {
@@ -91,21 +82,11 @@ TEST_F(NamedPipe, TheSystemsAnswerAboutAPendingOperationBecomesTheStatus) {
     }
     system.answer = ERROR_BROKEN_PIPE;
     EXPECT_EQ(server.GetStatus(), PIPE_CONNECTED) << "nothing is pending any more";
-    for (const long reply : {ERROR_IO_PENDING, ERROR_BROKEN_PIPE}) {
-        system.answer = reply;
-        EXPECT_FALSE(server.Read(buffer, 16, event.handle));
-    }
-    system.answer = ERROR_IO_INCOMPLETE;
-    EXPECT_EQ(server.GetStatus(), 109u) << "it ended at once";
 }
 
 TEST_F(NamedPipe, Odd89OpeningLeavesTheServersStatusAsItWas) {
     EXPECT_FALSE(client.Open(L".", kReadWrite, false));
-    EXPECT_FALSE(client.Open(nullptr, kReadWrite, false));
-    for (const int mode : {-1, 3}) {
-        EXPECT_FALSE(client.Open(L".", static_cast<CClientNamedPipe::MODE>(mode), false));
-        EXPECT_FALSE(server.Open(static_cast<CClientNamedPipe::MODE>(mode), false));
-    }
+    EXPECT_FALSE(server.Open(static_cast<CClientNamedPipe::MODE>(3), false));
     EXPECT_EQ(client.GetStatus(), Code(ERROR_FILE_NOT_FOUND));
     for (const unsigned long before : {PIPE_CLOSED, Code(ERROR_PIPE_CONNECTED)}) {
         EXPECT_EQ(server.GetStatus(), before);
