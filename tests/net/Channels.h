@@ -1,7 +1,6 @@
 #pragma once
 
 #include "support/CallLog.h"
-#include "support/ChildProcess.h"
 
 inline constexpr wchar_t kName[] = L"Tessel test";
 

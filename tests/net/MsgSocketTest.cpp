@@ -42,7 +42,8 @@ struct MsgSocket : testing::Test {
 
 TEST_F(MsgSocket, WhatComesWhileAHandlerProcessesEventsIsDeliveredBehindItsRecord) {
     Connect(CSocket::MODE_EVENT);
-    receiver->meanwhile = [this] {
+    receiver->afterwards = [this] {
+        if (receiver->records.size() == 2) return;
         Send(Wire("two"));
         Hear();
     };
@@ -55,7 +56,9 @@ TEST_F(MsgSocket, WhatComesWhileAHandlerProcessesEventsIsDeliveredBehindItsRecor
 
 TEST_F(MsgSocket, Odd87AHandlerThatDisconnectsLeavesTheBufferAsItIs) {
     Connect(CSocket::MODE_EVENT);
-    receiver->disconnectAt = 2;
+    receiver->afterwards = [this] {
+        if (receiver->records.size() == 2) receiver->Disconnect();
+    };
     Send(Wire("one") + Wire("two") + Wire("three"));
     Hear();
     EXPECT_EQ(receiver->records, (Records{"one", "two"}));
@@ -87,7 +90,6 @@ TEST_F(MsgSocket, Odd105ARecordLargerThanTheBufferEndsTheDelivery) {
     Connect(CSocket::MODE_BLOCKING);
     Send(tooLong + "more");
     EXPECT_EQ(ReadText(), "error 10101");
-    EXPECT_EQ(ReadText(), "error 10101") << "again";
 }
 
 TEST_F(MsgSocket, ARecordWithoutMemoryStaysInTheBuffer) {

@@ -1,4 +1,5 @@
 #include "Channels.h"
+#include "support/ChildProcess.h"
 
 #include <gtest/gtest.h>
 #include <tessel/net/namedpipe.h>

@@ -170,14 +170,12 @@ public:
 
     std::vector<std::string> records;
     int closes = 0;
-    std::size_t disconnectAt = 0;    ///< disconnects after so many records; 0: never
-    std::function<void()> meanwhile; ///< called once, while a record is delivered
+    std::function<void()> afterwards = [] {}; ///< called after each record
 
 private:
     void OnReadMsg(CCommMsg* record) override {
         records.push_back(TakeText(record));
-        if (records.size() == disconnectAt) Disconnect();
-        if (const auto now = std::exchange(meanwhile, nullptr)) now();
+        afterwards();
     }
     void OnClose() override { ++closes; }
 };
