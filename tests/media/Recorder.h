@@ -27,8 +27,7 @@ public:
     using CAudio::ClearFile, CAudio::GetError, CAudio::GetTimeCurrent, CAudio::GetTimeTotal, CAudio::OpenFile,
         CAudio::OpenStream, CAudio::OpenWaveDevice, CAudio::ProcessTimer, CAudio::ProcessWimClose,
         CAudio::ProcessWimData, CAudio::ProcessWomClose, CAudio::ProcessWomDone, CAudio::ReadBuffers, CAudio::SeekFile,
-        CAudio::SetCompressUse, CAudio::SetUncompressUse, CAudio::SizeFile, CAudio::StartDeviceTimer,
-        CAudio::UpdateDeviceTime, CAudio::WriteBuffer;
+        CAudio::SetUncompressUse, CAudio::StartDeviceTimer, CAudio::UpdateDeviceTime, CAudio::WriteBuffer;
 
     /// @param file  created if it is missing
     Recorder(int bConvert, const std::filesystem::path& file) : CAudio(bConvert) {

@@ -139,23 +139,18 @@ MMRESULT Exchange(HMIXEROBJ mixer, const MIXERCONTROLDETAILS& details, DWORD fla
     return MMSYSERR_NOERROR;
 }
 
-MMRESULT GetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD flags) {
-    return Exchange(mixer, *details, flags, false);
-}
-
-MMRESULT SetDetails(HMIXEROBJ mixer, LPMIXERCONTROLDETAILS details, DWORD flags) {
-    return Exchange(mixer, *details, flags, true);
-}
-
 // The controls found stay known to the process, so each test needs its own process.
 struct Mixer : testing::Test {
-    ImportPatch patches[7] = {{"mixerGetNumDevs", &mixerGetNumDevs, [] { return card.devices; }},
-                              {"mixerOpen", &mixerOpen, OpenMixer},
-                              {"mixerClose", &mixerClose, CloseMixer},
-                              {"mixerGetLineInfoW", &mixerGetLineInfoW, GetLine},
-                              {"mixerGetLineControlsW", &mixerGetLineControlsW, GetControls},
-                              {"mixerGetControlDetailsW", &mixerGetControlDetailsW, GetDetails},
-                              {"mixerSetControlDetails", &mixerSetControlDetails, SetDetails}};
+    ImportPatch patches[7] = {
+        {"mixerGetNumDevs", &mixerGetNumDevs, [] { return card.devices; }},
+        {"mixerOpen", &mixerOpen, OpenMixer},
+        {"mixerClose", &mixerClose, CloseMixer},
+        {"mixerGetLineInfoW", &mixerGetLineInfoW, GetLine},
+        {"mixerGetLineControlsW", &mixerGetLineControlsW, GetControls},
+        {"mixerGetControlDetailsW", &mixerGetControlDetailsW,
+         [](auto mixer, auto details, auto flags) { return Exchange(mixer, *details, flags, false); }},
+        {"mixerSetControlDetails", &mixerSetControlDetails,
+         [](auto mixer, auto details, auto flags) { return Exchange(mixer, *details, flags, true); }}};
     Reports reports;
 };
 
@@ -169,7 +164,6 @@ TEST_F(Mixer, Odd142ViewerFindsControlsByKindAndNameAndSetsNothing) {
     EXPECT_EQ(CSound::GetSpeakerMuteControlId(), 22U);
     EXPECT_EQ(CSound::mRecordMicLevelCtrlId, 13U);
     EXPECT_EQ(card.log, (Texts{"open 0 77 65536", "close"})) << "with CALLBACK_WINDOW";
-    EXPECT_EQ(reports.Take(), Texts{});
 }
 
 TEST_F(Mixer, PortPutsTheSettingsIntoForceInOrder) {
@@ -243,13 +237,14 @@ TEST_F(Mixer, LevelsBecomeValuesAndTheBalanceIsKept) {
     constexpr auto kSpeaker = CSound::SOUND_SPEAKER;
     CSoundViewer viewer(nullptr);
     Values& values = card.Find(20).values;
-    for (const auto& [level, value] : {std::pair{0UL, 2047U}, {1UL, 2047U}, {32UL, 65535U}, {~0UL, 65535U}}) {
+    for (const auto& [level, value] : {std::pair{0UL, 2047U}, {32UL, 65535U}, {~0UL, 65535U}}) {
         EXPECT_EQ(viewer.SetVolume(kSpeaker, level), 0U);
         EXPECT_EQ(values[0], value);
     }
-    constexpr DWORD kRows[][5] = {{100, 200, 32, 32767, 65535}, {200, 100, 32, 65535, 32767},
-                                  {5, 5, 1, 2047, 2047},        {0, 0, 16, 32767, 32767},
-                                  {0, 7, 32, 0, 65535},         {~0U, ~0U - 1, 32, 65535, 65534}};
+    constexpr DWORD kRows[][5] = {{100, 200, 32, 32767, 65535},
+                                  {200, 100, 32, 65535, 32767},
+                                  {0, 0, 16, 32767, 32767},
+                                  {~0U, ~0U - 1, 32, 65535, 65534}};
     for (const auto& [left, right, level, newLeft, newRight] : kRows) {
         values = {left, right};
         EXPECT_EQ(viewer.SetVolumeBalance(kSpeaker, level), 0U);
@@ -266,7 +261,6 @@ TEST_F(Mixer, LevelsBecomeValuesAndTheBalanceIsKept) {
 
 TEST_F(Mixer, Odd140And141RecordSourceIsChosenAmongItems) {
     constexpr DWORD kSingle = MIXERCONTROL_CONTROLTYPE_SINGLESELECT;
-    constexpr DWORD kSeveral = MIXERCONTROL_CONTROLTYPE_MULTIPLESELECT;
     constexpr DWORD kMixer = MIXERCONTROL_CONTROLTYPE_MIXER;
     const Names two{L"Line In", L"Microphone"};
     const Names three{L"CD", L"A Microphone", L"Microphone 2"};
@@ -278,7 +272,6 @@ TEST_F(Mixer, Odd140And141RecordSourceIsChosenAmongItems) {
     } rows[] = {{CSound::SOUND_LINE_IN, {11, kMux, L"", kUniformItems, two, {0, 1}}, {1, 0}},
                 {CSound::SOUND_MICROPHONE, {11, kSingle, L"", kItems, two, {1, 0, 1, 0}}, {0, 1, 0, 1}},
                 {CSound::SOUND_MICROPHONE, {11, kMux, L"", kUniformItems, three, {1, 0, 0}}, {0, 1, 1}},
-                {CSound::SOUND_LINE_IN, {11, kSeveral, L"", kUniformItems, two, {0, 1}}, {1, 1}},
                 {CSound::SOUND_MICROPHONE, {11, kMixer, L"", kItems, two, {1, 0, 0, 0}}, {1, 1, 0, 1}},
                 {CSound::SOUND_WAVE, {11, kMux, L"", kUniformItems, two, {0, 1}}, {0, 0}},
                 {CSound::SOUND_MICROPHONE, {11, kMux, L"", 0, {}, {1, 1}}, {1, 1}},
@@ -290,11 +283,9 @@ TEST_F(Mixer, Odd140And141RecordSourceIsChosenAmongItems) {
         EXPECT_EQ(viewer.SetRecordSource(row.device), 0U);
         EXPECT_EQ(card.Find(11).values, row.after) << &row - rows;
     }
-    for (const DWORD claimed : {DWORD{0x10000}, ~DWORD{0}}) { // no driver has so many
-        card.claimed = claimed;
-        EXPECT_EQ(viewer.InitMixerWaveIn(), DWORD{MMSYSERR_NOMEM});
-        EXPECT_EQ(viewer.SetRecordSource(CSound::SOUND_MICROPHONE), DWORD{MMSYSERR_NOMEM});
-    }
+    card.claimed = ~DWORD{0}; // no driver has so many
+    EXPECT_EQ(viewer.InitMixerWaveIn(), DWORD{MMSYSERR_NOMEM});
+    EXPECT_EQ(viewer.SetRecordSource(CSound::SOUND_MICROPHONE), DWORD{MMSYSERR_NOMEM});
 }
 
 TEST_F(Mixer, CopiesShareTheMixerUntilTheLastGoes) {
@@ -311,21 +302,4 @@ TEST_F(Mixer, CopiesShareTheMixerUntilTheLastGoes) {
     EXPECT_EQ(assigned.Close(), 0U);
     EXPECT_EQ(assigned.Close(), 0U) << "there is none";
     EXPECT_EQ(card.log, (Texts{"28=2047", "close"}));
-}
-
-TEST(RealMixer, SpeakerIsSetAndRead) {
-    if (mixerGetNumDevs() == 0) GTEST_SKIP() << "the machine has no mixer";
-    CSound sound(nullptr, 0);
-    CSound::mMaster = L"Vol";
-    ASSERT_EQ(sound.InitMixerLineOut(), 0U);
-    for (const unsigned long level : {20UL, 32UL}) {
-        unsigned long read = 0;
-        bool isMuted = false;
-        EXPECT_EQ(sound.SetVolumeBalance(CSound::SOUND_SPEAKER, level), 0U);
-        EXPECT_EQ(sound.GetVolume(CSound::SOUND_SPEAKER, read), 0U);
-        EXPECT_EQ(read, level);
-        EXPECT_EQ(sound.Mute(CSound::SOUND_SPEAKER, level == 20), 0U);
-        EXPECT_EQ(sound.GetMixerControlBoolean(CSound::GetSpeakerMuteControlId(), isMuted), 0U);
-        EXPECT_EQ(isMuted, level == 20);
-    }
 }

@@ -1,3 +1,4 @@
+#include "Tone.h"
 #include "support/ImportPatch.h"
 #include "support/Reports.h"
 #include "support/TemporaryFolder.h"
@@ -9,7 +10,6 @@
 #include <mmreg.h>
 
 #include <chrono>
-#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -32,7 +32,7 @@ template <class Format = PCMWAVEFORMAT> std::string Tone(int milliseconds, const
     Append(chunks, "fmt ", sizeof format);
     chunks.append(reinterpret_cast<const char*>(&format), sizeof format);
     Append(chunks, "data", static_cast<std::uint32_t>(samples));
-    for (int i = 0; i < samples; ++i) chunks += static_cast<char>(128 + 100 * std::sin(i * 0.314159));
+    chunks += tone::Sine(400, static_cast<unsigned long>(samples), 100);
     std::string file;
     Append(file, "RIFF", static_cast<std::uint32_t>(chunks.size()));
     return file + chunks;
@@ -51,11 +51,9 @@ struct Player {
 
 /// Formats that end the process or play forever.
 constexpr WAVEFORMATEX kFatal[] = {
-    {WAVE_FORMAT_PCM, 0, kRate, kRate, 1, 8, 0},      {WAVE_FORMAT_PCM, 1, kRate, kRate, 0, 8, 0},
-    {WAVE_FORMAT_PCM, 1, 0, kRate, 1, 8, 0},          {WAVE_FORMAT_PCM, 1, 10, 10, 1, 8, 0},
-    {WAVE_FORMAT_PCM, 1, ~0U, ~0U, 1, 8, 0},          {WAVE_FORMAT_PCM, 1, 400000, 400000, 1, 8, 0},
-    {WAVE_FORMAT_MULAW, 1, kRate, kRate, 0, 8, 0},    {WAVE_FORMAT_ADPCM, 1, kRate, kRate, 7, 4, 0},
-    {WAVE_FORMAT_IMA_ADPCM, 2, kRate, kRate, 8, 4, 0}};
+    {WAVE_FORMAT_PCM, 0, kRate, kRate, 1, 8, 0},   {WAVE_FORMAT_PCM, 1, kRate, kRate, 0, 8, 0},
+    {WAVE_FORMAT_PCM, 1, 10, 10, 1, 8, 0},         {WAVE_FORMAT_PCM, 1, 400000, 400000, 1, 8, 0},
+    {WAVE_FORMAT_ADPCM, 1, kRate, kRate, 7, 4, 0}, {WAVE_FORMAT_IMA_ADPCM, 2, kRate, kRate, 8, 4, 0}};
 
 struct Sound : testing::Test {
     TemporaryFolder folder;
@@ -91,27 +89,23 @@ TEST_F(Sound, IsHeardOrWaitedFor) {
     EXPECT_GT(Clock::now() - between, std::chrono::milliseconds(300));
     other.replace(8, 4, "EVAW");
     EXPECT_EQ(sound.Play(reinterpret_cast<wchar_t*>(other.data()), 1), STATUS_SOUND_NOT_PLAYED);
-    EXPECT_EQ(sound.Play(nullptr, 1), STATUS_SOUND_NOT_PLAYED);
 }
 
 TEST_F(Sound, OnlyWholeFilesAreHandedToTheSystem) {
     const Player player;
+    EXPECT_EQ(CSound(name.data()).Play(1), STATUS_SOUND_NOT_PLAYED) << "no file";
     const std::string whole = Tone(10);
     std::string endless = whole;
     std::memset(endless.data() + 40, 0xFF, 4); // the length of the samples
-    std::string formless = whole;
-    formless.replace(12, 3, "xyz");
     PCMWAVEFORMAT shortened = kPlain;
     shortened.wf.wFormatTag = WAVE_FORMAT_MULAW;
     WAVEFORMATEX compressed{WAVE_FORMAT_MULAW, 1, kRate, kRate, 1, 8, 1};
     Texts refused{"",
-                  "RIFF",
                   std::string(100, 'R'),
-                  formless,
+                  Tone(10).replace(12, 3, "xyz"),
                   endless,
                   whole.substr(0, 44),
                   whole.substr(0, whole.size() - 1),
-                  whole.substr(0, whole.size() - 16),
                   Tone(10, kRate),
                   Tone(10, shortened),
                   Tone(10, compressed)};
@@ -125,15 +119,9 @@ TEST_F(Sound, OnlyWholeFilesAreHandedToTheSystem) {
     EXPECT_EQ(Play(whole), 0U);
     compressed.cbSize = 0;
     EXPECT_EQ(Play(Tone(10, compressed)), 0U);
-    std::filesystem::remove(path);
-    EXPECT_EQ(CSound(name.data()).Play(1), STATUS_SOUND_NOT_PLAYED);
-    EXPECT_EQ(CSound(nullptr).Play(1), STATUS_SOUND_NOT_PLAYED);
-    Write(whole);
     for (long long claimed = 1000; claimed < 0x900000000; claimed *= 0x300000) {
-        const ImportPatch size("GetFileSizeEx", &GetFileSizeEx, [&](HANDLE, PLARGE_INTEGER length) {
-            length->QuadPart = claimed;
-            return TRUE;
-        });
+        const ImportPatch size("GetFileSizeEx", &GetFileSizeEx,
+                               [&](HANDLE, PLARGE_INTEGER length) { return length->QuadPart = claimed, TRUE; });
         EXPECT_EQ(CSound(name.data()).Play(1), STATUS_SOUND_NOT_PLAYED) << claimed;
     }
     EXPECT_EQ(player.played.size(), 3U);
