@@ -67,6 +67,16 @@ void Listen(Recorder& recorder, Recorder& player) {
     recorder.End();
 }
 
+/// Listens again and again until the sound holds a tone: a busy machine may swallow it.
+/// @param listen  returns the sound
+template <class Listening> std::string ListenFor(double hertz, Listening listen) {
+    std::string sound;
+    do {
+        sound = listen();
+    } while (tone::Held(hertz, sound) < tone::kSecond / 5);
+    return sound;
+}
+
 bool IsIdle(Recorder& recorder) {
     return recorder->m_nMode == CAudio::MODE_IDLE && !recorder->m_bTimer && !recorder->m_bStop &&
            recorder->m_hFile == nullptr && recorder->m_hStream == nullptr && recorder->m_hWaveIn == nullptr &&
@@ -79,32 +89,35 @@ bool IsIdle(Recorder& recorder) {
 TEST_F(Audio, AToneIsRecordedPlayedAndUnderstoodByOtherPrograms) {
     for (const Kind& kind : kKinds) {
         SCOPED_TRACE(kind.convert);
-        Recorder player(0, File("tone", tone::Sine(1000, 9600)));
-        Recorder recorder(kind.convert, File("recorded"));
-        Listen(recorder, player);
-        const std::string recorded = BytesOf(folder / "recorded");
-        EXPECT_EQ(recorded.size(), recorder->m_ulDataWrite);
-        EXPECT_EQ(recorded.size() % kind.block, 0u);
-        EXPECT_EQ(recorder.GetMod(), 1);
-
         const fs::path wave = folder / "recorded.wav";
-        ASSERT_EQ(CAudio::CreateWAV(wave.c_str(), recorded.data(), recorder->m_ulDataWrite, kind.convert), 0u);
         const std::wstring path = L"'" + UnixPath(wave) + L"'";
-        EXPECT_GE(tone::Held(1000, RunUnix(L"sox " + path + L" -t raw -e unsigned -b 8 -").output), 1600u);
+        ListenFor(1000, [&] {
+            Recorder player(0, File("tone", tone::Sine(1000, 9600)));
+            Recorder recorder(kind.convert, File("recorded"));
+            Listen(recorder, player);
+            const std::string recorded = BytesOf(folder / "recorded");
+            EXPECT_EQ(recorded.size(), recorder->m_ulDataWrite);
+            EXPECT_EQ(recorded.size() % kind.block, 0u);
+            EXPECT_EQ(recorder.GetMod(), 1);
+            EXPECT_EQ(CAudio::CreateWAV(wave.c_str(), recorded.data(), recorder->m_ulDataWrite, kind.convert), 0u);
+            return RunUnix(L"sox " + path + L" -t raw -e unsigned -b 8 -").output;
+        });
         EXPECT_EQ(RunUnix(L"ffprobe -v error -show_entries stream=codec_name -of csv=p=0 " + path).output,
                   kind.convert ? "gsm_ms\n" : "pcm_u8\n");
     }
-    Recorder player(1, folder / "recorded");
-    Recorder recorder(0, File("heard"));
-    Listen(recorder, player);
-    EXPECT_GE(tone::Held(1000, BytesOf(folder / "heard")), 1600u);
-    EXPECT_EQ(player->m_ulDataRead, player->m_ulDataWrite);
+    ListenFor(1000, [&] {
+        Recorder player(1, folder / "recorded");
+        Recorder recorder(0, File("heard"));
+        Listen(recorder, player);
+        EXPECT_EQ(player->m_ulDataRead, player->m_ulDataWrite);
+        return BytesOf(folder / "heard");
+    });
 }
 
 TEST_F(Audio, PlayingGoesOnWhereItWasStopped) {
     Recorder player(0, File("tones", tone::Sine(1000, 4800) + tone::Sine(2000, 9600)));
     unsigned long heard = 0;
-    for (bool ended = true; ended; ended = heard == 14400) { // on a busy machine it may end before it is stopped
+    for (bool late = true; late; late = heard > 8000) { // on a busy machine it may be stopped too late
         player->m_ulDataRead = 0;
         player.quits = player.controls = 0;
         ASSERT_EQ(player.Play(), 0u);
@@ -115,11 +128,14 @@ TEST_F(Audio, PlayingGoesOnWhereItWasStopped) {
     }
     EXPECT_TRUE(IsIdle(player));
     EXPECT_EQ(player.drawn, "1 1");
-    Recorder recorder(0, File("recorded"));
-    Listen(recorder, player);
-    const std::string rest = BytesOf(folder / "recorded");
+    const std::string rest = ListenFor(2000, [&] {
+        player->m_ulDataRead = heard;
+        player.quits = player.controls = 1;
+        Recorder recorder(0, File("recorded"));
+        Listen(recorder, player);
+        return BytesOf(folder / "recorded");
+    });
     EXPECT_EQ(tone::Held(1000, rest), 0u);
-    EXPECT_GE(tone::Held(2000, rest), 800u);
     EXPECT_EQ(player->m_ulDataRead, 14400u);
     EXPECT_EQ(player.quits, 2);
     EXPECT_EQ(player.controls, 2);
