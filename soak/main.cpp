@@ -18,7 +18,7 @@ constexpr unsigned long long kSliceMs = 200;
 
 /// How much more a process may hold at the end than after the first round. Windows caches things, too: a leak is what
 /// grows with the rounds, of which there are hundreds.
-constexpr Usage kLimits = {32, 8, 64, 128 * 1024LL, 16 * 1024 * 1024LL};
+constexpr Usage kLimits = {32, 8, 64, 128LL * 1024, 16LL * 1024 * 1024};
 
 struct Course {
     Subject subject;
