@@ -6,8 +6,8 @@
 #include <tessel/messaging/mailbox.h>
 #include <tessel/messaging/resource.h>
 
+#include <algorithm>
 #include <array>
-#include <cstring>
 #include <map>
 
 namespace {
@@ -62,7 +62,7 @@ int CheckAll(const std::vector<std::string>& arguments) {
         if (block->MsgId == kLastMessage) {
             --open;
         } else if (block->MsgId == number && block->Length == expected.size() + 1 &&
-                   std::memcmp(block->Data, expected.data(), expected.size()) == 0) {
+                   std::equal(expected.begin(), expected.end(), block->Data)) {
             ++right;
         }
         number += 2;
