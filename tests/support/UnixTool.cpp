@@ -10,7 +10,7 @@ std::wstring UnixPath(const std::filesystem::path& path) {
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
     if (convert == nullptr) return {};
     char* const converted = convert(path.c_str());
-    const std::wstring copy = std::filesystem::path(reinterpret_cast<const char8_t*>(converted)).wstring(); // UTF-8
+    std::wstring copy = std::filesystem::path(reinterpret_cast<const char8_t*>(converted)).wstring(); // UTF-8
     HeapFree(GetProcessHeap(), 0, converted);
     return copy;
 }
