@@ -165,7 +165,7 @@ public:
         WSAStartup(MAKEWORD(2, 2), &data);
         m_socket = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
         if (!server) return;
-        sockaddr_in address = LoopbackListener::Endpoint(0);
+        sockaddr_in address = Endpoint(0);
         (void)bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address); // else the peer cannot connect
         listen(m_socket, 1);
     }
@@ -182,7 +182,7 @@ public:
             m_socket = accept(listener, nullptr, nullptr);
             closesocket(listener);
         } else {
-            sockaddr_in address = LoopbackListener::Endpoint(static_cast<u_short>(std::stoul(peer)));
+            sockaddr_in address = Endpoint(static_cast<u_short>(std::stoul(peer)));
             (void)connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address); // else the first send fails
         }
         const int noDelay = 1;

@@ -47,7 +47,7 @@ struct Transfer {
     Transfer() {
         std::ofstream(path, std::ios::binary) << std::string(kFileSize, 'x');
         const auto port = static_cast<unsigned short>(std::stoul(receiver.WaitUntil("listening ")));
-        const sockaddr_in to = LoopbackListener::Endpoint(port);
+        const sockaddr_in to = Endpoint(port);
         (void)connect(bare, reinterpret_cast<const sockaddr*>(&to), sizeof to); // else the first transfer fails
     }
     ~Transfer() {

@@ -19,16 +19,6 @@ std::string ReceiveText(CSocket& socket, int result = 0) {
     return {text, count};
 }
 
-/// Notes which options are set.
-struct Options {
-    std::vector<int> names;
-    ImportPatch patch{"setsockopt", &setsockopt,
-                      [this](SOCKET socket, int level, int name, const char* value, int size) {
-                          names.push_back(name);
-                          return setsockopt(socket, level, name, value, size);
-                      }};
-};
-
 } // namespace
 
 TEST(SocketDatagrams, Odd81ABroadcastReachesTheSubnetWithoutTheLengthWord) {
@@ -42,7 +32,7 @@ TEST(SocketDatagrams, Odd81ABroadcastReachesTheSubnetWithoutTheLengthWord) {
 }
 
 TEST(SocketDatagrams, GoToTheAddressesOfTheChosenInterface) {
-    Interfaces machine({Interface("127.0.0.1", "255.0.0.0", IFF_LOOPBACK), Interface("10.1.2.3", "255.255.0.0")});
+    Interfaces machine{{Interface("127.0.0.1", "255.0.0.0", IFF_LOOPBACK), Interface("10.1.2.3", "255.255.0.0")}};
     std::string destination;
     const ImportPatch patch("sendto", &sendto, [&](SOCKET, const char*, int size, int, const sockaddr* to, int) {
         const auto* const address = reinterpret_cast<const sockaddr_in*>(to);
@@ -58,7 +48,7 @@ TEST(SocketDatagrams, GoToTheAddressesOfTheChosenInterface) {
     EXPECT_EQ(destination, "10.1.255.255" + own);
     EXPECT_EQ(socket.Broadcast(message.get(), 7, false), 0);
     EXPECT_EQ(destination, "255.255.255.255:7");
-    Interfaces::list.clear();
+    machine.list.clear();
     EXPECT_EQ(socket.Broadcast(message.get(), 0, true), 0);
     EXPECT_EQ(destination, "255.255.255.255" + own);
     EXPECT_EQ(socket.Multicast(message.get(), L"239.255.255.255 and more than fits", 9), 0);
@@ -70,28 +60,27 @@ TEST(SocketDatagrams, GoToTheAddressesOfTheChosenInterface) {
     EXPECT_EQ(sent, 1u);
 }
 
-TEST(SocketDatagrams, AGroupIsJoinedAndReached) {
+TEST(SocketDatagrams, AGroupIsJoinedAndReachedOrLeavesNeitherSocketNorEvent) {
     const Interfaces loopback;
-    const Options options;
+    std::vector<int> options;
+    const ImportPatch set("setsockopt", &setsockopt, [&](SOCKET socket, int level, int name, auto... value) {
+        options.push_back(name);
+        return setsockopt(socket, level, name, value...);
+    });
     CSocket socket(CSocket::MODE_EVENT);
     ASSERT_EQ(socket.InitMulticast(FreePort(SOCK_DGRAM), kGroup, 1, kOwn, kOwnMask), 0);
-    EXPECT_EQ(options.names, (std::vector{IP_MULTICAST_TTL, IP_MULTICAST_IF, IP_ADD_MEMBERSHIP})); // no scope
+    EXPECT_EQ(options, (std::vector{IP_MULTICAST_TTL, IP_MULTICAST_IF, IP_ADD_MEMBERSHIP})); // no scope
     EXPECT_EQ(socket.Multicast(Message("to the group").get(), kGroup, 0), 0);
     EXPECT_EQ(ReceiveText(socket), "to the group");
-}
 
-TEST(SocketDatagrams, AGroupThatCannotBeJoinedLeavesNeitherSocketNorEvent) {
-    const ImportPatch ioctl("WSAIoctl", &WSAIoctl, [](SOCKET, DWORD, void*, DWORD, void*, DWORD, DWORD* size, auto...) {
-        *size = 0;
-        return 0;
-    });
-    const Options options;
+    options.clear();
+    const ImportPatch scope(Failing("WSAIoctl", &WSAIoctl, 0));
     HANDLE event = nullptr;
     const ImportPatch create("CreateEventW", &CreateEventW, [&](auto... a) { return event = CreateEventW(a...); });
-    CSocket socket(CSocket::MODE_EVENT);
-    EXPECT_NE(socket.InitMulticast(FreePort(SOCK_DGRAM), L"no group", 1, kOwn, kOwnMask), 0);
-    EXPECT_TRUE(socket.IsSocket(INVALID_SOCKET));
-    EXPECT_EQ(socket.GetEventHandle(), INVALID_HANDLE_VALUE);
+    CSocket failing(CSocket::MODE_EVENT);
+    EXPECT_NE(failing.InitMulticast(FreePort(SOCK_DGRAM), L"no group", 1, kOwn, kOwnMask), 0);
+    EXPECT_TRUE(failing.IsSocket(INVALID_SOCKET));
+    EXPECT_EQ(failing.GetEventHandle(), INVALID_HANDLE_VALUE);
     EXPECT_FALSE(CloseHandle(event)) << "it is closed already";
-    EXPECT_EQ(options.names, (std::vector{IP_MULTICAST_IF, IP_ADD_MEMBERSHIP}));
+    EXPECT_EQ(options, (std::vector{IP_MULTICAST_IF, IP_ADD_MEMBERSHIP}));
 }

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <thread>
@@ -29,22 +28,12 @@ TEST_F(SocketFiles, AFileOfAnySizeArrivesBehindItsHead) {
         std::string content(size, '\0');
         for (std::size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i * 7 >> 3);
         std::ofstream(source, std::ios::binary) << content;
-        const LoopbackListener listener;
-        CSocket client;
-        ASSERT_EQ(client.Connect(LoopbackListener::Address(), listener.Port()), 0);
-        CSocket peer(listener.Accept(), CSocket::MODE_BLOCKING, nullptr);
-        std::thread sending([&] {
-            EXPECT_EQ(client.WriteFile(Message("head").get(), source.c_str()), 0);
-            if (size == 0) client.Disconnect(); // no other event ends the wait for an empty file
-        });
-        std::string head(8, '\0');
-        EXPECT_EQ(peer.Recv(reinterpret_cast<unsigned char*>(head.data()), 8, nullptr, MSG_WAITALL), 0);
-        EXPECT_EQ(head, Wire("head"));
-        peer.SetMode(CSocket::MODE_EVENT, WM_SOCKET_DATA, FD_READ | FD_CLOSE);
-        EXPECT_EQ(peer.ReadFile(target.c_str(), size), 0);
-        EXPECT_EQ(peer.Disconnect(), 0);
+        Connection connection(CSocket::MODE_EVENT);
+        CSocket peer(std::exchange(connection.bare, INVALID_SOCKET), CSocket::MODE_BLOCKING, nullptr);
+        std::thread sending([&] { EXPECT_EQ(peer.WriteFile(Message("head").get(), source.c_str()), 0); });
+        EXPECT_EQ(connection.own->ReadFile(target.c_str(), size + 8), 0);
         sending.join();
-        EXPECT_TRUE(Content(target) == content) << size;
+        EXPECT_TRUE(Content(target) == Wire("head") + content) << size;
     }
 }
 

@@ -23,18 +23,17 @@ int Read(const Connection& connection, std::string& data, MESSAGE** message) {
 } // namespace
 
 TEST(SocketMessages, Odd76ATypedRecordArrivesAndALongOneGrowsTheBuffer) {
-    const Connection connection(CSocket::MODE_BLOCKING);
+    Connection connection(CSocket::MODE_BLOCKING);
+    CSocket sender(std::exchange(connection.bare, INVALID_SOCKET), CSocket::MODE_BLOCKING, nullptr);
     std::string got;
     const MESSAGE* last = nullptr;
     for (const std::size_t size : {0u, 5u, 5120u, 5121u, 3000000u, 100u}) {
         const std::string data(size, 'd');
-        CSocket sender(connection.bare, CSocket::MODE_BLOCKING, nullptr);
         std::thread sending(
             [&] { EXPECT_EQ(sender.WriteMessage(0xFFFE, data.data(), static_cast<unsigned long>(size)), 0); });
         MESSAGE* message = nullptr;
         ASSERT_EQ(Read(connection, got, &message), 0);
         sending.join();
-        sender.Create(INVALID_SOCKET, CSocket::MODE_BLOCKING, nullptr); // the connection closes it
         EXPECT_TRUE(got == data) << size;
         EXPECT_EQ(message->usType, 0xFFFE);
         EXPECT_EQ(message->ulTotalLength, size + 10);

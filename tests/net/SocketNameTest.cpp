@@ -24,8 +24,8 @@ unsigned int Sum(const std::vector<unsigned char>& bytes) {
 
 TEST(SocketInterfaces, ChoosesByAddressThenBySubnetThenTheFirst) {
     const auto loopback = Interface("127.0.0.1", "255.0.0.0", IFF_LOOPBACK);
-    const Interfaces machine({loopback, Interface("10.1.2.3", "255.255.0.0"), Interface("10.2.0.1", "255.255.255.0"),
-                              Interface("10.2.0.2", "255.255.255.0")});
+    Interfaces machine{{loopback, Interface("10.1.2.3", "255.255.0.0"), Interface("10.2.0.1", "255.255.255.0"),
+                        Interface("10.2.0.2", "255.255.255.0")}};
     EXPECT_EQ(CSocket::GetNumberOfNetInterfaces(), 3);
     EXPECT_EQ(Chosen(L"0.0.0.0", L"255.255.255.0"), "10.1.2.3");
     EXPECT_EQ(Chosen(nullptr, nullptr), "10.1.2.3");
@@ -33,14 +33,14 @@ TEST(SocketInterfaces, ChoosesByAddressThenBySubnetThenTheFirst) {
     EXPECT_EQ(Chosen(L"10.2.0.77", L"255.255.255.0"), "10.2.0.1");
     EXPECT_EQ(Chosen(L"10.2.0.77", L"255.255.0.0"), "10.1.2.3");
     EXPECT_EQ(Chosen(L"127.0.0.1", L"255.0.0.0"), "10.1.2.3");
-    Interfaces::list = {Interface("10.2.0.1", "255.0.0.0"), loopback};
+    machine.list = {Interface("10.2.0.1", "255.0.0.0"), loopback};
     EXPECT_EQ(Chosen(L"10.9.9.9", L"255.255.255.0"), "10.2.0.1");
-    Interfaces::list = {loopback};
+    machine.list = {loopback};
     EXPECT_EQ(Chosen(L"127.0.0.1", L"255.0.0.0"), "0.0.0.0");
-    Interfaces::list.assign(15, Interface("10.2.0.1", "255.0.0.0"));
+    machine.list.assign(15, Interface("10.2.0.1", "255.0.0.0"));
     EXPECT_EQ(Chosen(L"10.2.0.1", L"255.0.0.0"), "0.0.0.0");
     EXPECT_EQ(CSocket::GetNumberOfNetInterfaces(), 15);
-    Interfaces::list.clear();
+    machine.list.clear();
     EXPECT_EQ(CSocket::GetNumberOfNetInterfaces(), 0);
 }
 

@@ -18,6 +18,11 @@
 constexpr wchar_t kOwn[] = L"127.0.0.1";
 constexpr wchar_t kOwnMask[] = L"255.0.0.0";
 
+/// A port of an IPv4 address: by default of this machine.
+inline sockaddr_in Endpoint(u_short port, const char* address = "127.0.0.1") {
+    return {AF_INET, htons(port), {{.S_addr = inet_addr(address)}}, {}};
+}
+
 /// A listening socket, or a bound one for datagrams, on 127.0.0.1 with a port that the system chose.
 class LoopbackListener {
 public:
@@ -46,15 +51,6 @@ public:
         return WithoutDelay(connected);
     }
 
-    /// A port on 127.0.0.1.
-    static sockaddr_in Endpoint(u_short port) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = Address();
-        return address;
-    }
-
 private:
     static SOCKET WithoutDelay(SOCKET socket) {
         const int noDelay = 1;
@@ -72,6 +68,29 @@ inline unsigned short FreePort(int type = SOCK_STREAM) {
     return LoopbackListener(type).Port();
 }
 
+/// Everything that arrives at a socket up to the end of the stream.
+inline std::string ReceiveAll(SOCKET socket) {
+    std::string all;
+    char piece[4096];
+    for (int got = 0; (got = recv(socket, piece, sizeof piece, 0)) > 0;) all.append(piece, piece + got);
+    return all;
+}
+
+/// Writes down its events.
+class Recorder : public CSocket {
+public:
+    using CSocket::CSocket;
+    using CSocket::m_pExtra;
+    std::string events;
+
+protected:
+    void OnAccept() override { events += "accept "; }
+    void OnConnect() override { events += "connect "; }
+    void OnRead() override { events += "read "; }
+    void OnWrite() override { events += "write "; }
+    void OnClose() override { events += "close "; }
+};
+
 /// A connection over loopback. Its near end is a handle to adopt, or a socket of the library in the wanted mode; the
 /// far end is a bare socket.
 class Connection {
@@ -81,65 +100,41 @@ public:
         bare = LoopbackListener::Connect(listener.Port());
         handle = listener.Accept();
     }
-    explicit Connection(CSocket::MODE mode) : Connection() {
-        own = std::make_unique<CSocket>(handle, mode, nullptr);
+    explicit Connection(CSocket::MODE mode, HWND window = nullptr) : Connection() {
+        own = std::make_unique<Recorder>(handle, mode, window);
         own->InitConnected();
     }
     ~Connection() { Close(); }
     Connection(Connection&&) = delete;
 
     void Send(const std::string& bytes) const { send(bare, bytes.data(), static_cast<int>(bytes.size()), 0); }
-    /// Everything up to the end of the stream.
-    std::string ReceiveAll() const {
-        std::string all;
-        char piece[4096];
-        for (int got = 0; (got = recv(bare, piece, sizeof piece, 0)) > 0;) all.append(piece, piece + got);
-        return all;
-    }
-    void Close() {
-        if (bare != INVALID_SOCKET) closesocket(bare);
-        bare = INVALID_SOCKET;
-    }
+    void Close() { closesocket(std::exchange(bare, INVALID_SOCKET)); }
 
     const CSocket keepsWinsockStarted;
     SOCKET bare;
     SOCKET handle; ///< of the near end
-    std::unique_ptr<CSocket> own;
+    std::unique_ptr<Recorder> own;
 };
 
 /// One entry of the list of network interfaces.
 inline INTERFACE_INFO Interface(const char* address, const char* mask, unsigned long flags = IFF_UP) {
-    INTERFACE_INFO entry{};
-    entry.iiFlags = flags;
-    entry.iiAddress.AddressIn.sin_addr.s_addr = inet_addr(address);
-    entry.iiNetmask.AddressIn.sin_addr.s_addr = inet_addr(mask);
-    return entry;
+    return {flags, {.AddressIn = Endpoint(0, address)}, {}, {.AddressIn = Endpoint(0, mask)}};
 }
 
 /// Replaces the machine's interfaces: by default with loopback, not marked as loopback.
-class Interfaces {
-public:
-    explicit Interfaces(std::vector<INTERFACE_INFO> wanted = {Interface("127.0.0.1", "255.0.0.0")})
-        : m_patch("WSAIoctl", &WSAIoctl, &Answer) {
-        list = std::move(wanted);
-    }
-    static inline std::vector<INTERFACE_INFO> list;
-
-private:
-    static int WSAAPI Answer(SOCKET socket, DWORD code, void* in, DWORD inSize, void* out, DWORD outSize,
-                             DWORD* returned, WSAOVERLAPPED* overlapped, LPWSAOVERLAPPED_COMPLETION_ROUTINE done) {
-        if (code != static_cast<DWORD>(SIO_GET_INTERFACE_LIST)) {
-            return WSAIoctl(socket, code, in, inSize, out, outSize, returned, overlapped, done);
-        }
-        *returned = static_cast<DWORD>(list.size() * sizeof(INTERFACE_INFO));
-        if (*returned > outSize || list.empty()) {
-            WSASetLastError(WSAEFAULT);
-            return SOCKET_ERROR;
-        }
-        std::copy(list.begin(), list.end(), static_cast<INTERFACE_INFO*>(out));
-        return 0;
-    }
-    ImportPatch m_patch;
+struct Interfaces {
+    std::vector<INTERFACE_INFO> list{Interface("127.0.0.1", "255.0.0.0")};
+    const ImportPatch patch{
+        "WSAIoctl", &WSAIoctl,
+        [this](SOCKET socket, DWORD code, auto in, DWORD inSize, void* out, DWORD room, DWORD* size, auto... rest) {
+            if (code != static_cast<DWORD>(SIO_GET_INTERFACE_LIST)) {
+                return WSAIoctl(socket, code, in, inSize, out, room, size, rest...);
+            }
+            *size = static_cast<DWORD>(list.size() * sizeof(INTERFACE_INFO));
+            if (*size > room) return SOCKET_ERROR;
+            std::copy(list.begin(), list.end(), static_cast<INTERFACE_INFO*>(out));
+            return 0;
+        }};
 };
 
 /// A record with the text as its data.
@@ -149,32 +144,36 @@ inline std::unique_ptr<CCommMsg> Message(const std::string& text) {
     return message;
 }
 
-/// The wire form of a record: its length in four bytes, the lowest first, and its data.
-inline std::string Wire(const std::string& data) {
+/// The wire form of records: each one's length in four bytes, the lowest first, and its data.
+template <class... Texts> std::string Wire(const Texts&... records) {
     std::string wire;
-    for (unsigned int shift = 0; shift < 32; shift += 8) wire += static_cast<char>(data.size() >> shift & 0xFF);
-    return wire + data;
+    const auto add = [&wire](const std::string& data) {
+        for (unsigned int shift = 0; shift < 32; shift += 8) wire += static_cast<char>(data.size() >> shift & 0xFF);
+        wire += data;
+    };
+    (add(records), ...);
+    return wire;
 }
 
-/// A record's data; deletes the record.
-inline std::string TakeText(CCommMsg* record) {
-    const std::string text(reinterpret_cast<const char*>(record->GetData()), record->GetLength());
+/// A record in its wire form; deletes the record.
+inline std::string TakeWire(CCommMsg* record) {
+    std::string wire(reinterpret_cast<const char*>(record->GetMsg()), record->GetXmitLength());
     delete record;
-    return text;
+    return wire;
 }
 
-/// Keeps the delivered records.
+/// Keeps the delivered records in their wire form.
 class RecordReceiver : public CMsgSocket {
 public:
     using CMsgSocket::CMsgSocket;
 
-    std::vector<std::string> records;
+    std::string delivered;
     int closes = 0;
     std::function<void()> afterwards = [] {}; ///< called after each record
 
 private:
     void OnReadMsg(CCommMsg* record) override {
-        records.push_back(TakeText(record));
+        delivered += TakeWire(record);
         afterwards();
     }
     void OnClose() override { ++closes; }

@@ -22,9 +22,7 @@ UnixAnswer RunUnix(const std::wstring& command) {
     const ChildProcess shell(L"\\\\?\\unix\\bin\\bash -c \"exec 3<>/dev/tcp/127.0.0.1/" + port + L"; { " + command +
                              L"; } >&3 2>&1 </dev/null; printf '\\n%d' $? >&3\"");
     const SOCKET answer = loopback.Accept();
-    std::string text;
-    char part[4096];
-    for (int got = 0; (got = recv(answer, part, sizeof part, 0)) > 0;) text.append(part, static_cast<std::size_t>(got));
+    const std::string text = ReceiveAll(answer);
     closesocket(answer);
     const std::size_t end = text.rfind('\n');
     return {text.substr(0, end), std::stoi(text.substr(end + 1))};
