@@ -28,19 +28,13 @@ MMRESULT Query(WAVEFORMATEX source, GSM610WAVEFORMAT destination, DWORD flags = 
     return acmStreamOpen(nullptr, driver, &source, &destination.wfx, nullptr, 0, 0, flags | ACM_STREAMOPENF_QUERY);
 }
 
-struct GsmDriver : testing::Test {
-    GsmDriver() { EXPECT_EQ(TesselGsmInstall(), 0u); }
-    ~GsmDriver() override { EXPECT_EQ(TesselGsmRemove(), 0u); }
-};
-
 /// A stream between 8-bit PCM and GSM, opened without naming a driver.
 struct Stream {
     explicit Stream(bool compress) {
         WAVEFORMATEX pcm = Pcm(8);
         GSM610WAVEFORMAT gsm = Gsm();
-        EXPECT_EQ(compress ? acmStreamOpen(&handle, nullptr, &pcm, &gsm.wfx, nullptr, 0, 0, 0)
-                           : acmStreamOpen(&handle, nullptr, &gsm.wfx, &pcm, nullptr, 0, 0, 0),
-                  0u);
+        WAVEFORMATEX* const formats[] = {&gsm.wfx, &pcm};
+        EXPECT_EQ(acmStreamOpen(&handle, nullptr, formats[compress], formats[!compress], nullptr, 0, 0, 0), 0u);
     }
     ~Stream() { EXPECT_EQ(acmStreamClose(handle, 0), 0u); }
     Stream(Stream&&) = delete;
@@ -66,25 +60,20 @@ struct Stream {
     DWORD used = 0;
 };
 
-BOOL CALLBACK FindDriver(HACMDRIVERID id, DWORD_PTR found, DWORD) {
-    ACMDRIVERDETAILSW details{};
-    details.cbStruct = sizeof details;
-    EXPECT_EQ(acmDriverDetailsW(id, &details, 0), 0u);
-    if (std::wstring(details.szShortName) == L"Tessel GSM") *reinterpret_cast<HACMDRIVERID*>(found) = id;
-    return TRUE;
-}
-
-/// The driver, found by its name.
-struct OwnDriver {
-    OwnDriver() {
+/// Installs the driver and opens it.
+struct GsmDriver : testing::Test {
+    GsmDriver() {
+        EXPECT_EQ(TesselGsmInstall(), 0u);
         HACMDRIVERID id = nullptr;
-        EXPECT_EQ(acmDriverEnum(FindDriver, reinterpret_cast<DWORD_PTR>(&id), 0), 0u);
-        EXPECT_EQ(acmDriverOpen(&handle, id, 0), 0u);
+        EXPECT_EQ(acmDriverID(reinterpret_cast<HACMOBJ>(Stream(true).handle), &id, 0), 0u);
+        EXPECT_EQ(acmDriverOpen(&own, id, 0), 0u);
     }
-    ~OwnDriver() { EXPECT_EQ(acmDriverClose(handle, 0), 0u); }
-    OwnDriver(OwnDriver&&) = delete;
+    ~GsmDriver() override {
+        EXPECT_EQ(acmDriverClose(own, 0), 0u);
+        EXPECT_EQ(TesselGsmRemove(), 0u);
+    }
 
-    HACMDRIVER handle = nullptr;
+    HACMDRIVER own = nullptr;
 };
 
 BOOL CALLBACK CollectFormat(HACMDRIVERID, ACMFORMATDETAILSW* found, DWORD_PTR list, DWORD) {
@@ -112,9 +101,8 @@ TEST(GsmInstallation, IsCountedAndEndsWithTheLastRemovalOnceItsStreamsAreClosed)
 
 TEST_F(GsmDriver, LeavesEverythingElseToTheSystem) {
     EXPECT_EQ(Query(Pcm(16), Gsm()), 0u) << "served by the system";
-    const OwnDriver own;
     const auto serves = [&](WAVEFORMATEX source, GSM610WAVEFORMAT destination, DWORD flags = 0) {
-        const MMRESULT result = Query(source, destination, flags, own.handle);
+        const MMRESULT result = Query(source, destination, flags, own);
         EXPECT_TRUE(result == 0 || result == ACMERR_NOTPOSSIBLE) << result;
         return result == 0;
     };
@@ -124,10 +112,9 @@ TEST_F(GsmDriver, LeavesEverythingElseToTheSystem) {
 }
 
 TEST_F(GsmDriver, DescribesAndSuggestsItsFormats) {
-    const OwnDriver own;
     ACMFORMATTAGDETAILSW tag{};
     tag.cbStruct = sizeof tag;
-    EXPECT_EQ(acmFormatTagDetailsW(own.handle, &tag, ACM_FORMATTAGDETAILSF_LARGESTSIZE), 0u);
+    EXPECT_EQ(acmFormatTagDetailsW(own, &tag, ACM_FORMATTAGDETAILSF_LARGESTSIZE), 0u);
     EXPECT_EQ(tag.cbFormatSize, sizeof(GSM610WAVEFORMAT));
 
     GSM610WAVEFORMAT format{};
@@ -136,14 +123,14 @@ TEST_F(GsmDriver, DescribesAndSuggestsItsFormats) {
     details.pwfx = &format.wfx;
     details.cbwfx = sizeof format;
     std::string formats;
-    EXPECT_EQ(acmFormatEnumW(own.handle, &details, CollectFormat, reinterpret_cast<DWORD_PTR>(&formats), 0), 0u);
+    EXPECT_EQ(acmFormatEnumW(own, &details, CollectFormat, reinterpret_cast<DWORD_PTR>(&formats), 0), 0u);
     EXPECT_EQ(formats, "1 8 1 49 0 65 ");
 
     WAVEFORMATEX pcm = Pcm(8);
     GSM610WAVEFORMAT gsm = Gsm();
-    EXPECT_EQ(acmFormatSuggest(own.handle, &pcm, &format.wfx, sizeof format, 0), 0u);
+    EXPECT_EQ(acmFormatSuggest(own, &pcm, &format.wfx, sizeof format, 0), 0u);
     EXPECT_EQ(format.wSamplesPerBlock, 320);
-    EXPECT_EQ(acmFormatSuggest(own.handle, &gsm.wfx, &format.wfx, sizeof format, 0), 0u);
+    EXPECT_EQ(acmFormatSuggest(own, &gsm.wfx, &format.wfx, sizeof format, 0), 0u);
     EXPECT_EQ(format.wfx.wBitsPerSample, 8);
 }
 
