@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <tuple>
 
 namespace {
 
@@ -55,8 +56,7 @@ struct Card {
     Texts log{};     ///< what was opened, closed and set
 
     MMRESULT Step(HMIXEROBJ mixer, DWORD flags) {
-        const bool isOpen = mixer == Handle() && (flags & 0xF0000000) == DWORD{MIXER_OBJECTF_HMIXER};
-        if (!isOpen) return MMSYSERR_INVALHANDLE;
+        if (mixer != Handle() || (flags & 0xF0000000) != DWORD{MIXER_OBJECTF_HMIXER}) return MMSYSERR_INVALHANDLE;
         return ++calls == failing ? MMSYSERR_ERROR : MMSYSERR_NOERROR;
     }
     static HMIXEROBJ Handle() { return reinterpret_cast<HMIXEROBJ>(0xC0DE); }
@@ -64,9 +64,8 @@ struct Card {
 
     Control& Find(DWORD id) {
         for (Controls& line : lines) {
-            for (Control& control : line) {
-                if (control.id == id) return control;
-            }
+            const auto found = std::ranges::find(line, id, &Control::id);
+            if (found != line.end()) return *found;
         }
         static Control none{};
         return none;
@@ -234,29 +233,23 @@ TEST_F(Mixer, Odd144EachDeviceHasItsControls) {
 }
 
 TEST_F(Mixer, LevelsBecomeValuesAndTheBalanceIsKept) {
-    constexpr auto kSpeaker = CSound::SOUND_SPEAKER;
+    using Row = std::tuple<unsigned long, Values, unsigned long, Values>;
+    const Row rows[] = {{2, {100, 200}, 32, {32767, 65535}},
+                        {2, {200, 100}, 32, {65535, 32767}},
+                        {2, {0, 0}, 16, {32767, 32767}},
+                        {2, {0, 0}, 0, {2047, 2047}},
+                        {2, {1, 0}, ~0UL, {65535, 0}},
+                        {2, {~0U, ~0U - 1}, 32, {65535, 65534}},
+                        {2, {9}, 32, {65535}},
+                        {1, {100, 200}, 32, {65535, 200}}};
     CSoundViewer viewer(nullptr);
     Values& values = card.Find(20).values;
-    for (const auto& [level, value] : {std::pair{0UL, 2047U}, {32UL, 65535U}, {~0UL, 65535U}}) {
-        EXPECT_EQ(viewer.SetVolume(kSpeaker, level), 0U);
-        EXPECT_EQ(values[0], value);
+    for (const auto& [channels, before, level, after] : rows) {
+        CSound::mNumChannelOut = channels;
+        values = before;
+        EXPECT_EQ(viewer.SetVolumeBalance(CSound::SOUND_SPEAKER, level), 0U);
+        EXPECT_EQ(values, after) << level;
     }
-    constexpr DWORD kRows[][5] = {{100, 200, 32, 32767, 65535},
-                                  {200, 100, 32, 65535, 32767},
-                                  {0, 0, 16, 32767, 32767},
-                                  {~0U, ~0U - 1, 32, 65535, 65534}};
-    for (const auto& [left, right, level, newLeft, newRight] : kRows) {
-        values = {left, right};
-        EXPECT_EQ(viewer.SetVolumeBalance(kSpeaker, level), 0U);
-        EXPECT_EQ(values, (Values{newLeft, newRight}));
-    }
-    values = {9};
-    EXPECT_EQ(viewer.SetVolumeBalance(kSpeaker, 32), 0U);
-    EXPECT_EQ(values, (Values{65535}));
-    values = {100, 200};
-    CSound::mNumChannelOut = 1;
-    EXPECT_EQ(viewer.SetVolumeBalance(kSpeaker, 32), 0U);
-    EXPECT_EQ(values, (Values{65535, 200}));
 }
 
 TEST_F(Mixer, Odd140And141RecordSourceIsChosenAmongItems) {
