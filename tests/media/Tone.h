@@ -10,11 +10,11 @@ namespace tone {
 
 constexpr unsigned long kSecond = 8000;
 
-inline std::string Sine(double hertz, unsigned long samples, double amplitude = 90) {
+inline std::string Sine(double hertz, unsigned long samples) {
     std::string sound(samples, '\0');
     for (unsigned long i = 0; i < samples; ++i) {
         const double angle = 2 * std::numbers::pi * hertz * i / kSecond;
-        sound[i] = static_cast<char>(128 + std::lround(amplitude * std::sin(angle)));
+        sound[i] = static_cast<char>(128 + std::lround(90 * std::sin(angle)));
     }
     return sound;
 }
