@@ -1,5 +1,4 @@
 #include "NetworkCard.h"
-#include "support/Reports.h"
 
 #include <gtest/gtest.h>
 #include <tessel/net/etheraddr.h>
@@ -8,15 +7,7 @@ using namespace std::literals;
 
 namespace {
 
-struct EtherAddrTest : testing::Test {
-    void AddCard(const wchar_t* number, DWORD type, std::wstring_view serviceName) {
-        machine.Set(kCardsKey + std::wstring(number), L"ServiceName", type, serviceName);
-    }
-
-    Reports reports;
-    OwnLocalMachine machine;
-    CardDriver driver;
-};
+using EtherAddrTest = NetworkCardTest;
 
 /// Everything that the object returns: "status bytes text service name".
 std::wstring All(const CEtherAddr& address) {

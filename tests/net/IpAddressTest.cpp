@@ -41,13 +41,14 @@ TEST(IpAddress, CopiesHaveTextsOfTheirOwn) {
 }
 
 TEST(IpAddress, PacksAndUnpacksInHostOrder) {
-    const struct {
-        const wchar_t* text;
-        unsigned long value;
-    } cases[] = {
-        {L"1.2.3.4", 0x01020304},   {L"10.2.30", 0x0A021E00},   {L"1.2.3.", 0}, {nullptr, 0}, {L"1..2.3.4", 0x01020304},
-        {L"300.1.1.1", 0x2C010101}, {L"1.2.3.4.5", 0x01020304}, {L".......", 0}};
-    for (const auto& [text, value] : cases) EXPECT_EQ(CIpAddress::Pack(text), value) << value;
+    for (const auto& [text, value] : {std::pair(L"1.2.3.4", 0x01020304UL),
+                                      {L"10.2.30", 0x0A021E00},
+                                      {L"1..2.3.4", 0x01020304},
+                                      {L"300.1.1.1", 0x2C010101},
+                                      {L"1.2.3.4.5", 0x01020304}}) {
+        EXPECT_EQ(CIpAddress::Pack(text), value) << text;
+    }
+    for (const wchar_t* const none : {L"1.2.3.", L".......", LPCWSTR{}}) EXPECT_EQ(CIpAddress::Pack(none), 0);
     wchar_t out[17] = L"################";
     CIpAddress::Unpack(0x0A000001, out);
     EXPECT_STREQ(out, L"10.0.0.1");

@@ -26,16 +26,14 @@ TEST_F(Mailslot, MessagesAreReadOneByOne) {
     ASSERT_TRUE(slot.Create(kName, 100, 0, nullptr));
     EXPECT_EQ(std::wstring(slot.GetName()), kName);
     EXPECT_EQ(slot.GetNameLen(), 12u);
-    unsigned long size = 0, next = 0, timeOut = 99;
-    EXPECT_EQ(slot.GetInfo(&size, &next, nullptr, &timeOut), 0u);
-    EXPECT_EQ((std::vector{size, next, timeOut}), (std::vector{100UL, MAILSLOT_NO_MESSAGE, 0UL}));
     std::string text = "hello";
     ASSERT_TRUE(other.Open(kName, L"."));
     EXPECT_TRUE(other.Write(Bytes(text), 5, &count) && other.Write(Bytes(text), 1, nullptr));
     EXPECT_EQ(count, 5u);
-    EXPECT_EQ(slot.GetInfo(nullptr, &next, &count, nullptr), 0u);
-    EXPECT_EQ(next, 5u);
-    EXPECT_GE(count, 1u) << "Wine counts no further";
+    unsigned long size = 0, next = 0, timeOut = 99;
+    EXPECT_EQ(slot.GetInfo(&size, &next, &count, &timeOut), 0u);
+    EXPECT_EQ((std::vector{size, next, timeOut}), (std::vector{100UL, 5UL, 0UL}));
+    EXPECT_TRUE(count == 1 || count == 2) << "Wine counts no further than 1";
     EXPECT_TRUE(slot.Read(Bytes(buffer), 16, &count, nullptr));
     EXPECT_EQ(buffer.substr(0, count), "hello");
     EXPECT_TRUE(slot.Read(Bytes(buffer), 16, nullptr, nullptr));
@@ -69,8 +67,7 @@ TEST_F(Mailslot, EachFailureIsKeptAndSuccessClearsIt) {
 TEST_F(Mailslot, Odd104AnOverlappedReadIsPendingUntilItSucceedsOrTheNextStarts) {
     SetEvent(event.handle);
     ASSERT_TRUE(slot.Create(kName, 0, 0, nullptr));
-    SystemAnswers system;
-    system.answer = ERROR_IO_PENDING;
+    SystemAnswers system{ERROR_IO_PENDING};
     EXPECT_FALSE(slot.Read(Bytes(buffer), 16, nullptr, nullptr)) << "not overlapped";
     EXPECT_TRUE(slot.Read(Bytes(buffer), 16, &count, event.handle));
     EXPECT_FALSE(event.Comes(0)) << "it was reset";

@@ -70,8 +70,7 @@ TEST_F(NamedPipe, Odd88AnOverlappedTransferThatStartsReturnsFalseAndACopyHasARec
 
 TEST_F(NamedPipe, TheSystemsAnswerAboutAPendingOperationBecomesTheStatus) {
     ASSERT_TRUE(server.Open(kReadWrite, true));
-    SystemAnswers system;
-    system.answer = ERROR_IO_PENDING;
+    SystemAnswers system{ERROR_IO_PENDING};
     EXPECT_FALSE(server.Read(buffer, 16, event.handle));
     for (const auto& [reply, status] : {std::pair(ERROR_PIPE_LISTENING, PIPE_LISTENING),
                                         {ERROR_IO_INCOMPLETE, 997ul},
@@ -107,17 +106,17 @@ TEST_F(NamedPipe, ModesAndCutNamesReachTheSystem) {
     CServerNamedPipe longServer(std::wstring(30, L'n').c_str());
     CClientNamedPipe nameless(nullptr);
     const struct {
-        DWORD access, direction;
+        CClientNamedPipe::MODE mode;
         bool overlapped;
-    } modes[] = {{GENERIC_READ, 1, false}, {GENERIC_WRITE, 2, true}, {GENERIC_READ | GENERIC_WRITE, 3, false}};
-    for (const auto& [access, direction, overlapped] : modes) {
-        const auto mode = static_cast<CClientNamedPipe::MODE>(direction - 1);
-        const DWORD flag = overlapped ? FILE_FLAG_OVERLAPPED : 0;
+        std::wstring serverMode, clientAccess, clientFlag;
+    } rows[] = {{CClientNamedPipe::MODE_READ, false, L"1", L"2147483648", L"128"},
+                {CClientNamedPipe::MODE_WRITE, true, L"1073741826", L"1073741824", L"1073741824"},
+                {kReadWrite, false, L"3", L"3221225472", L"128"}};
+    for (const auto& [mode, overlapped, serverMode, clientAccess, clientFlag] : rows) {
         EXPECT_FALSE(longServer.Open(mode, overlapped) || nameless.Open(L".", mode, overlapped));
-        EXPECT_EQ(calls.Take(), L"CreateNamedPipeW \\\\.\\PIPE\\" + std::wstring(19, L'n') +
-                                    ArgumentText(direction | flag, 6, 255, 4096, 4096, INFINITE) +
-                                    L" -\nCreateFileW \\\\.\\PIPE\\" + ArgumentText(access, 3) + L" - 3" +
-                                    ArgumentText(overlapped ? flag : FILE_ATTRIBUTE_NORMAL) + L" -\n");
+        EXPECT_EQ(calls.Take(), L"CreateNamedPipeW \\\\.\\PIPE\\" + std::wstring(19, L'n') + L" " + serverMode +
+                                    L" 6 255 4096 4096 4294967295 -\nCreateFileW \\\\.\\PIPE\\ " + clientAccess +
+                                    L" 3 - 3 " + clientFlag + L" -\n");
     }
     EXPECT_EQ(longServer.GetStatus(), Code(ERROR_ACCESS_DENIED));
     EXPECT_FALSE(client.Open(std::wstring(300, L's').c_str(), kReadWrite, false));

@@ -2,6 +2,9 @@
 
 #include "support/CallLog.h"
 #include "support/OwnLocalMachine.h"
+#include "support/Reports.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 
@@ -18,9 +21,8 @@ public:
     CallLog calls;
 
 private:
-    ImportPatch m_query{"QueryDosDeviceW", &QueryDosDeviceW, [this](LPCWSTR name, wchar_t* target, DWORD) {
+    ImportPatch m_query{"QueryDosDeviceW", &QueryDosDeviceW, [this](LPCWSTR name, auto...) {
                             calls.Add(L"query", name);
-                            *target = L'\0';
                             SetLastError(does.queryError);
                             return does.queryError == 0 ? 1 : 0;
                         }};
@@ -42,3 +44,13 @@ private:
 };
 
 inline constexpr wchar_t kCardsKey[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\NetworkCards\\";
+
+struct NetworkCardTest : testing::Test {
+    void AddCard(const wchar_t* number, DWORD type, std::wstring_view serviceName) {
+        machine.Set(kCardsKey + std::wstring(number), L"ServiceName", type, serviceName);
+    }
+
+    Reports reports;
+    OwnLocalMachine machine;
+    CardDriver driver;
+};

