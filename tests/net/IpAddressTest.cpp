@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <tessel/net/ipaddress.h>
 
-#include <optional>
+#include <utility>
 
 namespace {
 
@@ -27,15 +27,14 @@ TEST(IpAddress, ConvertsBetweenNumberAndTextInBothWidths) {
 }
 
 TEST(IpAddress, CopiesHaveTextsOfTheirOwn) {
-    std::optional<CIpAddress> first("1.2.3.4");
-    const char* const text = *first;
-    const CIpAddress copy(*first);
+    const CIpAddress first("1.2.3.4");
+    const char* const text = first;
+    const CIpAddress copy(first);
     CIpAddress assigned("5.6.7.8");
     const char* const earlier = assigned;
     assigned = copy;
     EXPECT_STREQ(earlier, "5.6.7.8");
     EXPECT_NE(static_cast<char*>(copy), text);
-    first.reset();
     EXPECT_STREQ(static_cast<char*>(copy), "1.2.3.4");
     EXPECT_STREQ(static_cast<char*>(assigned), "1.2.3.4");
 }

@@ -132,28 +132,26 @@ TEST_F(MsgSocket, WritingEndsInTimeAndRestoresTheTimeOut) {
 }
 
 TEST_F(MsgSocket, NothingFollowsARecordThatWasCut) {
-    const struct {
-        int taken, error;
-        bool cut;
-    } rows[] = {{6, 0, true}, {6, WSAETIMEDOUT, true}, {9, 0, false}, {0, WSAEWOULDBLOCK, false}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.taken << " bytes, error " << row.error);
+    for (const auto& [taken, error] : {std::pair(6, 0), {6, WSAETIMEDOUT}, {9, 0}, {0, WSAEWOULDBLOCK}}) {
+        const bool cut = taken == 6;
+        SCOPED_TRACE(testing::Message() << taken << " bytes, error " << error);
         Connect(CSocket::MODE_EVENT);
         {
-            const ImportPatch patch("send", &send, [&](SOCKET socket, const char* bytes, int, int flags) {
-                send(socket, bytes, row.taken, flags);
-                WSASetLastError(row.error);
-                return row.error == 0 ? row.taken : SOCKET_ERROR;
-            });
-            EXPECT_EQ(receiver->Write(Message("first").get(), 50), row.error);
+            const ImportPatch patch("send", &send,
+                                    [taken = taken, error = error](SOCKET socket, const char* bytes, int, int flags) {
+                                        send(socket, bytes, taken, flags);
+                                        WSASetLastError(error);
+                                        return error == 0 ? taken : SOCKET_ERROR;
+                                    });
+            EXPECT_EQ(receiver->Write(Message("first").get(), 50), error);
         }
-        EXPECT_EQ(receiver->Write(Message("second").get(), 50), row.cut ? WSAESHUTDOWN : 0);
+        EXPECT_EQ(receiver->Write(Message("second").get(), 50), cut ? WSAESHUTDOWN : 0);
         Send(Wire("received"));
         Hear();
         EXPECT_EQ(receiver->delivered, Wire("received"));
         EXPECT_EQ(receiver->Disconnect(), 0);
-        const std::string sent = Wire("first").substr(0, static_cast<std::size_t>(row.taken));
-        EXPECT_EQ(ReceiveAll(connection->bare), row.cut ? sent : sent + Wire("second"));
+        const std::string sent = Wire("first").substr(0, static_cast<std::size_t>(taken));
+        EXPECT_EQ(ReceiveAll(connection->bare), cut ? sent : sent + Wire("second"));
     }
 }
 

@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 #include <tessel/net/networkid.h>
 
-#include <optional>
+#include <cstdlib>
+#include <tuple>
 
 using namespace std::literals;
 
@@ -43,7 +44,7 @@ TEST_F(NetworkIdTest, Odd94And95NameIsNotedBeforeTheSystemIsAskedAndThenWrittenA
     CNetworkId identity;
     wchar_t next[16] = L"unset";
     unsigned long size = 4;
-    std::optional<ImportPatch> patch(Failing("SetComputerNameW", &::SetComputerNameW, FALSE, ERROR_ACCESS_DENIED));
+    const ImportPatch refusing(Failing("SetComputerNameW", &::SetComputerNameW, FALSE, ERROR_ACCESS_DENIED));
     EXPECT_EQ(identity.SetComputerNameW(L"WORKSTATION"), DWORD{ERROR_ACCESS_DENIED});
     EXPECT_EQ(identity.GetComputerNameAtNextBoot(next, &size), 111U);
     EXPECT_STREQ(next, L"WOR");
@@ -51,8 +52,7 @@ TEST_F(NetworkIdTest, Odd94And95NameIsNotedBeforeTheSystemIsAskedAndThenWrittenA
     EXPECT_EQ(identity.GetComputerNameAtNextBoot(next, &size), 0U);
     EXPECT_STREQ(next, L"WORKSTATION");
 
-    patch.reset();
-    patch.emplace(Failing("SetComputerNameW", &::SetComputerNameW, TRUE));
+    const ImportPatch accepting(Failing("SetComputerNameW", &::SetComputerNameW, TRUE));
     machine.Set(kHost, L"Hostname", REG_SZ, L"OLD\0"sv);
     machine.Set(kLogon, L"DefaultDomainName", REG_MULTI_SZ, L"OLD\0\0"sv); // read as a list, written as one
     EXPECT_EQ(identity.SetComputerNameW(L"A-NAME-OF-SEVENTEEN"), 0U);
@@ -103,12 +103,7 @@ TEST_F(NetworkIdTest, Odd98DhcpDecidesWhichValuesAreReadAndMissingOnesLeaveTheTe
 
 TEST_F(NetworkIdTest, Odd96PiecesCarryAndWhatIsNoAddressStaysInBounds) {
     CNetworkId identity;
-    struct {
-        DWORD type;
-        std::wstring_view data;
-        const wchar_t* text;
-        unsigned long number;
-    } const values[] = {
+    const std::tuple<DWORD, std::wstring_view, const wchar_t*, unsigned long> values[] = {
         {REG_SZ, L"10.0.0.300\0"sv, L"10.0.0.300", 0x0A00012C},
         {REG_SZ, L"10..1\0"sv, L"10..1", 0x0A010000},
         {REG_MULTI_SZ, L"1234.1234.1234.1\0\0"sv, L"0.0.0.0", 0}, // does not fit
@@ -117,12 +112,12 @@ TEST_F(NetworkIdTest, Odd96PiecesCarryAndWhatIsNoAddressStaysInBounds) {
         {REG_DWORD, L"12"sv, L"0.0.0.0", 0},
         {REG_EXPAND_SZ, L"1.2.3.4\0"sv, L"0.0.0.0", 0},
     };
-    for (const auto& value : values) {
-        SetAdapter(L"DhcpIpAddress", value.data, value.type);
+    for (const auto& [type, data, expected, number] : values) {
+        SetAdapter(L"DhcpIpAddress", data, type);
         wchar_t text[CNetworkId::ADDRESS_SIZE + 1] = L"preset..........";
         identity.GetIpAddress(text);
-        EXPECT_STREQ(text, value.text);
-        EXPECT_EQ(identity.GetIpAddress(), value.number) << value.data.data();
+        EXPECT_STREQ(text, expected);
+        EXPECT_EQ(identity.GetIpAddress(), number) << expected;
     }
 }
 
@@ -186,13 +181,11 @@ TEST_F(NetworkIdTest, ConfigurationToolIsEndedWhenItHangs) {
     const ImportPatch end(calls.Adding("TerminateProcess", &TerminateProcess, TRUE));
     const ImportPatch wait(calls.Adding("WaitForSingleObject", &WaitForSingleObject, WAIT_TIMEOUT));
     CNetworkId identity;
-    wchar_t system[MAX_PATH];
-    GetEnvironmentVariableW(L"SystemRoot", system, MAX_PATH);
+    const std::wstring tool = _wgetenv(L"SystemRoot") + L"\\System32\\IpConfig.exe "s;
     for (const bool renew : {false, true}) {
         renew ? identity.RenewDhcp() : identity.ReleaseDhcp();
-        DWORD flags = 0;
-        EXPECT_FALSE(GetHandleInformation(held, &flags)) << "it is closed";
-        EXPECT_EQ(calls.Take(), L"start "s + system + L"\\System32\\IpConfig.exe " + (renew ? L"/renew" : L"/release") +
+        EXPECT_FALSE(CloseHandle(held)) << "it is closed already";
+        EXPECT_EQ(calls.Take(), L"start " + tool + (renew ? L"/renew" : L"/release") +
                                     L" 1 32 1 0\nWaitForSingleObject * 5000\nTerminateProcess * 259\n");
     }
 }

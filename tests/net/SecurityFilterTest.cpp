@@ -36,9 +36,6 @@ struct SecurityFilter : testing::Test {
         std::replace(texts.begin(), texts.end(), L'\0', L',');
         return texts;
     }
-    void Switch(DWORD type, std::wstring_view on) {
-        machine.Set(kServices + L"Tcpip\\Parameters", L"EnableSecurityFilters", type, on);
-    }
 
     OwnLocalMachine machine;
 };
@@ -73,9 +70,9 @@ TEST_F(SecurityFilter, BlockingTakesPortsAwayAndAlwaysGives0Odd74) {
 
 TEST_F(SecurityFilter, SwitchingChangesTheProtocolsOfEveryAdapter) {
     CSecurityFilterNT filter;
-    Switch(REG_SZ, L"1\0"sv);
+    machine.Set(kServices + L"Tcpip\\Parameters", L"EnableSecurityFilters", REG_SZ, L"1\0"sv);
     EXPECT_EQ(filter.Enable(1), 0);
-    Switch(REG_DWORD, L"\0\0"sv);
+    machine.Set(kServices + L"Tcpip\\Parameters", L"EnableSecurityFilters", REG_DWORD, L"\0\0"sv);
     EXPECT_NE(filter.Enable(1), 0);
     EXPECT_EQ(filter.IsEnabled(), 1);
     EXPECT_EQ(Get(1, kRaw), L"7:255,1,,");

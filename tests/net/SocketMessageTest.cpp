@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <tuple>
 
 namespace {
 
@@ -57,21 +58,17 @@ TEST(SocketMessages, ARecordInPartsIsAwaited) {
 TEST(SocketMessages, IncompleteOrContradictoryRecordsFailButGiveTheirLength) {
     constexpr unsigned long kUnset = 77;
     constexpr unsigned int kTooLong = 0x7FFFFFFF;
-    const struct {
-        std::string bytes;
-        unsigned int pauses;
-        unsigned long length;
-        bool closed;
-    } rows[] = {{"", 0, kUnset, false},
-                {"short", 9, kUnset, false},
-                {Record(13, 3, "").substr(0, 8), 9, 3, false},
-                {Record(0, 0, ""), 0, 0, false},
-                {Record(9, 0, "x"), 0, 0, false},
-                {Record(13, 4, "abc"), 0, 4, false},
-                {Record(13, 0xFFFFFFFF, "abc"), 0, 0xFFFFFFFF, false},
-                {Record(13, 3, "ab"), 9, 3, false},
-                {Record(0xFFFFFFFF, kTooLong, "abc"), 0, kTooLong, false},
-                {Record(13, 3, "ab"), 0, 3, true}};
+    const std::tuple<std::string, unsigned int, unsigned long, bool> rows[] = {
+        {"", 0, kUnset, false},
+        {"short", 9, kUnset, false},
+        {Record(13, 3, "").substr(0, 8), 9, 3, false},
+        {Record(0, 0, ""), 0, 0, false},
+        {Record(9, 0, "x"), 0, 0, false},
+        {Record(13, 4, "abc"), 0, 4, false},
+        {Record(13, 0xFFFFFFFF, "abc"), 0, 0xFFFFFFFF, false},
+        {Record(13, 3, "ab"), 9, 3, false},
+        {Record(0xFFFFFFFF, kTooLong, "abc"), 0, kTooLong, false},
+        {Record(13, 3, "ab"), 0, 3, true}};
     std::vector<DWORD> pauses;
     const ImportPatch patch("Sleep", &Sleep, [&](DWORD milliseconds) { pauses.push_back(milliseconds); });
     for (const auto& [bytes, expected, length, closed] : rows) {
