@@ -7,15 +7,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-
-/// Reads a file.
-inline std::string BytesOf(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 /// A CAudio with a file and a window that forwards the notifications, as a program derives it.
 class Recorder : public CAudio {

@@ -5,15 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 #include <thread>
 
 namespace {
-
-std::string Content(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 struct SocketFiles : testing::Test {
     TemporaryFolder folder;
@@ -33,7 +27,7 @@ TEST_F(SocketFiles, AFileOfAnySizeArrivesBehindItsHead) {
         std::thread sending([&] { EXPECT_EQ(peer.WriteFile(Message("head").get(), source.c_str()), 0); });
         EXPECT_EQ(connection.own->ReadFile(target.c_str(), size + 8), 0);
         sending.join();
-        EXPECT_TRUE(Content(target) == Wire("head") + content) << size;
+        EXPECT_TRUE(BytesOf(target) == Wire("head") + content) << size;
     }
 }
 
@@ -42,7 +36,7 @@ TEST_F(SocketFiles, Odd82BytesBeyondTheExpectedOnesAreInTheFileToo) {
     connection.Send("more than expected");
     connection.Close();
     EXPECT_EQ(connection.own->ReadFile(target.c_str(), 4), 0);
-    EXPECT_EQ(Content(target), "more than expected");
+    EXPECT_EQ(BytesOf(target), "more than expected");
 }
 
 TEST_F(SocketFiles, APeerThatClosesOrFallsSilentEndsTheReceive) {
@@ -50,7 +44,7 @@ TEST_F(SocketFiles, APeerThatClosesOrFallsSilentEndsTheReceive) {
     closing.Send("part");
     closing.Close();
     EXPECT_EQ(closing.own->ReadFile(target.c_str(), 100), 1);
-    EXPECT_EQ(Content(target), "part");
+    EXPECT_EQ(BytesOf(target), "part");
     const ImportPatch patch(
         "WaitForMultipleObjects", &WaitForMultipleObjects,
         [](DWORD, const HANDLE*, BOOL, DWORD ms) { return ms == 30000 ? WAIT_TIMEOUT : WAIT_OBJECT_0; });

@@ -3,6 +3,9 @@
 #include <windows.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
 
 /// A folder that exists as long as the object, with a space in its path.
 ///
@@ -20,3 +23,9 @@ public:
     }
     TemporaryFolder(TemporaryFolder&&) = delete;
 };
+
+/// All bytes of a file; none if it cannot be opened.
+inline std::string BytesOf(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
