@@ -8,12 +8,9 @@
 
 #include <io.h>
 
-#include <filesystem>
-#include <fstream>
 #include <optional>
 #include <set>
-#include <string>
-#include <vector>
+#include <tuple>
 
 namespace {
 
@@ -24,10 +21,6 @@ struct Files : testing::Test {
     fs::path path = folder / L"image.v1.raw";
 
     static void Make(const fs::path& file, const char* text = "text") { std::ofstream(file, std::ios::binary) << text; }
-    static std::string Contents(const fs::path& file) {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
 };
 
 std::string ReadAll(CFile& file) {
@@ -65,22 +58,17 @@ TEST_F(Files, AreWrittenReadAndPositionedAndKeepTheSizeOfOpeningOdd200) {
 }
 
 TEST_F(Files, AreAppendedToEmptiedAndConvertedAsTheyAreOpened) {
-    const struct {
-        CFile::OPENTYPE type;
-        const char* contents;
-    } rows[] = {{CFile::READ_WRITE, "\nbcd"},
-                {CFile::SEQUENTIAL | CFile::TEXT, "\r\ncd"},
-                {CFile::APPEND, "abcd\n"},
-                {CFile::TRUNCATE, "\n"},
-                {CFile::APPEND | CFile::TRUNCATE, "\n"},
-                {CFile::READ_ONLY | CFile::APPEND | CFile::TRUNCATE, "abcd"}};
+    const std::pair<CFile::OPENTYPE, const char*> rows[] = {
+        {CFile::READ_WRITE, "\nbcd"},
+        {CFile::SEQUENTIAL | CFile::TEXT, "\r\ncd"},
+        {CFile::APPEND, "abcd\n"},
+        {CFile::TRUNCATE, "\n"},
+        {CFile::APPEND | CFile::TRUNCATE, "\n"},
+        {CFile::READ_ONLY | CFile::APPEND | CFile::TRUNCATE, "abcd"}};
     for (const auto& [type, contents] : rows) {
         Make(path, "abcd");
-        {
-            CFile file(path.c_str(), type);
-            file.WriteFile("\n", 1);
-        }
-        EXPECT_EQ(Contents(path), contents) << type;
+        CFile(path.c_str(), type).WriteFile("\n", 1);
+        EXPECT_EQ(BytesOf(path), contents) << type;
     }
 }
 
@@ -106,9 +94,8 @@ TEST_F(Files, ReportWhatFailedAndKeepWhatCannotBeClosedWithoutItsPathOdd203) {
 }
 
 TEST_F(Files, ThatAreNotOpenReportIt) {
-    CFile closed;
-    EXPECT_EQ(closed.Rewind(), CFile::NOT_OPEN);
-    EXPECT_EQ(closed.SizeFile(nullptr), CFile::NOT_OPEN);
+    EXPECT_EQ(CFile().Rewind(), CFile::NOT_OPEN);
+    EXPECT_EQ(CFile().SizeFile(nullptr), CFile::NOT_OPEN);
     CFile none(L"no such folder\\file", CFile::READ_WRITE);
     EXPECT_EQ(none.CloseFile(), CFile::OPEN_FAILED);
     EXPECT_EQ(none.ReadFile(nullptr, 0) + none.WriteFile(nullptr, 0), 0u);
@@ -220,28 +207,24 @@ TEST_F(MappedFile, ShowsAFile) {
 }
 
 TEST_F(Directories, AreCreatedUpToTheLastBackslashOdd202) {
-    const struct {
-        const wchar_t* path;
-        unsigned long result;
-        std::vector<std::wstring> created;
-    } rows[] = {{nullptr, 0xFFFFFFFF, {}},
-                {L"C:\\a\\b\\file", 0, {L"C:\\a", L"C:\\a\\b"}},
-                {L"C:a\\", 0, {L"C:a"}},
-                {L"\\a\\", 0, {L"\\a"}},
-                {L"a\\stop\\c\\", ERROR_ACCESS_DENIED, {L"a", L"a\\stop"}},
-                {L"\\\\server", ERROR_PATH_NOT_FOUND, {}},
-                {L"\\\\server\\share", ERROR_PATH_NOT_FOUND, {}},
-                {L"\\\\server\\share\\a\\file", 0, {L"\\\\server\\share\\a"}}};
+    const std::tuple<const wchar_t*, unsigned long, std::vector<std::wstring>> rows[] = {
+        {nullptr, 0xFFFFFFFF, {}},
+        {L"C:\\a\\b\\file", 0, {L"C:\\a", L"C:\\a\\b"}},
+        {L"C:a\\", 0, {L"C:a"}},
+        {L"\\a\\", 0, {L"\\a"}},
+        {L"a\\stop\\c\\", ERROR_ACCESS_DENIED, {L"a", L"a\\stop"}},
+        {L"\\\\server", ERROR_PATH_NOT_FOUND, {}},
+        {L"\\\\server\\share", ERROR_PATH_NOT_FOUND, {}},
+        {L"\\\\server\\share\\a\\file", 0, {L"\\\\server\\share\\a"}}};
     std::vector<std::wstring> created;
     const ImportPatch create("CreateDirectoryW", &CreateDirectoryW, [&](const wchar_t* name, auto) {
         created.emplace_back(name);
         SetLastError(created.back() == L"a\\stop" ? ERROR_ACCESS_DENIED : ERROR_ALREADY_EXISTS);
         return FALSE;
     });
-    for (const auto& row : rows) {
-        created.clear();
-        EXPECT_EQ(CreateDir(row.path), row.result);
-        EXPECT_EQ(created, row.created);
+    for (const auto& [argument, result, expected] : rows) {
+        EXPECT_EQ(CreateDir(argument), result);
+        EXPECT_EQ(std::exchange(created, {}), expected);
     }
 }
 
@@ -254,12 +237,9 @@ TEST_F(Directories, AreCreatedAndRemovedWithTheirContents) {
     EXPECT_EQ(RemoveDir(tree.c_str()), DWORD{ERROR_DIR_NOT_EMPTY});
     EXPECT_EQ(RemoveDirAndFiles((tree + L"\\\\").c_str(), true), 0u);
     EXPECT_EQ(RemoveDir(tree.c_str()), DWORD{ERROR_FILE_NOT_FOUND});
-}
-
-TEST_F(Directories, ThatExistAsFilesAreNotCreated) {
     Make(path);
     for (const wchar_t* end : {L"\\", L"\\\\"})
-        EXPECT_EQ(CreateDir((path.wstring() + end).c_str()), DWORD{ERROR_DIRECTORY});
+        EXPECT_EQ(CreateDir((path.wstring() + end).c_str()), DWORD{ERROR_DIRECTORY}) << "a file";
 }
 
 TEST_F(Directories, BehindUnixLinksStayAsTheyAre) {

@@ -5,16 +5,9 @@
 #include <gtest/gtest.h>
 #include <tessel/system/version.h>
 
-#include <climits>
-#include <filesystem>
-#include <fstream>
-#include <initializer_list>
-#include <iterator>
+#include <chrono>
 #include <optional>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
+#include <tuple>
 
 namespace {
 
@@ -25,14 +18,12 @@ fs::path Built(const char* name) {
     return Beside(std::string("version_") + name + ".dll");
 }
 
+/// Version, time and path of an entry, after the number of those that were not returned.
 std::wstring Described(CSwVersion& version, int index = -1) {
     wchar_t text[100] = L"untouched";
-    return version.GetString(text, index) == 1 ? text : std::wstring(text) + L" 0";
-}
-
-std::wstring PathOf(CSwVersion& version, int index = -1) {
     wchar_t path[100] = L"untouched";
-    return version.GetPath(path, index) == 1 ? path : std::wstring(path) + L" 0";
+    const int missing = 2 - version.GetString(text, index) - version.GetPath(path, index);
+    return std::to_wstring(missing) + L": " + text + L" " + path;
 }
 
 std::wstring TextOf(CSwVersion& version, const wchar_t* name = L"ProductName") {
@@ -45,12 +36,8 @@ struct Version : testing::Test {
     TemporaryFolder folder;
 
     fs::path Dated(fs::path file) {
-        const SYSTEMTIME time{2024, 3, 0, 5, 16, 7, 8, 0};
-        FILETIME written;
-        SystemTimeToFileTime(&time, &written);
-        const HANDLE handle = CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-        EXPECT_TRUE(SetFileTime(handle, nullptr, nullptr, &written));
-        CloseHandle(handle);
+        using namespace std::chrono;
+        fs::last_write_time(file, file_clock::from_sys(sys_days(2024y / 3 / 5) + 16h + 7min + 8s));
         return file;
     }
 
@@ -63,8 +50,7 @@ struct Version : testing::Test {
     /// A copy of the older version in which a byte is changed, counted from the start of the first block of a name.
     fs::path Damaged(std::wstring_view block, std::size_t offset, char byte) {
         constexpr std::size_t keyOffset = 6;
-        std::ifstream built(Built("older"), std::ios::binary);
-        std::string bytes(std::istreambuf_iterator<char>(built), {});
+        std::string bytes = BytesOf(Built("older"));
         const std::string key(reinterpret_cast<const char*>(block.data()), block.size() * sizeof(wchar_t));
         bytes.at(bytes.find(key) - keyOffset + offset) = byte;
         fs::path file = folder / "damaged";
@@ -78,8 +64,7 @@ struct Version : testing::Test {
 TEST_F(Version, VersionTimeSizeAndTextsOfAFileAreRead) {
     const fs::path file = Copied("older");
     CSwVersion version(file.c_str());
-    EXPECT_EQ(Described(version), L"1.2.10.7 03/05/2024 16:07:08");
-    EXPECT_EQ(PathOf(version), file.wstring());
+    EXPECT_EQ(Described(version), L"0: 1.2.10.7 03/05/2024 16:07:08 " + file.wstring());
     unsigned int numbers[4] = {};
     ASSERT_EQ(version.GetBinary(&numbers[0], &numbers[1], &numbers[2], &numbers[3], -1), 1);
     EXPECT_EQ(std::vector(numbers, numbers + 4), (std::vector{1u, 2u, 10u, 7u}));
@@ -106,15 +91,16 @@ TEST_F(Version, UnknownValuesOfAFileAreZero) {
     std::ofstream(large).close();
     fs::resize_file(large, 5'000'000'001);
     CSwVersion plain(Dated(large).c_str());
-    CSwVersion missing((folder / "missing").c_str());
+    const CSwVersion missing((folder / "missing").c_str());
     CSwVersion nameless(nullptr);
-    EXPECT_EQ(Described(plain), L"0.0.0.0 03/05/2024 16:07:08");
+    EXPECT_EQ(Described(plain), L"0: 0.0.0.0 03/05/2024 16:07:08 " + large.wstring());
     EXPECT_EQ(TextOf(plain), L"untouched false");
     std::uint64_t size = 1;
     EXPECT_EQ(plain.GetFileSize(&size, -1), 1);
     EXPECT_EQ(size, 5'000'000'001u);
-    EXPECT_EQ(Described(missing), L"0.0.0.0 00/00/0000 00:00:00");
-    EXPECT_EQ(PathOf(nameless, CSwVersion::GetFileCount() - 2), (folder / "missing").wstring());
+    EXPECT_EQ(Described(nameless), L"0: 0.0.0.0 00/00/0000 00:00:00 ");
+    EXPECT_EQ(Described(nameless, CSwVersion::GetFileCount() - 2),
+              L"0: 0.0.0.0 00/00/0000 00:00:00 " + (folder / "missing").wstring());
 }
 
 TEST_F(Version, ALongPathIsReadAndStoredTruncated) {
@@ -123,7 +109,7 @@ TEST_F(Version, ALongPathIsReadAndStoredTruncated) {
     fs::copy_file(Built("older"), deep / "older");
     CSwVersion version((deep / "older").c_str());
     EXPECT_EQ(TextOf(version), L"Older");
-    EXPECT_EQ(PathOf(version), deep.wstring().substr(0, 99));
+    EXPECT_TRUE(Described(version).ends_with(L" " + deep.wstring().substr(0, 99)));
 }
 
 TEST_F(Version, Odd192AnyObjectListsTheTableButKeepsItsOwnTexts) {
@@ -134,19 +120,17 @@ TEST_F(Version, Odd192AnyObjectListsTheTableButKeepsItsOwnTexts) {
     unsigned int number = 99;
     unsigned short part = 99;
     std::uint64_t size = 99;
-    EXPECT_EQ(Described(older, first + 2), L"untouched 0");
-    EXPECT_EQ(PathOf(older, first + 2), L"untouched 0");
-    EXPECT_EQ(Described(older, first + 1), L"1.10.0.0 03/05/2024 16:07:08");
-    EXPECT_TRUE(older == newer) << "taken over";
+    EXPECT_EQ(Described(older, first + 2), L"2: untouched untouched");
     EXPECT_EQ(older.GetFileSize(&size, first), 1);
     EXPECT_EQ(size, fs::file_size(folder / "older"));
     EXPECT_EQ(older.GetBinary(&number, &number, &number, &number, first + 1), 1);
     EXPECT_EQ(older.GetFileTime(&part, &part, &part, &part, &part, &part, first + 1), 1);
     EXPECT_EQ(number + part, 0u + 8u) << "revision and second";
-    EXPECT_EQ(PathOf(older), (folder / "newer").wstring());
+    EXPECT_TRUE(older == newer) << "taken over";
+    EXPECT_EQ(Described(older), L"0: 1.10.0.0 03/05/2024 16:07:08 " + (folder / "newer").wstring());
     EXPECT_EQ(TextOf(older), L"Older");
     CSwVersion listed(first);
-    EXPECT_EQ(PathOf(listed), (folder / "older").wstring());
+    EXPECT_EQ(Described(listed), L"0: 1.2.10.7 03/05/2024 16:07:08 " + (folder / "older").wstring());
     EXPECT_EQ(TextOf(listed), L"untouched false") << "it read no file";
     EXPECT_EQ(CSwVersion(-1) == CSwVersion(first + 2), true) << "empty";
 }
@@ -158,19 +142,19 @@ TEST_F(Version, VersionsAreComparedNumberByNumber) {
         return *size = sizeof fixedInfo, TRUE;
     });
     std::vector<CSwVersion> versions;
-    for (const auto& [most, least] : std::initializer_list<std::pair<DWORD, DWORD>>{
-             {0, 1}, {0, 0x10000}, {1, 0}, {0x10002, 0xA0000}, {0x1000A, 0}, {0x1000A, 1}}) {
+    constexpr DWORD kRows[][2] = {{0, 1}, {0, 0x10000}, {1, 0}, {0x10002, 0xA0000}, {0x1000A, 0}, {0x1000A, 1}};
+    for (const auto& [most, least] : kRows) {
         fixedInfo.dwFileVersionMS = most;
         fixedInfo.dwFileVersionLS = least;
         versions.emplace_back(Built("older").c_str());
     }
-    for (std::size_t i = 0; i < versions.size(); ++i) {
-        for (std::size_t j = 0; j < versions.size(); ++j) {
-            const CSwVersion& left = versions[i];
-            const CSwVersion& right = versions[j];
-            EXPECT_TRUE((left < right) == (i < j) && (left <= right) == (i <= j) && (left > right) == (i > j) &&
-                        (left >= right) == (i >= j) && (left == right) == (i == j) && (left != right) == (i != j))
-                << i << ' ' << j;
+    for (const CSwVersion& left : versions) {
+        for (const CSwVersion& right : versions) {
+            const auto order = &left - &right;
+            EXPECT_TRUE((left < right) == (order < 0) && (left <= right) == (order <= 0) &&
+                        (left > right) == (order > 0) && (left >= right) == (order >= 0) &&
+                        (left == right) == (order == 0) && (left != right) == (order != 0))
+                << &left - versions.data() << ' ' << &right - versions.data();
         }
     }
 }
@@ -214,29 +198,22 @@ TEST_F(Version, Odd190ObjectsAreCountedUnderALockThatAllProcessesShareAndThatMay
 }
 
 TEST_F(Version, ADamagedResourceIsReadAsFarAsItIsSafe) {
-    constexpr std::size_t length = 0; // offsets in a block
-    constexpr std::size_t lengthHigh = 1;
-    constexpr std::size_t valueLength = 2;
-    constexpr std::size_t type = 4;
-    const struct {
-        std::wstring_view block;
-        std::size_t offset;
-        char value;
-        const char* numbers;
-        const wchar_t* text = L"untouched false";
-    } rows[] = {{L"VS_VERSION_INFO", lengthHigh, '\xFF', "0.0.0.0 "},
-                {L"VS_VERSION_INFO", valueLength, 51, "0.0.0.0 ", L"Older"},
-                {L"VS_VERSION_INFO", type, ' ', ""},
-                {L"VS_VERSION_INFO", type, '\x80', "0.0.0.0 "},
-                {L"StringFileInfo", lengthHigh, '\xFF', "1.2.10.7 "},
-                {L"040904B0", lengthHigh, '\x7F', "1.2.10.7 "},
-                {L"ProductName", lengthHigh, '\x7F', "1.2.10.7 "},
-                {L"ProductName", length, 8, "1.2.10.7 "},
-                {L"VarFileInfo", lengthHigh, '\xFF', "1.2.10.7 "},
-                {L"Translation", valueLength, 3, "1.2.10.7 "}};
+    enum : std::size_t { length, lengthHigh, valueLength, type = 4 }; // offsets in a block
+    constexpr const wchar_t* none = L"untouched false";
+    const std::tuple<std::wstring_view, std::size_t, char, const wchar_t*, const wchar_t*> rows[] = {
+        {L"VS_VERSION_INFO", lengthHigh, '\xFF', L"0: 0.0.0.0 ", none},
+        {L"VS_VERSION_INFO", valueLength, 51, L"0: 0.0.0.0 ", L"Older"},
+        {L"VS_VERSION_INFO", type, ' ', L"", none},
+        {L"VS_VERSION_INFO", type, '\x80', L"0: 0.0.0.0 ", none},
+        {L"StringFileInfo", lengthHigh, '\xFF', L"0: 1.2.10.7 ", none},
+        {L"040904B0", lengthHigh, '\x7F', L"0: 1.2.10.7 ", none},
+        {L"ProductName", lengthHigh, '\x7F', L"0: 1.2.10.7 ", none},
+        {L"ProductName", length, 8, L"0: 1.2.10.7 ", none},
+        {L"VarFileInfo", lengthHigh, '\xFF', L"0: 1.2.10.7 ", none},
+        {L"Translation", valueLength, 3, L"0: 1.2.10.7 ", none}};
     for (const auto& [block, offset, value, numbers, text] : rows) {
         CSwVersion version(Damaged(block, offset, value).c_str());
-        EXPECT_TRUE(fs::path(Described(version)).string().starts_with(numbers)) << Described(version);
+        EXPECT_TRUE(Described(version).starts_with(numbers)) << Described(version);
         EXPECT_EQ(TextOf(version), text) << block.data() << " at " << offset;
     }
 }
