@@ -1,5 +1,4 @@
 #include "FakeEventLog.h"
-#include "support/ImportPatch.h"
 #include "support/OwnLocalMachine.h"
 #include "support/Reports.h"
 
@@ -9,8 +8,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <optional>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -28,8 +25,6 @@ struct Logs : OwnLocalMachine {
             Set(kLogs + log, L"File", REG_SZ, L"x");
     }
 };
-
-} // namespace
 
 TEST(EventLog, Odd184SizeAndRetentionGoToTheKeyOfTheChosenLog) {
     Logs machine;
@@ -56,8 +51,6 @@ TEST(EventLog, AnInvalidTypeIsReportedAndChangesNothing) {
     EXPECT_EQ(machine.Get(kLogs + L"\\System", L"MaxSize"), Number(0x10000));
 }
 
-namespace {
-
 struct TestSource : CNtEventLogSource {
     using CNtEventLogSource::CNtEventLogSource;
     using CNtEventLogSource::Install;
@@ -69,17 +62,12 @@ struct TestSource : CNtEventLogSource {
 };
 
 struct EventLogSource : testing::Test {
-    EventLogSource() {
-        EXPECT_EQ(log.Take(), Lines{L"Scanner"});
-        GetUserNameW(user, &userSize);
-    }
+    EventLogSource() { EXPECT_EQ(log.Take(), Lines{L"Scanner"}); }
+
     FakeEventLog log;
     std::optional<TestSource> source{std::in_place, L"Scanner", static_cast<unsigned short>(3)};
-    wchar_t user[200];
-    DWORD userSize = 200;
+    const std::wstring user = _wgetenv(L"USERNAME");
 };
-
-} // namespace
 
 TEST_F(EventLogSource, WritesEventsOfEveryTypeWithTheUser) {
     wchar_t data[3] = L"de";
@@ -90,9 +78,8 @@ TEST_F(EventLogSource, WritesEventsOfEveryTypeWithTheUser) {
     log.error = ERROR_LOG_FILE_FULL;
     const ImportPatch nobody(Failing("GetUserNameW", &GetUserNameW, FALSE));
     EXPECT_EQ(source->ReportEventW(16, 13, 0, nullptr, 0, nullptr, nullptr), DWORD{ERROR_LOG_FILE_FULL});
-    const std::wstring name = user;
-    EXPECT_EQ(log.lines, (Lines{L"Scanner 1 3 10 " + name + L" de|one|two", L"Scanner 2 3 11 " + name + L" d|one",
-                                L"Scanner 4 3 12 " + name + L" ", L"Scanner 16 3 13 nobody "}));
+    EXPECT_EQ(log.lines, (Lines{L"Scanner 1 3 10 " + user + L" de|one|two", L"Scanner 2 3 11 " + user + L" d|one",
+                                L"Scanner 4 3 12 " + user + L" ", L"Scanner 16 3 13 nobody "}));
 }
 
 TEST_F(EventLogSource, Odd185TheCallersIdentifierIsUsedAsItIsAndFreed) {
@@ -110,10 +97,9 @@ TEST_F(EventLogSource, Odd185TheCallersIdentifierIsUsedAsItIsAndFreed) {
 }
 
 TEST_F(EventLogSource, Odd186ACodeWithoutTextIsFollowedByAnEight) {
-    const std::wstring start = L"Scanner 1 3 7 " + std::wstring(user) + L" |";
-    for (const unsigned long code : {0xABCul, 0xFEDCBA98ul, DWORD{ERROR_ACCESS_DENIED}, DWORD{ERROR_BAD_EXE_FORMAT}}) {
+    const std::wstring start = L"Scanner 1 3 7 " + user + L" |";
+    for (const unsigned long code : {0xABCul, 0xFEDCBA98ul, DWORD{ERROR_ACCESS_DENIED}, DWORD{ERROR_BAD_EXE_FORMAT}})
         source->ReportEventErrorSystemCode(7, code);
-    }
     ASSERT_EQ(log.lines.size(), 4u);
     EXPECT_EQ(log.lines[0], start + L"ABC8");
     EXPECT_EQ(log.lines[1], start + L"FEDCBA988");
@@ -146,3 +132,5 @@ TEST_F(EventLogSource, Odd187IsAlwaysRegisteredUnderTheApplicationLog) {
     TestSource(L"", 0).Install(description);
     EXPECT_EQ(machine.Get(kLogs + L"\\Application", L"CategoryCount"), L"none");
 }
+
+} // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/ImportPatch.h"
+#include "support/CallLog.h"
 
 #include <string>
 #include <utility>
@@ -26,10 +26,9 @@ struct FakeEventLog {
     }
 
 private:
-    BOOL Write(const wchar_t* name, std::initializer_list<DWORD> numbers, PSID sid, WORD count, DWORD size,
+    BOOL Write(HANDLE source, WORD type, WORD category, DWORD id, PSID sid, WORD count, DWORD size,
                const wchar_t* const* texts, void* data) {
-        std::wstring line = name;
-        for (const DWORD number : numbers) line += L" " + std::to_wstring(number);
+        std::wstring line = static_cast<wchar_t*>(source) + ArgumentText(type, category, id);
         line += L" " + NameOf(lastSid = sid) + L" " + std::wstring(static_cast<wchar_t*>(data), size / sizeof(wchar_t));
         for (WORD i = 0; i < count; ++i) line += std::wstring(L"|") + texts[i];
         lines.push_back(line);
@@ -45,8 +44,5 @@ private:
                             lines.push_back(std::wstring(L"end of ") + static_cast<wchar_t*>(source));
                             return free(source), TRUE;
                         }};
-    ImportPatch m_write{"ReportEventW", &ReportEventW,
-                        [this](HANDLE source, WORD type, WORD category, DWORD id, auto... rest) {
-                            return Write(static_cast<wchar_t*>(source), {type, category, id}, rest...);
-                        }};
+    ImportPatch m_write{"ReportEventW", &ReportEventW, [this](auto... a) { return Write(a...); }};
 };

@@ -1,6 +1,5 @@
 #include "FakeEventLog.h"
 #include "support/ChildProcess.h"
-#include "support/ImportPatch.h"
 #include "support/ShownBoxes.h"
 
 #include <gtest/gtest.h>
@@ -8,11 +7,7 @@
 #include <tessel/system/service.h>
 
 #include <algorithm>
-#include <array>
 #include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -26,8 +21,8 @@ public:
         : CNtService(kName, displayName, L"RpcSs\0", exePath, args) {}
     using CNtService::AddToMessageLog;
 
-    std::array<const wchar_t*, 1> argument{L"argument"};
-    const wchar_t** startArgs = argument.data();
+    const wchar_t* argument = L"argument";
+    const wchar_t** startArgs = &argument;
     bool stops = true;
     Lines seen;
 
@@ -53,11 +48,6 @@ const Role service("service", [](const std::vector<std::string>&) {
     return 0;
 });
 
-/// Waits until the manager has dropped the removed service, which it does once the process has ended.
-void WaitUntilGone() {
-    while (CNtService::IsInstalled(nullptr)) SwitchToThread();
-}
-
 struct Service : testing::Test {
     ShownBoxes shown;
     ImportPatch pause{"Sleep", &Sleep, [](DWORD milliseconds) {
@@ -67,16 +57,19 @@ struct Service : testing::Test {
     std::optional<TestService> service{std::in_place};
 
     Service() {
-        service->Remove(); // left by an interrupted run
-        WaitUntilGone();
+        Remove(); // left by an interrupted run
         service->EnableErrorReports(true);
     }
-    Lines Shown() { return std::exchange(shown.texts, {}); }
     ~Service() override {
         service.emplace();
-        service->Remove();
-        WaitUntilGone();
+        Remove();
     }
+    /// Waits until the manager has dropped the service, which it does once the process has ended.
+    void Remove() {
+        service->Remove();
+        while (CNtService::IsInstalled(nullptr)) SwitchToThread();
+    }
+    Lines Shown() { return std::exchange(shown.texts, {}); }
     /// The service manager's record.
     static std::wstring Stored(const wchar_t* value) {
         wchar_t data[2000] = L"none";
@@ -88,12 +81,8 @@ struct Service : testing::Test {
     }
 };
 
-} // namespace
-
 TEST_F(Service, IsInstalledStartedStoppedRemovedAndQueriedWhateverTheNameOdd181) {
-    EXPECT_FALSE(CNtService::Start());
-    EXPECT_FALSE(CNtService::Stop());
-    EXPECT_FALSE(CNtService::IsRunning(nullptr));
+    EXPECT_FALSE(CNtService::Start() || CNtService::Stop() || CNtService::IsRunning(nullptr));
     for (const std::wstring& line : Shown()) EXPECT_TRUE(line.ends_with(L" (0x424)\n")) << line;
 
     service->Install();
@@ -115,9 +104,8 @@ TEST_F(Service, IsInstalledStartedStoppedRemovedAndQueriedWhateverTheNameOdd181)
     EXPECT_EQ(shown.texts.front(), L"TesselTest: Stopping Tessel test.");
     EXPECT_EQ(shown.texts.back(), L"TesselTest: \nTessel test stopped.\n");
     Shown();
-    service->Remove();
+    Remove();
     EXPECT_EQ(Shown(), (Lines{L"TesselTest: \nTessel test stopped.\n", L"TesselTest: Tessel test removed.\n"}));
-    WaitUntilGone();
 }
 
 TEST_F(Service, Odd180TheStartModeIsSetButReadAsManual) {
@@ -143,7 +131,8 @@ TEST_F(Service, Odd183ThePathHasNoQuotationMarksAndALongOneIsRefused) {
     const std::wstring longText(5000, L'x');
     const ImportPatch ownPath("GetModuleFileNameW", &GetModuleFileNameW,
                               [](HMODULE, wchar_t* path, DWORD size) { return std::fill_n(path, size, L'x'), size; });
-    const std::array<const wchar_t*, 2> rows[] = {{longText.c_str(), nullptr}, {L"a", longText.c_str()}, {}};
+    const std::pair<const wchar_t*, const wchar_t*> rows[] = {
+        {longText.c_str(), nullptr}, {L"a", longText.c_str()}, {}};
     for (const auto& [path, arguments] : rows) {
         service.emplace(kDisplayName, path, arguments);
         service->Install();
@@ -156,26 +145,17 @@ TEST_F(Service, Odd183ThePathHasNoQuotationMarksAndALongOneIsRefused) {
     EXPECT_EQ(Shown().front(), L"TesselTest: " + (L"Unable to install " + longText).substr(0, 2047));
 }
 
-namespace {
-
 /// A service manager that logs its requests.
 struct ServiceHandles : testing::Test {
     Lines calls;
-    bool managerOpens = true;
-    bool serviceOpens = true;
 
     BOOL Note(const std::wstring& call) { return calls.push_back(call), TRUE; }
     Lines Calls() { return std::exchange(calls, {}); }
-    SC_HANDLE HandleIf(bool opens) {
-        SetLastError(ERROR_ACCESS_DENIED);
-        return opens ? reinterpret_cast<SC_HANDLE>(this) : nullptr;
-    }
+    SC_HANDLE Opened(const std::wstring& what) { return Note(what), reinterpret_cast<SC_HANDLE>(this); }
 
     const ImportPatch patches[8] = {
-        ImportPatch("OpenSCManagerW", &OpenSCManagerW,
-                    [this](auto...) { return Note(L"manager"), HandleIf(managerOpens); }),
-        ImportPatch("OpenServiceW", &OpenServiceW,
-                    [this](auto, auto* name, auto) { return Note(name), HandleIf(serviceOpens); }),
+        ImportPatch("OpenSCManagerW", &OpenSCManagerW, [this](auto...) { return Opened(L"manager"); }),
+        ImportPatch("OpenServiceW", &OpenServiceW, [this](auto, auto* name, auto) { return Opened(name); }),
         ImportPatch("CloseServiceHandle", &CloseServiceHandle, [this](auto) { return Note(L"close"); }),
         ImportPatch("StartServiceW", &StartServiceW,
                     [this](auto, DWORD count, auto* texts) { return Note(std::to_wstring(count) + texts[0]); }),
@@ -192,14 +172,9 @@ struct ServiceHandles : testing::Test {
     TestService service;
 };
 
-} // namespace
-
-TEST_F(ServiceHandles, Odd182AreSharedUntilTheLastUserClosesThemButTheManagerStaysOpenWithoutTheService) {
-    serviceOpens = false;
-    EXPECT_FALSE(CNtService::Start());
-    serviceOpens = true;
+TEST_F(ServiceHandles, AreSharedUntilTheLastUserClosesThem) {
     EXPECT_TRUE(CNtService::Start());
-    EXPECT_EQ(Calls(), (Lines{L"manager", kName, kName, L"1argument", L"close", L"close"})) << "and nothing is shown";
+    EXPECT_EQ(Calls(), (Lines{L"manager", kName, L"1argument", L"close", L"close"}));
     service.startArgs = nullptr;
     EXPECT_FALSE(CNtService::Start());
     EXPECT_EQ(Calls(), (Lines{L"manager", kName, L"close", L"close"}));
@@ -214,25 +189,23 @@ TEST_F(ServiceHandles, StoppingFailsWhenTheServiceEndsUpInAnotherState) {
 }
 
 TEST_F(ServiceHandles, NothingIsDoneWithoutAServiceManagerWhichIsShown) {
-    managerOpens = false;
+    const ImportPatch denied(Failing("OpenSCManagerW", &OpenSCManagerW, nullptr, ERROR_ACCESS_DENIED));
+    EXPECT_FALSE(CNtService::Stop()) << "and nothing is shown yet";
     service.EnableErrorReports(true);
     EXPECT_FALSE(CNtService::Start() || CNtService::IsInstalled(nullptr));
     service.Install();
-    ASSERT_EQ(calls.size(), 5u);
-    for (const std::wstring& shown : {calls[1], calls[4]}) {
+    EXPECT_EQ(calls.size(), 2u);
+    for (const std::wstring& shown : calls) {
         EXPECT_EQ(shown.find(L"OpenSCManager failed - "), 0u) << shown;
         EXPECT_TRUE(shown.ends_with(L" (0x5)\n")) << shown;
     }
 }
-
-namespace {
 
 /// The service manager and the event log as a service sees them.
 struct ServiceDispatch : testing::Test {
     Lines states;
     LPHANDLER_FUNCTION handler = nullptr;
     bool accepts = true;
-    bool registers = true;
 
     Lines States() { return std::exchange(states, {}); }
     BOOL Answer(DWORD error) {
@@ -251,33 +224,27 @@ struct ServiceDispatch : testing::Test {
                                    [this](auto* name, auto* function) {
                                        EXPECT_STREQ(name, kName);
                                        handler = function;
-                                       return registers ? reinterpret_cast<SERVICE_STATUS_HANDLE>(this) : nullptr;
+                                       return reinterpret_cast<SERVICE_STATUS_HANDLE>(this);
                                    }};
     const ImportPatch set{"SetServiceStatus", &SetServiceStatus, [this](auto, SERVICE_STATUS* s) {
-                              std::wstring line;
-                              for (const DWORD part : {s->dwServiceType, s->dwCurrentState, s->dwControlsAccepted,
-                                                       s->dwWin32ExitCode, s->dwCheckPoint, s->dwWaitHint}) {
-                                  line += std::to_wstring(part) + L" ";
-                              }
-                              states.push_back(line);
+                              states.push_back(ArgumentText(s->dwServiceType, s->dwCurrentState, s->dwControlsAccepted,
+                                                            s->dwWin32ExitCode, s->dwCheckPoint, s->dwWaitHint));
                               return Answer(ERROR_INVALID_HANDLE);
                           }};
     std::optional<TestService> service{std::in_place};
 };
 
-} // namespace
-
 TEST_F(ServiceDispatch, ReportsEveryStateToTheServiceManager) {
     service->stops = false;
     service->Run();
-    EXPECT_EQ(States(), (Lines{L"16 2 0 0 1 3000 ", L"16 4 1 0 0 0 ", L"16 1 1 5 0 7 "}));
+    EXPECT_EQ(States(), (Lines{L" 16 2 0 0 1 3000", L" 16 4 1 0 0 0", L" 16 1 1 5 0 7"}));
     handler(SERVICE_CONTROL_INTERROGATE);
     handler(SERVICE_CONTROL_STOP);
-    EXPECT_EQ(States(), (Lines{L"16 1 1 5 0 7 ", L"16 3 1 0 2 0 "}));
+    EXPECT_EQ(States(), (Lines{L" 16 1 1 5 0 7", L" 16 3 1 0 2 0"}));
     EXPECT_EQ(service->seen, (Lines{L"run", L"stop"}));
     service.reset();
     handler(SERVICE_CONTROL_STOP);
-    EXPECT_EQ(States(), Lines{L"16 3 1 0 3 0 "});
+    EXPECT_EQ(States(), Lines{L" 16 3 1 0 3 0"});
 }
 
 TEST_F(ServiceDispatch, WritesFailuresToTheEventLogAndDoesNotRun) {
@@ -291,10 +258,12 @@ TEST_F(ServiceDispatch, WritesFailuresToTheEventLogAndDoesNotRun) {
     EXPECT_TRUE(log.lines[4].ends_with(L" (0x427)|StartServiceCtrlDispatcher failed.")) << log.lines[4];
     handler(SERVICE_CONTROL_STOP);
     log.Take();
-    registers = false;
+    const ImportPatch refused(Failing("RegisterServiceCtrlHandlerW", &RegisterServiceCtrlHandlerW, nullptr));
     accepts = true;
     service->Run();
     EXPECT_EQ(log.Take().size() + service->seen.size(), 0u);
     service->AddToMessageLog(L"text", false);
     EXPECT_EQ(log.lines[1], L"TesselTest 1 0 0 nobody |TesselTest error.|text");
 }
+
+} // namespace
