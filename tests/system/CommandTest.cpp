@@ -9,9 +9,6 @@
 
 #include <array>
 #include <cstdlib>
-#include <initializer_list>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -36,11 +33,8 @@ std::string AsText(const CCommand& command) {
 }
 
 const Role launched("launched", [](const std::vector<std::string>& arguments) {
-    char directory[MAX_PATH];
-    char windows[MAX_PATH];
-    GetCurrentDirectoryA(MAX_PATH, directory);
-    GetWindowsDirectoryA(windows, MAX_PATH);
-    return _stricmp(directory, windows) == 0 && arguments == std::vector<std::string>{"two words", "-x"} ? 42 : 1;
+    const bool inWindows = _wcsicmp(std::filesystem::current_path().c_str(), _wgetenv(L"SystemRoot")) == 0;
+    return inWindows && arguments == std::vector<std::string>{"two words", "-x"} ? 42 : 1;
 });
 
 struct Command : testing::Test {
@@ -69,19 +63,16 @@ struct Command : testing::Test {
         EXPECT_EQ(command.Execute(), 0UL);
         return started + shown.substr(shown.rfind('\t') + 1);
     }
-    BOOL RefuseStart(const char* commandLine, BOOL inherits, DWORD flags, const char* directory,
-                     STARTUPINFOA* startup) {
-        EXPECT_TRUE(inherits == FALSE && flags == NORMAL_PRIORITY_CLASS && startup->cb == sizeof *startup);
-        EXPECT_TRUE(startup->lpDesktop == nullptr && startup->lpTitle == nullptr);
-        EXPECT_TRUE(startup->dwFlags == STARTF_USESHOWWINDOW && startup->wShowWindow == SW_SHOW);
-        started = std::string(commandLine) + "|" + (directory == nullptr ? "(none)" : directory);
-        SetLastError(ERROR_ACCESS_DENIED);
-        return FALSE;
-    }
-
-    ImportPatch create{"CreateProcessA", &CreateProcessA,
-                       [this](auto, auto line, auto, auto, BOOL inherits, DWORD flags, auto, auto directory,
-                              auto startup, auto) { return RefuseStart(line, inherits, flags, directory, startup); }};
+    ImportPatch create{
+        "CreateProcessA", &CreateProcessA,
+        [this](auto, auto line, auto, auto, BOOL inherits, DWORD flags, auto, auto directory, auto startup, auto) {
+            EXPECT_TRUE(inherits == FALSE && flags == NORMAL_PRIORITY_CLASS && startup->cb == sizeof *startup);
+            EXPECT_TRUE(startup->lpDesktop == nullptr && startup->lpTitle == nullptr);
+            EXPECT_TRUE(startup->dwFlags == STARTF_USESHOWWINDOW && startup->wShowWindow == SW_SHOW);
+            started = line + std::string("|") + (directory == nullptr ? "(none)" : directory);
+            SetLastError(ERROR_ACCESS_DENIED);
+            return FALSE;
+        }};
     ImportPatch box{"MessageBoxA", &MessageBoxA, [this](auto, const char* text, const char* caption, auto) {
                         shown = std::string(caption) + "|" + text;
                         return IDOK;
@@ -147,17 +138,15 @@ TEST_F(Command, IsWrittenAsTextAndReadBack) {
 }
 
 TEST_F(Command, Odd166And167NamesCountAnywhereInALineAndTheLastLineNeedsItsEnd) {
-    for (const auto& [text, directory, key] : Rows{
-             {"PathFileName=C:\\WorkDir\\a.exe\r\n", "C:\\WorkDir\\a.exe", ""},
-             {"WorkDir=C:\\AutoFlag\r\n", "C:\\AutoFlag", ""},
-             {"Arguments=RestartKey\r\n", "", "RestartKey"},
-             {"RestartKey=PathFileName\r\n", "", ""},
-             {"WorkDir=a\r\nRestartKey=b", "a", ""},
-             {"WorkDir=a\r\nRestartKey=b\r", "a", "b"},
-             {"WorkDir=a\rxRestartKey=b\r\n\r\nWorkDir\r\n", "a", "b"},
-             {"workdir=a\r\n=WorkDir\r\n", "WorkDir", ""},
-             {"\r", "", ""},
-         }) {
+    for (const auto& [text, directory, key] : Rows{{"PathFileName=C:\\WorkDir\\a.exe\r\n", "C:\\WorkDir\\a.exe", ""},
+                                                   {"WorkDir=C:\\AutoFlag\r\n", "C:\\AutoFlag", ""},
+                                                   {"Arguments=RestartKey\r\n", "", "RestartKey"},
+                                                   {"RestartKey=PathFileName\r\n", "", ""},
+                                                   {"WorkDir=a\r\nRestartKey=b", "a", ""},
+                                                   {"WorkDir=a\r\nRestartKey=b\r", "a", "b"},
+                                                   {"WorkDir=a\rxRestartKey=b\r\n\r\nWorkDir\r\n", "a", "b"},
+                                                   {"workdir=a\r\n=WorkDir\r\n", "WorkDir", ""},
+                                                   {"\r", "", ""}}) {
         const CCommand command = FromText(text);
         EXPECT_STREQ(command.GetWorkDir(), directory) << text;
         EXPECT_STREQ(command.GetRestartKey(), key) << text;
@@ -199,15 +188,14 @@ TEST_F(Command, ProgramIsSearchedForInTheWorkingDirectoryUnlessItNamesADriveOrDi
     SetEnvironmentVariableA("TOOLS", "C:\\To ols");
     const std::string deep = std::string(257, 'd') + "\\a";
     const std::string deepLine = "\"" + deep + "\" -f|D:\\x";
-    for (const auto& [program, directory, expected] : Rows{
-             {"notepad.exe", "C:\\Tools", "\"C:\\Tools\\notepad.exe\" -f|C:\\Tools"},
-             {"notepad.exe", "", "\"notepad.exe\" -f|(none)"},
-             {"%TOOLS%\\a.exe", "%TOOLS%", "\"C:\\To ols\\a.exe\" -f|C:\\To ols"},
-             {"c:a.exe", "D:\\x", "\"c:a.exe\" -f|D:\\x"},
-             {"sub\\a.exe", "D:\\x", "\"sub\\a.exe\" -f|D:\\x"},
-             {"/a.exe", "D:\\x", "\"/a.exe\" -f|D:\\x"},
-             {deep.c_str(), "D:\\x", deepLine.c_str()},
-         }) {
+    for (const auto& [program, directory, expected] :
+         Rows{{"notepad.exe", "C:\\Tools", "\"C:\\Tools\\notepad.exe\" -f|C:\\Tools"},
+              {"notepad.exe", "", "\"notepad.exe\" -f|(none)"},
+              {"%TOOLS%\\a.exe", "%TOOLS%", "\"C:\\To ols\\a.exe\" -f|C:\\To ols"},
+              {"c:a.exe", "D:\\x", "\"c:a.exe\" -f|D:\\x"},
+              {"sub\\a.exe", "D:\\x", "\"sub\\a.exe\" -f|D:\\x"},
+              {"/a.exe", "D:\\x", "\"/a.exe\" -f|D:\\x"},
+              {deep.c_str(), "D:\\x", deepLine.c_str()}}) {
         FromText(std::string("PathFileName=") + program + "\r\nWorkDir=" + directory + "\r\nArguments=-f\r\n")
             .Execute();
         EXPECT_EQ(started, expected);
@@ -252,9 +240,7 @@ TEST_F(Command, IsNotStartedWhenMemoryIsShortWhichIsReported) {
 }
 
 TEST(Launch, ProgramStartsInItsDirectoryWithItsArguments) {
-    char program[MAX_PATH];
-    GetModuleFileNameA(nullptr, program, MAX_PATH);
-    SetEnvironmentVariableA("OWN", program);
+    SetEnvironmentVariableW(L"OWN", OwnProgram().c_str());
     CCommand command = FromText("PathFileName=%OWN%\r\nWorkDir=%SystemRoot%\r\nArguments=--role launched $A -x\r\n");
     command.SubstituteArgument("$A", "\"two words\"");
     std::vector<HANDLE> closed;

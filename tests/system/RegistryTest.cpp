@@ -3,8 +3,7 @@
 #include <gtest/gtest.h>
 #include <tessel/system/registry.h>
 
-#include <initializer_list>
-#include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -20,8 +19,7 @@ Bytes BytesOf(const std::wstring& text) {
     return {bytes, bytes + text.size() * sizeof(wchar_t)};
 }
 
-class Registry : public testing::Test {
-protected:
+struct Registry : testing::Test {
     ~Registry() override { CReg::CloseKey(key); }
 
     void Store(const wchar_t* name, DWORD type, Bytes data) {
@@ -137,17 +135,14 @@ TEST_F(Registry, TextIsCutToTheCallersBuffer) {
 }
 
 TEST_F(Registry, DataWithoutTerminatorsEndWithTheValue) {
-    const struct {
-        DWORD type;
-        Bytes data;
-        WideTexts texts;
-    } rows[] = {{REG_SZ, BytesOf(L"abcd"), {L"abcd"}},
-                {REG_SZ, {'a', 0, 'b'}, {L"ab"}},
-                {REG_SZ, {}, {L""}},
-                {REG_MULTI_SZ, {}, {}},
-                {REG_MULTI_SZ, BytesOf(std::wstring(L"abc\0", 4)), {L"abc"}},
-                {REG_MULTI_SZ, BytesOf(std::wstring(L"ab\0c", 4)), {L"ab", L"c"}},
-                {REG_MULTI_SZ, {'a', 0, 0, 0, 'c'}, {L"a", L"c"}}};
+    const std::tuple<DWORD, Bytes, WideTexts> rows[] = {
+        {REG_SZ, BytesOf(L"abcd"), {L"abcd"}},
+        {REG_SZ, {'a', 0, 'b'}, {L"ab"}},
+        {REG_SZ, {}, {L""}},
+        {REG_MULTI_SZ, {}, {}},
+        {REG_MULTI_SZ, BytesOf(std::wstring(L"abc\0", 4)), {L"abc"}},
+        {REG_MULTI_SZ, BytesOf(std::wstring(L"ab\0c", 4)), {L"ab", L"c"}},
+        {REG_MULTI_SZ, {'a', 0, 0, 0, 'c'}, {L"a", L"c"}}};
     CReg small(1, 8);
     Store(L"old", REG_SZ, BytesOf(L"####"));
     for (const auto& [type, data, texts] : rows) {
@@ -181,8 +176,8 @@ TEST_F(Registry, ValuesAreListedOdd73) {
     EXPECT_EQ(reg.FindNextValue(name, 8, type, data, size), ERROR_MORE_DATA);
     EXPECT_EQ(reg.FindNextValue(name, 8, type, data, size = 0), 0) << "the size of the first call counts";
     EXPECT_STREQ(name, L"c");
-    EXPECT_EQ(type, CReg::TYPE_STRING);
-    EXPECT_EQ(Bytes(data, data + size), BytesOf(std::wstring(L"text\0", 5)));
+    EXPECT_EQ(std::pair(type, Bytes(data, data + size)),
+              std::pair(CReg::TYPE_STRING, BytesOf(std::wstring(L"text\0", 5))));
     EXPECT_EQ(reg.FindNextValue(name, 8, type, nullptr, size), ERROR_NO_MORE_ITEMS);
     EXPECT_EQ(reg.GetStatus(), DWORD{ERROR_NO_MORE_ITEMS});
     EXPECT_EQ(copy.FindNextValue(name, 1, type, data, size), ERROR_MORE_DATA);
@@ -213,9 +208,8 @@ TEST_F(Registry, KeysOfTheWorkstationAreUnderVarda) {
         EXPECT_NE(opened, nullptr);
         CReg::CloseKey(opened);
     }
-    for (const wchar_t* path : {L"name\\sub", L"name", L"AutoStart\\name"}) {
+    for (const wchar_t* path : {L"name\\sub", L"name", L"AutoStart\\name"})
         EXPECT_EQ(reg.RemoveKey(HKEY_LOCAL_MACHINE, (L"Software\\Varda\\" + std::wstring(path)).c_str()), 0) << path;
-    }
 }
 
 TEST_F(Registry, MissingBufferShowsInTheStatusAloneOdd70) {
@@ -231,7 +225,7 @@ TEST_F(Registry, MissingBufferShowsInTheStatusAloneOdd70) {
 TEST_F(Registry, BytesAreWrittenWithThePreviousTypeOdd71) {
     ASSERT_EQ(reg.SaveKey(key, L"text", L"text"), 0);
     Bytes bytes = BytesOf(L"ab");
-    for (const short length : std::initializer_list<short>{4, 3, 1}) {
+    for (const short length : {short{4}, short{3}, short{1}}) {
         bytes.resize(static_cast<std::size_t>(length));
         ASSERT_EQ(reg.SaveKey(key, L"x", bytes.data(), length), 0);
         EXPECT_EQ(Stored(L"x"), Entry(REG_SZ, bytes));
