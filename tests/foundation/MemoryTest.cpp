@@ -78,9 +78,10 @@ TEST(HeapMemory, RefusesRangesThatWrapAndNullPointers) {
         EXPECT_EQ(heap.WriteMemory(&one, count, 16), ERROR_NOT_ENOUGH_MEMORY);
     }
     EXPECT_EQ(heap.ReadMemory(&copy, 0xFFFFFFFF, 0), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(heap.ReadMemoryDirect(nullptr, 1, 0), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(heap.WriteMemory(nullptr, 1, 0), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(heap.GetStatus(), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(heap.WriteMemory(nullptr, 0, 0), 0);
+    EXPECT_EQ(heap.ReadMemoryDirect(nullptr, 0, 0) + heap.WriteMemory(nullptr, 0, 0), 0);
     EXPECT_TRUE(heap.GetReadCursor() == 0 && copy == nullptr && one == 7);
 }
 
@@ -148,6 +149,7 @@ TEST_F(MappedMemory, TheLastCopyUnmapsAndCloses) {
     auto first = std::make_unique<CMemory>(Attach(0x1000));
     auto second = std::make_unique<CMemory>(*first);
     { const CMemory third = *second; }
+    *second = *first;
     EXPECT_EQ(Write(*first, 0), 0);
     first.reset();
     EXPECT_EQ(Read(*second, 4, 0), kText);

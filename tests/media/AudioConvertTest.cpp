@@ -55,6 +55,7 @@ struct AudioConvert : testing::Test {
 /// Opens the protected steps.
 struct Steps : CAudioConvert {
     using CAudioConvert::CAudioConvert, CAudioConvert::CloseStream, CAudioConvert::OpenStream;
+    using CAudioConvert::UnprepareStreamHeader;
 };
 
 } // namespace
@@ -135,6 +136,8 @@ TEST_F(AudioConvert, CopiesShareAnOpenStreamThatTheLastOneCloses) {
         EXPECT_EQ(first.CloseStream(), 0u);
     }
     EXPECT_EQ(closed, 0);
+    ACMSTREAMHEADER unprepared{};
+    EXPECT_EQ(second.UnprepareStreamHeader(&unprepared), 0u);
     EXPECT_EQ(second.CloseStream(), 0u);
     EXPECT_EQ(closed, 1);
 }

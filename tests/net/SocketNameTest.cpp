@@ -50,6 +50,7 @@ TEST(SocketNames, KnowsThisMachine) {
     EXPECT_STREQ(text, "127.0.0.1");
     EXPECT_TRUE(CSocket::GetHostNameByAddress("127.0.0.1", text));
     EXPECT_STREQ(text, "localhost");
+    EXPECT_FALSE(CSocket::GetHostNameByAddress(nullptr, text) || CSocket::GetHostNameByAddress("127.0.0.1", nullptr));
     wchar_t name[NI_MAXHOST] = {};
     EXPECT_EQ(CSocket::GetLocalHostName(name, 0xFFFFFFFF), 0);
     EXPECT_NE(name[0], L'\0');

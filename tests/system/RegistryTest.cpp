@@ -193,9 +193,11 @@ TEST_F(Registry, KeysAreOpenedListedAndRemoved) {
     wchar_t name[8];
     EXPECT_EQ(reg.FindFirstKey(key, name, 8), 0);
     EXPECT_STREQ(name, L"first");
-    EXPECT_EQ(reg.FindNextKey(name), 0);
+    CReg copy;
+    copy = reg;
+    EXPECT_EQ(copy.FindNextKey(name), 0);
     EXPECT_STREQ(name, L"second");
-    EXPECT_EQ(reg.FindNextKey(name), ERROR_NO_MORE_ITEMS);
+    EXPECT_EQ(copy.FindNextKey(name), ERROR_NO_MORE_ITEMS);
     EXPECT_EQ(reg.RemoveKey(key, L"first"), 0);
     EXPECT_EQ(reg.FindFirstKey(key, name, 6), ERROR_MORE_DATA);
     EXPECT_EQ(CReg::OpenKey(key, L"first", false), nullptr);
