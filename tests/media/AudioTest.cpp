@@ -421,7 +421,8 @@ TEST_F(Audio, WaveFilesAreWholeOrNotThere) {
                                  number(4) + number(640) + "data" + number(130) + sound);
     for (const Stub& stub :
          {Failing("mmioCreateChunk", &mmioCreateChunk, MMIOERR_CANNOTWRITE), Failing("mmioWrite", &mmioWrite, -1),
-          Failing("mmioAscend", &mmioAscend, MMIOERR_CANNOTWRITE),
+          Failing("mmioAscend", &mmioAscend, MMIOERR_CANNOTWRITE, 0, 3),
+          Failing("mmioAscend", &mmioAscend, MMIOERR_CANNOTWRITE, 0, 4),
           Replacing("mmioClose", &mmioClose, [](auto... a) { return mmioClose(a...), MMIOERR_CANNOTWRITE; })}) {
         const ImportPatch patch(stub);
         EXPECT_EQ(create(130), 1u);

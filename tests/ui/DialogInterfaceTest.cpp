@@ -227,8 +227,12 @@ TEST_F(Dialog, Odd45AnIconListStartsWithWmDestroyAndIsFreedOnce) {
     EXPECT_EQ(ImageList_GetImageCount(images), 2);
     other.SetTargetDialog(nullptr);
     other = DIALOG_INTERFACE(other);
+    std::vector<HIMAGELIST> destroyed;
+    const ImportPatch destroy("ImageList_Destroy", &ImageList_Destroy,
+                              [&](auto list) { return destroyed.push_back(list), ImageList_Destroy(list); });
     { const DIALOG_INTERFACE last(std::exchange(other, DIALOG_INTERFACE(nullptr))); }
     EXPECT_EQ(Ask(CTL_LISTVIEW, LVM_GETIMAGELIST, LVSIL_SMALL), 0);
+    EXPECT_EQ(destroyed, std::vector{images});
 }
 
 TEST_F(Dialog, MovesAndOrdersWindows) {
