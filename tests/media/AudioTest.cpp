@@ -109,6 +109,7 @@ TEST_F(Audio, PlayingGoesOnWhereItWasStopped) {
         EXPECT_TRUE(player->m_ulDataRead >= 4800 && player->m_ulDataRead % 1600 == 0) << player->m_ulDataRead;
     } while (player->m_ulDataRead > 8000);
     EXPECT_TRUE(IsIdle(player));
+    EXPECT_EQ(player.CompressBuffers(), 0u) << "nothing to do";
     EXPECT_EQ(player.drawn, "1 1");
     EXPECT_EQ(player.quits, 1);
     EXPECT_EQ(player.controls, 1);

@@ -11,8 +11,8 @@
 /// A CAudio with a file and a window that forwards the notifications, as a program derives it.
 class Recorder : public CAudio {
 public:
-    using CAudio::ClearFile, CAudio::GetError, CAudio::GetTimeCurrent, CAudio::GetTimeTotal, CAudio::OpenFile,
-        CAudio::OpenStream, CAudio::OpenWaveDevice, CAudio::ProcessTimer, CAudio::ProcessWimClose,
+    using CAudio::ClearFile, CAudio::CompressBuffers, CAudio::GetError, CAudio::GetTimeCurrent, CAudio::GetTimeTotal,
+        CAudio::OpenFile, CAudio::OpenStream, CAudio::OpenWaveDevice, CAudio::ProcessTimer, CAudio::ProcessWimClose,
         CAudio::ProcessWimData, CAudio::ProcessWomDone, CAudio::ReadBuffers, CAudio::SetUncompressUse,
         CAudio::UpdateDeviceTime, CAudio::WriteBuffer;
 

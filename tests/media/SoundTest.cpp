@@ -47,8 +47,8 @@ struct Player {
 /// Formats that lack their extension, end the process or play forever.
 constexpr WAVEFORMATEX kUnplayable[] = {
     {WAVE_FORMAT_MULAW, 1, kRate, kRate, 1, 8, 1},    {WAVE_FORMAT_PCM, 0, kRate, kRate, 1, 8, 0},
-    {WAVE_FORMAT_PCM, 1, kRate, kRate, 0, 8, 0},      {WAVE_FORMAT_PCM, 1, 10, 10, 1, 8, 0},
-    {WAVE_FORMAT_PCM, 1, 400000, 400000, 1, 8, 0},    {WAVE_FORMAT_ADPCM, 1, kRate, kRate, 7, 4, 0},
+    {WAVE_FORMAT_PCM, 1, kRate, kRate, 0, 8, 0},      {WAVE_FORMAT_PCM, 1, 99, 99, 1, 8, 0},
+    {WAVE_FORMAT_PCM, 1, 384001, 384001, 1, 8, 0},    {WAVE_FORMAT_ADPCM, 1, kRate, kRate, 7, 4, 0},
     {WAVE_FORMAT_IMA_ADPCM, 2, kRate, kRate, 8, 4, 0}};
 
 struct Sound : testing::Test {
@@ -107,7 +107,7 @@ TEST_F(Sound, OnlyWholeFilesAreHandedToTheSystem) {
     --unpadded[40]; // the length of the samples
     EXPECT_EQ(Play(unpadded), 0U) << "a last byte that makes the samples even need not be there";
     EXPECT_EQ(Play(whole), 0U);
-    EXPECT_EQ(Play(Tone(10, WAVEFORMATEX{WAVE_FORMAT_MULAW, 1, kRate, kRate, 1, 8, 0})), 0U);
+    EXPECT_EQ(Play(Tone(10, WAVEFORMATEX{WAVE_FORMAT_MULAW, 1, 100, 100, 1, 8, 0})), 0U);
     for (long long claimed = 1000; claimed < 0x900000000; claimed *= 0x300000) {
         const ImportPatch size("GetFileSizeEx", &GetFileSizeEx,
                                [&](HANDLE, PLARGE_INTEGER length) { return length->QuadPart = claimed, TRUE; });

@@ -71,6 +71,8 @@ TEST_F(Version, VersionTimeSizeAndTextsOfAFileAreRead) {
     unsigned short time[6] = {};
     ASSERT_EQ(version.GetFileTime(&time[0], &time[1], &time[2], &time[3], &time[4], &time[5], -1), 1);
     EXPECT_EQ(std::vector(time, time + 6), (std::vector<unsigned short>{3, 5, 2024, 16, 7, 8}));
+    EXPECT_EQ(version.GetBinary(numbers, numbers, numbers, nullptr, -1), 0);
+    EXPECT_EQ(version.GetFileTime(time, time, time, time, time, nullptr, -1), 0);
     EXPECT_EQ(TextOf(version), L"Older") << "the first language";
     EXPECT_EQ(TextOf(version, L"Comments"), L"untouched false");
     EXPECT_FALSE(version.GetVerStringInfo(L"ProductName", nullptr, 5));
