@@ -271,6 +271,7 @@ TEST(GlobalMemory, Odd11EachRequestAllocatesAndAccessStaysInBounds) {
         const ImportPatch allocate(Failing("GlobalAlloc", &GlobalAlloc, nullptr, ERROR_NOT_ENOUGH_MEMORY));
         EXPECT_EQ(memory.GetBuffer(1), block) << "the old block";
         EXPECT_EQ(memory.GetBuffer(1000), nullptr);
+        EXPECT_EQ(memory.GetStatus(), ERROR_NOT_ENOUGH_MEMORY);
         EXPECT_EQ(Write(memory, 0), ERROR_NOT_ENOUGH_MEMORY);
     }
     EXPECT_EQ(freed, std::vector<HGLOBAL>{block}) << "once";
