@@ -10,14 +10,14 @@
 
 namespace {
 
+using tessel::ReportSite;
 using tessel::ReportUnless;
 
-constexpr const char* kSource = "StringConversions";
 /// Each form of CopyString() makes three reports with consecutive lines; these are the first ones.
-constexpr unsigned int kNarrowLine = 13;
-constexpr unsigned int kNarrowingLine = 34;
-constexpr unsigned int kWideningLine = 55;
-constexpr unsigned int kWideLine = 76;
+constexpr ReportSite kNarrowCopy{"StringConversions", 13};
+constexpr ReportSite kNarrowingCopy{"StringConversions", 34};
+constexpr ReportSite kWideningCopy{"StringConversions", 55};
+constexpr ReportSite kWideCopy{"StringConversions", 76};
 
 std::size_t Length(const char* text) {
     return std::strlen(text);
@@ -27,13 +27,13 @@ std::size_t Length(const wchar_t* text) {
     return std::wcslen(text);
 }
 
-/// Reports invalid arguments with consecutive lines from @p firstLine.
+/// Reports invalid arguments with consecutive lines from that of @p first.
 /// @return true: valid; false: not, and an empty string was written if possible
 template <class Target, class Source>
-bool CanCopy(Target* dest, const Source* src, unsigned int size, unsigned int firstLine) {
-    ReportUnless(dest != nullptr, "pDest", {kSource, firstLine});
-    ReportUnless(src != nullptr, "pSrc", {kSource, firstLine + 1});
-    ReportUnless(size > 0, "DestSizeInChars > 0", {kSource, firstLine + 2});
+bool CanCopy(Target* dest, const Source* src, unsigned int size, ReportSite first) {
+    ReportUnless(dest != nullptr, "pDest", first);
+    ReportUnless(src != nullptr, "pSrc", {first.source, first.line + 1});
+    ReportUnless(size > 0, "DestSizeInChars > 0", {first.source, first.line + 2});
     if (dest != nullptr && src != nullptr && size > 0) return true; // GUARD-01
     if (dest != nullptr && size > 0) dest[0] = 0;
     return false;
@@ -81,25 +81,25 @@ template <class Char> Char* TrimLeftOf(Char* text) {
 } // namespace
 
 unsigned long CopyString(char* dest, const char* src, unsigned int destSizeInChars) {
-    if (!CanCopy(dest, src, destSizeInChars, kNarrowLine)) return 1;
+    if (!CanCopy(dest, src, destSizeInChars, kNarrowCopy)) return 1;
     std::strncpy(dest, src, destSizeInChars);
     return TerminateIfCut(dest, src, destSizeInChars);
 }
 
 unsigned long CopyString(char* dest, const wchar_t* src, unsigned int destSizeInChars) {
-    if (!CanCopy(dest, src, destSizeInChars, kNarrowingLine)) return 1;
+    if (!CanCopy(dest, src, destSizeInChars, kNarrowingCopy)) return 1;
     Convert(std::wcstombs, dest, src, destSizeInChars);
     return TerminateIfCut(dest, src, destSizeInChars);
 }
 
 unsigned long CopyString(wchar_t* dest, const char* src, unsigned int destSizeInChars) {
-    if (!CanCopy(dest, src, destSizeInChars, kWideningLine)) return 1;
+    if (!CanCopy(dest, src, destSizeInChars, kWideningCopy)) return 1;
     Convert(std::mbstowcs, dest, src, destSizeInChars);
     return TerminateIfCut(dest, src, destSizeInChars);
 }
 
 unsigned long CopyString(wchar_t* dest, const wchar_t* src, unsigned int destSizeInChars) {
-    if (!CanCopy(dest, src, destSizeInChars, kWideLine)) return 1;
+    if (!CanCopy(dest, src, destSizeInChars, kWideCopy)) return 1;
     std::wcsncpy(dest, src, destSizeInChars);
     return TerminateIfCut(dest, src, destSizeInChars);
 }

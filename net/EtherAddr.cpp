@@ -23,7 +23,7 @@ constexpr wchar_t kCards[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\
 constexpr std::size_t kTargetRoom = 1024;
 constexpr std::size_t kAnswerRoom = 4096;
 constexpr unsigned long kKeyNameRoom = 256; // a key's name has up to 255 characters
-constexpr unsigned int kNoServiceNameLine = 91;
+constexpr tessel::ReportSite kNoServiceName{"EthAddr", 91};
 constexpr DWORD kQueryGlobalStats = 0x00170002; // IOCTL_NDIS_QUERY_GLOBAL_STATS
 constexpr DWORD kCurrentAddress = 0x01010102;   // OID_802_3_CURRENT_ADDRESS
 
@@ -44,7 +44,7 @@ bool FindServiceName(ServiceName& name) {
     do {
         found = ReadServiceName(registry, cards.Get(), card, name);
     } while (!found && registry.FindNextKey(card) == ERROR_SUCCESS);
-    ReportUnless(found, "status == STATUS_OK", {"EthAddr", kNoServiceNameLine});
+    ReportUnless(found, "status == STATUS_OK", kNoServiceName);
     return found;
 }
 

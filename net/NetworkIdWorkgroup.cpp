@@ -10,7 +10,7 @@ namespace {
 
 using tessel::ReportUnless;
 
-constexpr unsigned int kNullNameLine = 140;
+constexpr tessel::ReportSite kNullName{"NetworkId", 140};
 constexpr std::size_t kLongestName = 32766; // 65,534 bytes with the terminator, the most that an LSA string holds
 
 /// Opens the policy of this machine, and closes it at the end of the scope.
@@ -58,7 +58,7 @@ unsigned long CNetworkId::GetWorkgroupName(wchar_t* out) {
 
 unsigned long CNetworkId::SetWorkgroupName(const wchar_t* name) {
     const Policy policy(POLICY_TRUST_ADMIN);
-    ReportUnless(name != nullptr, "WorkgroupName", {"NetworkId", kNullNameLine});
+    ReportUnless(name != nullptr, "WorkgroupName", kNullName);
     if (name == nullptr) return ERROR_INVALID_PARAMETER; // GUARD-09
     if (!policy.IsOpen()) return LsaNtStatusToWinError(policy.Status());
     const std::size_t length = std::wcslen(name);

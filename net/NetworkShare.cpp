@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr unsigned int kNoLogonSessionLine = 68;
+constexpr tessel::ReportSite kNoLogonSession{"NetworkShare", 68};
 
 void Release(wchar_t* name) {
     if (name != nullptr && tessel::RemoveOwner(name)) std::free(name);
@@ -33,7 +33,7 @@ unsigned long Connect(wchar_t* remoteName, const wchar_t* userName, const wchar_
     unsigned long status = WNetAddConnection2W(&resource, password, userName, 0);
     if (status == ERROR_ALREADY_ASSIGNED && localName != nullptr && IsConnectedTo(localName, remoteName)) status = 0;
     tessel::ReportUnless(status != ERROR_NO_SUCH_LOGON_SESSION, "Status != ERROR_NO_SUCH_LOGON_SESSION",
-                         {"NetworkShare", kNoLogonSessionLine});
+                         kNoLogonSession);
     return status != ERROR_NO_SUCH_LOGON_SESSION ? status : 0; // ODD-91: counts as connected
 }
 

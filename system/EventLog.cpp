@@ -17,7 +17,7 @@ constexpr wchar_t kLogsKey[] = L"System\\CurrentControlSet\\Services\\EventLog";
 constexpr wchar_t kApplicationLogKey[] = L"System\\CurrentControlSet\\Services\\EventLog\\Application";
 constexpr const wchar_t* kLogs[] = {L"Application", L"Security", L"System"};
 constexpr unsigned long kSecondsPerDay = 86400;
-constexpr tessel::ReportSite kLogTypeSite = {"NtEventLog", 39};
+constexpr tessel::ReportSite kUnknownLogType{"NtEventLog", 39};
 
 /// A subkey of one of the machine's keys, open for as long as the object lives.
 class MachineKey {
@@ -55,7 +55,7 @@ CNtEventLog::CNtEventLog(EVENT_LOG_TYPE type) : m_szLog{} {
 void CNtEventLog::SetLog(EVENT_LOG_TYPE type) {
     const auto index = static_cast<std::size_t>(type);
     const bool known = index < std::size(kLogs);
-    tessel::ReportUnless(known, "!_T(\"Invalid Nt Event Log type specified.\")", kLogTypeSite);
+    tessel::ReportUnless(known, "!_T(\"Invalid Nt Event Log type specified.\")", kUnknownLogType);
     if (known) std::wcscpy(m_szLog, kLogs[index]);
 }
 

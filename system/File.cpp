@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kClosed = 0;
 constexpr int kFailed = -1;
-constexpr tessel::ReportSite kSizeSite = {"CFile", 71};
+constexpr tessel::ReportSite kFileTooLong{"CFile", 71};
 
 /// The system handle of a descriptor, by which its owners are counted.
 void* ResourceOf(int file) {
@@ -43,7 +43,7 @@ int MoveFromZero(int file) {
 unsigned long SizeOf(const wchar_t* path) {
     WIN32_FILE_ATTRIBUTE_DATA info{};
     if (!GetFileAttributesExW(path, GetFileExInfoStandard, &info)) return 0;
-    tessel::ReportUnless(info.nFileSizeHigh == 0, "FileInfo.nFileSizeHigh == 0", kSizeSite);
+    tessel::ReportUnless(info.nFileSizeHigh == 0, "FileInfo.nFileSizeHigh == 0", kFileTooLong);
     return info.nFileSizeLow;
 }
 

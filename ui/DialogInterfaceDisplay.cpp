@@ -10,8 +10,7 @@ using tessel::DialogRequest;
 
 namespace {
 
-/// Line in the report of an unknown action. Log filters rely on it, so it does not follow the source.
-constexpr unsigned int kUnknownActionLine = 440;
+constexpr tessel::ReportSite kUnknownAction{"CDialog", 440};
 
 /// A display action that changes the z-order.
 struct ZOrder {
@@ -111,9 +110,7 @@ int tessel::commands::Display(DialogRequest& request) {
     case DA_DISABLE: return ShowOrEnable(request.control.hWnd, request.action);
     case DA_REFRESH: return Refresh(request);
     case DA_FOCUS: return Focus(request);
-    default:
-        tessel::ReportUnless(false, "Invalid Display action specified.", {"CDialog", kUnknownActionLine});
-        return 1;
+    default: tessel::ReportUnless(false, "Invalid Display action specified.", kUnknownAction); return 1;
     }
 }
 

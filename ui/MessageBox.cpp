@@ -8,8 +8,7 @@
 
 namespace {
 
-/// Line in the report of an unsupported type. Log filters rely on it, so it does not follow the source.
-constexpr unsigned int kUnsupportedTypeLine = 289;
+constexpr tessel::ReportSite kUnsupportedType{"MessageBox", 289};
 
 constexpr int kPositions = 3;
 /// Buttons of each type, 0 to 5, by position.
@@ -229,7 +228,7 @@ void CMessageBox::PositionInCenter() {
 void CMessageBox::InitButtons() {
     // ODD-53: flags are not masked out, so a type with an icon is unsupported.
     const bool supported = m_uiType < std::size(kButtonSets);
-    tessel::ReportUnless(supported, "Unsupported MessageBox type!", {"MessageBox", kUnsupportedTypeLine});
+    tessel::ReportUnless(supported, "Unsupported MessageBox type!", kUnsupportedType);
     if (!supported) return;
     for (int position = 0; position < kPositions; ++position) {
         const int button = kButtonSets[m_uiType][position];
