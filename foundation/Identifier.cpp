@@ -24,11 +24,11 @@ COCuid::COCuid(int create) : m_Uid{}, m_szText{}, m_iPresent(0) {
 
 unsigned long COCuid::Create() {
     if (m_iPresent != 0) return OCUID_ALREADY_HELD;
-    OCUID made{};
-    const RPC_STATUS created = UuidCreate(&made.Uuid);
+    OCUID uid{};
+    const RPC_STATUS created = UuidCreate(&uid.Uuid);
     if (created != RPC_S_OK && created != RPC_S_UUID_LOCAL_ONLY) return OCUID_NOT_CREATED;
-    if (ToString(&made, m_szText, TEXT_SIZE) != 0) return OCUID_NOT_CREATED;
-    m_Uid = made;
+    if (ToString(&uid, m_szText, TEXT_SIZE) != 0) return OCUID_NOT_CREATED;
+    m_Uid = uid;
     m_iPresent = 1;
     return 0;
 }

@@ -189,15 +189,15 @@ unsigned long CMemory::BytesInBounds(unsigned long offset, unsigned long count) 
     return offset >= size ? 0 : std::min(count, size - offset);
 }
 
-int CMemory::Fetch(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& got) {
+int CMemory::Fetch(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& read) {
     if (m_iKind == KIND_FILE) {
-        const int status = FetchFromFile(dest, count, offset, got);
+        const int status = FetchFromFile(dest, count, offset, read);
         m_ulReadCursor = offset + count; // even after a failure
         return status;
     }
-    got = BytesInBounds(offset, count);
-    if (got > 0) std::memmove(dest, m_pBuffer + offset, got);
-    if (got < count) return ERROR_NOT_ENOUGH_MEMORY;
+    read = BytesInBounds(offset, count);
+    if (read > 0) std::memmove(dest, m_pBuffer + offset, read);
+    if (read < count) return ERROR_NOT_ENOUGH_MEMORY;
     m_ulReadCursor = offset + count;
     return 0;
 }
@@ -223,9 +223,9 @@ int CMemory::ReadMemoryDirect(unsigned char* dest, unsigned long count, unsigned
     if (dest == nullptr && count > 0) return m_iStatus = ERROR_INVALID_PARAMETER; // GUARD-09
     if (offset == AT_CURSOR) offset = m_ulReadCursor;
     const CallersBuffer<unsigned char> range(dest, m_pBuffer, m_ulSize);
-    unsigned long got = 0;
+    unsigned long read = 0;
     m_iStatus = PrepareRead(offset, count);
-    if (m_iStatus == 0) m_iStatus = Fetch(range.At(m_pBuffer), count, offset, got);
+    if (m_iStatus == 0) m_iStatus = Fetch(range.At(m_pBuffer), count, offset, read);
     return m_iStatus;
 }
 
@@ -235,9 +235,9 @@ int CMemory::ReadMemory(unsigned char** result, unsigned long count, unsigned lo
     m_iStatus = PrepareRead(offset, count);
     if (m_iStatus != 0) return m_iStatus;
     if (!EnlargeReadCopy(count)) return m_iStatus = ERROR_NOT_ENOUGH_MEMORY;
-    unsigned long got = 0;
-    m_iStatus = Fetch(m_pReadCopy, count, offset, got);
-    std::memset(m_pReadCopy + got, 0, std::size_t{count} - got + 1); // hides the data of an earlier read
+    unsigned long read = 0;
+    m_iStatus = Fetch(m_pReadCopy, count, offset, read);
+    std::memset(m_pReadCopy + read, 0, std::size_t{count} - read + 1); // hides the data of an earlier read
     *result = m_pReadCopy;
     return m_iStatus;
 }

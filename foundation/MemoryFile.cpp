@@ -41,10 +41,10 @@ int CMemory::OpenFile(const wchar_t* name, unsigned int openType, bool readOnly)
     return 0;
 }
 
-int CMemory::FetchFromFile(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& got) {
+int CMemory::FetchFromFile(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& read) {
     int status = Seek(m_hHandle, offset);
-    if (status == 0) status = StatusOf(::ReadFile(m_hHandle, dest, count, &got, nullptr));
-    if (status == 0 && got < count) status = ERROR_HANDLE_EOF;
+    if (status == 0) status = StatusOf(::ReadFile(m_hHandle, dest, count, &read, nullptr));
+    if (status == 0 && read < count) status = ERROR_HANDLE_EOF;
     return status;
 }
 

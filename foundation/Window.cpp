@@ -3,20 +3,20 @@
 namespace {
 
 /// Attaches the calling thread to the input of another for a scope.
-class BorrowedInput {
+class AttachedInput {
 public:
-    explicit BorrowedInput(DWORD from)
-        : m_from(from), m_borrowed(AttachThreadInput(GetCurrentThreadId(), from, TRUE)) {}
-    ~BorrowedInput() {
-        if (m_borrowed) (void)AttachThreadInput(GetCurrentThreadId(), m_from, FALSE); // attached until now
+    explicit AttachedInput(DWORD from)
+        : m_from(from), m_attached(AttachThreadInput(GetCurrentThreadId(), from, TRUE)) {}
+    ~AttachedInput() {
+        if (m_attached) (void)AttachThreadInput(GetCurrentThreadId(), m_from, FALSE); // attached until now
     }
-    BorrowedInput(const BorrowedInput&) = delete;
-    BorrowedInput& operator=(const BorrowedInput&) = delete;
-    explicit operator bool() const { return m_borrowed != 0; }
+    AttachedInput(const AttachedInput&) = delete;
+    AttachedInput& operator=(const AttachedInput&) = delete;
+    explicit operator bool() const { return m_attached != 0; }
 
 private:
     DWORD m_from;
-    BOOL m_borrowed;
+    BOOL m_attached;
 };
 
 } // namespace
@@ -113,6 +113,6 @@ int SetForegroundWindowEx(HWND hWnd) {
     if (foreground == nullptr) return 0;
     const DWORD thread = GetWindowThreadProcessId(foreground, nullptr);
     if (thread == GetCurrentThreadId()) return SetForegroundWindow(hWnd);
-    const BorrowedInput input(thread);
+    const AttachedInput input(thread);
     return input ? SetForegroundWindow(hWnd) : 0;
 }

@@ -46,7 +46,7 @@ void CAudio::ProcessWimClose(HWAVEIN) {
     FinishRun();
 }
 
-unsigned long CAudio::PlayOn(WAVEHDR* header) {
+unsigned long CAudio::ContinuePlayback(WAVEHDR* header) {
     if (m_bStop || m_hWaveOut == nullptr || m_ulDataRead == m_ulDataWrite) return 0;
     ACMSTREAMHEADER* const stream = StreamHeaderOf(header);
     return stream == nullptr || ReadBuffer(stream) || UncompressBuffer(stream) || AddWaveBuffer(header);
@@ -54,7 +54,7 @@ unsigned long CAudio::PlayOn(WAVEHDR* header) {
 
 void CAudio::ProcessWomDone(HWAVEOUT, WAVEHDR* header) {
     if (Mode().buffers != BufferSet::Step) {
-        if (PlayOn(header) != 0) OnStop();
+        if (ContinuePlayback(header) != 0) OnStop();
         return;
     }
     if (header == &m_WaveHeaderStep) // GUARD-106

@@ -86,11 +86,11 @@ unsigned long MakeStream(IAVIFile* file, const BITMAPINFOHEADER& header, DWORD r
     info.dwRate = rate;
     info.dwSuggestedBufferSize = header.biSizeImage;
     info.rcFrame = {0, 0, header.biWidth, header.biHeight};
-    IAVIStream* made = nullptr;
-    const HRESULT result = AVIFileCreateStreamW(file, &made, &info);
+    IAVIStream* created = nullptr;
+    const HRESULT result = AVIFileCreateStreamW(file, &created, &info);
     if (result == AVIERR_OK) {
-        stream.reset(made);
-        tessel::NoteStream(file);
+        stream.reset(created);
+        tessel::RecordStream(file);
     }
     return ResultOf(result);
 }
@@ -103,9 +103,9 @@ unsigned long MakeCompressed(IAVIStream* stream, bool runLength, int quality, Ow
     options.dwFlags = AVICOMPRESSF_VALID;
     options.lpParms = &parameter;
     options.cbParms = sizeof parameter;
-    IAVIStream* made = nullptr;
-    const HRESULT result = AVIMakeCompressedStream(&made, stream, &options, nullptr);
-    if (result == AVIERR_OK) compressed.reset(made);
+    IAVIStream* created = nullptr;
+    const HRESULT result = AVIMakeCompressedStream(&created, stream, &options, nullptr);
+    if (result == AVIERR_OK) compressed.reset(created);
     return ResultOf(result);
 }
 
@@ -170,7 +170,7 @@ unsigned long CAviFile::Open(const wchar_t* path) {
     AVIFileInit();
     const HRESULT result = AVIFileOpenW(&m_pFile, narrow.Get(), OF_CREATE | OF_WRITE, nullptr);
     if (result == AVIERR_OK) {
-        tessel::NoteMovie(m_pFile, path);
+        tessel::RecordMovie(m_pFile, path);
     } else {
         m_pFile = nullptr;
         AVIFileExit();

@@ -25,10 +25,10 @@ std::wstring FullPath(const wchar_t* path) {
     return full;
 }
 
-Movie TakeNote(const IAVIFile* movie) {
+Movie ExtractMovie(const IAVIFile* movie) {
     const tessel::SlimLock lock(moviesLock);
-    auto note = movies.extract(movie);
-    return note ? std::move(note.mapped()) : Movie{};
+    auto record = movies.extract(movie);
+    return record ? std::move(record.mapped()) : Movie{};
 }
 
 /// Whether a file is shorter than its RIFF header states, or has no header. Other formats count as whole.
@@ -47,7 +47,7 @@ bool IsCut(HANDLE file) {
 
 } // namespace
 
-void tessel::NoteMovie(IAVIFile* movie, const wchar_t* path) {
+void tessel::RecordMovie(IAVIFile* movie, const wchar_t* path) {
     const SlimLock lock(moviesLock);
     try {
         movies[movie] = {FullPath(path)};
@@ -56,14 +56,14 @@ void tessel::NoteMovie(IAVIFile* movie, const wchar_t* path) {
     }
 }
 
-void tessel::NoteStream(IAVIFile* movie) {
+void tessel::RecordStream(IAVIFile* movie) {
     const SlimLock lock(moviesLock);
-    const auto note = movies.find(movie);
-    if (note != movies.end()) note->second.hasStream = true;
+    const auto record = movies.find(movie);
+    if (record != movies.end()) record->second.hasStream = true;
 }
 
 bool tessel::CheckMovie(IAVIFile* movie) {
-    const Movie closed = TakeNote(movie);
+    const Movie closed = ExtractMovie(movie);
     if (!closed.hasStream) return true;
     Handle file(CreateFileW(closed.path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
     if (!file || !IsCut(file.Get())) return true; // an unreadable file cannot be verified

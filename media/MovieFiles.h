@@ -8,14 +8,14 @@ namespace tessel {
 /// is not verified. Any thread may call these functions.
 /// @param movie  the open movie
 /// @param path   path of its file
-void NoteMovie(IAVIFile* movie, const wchar_t* path);
+void RecordMovie(IAVIFile* movie, const wchar_t* path);
 
 /// Records that a movie has a stream, so that an empty file is not whole.
 /// @param movie  the open movie; ignored without a record
-void NoteStream(IAVIFile* movie);
+void RecordStream(IAVIFile* movie);
 
 /// Verifies the file of a closed movie, removes it if it is not whole, and drops the record.
-/// @param movie  as passed to NoteMovie(); counts as whole without a record
+/// @param movie  as passed to RecordMovie(); counts as whole without a record
 /// @return false: the file is not whole
 bool CheckMovie(IAVIFile* movie);
 

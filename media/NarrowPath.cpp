@@ -38,7 +38,7 @@ const wchar_t* tessel::NarrowPath::FindShortPath() {
     const Handle file(
         CreateFileW(m_path, GENERIC_WRITE, kShareAll, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) return nullptr;
-    m_made = GetLastError() != ERROR_ALREADY_EXISTS;
+    m_created = GetLastError() != ERROR_ALREADY_EXISTS;
     const DWORD length = GetShortPathNameW(m_path, m_short, DWORD{MAX_PATH});
     // Wine derives short names from a hash, so two files may have the same one.
     if (length > 0 && length < std::size(m_short) && LeadsTo(m_short, file.Get())) return m_short;
@@ -47,5 +47,5 @@ const wchar_t* tessel::NarrowPath::FindShortPath() {
 }
 
 void tessel::NarrowPath::Discard() const {
-    if (m_made) (void)DeleteFileW(m_path); // if this fails, the file is empty
+    if (m_created) (void)DeleteFileW(m_path); // if this fails, the file is empty
 }

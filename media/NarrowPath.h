@@ -23,7 +23,7 @@ private:
     const wchar_t* FindShortPath();
 
     const wchar_t* m_path;
-    bool m_made = false;
+    bool m_created = false;
     wchar_t m_short[MAX_PATH];
     const wchar_t* m_narrow;
 };

@@ -18,8 +18,8 @@
 namespace {
 
 /// Zeros after the file: a last chunk may lack its pad byte, and the system reads 12 bytes at the start of a chunk.
-constexpr DWORD kSlack = 16;
-constexpr LONGLONG kLongest = MAXDWORD - kSlack;
+constexpr DWORD kZerosAfterFile = 16;
+constexpr LONGLONG kLongest = MAXDWORD - kZerosAfterFile;
 
 /// Head of a chunk of a RIFF file.
 struct ChunkHead {
@@ -36,7 +36,7 @@ const void* playing = nullptr; // sound that was last started without waiting fo
 /// Skips to the end of the next chunk with a name.
 /// @param content  receives the content of the chunk
 /// @return false: not found, or a chunk before it extends beyond the bytes
-bool PassChunk(const char* name, Bytes& rest, Bytes& content) {
+bool FindChunk(const char* name, Bytes& rest, Bytes& content) {
     ChunkHead head;
     do {
         if (rest.size() < sizeof head) return false;
@@ -77,13 +77,13 @@ bool IsWholeFormat(Bytes content) {
 }
 
 /// Whether the lengths in a sound stay inside its bytes.
-bool StaysInside(Bytes image) {
+bool LengthsFit(Bytes image) {
     if (image.size() < kRiffHead || std::memcmp(image.data(), "RIFF", sizeof ChunkHead::name) != 0) return false;
     Bytes whole = image;
     Bytes chunks = image.subspan(kRiffHead);
     Bytes content;
-    return PassChunk("RIFF", whole, content) && PassChunk("fmt ", chunks, content) && IsWholeFormat(content) &&
-           PassChunk("data", chunks, content);
+    return FindChunk("RIFF", whole, content) && FindChunk("fmt ", chunks, content) && IsWholeFormat(content) &&
+           FindChunk("data", chunks, content);
 }
 
 /// Reads a file and appends zeros.
@@ -94,10 +94,10 @@ std::unique_ptr<unsigned char[]> ReadAll(HANDLE file, std::size_t& size) {
     if (!GetFileSizeEx(file, &length) || length.QuadPart == 0 || length.QuadPart > kLongest) return nullptr;
     const DWORD count = length.LowPart;
     size = count;
-    std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[size + kSlack]);
-    DWORD got = 0;
-    if (bytes == nullptr || !ReadFile(file, bytes.get(), count, &got, nullptr) || got != count) return nullptr;
-    std::memset(bytes.get() + size, 0, kSlack);
+    std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[size + kZerosAfterFile]);
+    DWORD read = 0;
+    if (bytes == nullptr || !ReadFile(file, bytes.get(), count, &read, nullptr) || read != count) return nullptr;
+    std::memset(bytes.get() + size, 0, kZerosAfterFile);
     return bytes;
 }
 
@@ -111,7 +111,7 @@ unsigned char* tessel::ReadSoundImage(const wchar_t* path) {
     std::size_t size = 0;
     std::unique_ptr<unsigned char[]> image = ReadAll(file.Get(), size);
     // GUARD-132: the system would read beyond the end of an incomplete file.
-    return image != nullptr && StaysInside({image.get(), size}) ? image.release() : nullptr;
+    return image != nullptr && LengthsFit({image.get(), size}) ? image.release() : nullptr;
 }
 
 void tessel::FreeSoundImage(unsigned char* image) {

@@ -112,10 +112,10 @@ bool CMailslot::Read(unsigned char* buffer, unsigned long size, unsigned long* r
             return false;
         }
     }
-    DWORD got = 0;
-    const bool done = ReadFile(m_hMailslot, buffer, size, &got, event != nullptr ? &m_Overlapped : nullptr) != 0;
+    DWORD bytesRead = 0;
+    const bool done = ReadFile(m_hMailslot, buffer, size, &bytesRead, event != nullptr ? &m_Overlapped : nullptr) != 0;
     (void)StoreError(done);
-    if (read != nullptr) *read = got; // GUARD-09
+    if (read != nullptr) *read = bytesRead; // GUARD-09
     m_bPending = event != nullptr && m_ulLastError == ERROR_IO_PENDING;
     return done || m_bPending;
 }

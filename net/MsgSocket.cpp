@@ -156,11 +156,11 @@ void CMsgSocket::OnRead() {
     } else {
         OnClose();
     }
-    if (moreCame || unreceived) AskForEvent();
+    if (moreCame || unreceived) RequestEvent();
 }
 
 /// Makes the system report waiting data again, which it does only after a receive.
-void CMsgSocket::AskForEvent() {
+void CMsgSocket::RequestEvent() {
     unsigned char next = 0;
     if (!IsBlockingMode()) (void)Recv(&next, sizeof next, nullptr, MSG_PEEK); // fails when no data waits
 }

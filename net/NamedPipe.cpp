@@ -93,8 +93,8 @@ bool CClientNamedPipe::RecordStart(bool succeeded) {
 }
 
 bool CClientNamedPipe::Read(void* buffer, unsigned int size, void* event) {
-    DWORD got = 0;
-    return RecordStart(ReadFile(m_hPipe, buffer, size, &got, Prepare(event)) != 0);
+    DWORD read = 0;
+    return RecordStart(ReadFile(m_hPipe, buffer, size, &read, Prepare(event)) != 0);
 }
 
 bool CClientNamedPipe::Write(const void* buffer, unsigned int size, void* event) {

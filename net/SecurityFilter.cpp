@@ -95,7 +95,7 @@ int OnPorts(ListOperation operation, const wchar_t* path, unsigned long port, PR
     return result;
 }
 
-bool LetsThrough(const wchar_t* path, unsigned long port, PROTOCOL protocols) {
+bool AllowsPort(const wchar_t* path, unsigned long port, PROTOCOL protocols) {
     if ((protocols & PROTOCOL_TCP) != 0 && Contains(path, kTcpPorts, port) == 0) return false;
     return (protocols & PROTOCOL_UDP) == 0 || Contains(path, kUdpPorts, port) != 0;
 }
@@ -204,6 +204,6 @@ int CSecurityFilterNT::BlockPort(unsigned long port, PROTOCOL protocols) {
 
 int CSecurityFilterNT::IsAllowed(unsigned short port, PROTOCOL protocols) {
     if (IsEnabled() == 0) return 1;
-    const auto allowed = [=](const wchar_t* path) { return LetsThrough(path, port, protocols); };
+    const auto allowed = [=](const wchar_t* path) { return AllowsPort(path, port, protocols); };
     return Implementation::AllOf(m_pImplementation, allowed) ? 1 : 0;
 }

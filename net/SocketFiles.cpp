@@ -31,14 +31,14 @@ struct Burst {
 /// @param total  increases by the number of bytes written
 Burst ReceiveBurst(SOCKET socket, HANDLE file, std::vector<char>& chunk, unsigned long long& total) {
     for (;;) {
-        const int got = recv(socket, chunk.data(), static_cast<int>(chunk.size()), 0);
-        if (got <= 0) return {got, ERROR_SUCCESS};
+        const int received = recv(socket, chunk.data(), static_cast<int>(chunk.size()), 0);
+        if (received <= 0) return {received, ERROR_SUCCESS};
         DWORD written = 0;
-        if (::WriteFile(file, chunk.data(), static_cast<DWORD>(got), &written, nullptr) == FALSE) {
-            return {got, GetLastError()};
+        if (::WriteFile(file, chunk.data(), static_cast<DWORD>(received), &written, nullptr) == FALSE) {
+            return {received, GetLastError()};
         }
         total += written;
-        if (written != static_cast<DWORD>(got)) return {got, ERROR_DISK_FULL};
+        if (written != static_cast<DWORD>(received)) return {received, ERROR_DISK_FULL};
     }
 }
 

@@ -33,10 +33,10 @@ bool HasBuffer() {
 /// @return true: both are there; false: the peer closed, an error, or a time-out
 bool PeekLengthsSize(SOCKET socket, MESSAGE& head) {
     for (int retries = kRetries;; Sleep(kPauseMs)) {
-        const int got = recv(socket, lastRecord.bytes, kFirstCapacity, MSG_PEEK);
-        if (got <= 0) return false;
+        const int received = recv(socket, lastRecord.bytes, kFirstCapacity, MSG_PEEK);
+        if (received <= 0) return false;
         std::memcpy(&head, lastRecord.bytes, kLengthsSize);
-        if (got >= kLengthsSize) return true;
+        if (received >= kLengthsSize) return true;
         // GUARD-70: the rest of incomplete lengths is awaited.
         if (--retries == 0) return false;
     }
@@ -50,12 +50,12 @@ bool LengthsAgree(const MESSAGE& head) {
 bool ReceiveAll(SOCKET socket, char* bytes, unsigned int size) {
     int retries = kRetries;
     while (size > 0) {
-        const int got = recv(socket, bytes, tessel::SizeForWinsock(size), 0);
-        if (got > 0) {
-            bytes += got;
-            size -= static_cast<unsigned int>(got);
+        const int received = recv(socket, bytes, tessel::SizeForWinsock(size), 0);
+        if (received > 0) {
+            bytes += received;
+            size -= static_cast<unsigned int>(received);
             retries = kRetries;
-        } else if (got == SOCKET_ERROR && WSAGetLastError() == WSAEWOULDBLOCK && --retries > 0) {
+        } else if (received == SOCKET_ERROR && WSAGetLastError() == WSAEWOULDBLOCK && --retries > 0) {
             Sleep(kPauseMs);
         } else {
             return false;

@@ -86,11 +86,11 @@ int CSocket::WaitForEchoReply(SOCKET socket) {
 
 unsigned long CSocket::RecvEchoReply(SOCKET socket) {
     char reply[kLongestReply];
-    const int got = recvfrom(socket, reply, sizeof reply, 0, nullptr, nullptr);
+    const int received = recvfrom(socket, reply, sizeof reply, 0, nullptr, nullptr);
     constexpr std::size_t kSendTime = kIpHeader + offsetof(EchoRequest, sendTime);
     std::uint32_t sendTime = 0;
     // GUARD-75: a reply may be shorter than the request.
-    if (got < static_cast<int>(kSendTime + sizeof sendTime)) return 0;
+    if (received < static_cast<int>(kSendTime + sizeof sendTime)) return 0;
     std::memcpy(&sendTime, reply + kSendTime, sizeof sendTime);
     return GetTickCount() - sendTime;
 }

@@ -41,8 +41,8 @@ int DrainWithin(SOCKET socket, unsigned int milliseconds) {
         timeval wait = TimeValue(left);
         const int ready = select(0, &readable, nullptr, nullptr, milliseconds == INFINITE ? nullptr : &wait);
         if (ready == 0) return WAIT_TIMEOUT;
-        const int got = ready == SOCKET_ERROR ? SOCKET_ERROR : DropReceived(socket);
-        if (got <= 0) return ErrorOf(got);
+        const int received = ready == SOCKET_ERROR ? SOCKET_ERROR : DropReceived(socket);
+        if (received <= 0) return ErrorOf(received);
     }
 }
 

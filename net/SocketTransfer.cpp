@@ -14,9 +14,9 @@ int ResultOf(int count, unsigned int* counted) {
     return 0;
 }
 
-int ResultOfReceiving(int got, unsigned int* received) {
-    const int result = ResultOf(got, received);
-    return got == 0 ? WSAEDISCON : result;
+int ResultOfReceiving(int count, unsigned int* received) {
+    const int result = ResultOf(count, received);
+    return count == 0 ? WSAEDISCON : result;
 }
 
 } // namespace
@@ -30,11 +30,11 @@ int CSocket::ReceiveFrom(unsigned char* buffer, unsigned int size, sockaddr_in* 
                          unsigned int* received, int flags) {
     if (buffer == nullptr) return WSAEFAULT;
     int length = fromLength == nullptr ? static_cast<int>(sizeof *from) : SizeForWinsock(*fromLength);
-    const int got = recvfrom(m_Socket, reinterpret_cast<char*>(buffer), SizeForWinsock(size), flags,
-                             reinterpret_cast<sockaddr*>(from), from == nullptr ? nullptr : &length);
+    const int count = recvfrom(m_Socket, reinterpret_cast<char*>(buffer), SizeForWinsock(size), flags,
+                               reinterpret_cast<sockaddr*>(from), from == nullptr ? nullptr : &length);
     // ODD-81: an empty datagram looks like a peer that closed.
-    const int result = ResultOfReceiving(got, received);
-    if (got != SOCKET_ERROR && fromLength != nullptr) *fromLength = static_cast<unsigned int>(length);
+    const int result = ResultOfReceiving(count, received);
+    if (count != SOCKET_ERROR && fromLength != nullptr) *fromLength = static_cast<unsigned int>(length);
     return result;
 }
 

@@ -23,8 +23,8 @@ constexpr char kHeader[] = "[Application - 0]";
 constexpr char kAutoFlag[] = "AutoFlag=YES";
 constexpr unsigned char kSeparators[] = "\\/";
 
-constexpr tessel::ReportSite kPathSite = {"CCommand", 306};
-constexpr tessel::ReportSite kCommandLineSite = {"CCommand", 317};
+constexpr tessel::ReportSite kNoMemoryForPath{"CCommand", 306};
+constexpr tessel::ReportSite kNoMemoryForCommandLine{"CCommand", 317};
 
 /// The texts of a description, in the order in which they are searched for in a line.
 enum : std::size_t { WORK_DIR, PATH_FILE_NAME, RESTART_KEY, ARGUMENTS, TEXT_COUNT };
@@ -66,8 +66,8 @@ unsigned long ErrorOfCut(const wchar_t* value) {
 /// @return buffer for two texts, their separator, quotation marks and terminator; null without memory, which is
 ///         reported
 Buffer BufferFor(const char* first, const char* second, const char* name, tessel::ReportSite site) {
-    constexpr std::size_t kSpare = 10;
-    Buffer buffer(new (std::nothrow) char[std::strlen(first) + std::strlen(second) + kSpare]);
+    constexpr std::size_t kQuotesSpaceAndTerminator = 2 + 1 + 1;
+    Buffer buffer(new (std::nothrow) char[std::strlen(first) + std::strlen(second) + kQuotesSpaceAndTerminator]);
     tessel::ReportUnless(buffer != nullptr, name, site);
     return buffer;
 }
@@ -227,11 +227,11 @@ unsigned long CCommand::Execute() {
     for (const unsigned long result : {Expand(m_szWorkDir, directory), Expand(m_szPathFileName, program)}) {
         if (error == 0) error = result;
     }
-    const Buffer path = BufferFor(directory, program, "pPathName", kPathSite);
+    const Buffer path = BufferFor(directory, program, "pPathName", kNoMemoryForPath);
     if (path == nullptr) return 0; // GUARD-157
     const bool joined = directory[0] != '\0' && !IsAbsoluteFilePath(program);
     std::sprintf(path.get(), "%s%s%s", joined ? directory : "", joined ? "\\" : "", program);
-    const Buffer commandLine = BufferFor(path.get(), m_szSubstituted, "pCmdLine", kCommandLineSite);
+    const Buffer commandLine = BufferFor(path.get(), m_szSubstituted, "pCmdLine", kNoMemoryForCommandLine);
     if (commandLine == nullptr) return 0; // GUARD-157
     std::sprintf(commandLine.get(), "\"%s\" %s", path.get(), m_szSubstituted);
     const unsigned long processId = error == 0 ? Start(commandLine.get(), directory) : 0;

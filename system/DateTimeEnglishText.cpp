@@ -19,7 +19,7 @@ constexpr wchar_t kMonthName = L'N';
 constexpr wchar_t kDayName = L'W';
 constexpr wchar_t kMeridian = L'P';
 
-constexpr tessel::ReportSite kFormatSite = {"DateTimeEnglish", 427};
+constexpr tessel::ReportSite kUnknownLayout{"DateTimeEnglish", 427};
 
 constexpr unsigned int kMonthNameSize = 4;
 constexpr unsigned int kMeridianSize = 3;
@@ -193,7 +193,7 @@ void CDateTimeEnglish::Write(FORMAT_ID id, wchar_t (&text)[TEXT_SIZE]) const {
     text[0] = L'\0';
     if (m_Status != DTS_VALID) return; // ODD-174: nor is a missing layout reported
     const Layout* const layout = LayoutOf(id);
-    ReportUnless(layout != nullptr, "CDateTimeEnglish::Format(): Invalid Format Type", kFormatSite);
+    ReportUnless(layout != nullptr, "CDateTimeEnglish::Format(): Invalid Format Type", kUnknownLayout);
     Writer writer(text, TEXT_SIZE);
     for (const wchar_t* at = layout != nullptr ? layout->pattern : L""; *at != L'\0'; ++at) {
         if (const DateTimeField* const field = FieldOf(*at)) {
@@ -223,7 +223,7 @@ unsigned long CDateTimeEnglish::GetFormattedString(FORMAT_ID id, wchar_t* buffer
     return 0;
 }
 
-bool CDateTimeEnglish::ReadHalf(const wchar_t* text, int& hour) const {
+bool CDateTimeEnglish::ReadMeridian(const wchar_t* text, int& hour) const {
     if (hour < 1 || hour > kNoon) return false;
     wchar_t morning[TEXT_SIZE] = {};
     wchar_t afternoon[TEXT_SIZE] = {};
@@ -261,7 +261,7 @@ DateTimeStatus CDateTimeEnglish::SetDateTime(FORMAT_ID id, const wchar_t* text) 
     }
     ReadFields(*layout, text, values);
     const wchar_t* const rest = text + length;
-    const bool isComplete = HasMeridian(*layout) ? ReadHalf(rest, values[kHour]) : *rest == L'\0';
+    const bool isComplete = HasMeridian(*layout) ? ReadMeridian(rest, values[kHour]) : *rest == L'\0';
     if (!isComplete) return m_Status = DTS_INVALID;
     return SetDateTime(values[kYear], values[kMonth], values[kDay], values[kHour], values[kMinute], values[kSecond],
                        values[kMillisecond]);

@@ -38,7 +38,7 @@ struct OldTable {
     DWORD bytes; ///< 0: there is none
     unsigned char data[DiskDevice::kBlockSize];
 
-    void Keep(const DiskDevice& disk, DWORD read) {
+    void CopyFrom(const DiskDevice& disk, DWORD read) {
         // ODD-194: a table of one entry, as long as the smallest record, is ignored
         bytes = read > sizeof(DRIVE_LAYOUT_INFORMATION) && read <= sizeof data ? read : 0;
         std::memcpy(data, disk.Block(), bytes);
@@ -66,7 +66,7 @@ DWORD Partition(unsigned short driveLetter, const wchar_t* devicePath) {
     DWORD bytes = 0;
     if (!disk.ReadLayout(bytes)) return GetLastError();
     OldTable old;
-    old.Keep(disk, bytes);
+    old.CopyFrom(disk, bytes);
     DISK_GEOMETRY geometry{};
     if (!disk.ReadGeometry(geometry)) return GetLastError();
     if (old.IsUsable(tessel::MediumSize(geometry))) return ERROR_SUCCESS;

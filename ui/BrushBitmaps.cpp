@@ -26,7 +26,7 @@ DeviceContext MemoryContext() {
     return DeviceContext(display == nullptr ? nullptr : CreateCompatibleDC(display.get()));
 }
 
-Bitmap LoadPicture(HINSTANCE instance, unsigned int id) {
+Bitmap LoadBitmapResource(HINSTANCE instance, unsigned int id) {
     return Bitmap(
         static_cast<HBITMAP>(LoadImageW(instance, MAKEINTRESOURCEW(id), IMAGE_BITMAP, 0, 0, LR_DEFAULTCOLOR)));
 }
@@ -38,7 +38,7 @@ SIZE SizeOf(const Bitmap& bitmap) {
     return {description.bmWidth, description.bmHeight};
 }
 
-Bitmap EmptyPicture(SIZE size) {
+Bitmap EmptyBitmap(SIZE size) {
     const DeviceContext display = DisplayContext();
     return Bitmap(CreateCompatibleBitmap(display.get(), size.cx, size.cy));
 }
@@ -49,7 +49,7 @@ bool Copy(const Bitmap& base, HDC hdcDest, HDC hdcSource) {
     return source && BitBlt(hdcDest, 0, 0, size.cx, size.cy, hdcSource, 0, 0, SRCCOPY);
 }
 
-bool LayOn(const Bitmap& icon, POINT place, HDC hdcDest, HDC hdcSource) {
+bool DrawOver(const Bitmap& icon, POINT place, HDC hdcDest, HDC hdcSource) {
     const SIZE size = SizeOf(icon);
     const POINT corners[] = {place, {place.x + size.cx, place.y}, {place.x, place.y + size.cy}};
     const SelectedObject source(hdcSource, icon.get());
@@ -60,16 +60,16 @@ bool LayOn(const Bitmap& icon, POINT place, HDC hdcDest, HDC hdcSource) {
 /// @return null after a failure, also if a context accepts no bitmap or is passed twice
 Bitmap Compose(const Bitmap& base, const Bitmap& icon, POINT place, HDC hdcDest, HDC hdcSource) {
     if (hdcDest == hdcSource) return nullptr;
-    Bitmap canvas = EmptyPicture(SizeOf(base));
+    Bitmap canvas = EmptyBitmap(SizeOf(base));
     const SelectedObject target(hdcDest, canvas.get());
-    if (!target || !Copy(base, hdcDest, hdcSource) || !LayOn(icon, place, hdcDest, hdcSource)) return nullptr;
+    if (!target || !Copy(base, hdcDest, hdcSource) || !DrawOver(icon, place, hdcDest, hdcSource)) return nullptr;
     return canvas;
 }
 
 /// The same pattern with its origin moved, as a new brush in the display's colours.
 Brush Shift(HBRUSH pattern, SIZE size, POINT offset) {
     const DeviceContext context = MemoryContext();
-    const Bitmap canvas = EmptyPicture(size);
+    const Bitmap canvas = EmptyBitmap(size);
     if (pattern == nullptr || context == nullptr || canvas == nullptr) return nullptr;
     {
         const SelectedObject target(context.get(), canvas.get());
@@ -100,7 +100,7 @@ POINT Wrap(int x, int y, SIZE size) {
 }
 
 /// A place that fits 16 bits; anything farther off would be clipped in any case.
-POINT Near(int x, int y) {
+POINT ClampTo16Bits(int x, int y) {
     using Half = std::numeric_limits<short>;
     return {std::clamp<LONG>(x, Half::min(), Half::max()), std::clamp<LONG>(y, Half::min(), Half::max())};
 }
@@ -129,7 +129,7 @@ struct Match {
     int any = -1;   ///< index of the first entry with the same bitmaps
 };
 
-Match FindPicture(HINSTANCE instance, std::uint32_t resources, int x, int y, std::uint32_t iconOffset) {
+Match FindBitmapBrush(HINSTANCE instance, std::uint32_t resources, int x, int y, std::uint32_t iconOffset) {
     Match match;
     const tessel::BrushTable::Reader reader(brushTable);
     const auto all = reader.Elements();
@@ -148,7 +148,7 @@ Match FindPicture(HINSTANCE instance, std::uint32_t resources, int x, int y, std
 } // namespace
 
 int CBrush::AddBitmap(HINSTANCE instance, unsigned int id, int x, int y) {
-    const Bitmap bitmap = LoadPicture(instance, id);
+    const Bitmap bitmap = LoadBitmapResource(instance, id);
     const SIZE size = SizeOf(bitmap);
     const POINT offset = Wrap(x, y, size);
     BrushEntry entry = Describe(instance, id, 0, size);
@@ -164,13 +164,13 @@ int CBrush::AddBitmapIcon(HINSTANCE instance, unsigned int id, int x, int y, uns
     if (hdcDest == nullptr) hdcDest = ownDest.get();
     if (hdcSource == nullptr) hdcSource = ownSource.get();
     tessel::ReportUnless(hdcDest && hdcSource, "hdcDest && hdcSource", {"Brush", __LINE__});
-    const Bitmap base = LoadPicture(instance, id);
-    const Bitmap icon = LoadPicture(instance, iconId);
+    const Bitmap base = LoadBitmapResource(instance, id);
+    const Bitmap icon = LoadBitmapResource(instance, iconId);
     if (!hdcDest || !hdcSource || !base || !icon) return -1;
 
     const SIZE size = SizeOf(base);
     const POINT offset = Wrap(x, y, size);
-    const POINT place = Near(iconX, iconY);
+    const POINT place = ClampTo16Bits(iconX, iconY);
     BrushEntry entry = Describe(instance, id, iconId, size);
     entry.Offset = Pack(offset.x, offset.y);
     entry.IconOffset = Pack(place.x, place.y);
@@ -180,14 +180,14 @@ int CBrush::AddBitmapIcon(HINSTANCE instance, unsigned int id, int x, int y, uns
 }
 
 int CBrush::GetBitmapBrushIndex(HINSTANCE instance, unsigned int id, int x, int y) {
-    const Match match = FindPicture(instance, MAKELONG(id, 0), x, y, 0);
+    const Match match = FindBitmapBrush(instance, MAKELONG(id, 0), x, y, 0);
     return match.exact >= 0 || match.any < 0 ? match.exact : AddBitmapCopies(match.any, x, y);
 }
 
 int CBrush::GetBitmapIconBrushIndex(HINSTANCE instance, unsigned int id, int x, int y, unsigned int iconId, int iconX,
                                     int iconY, HDC hdcDest, HDC hdcSource) {
-    const POINT place = Near(iconX, iconY);
-    const Match match = FindPicture(instance, MAKELONG(id, iconId), x, y, Pack(place.x, place.y));
+    const POINT place = ClampTo16Bits(iconX, iconY);
+    const Match match = FindBitmapBrush(instance, MAKELONG(id, iconId), x, y, Pack(place.x, place.y));
     return match.exact >= 0 || match.any < 0 ? match.exact
                                              : AddBitmapIconCopies(match.any, x, y, iconX, iconY, hdcDest, hdcSource);
 }

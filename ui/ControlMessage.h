@@ -20,7 +20,7 @@ inline bool IsOwnWindow(HWND hWnd) {
 /// @param wParam   as the message requires
 /// @param lParam   as the message requires
 /// @return the answer; empty when another process gives none in time
-inline std::optional<LRESULT> AskControl(HWND hWnd, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+inline std::optional<LRESULT> QueryControl(HWND hWnd, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
     constexpr UINT kAnswerMs = 100;
     if (IsOwnWindow(hWnd)) return SendMessageW(hWnd, message, wParam, lParam);
     DWORD_PTR answer = 0;

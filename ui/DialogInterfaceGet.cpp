@@ -10,7 +10,7 @@ constexpr int kNone = -1;
 constexpr int kOwnText = -2;
 
 /// Copies a text into the caller's buffer, truncated to fit. A control may have returned a pointer to its own text.
-void CopyCut(wchar_t* buffer, int room, const wchar_t* text) {
+void CopyTruncated(wchar_t* buffer, int room, const wchar_t* text) {
     if (buffer == nullptr || text == nullptr || text == buffer || text == LPSTR_TEXTCALLBACKW) return;
     const std::size_t length = wcsnlen(text, static_cast<std::size_t>(room) - 1);
     std::wmemcpy(buffer, text, length);
@@ -40,7 +40,7 @@ int Tab(DialogRequest& request) {
     item.cchTextMax = request.bufferLen;
     if (request.SendData(TCM_GETITEMW, request.index, &item) == 0) return 1;
     request.data = item.lParam;
-    CopyCut(request.buffer, request.bufferLen, item.pszText);
+    CopyTruncated(request.buffer, request.bufferLen, item.pszText);
     return 0;
 }
 
@@ -52,7 +52,7 @@ bool Item(DialogRequest& request) {
         return tessel::ReadText(request.control, request.index, request.buffer, room);
     }
     const auto item = tessel::ItemText(request.control, request.index);
-    CopyCut(request.buffer, request.bufferLen, item.get());
+    CopyTruncated(request.buffer, request.bufferLen, item.get());
     return item != nullptr;
 }
 
@@ -91,7 +91,7 @@ int ListView(DialogRequest& request) {
     item.cchTextMax = request.bufferLen;
     if (request.SendData(LVM_GETITEMW, 0, &item) == 0) return 1;
     request.data = item.lParam;
-    CopyCut(request.buffer, request.bufferLen, item.pszText);
+    CopyTruncated(request.buffer, request.bufferLen, item.pszText);
     return 0;
 }
 

@@ -226,7 +226,7 @@ void FormatSysMsg::FollowPointer(HWND pointed) {
     if (type != FT_EDIT) return;
     // GUARD-270: an edit of another process that refused the focus may hang, and needs no caret.
     if (!tessel::IsOwnWindow(pointed) && GetFocus() != pointed) return;
-    const std::optional<LRESULT> multiLine = tessel::AskControl(pointed, EM_LINESCROLL);
+    const std::optional<LRESULT> multiLine = tessel::QueryControl(pointed, EM_LINESCROLL);
     if (!multiLine) return;
-    (void)tessel::AskControl(pointed, EM_SETSEL, *multiLine != 0 ? kBehindText : 0, static_cast<LPARAM>(kBehindText));
+    (void)tessel::QueryControl(pointed, EM_SETSEL, *multiLine != 0 ? kBehindText : 0, static_cast<LPARAM>(kBehindText));
 }

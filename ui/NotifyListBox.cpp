@@ -15,7 +15,7 @@ constexpr unsigned long kLockTimeoutMs = 100;
 bool ItemCentre(HWND hListBox, int index, POINT& centre) {
     RECT item{};
     const auto area = reinterpret_cast<LPARAM>(&item);
-    if (tessel::AskControl(hListBox, LB_GETITEMRECT, static_cast<WPARAM>(index), area).value_or(LB_ERR) == LB_ERR) {
+    if (tessel::QueryControl(hListBox, LB_GETITEMRECT, static_cast<WPARAM>(index), area).value_or(LB_ERR) == LB_ERR) {
         return false;
     }
     centre = {(item.left + item.right) / 2, (item.top + item.bottom) / 2};
@@ -61,8 +61,8 @@ void FormatSysMsg::ScrollCursor(HWND hListBox) {
     POINT client = pointer;
     if (!ScreenToClient(hListBox, &client)) return;
     // The answer is not used, but programs that subclass the list box expect the message.
-    if (!tessel::AskControl(hListBox, LB_GETITEMHEIGHT)) return; // GUARD-270: it hangs
-    const auto found = tessel::AskControl(hListBox, LB_ITEMFROMPOINT, 0, MAKELPARAM(client.x, client.y));
+    if (!tessel::QueryControl(hListBox, LB_GETITEMHEIGHT)) return; // GUARD-270: it hangs
+    const auto found = tessel::QueryControl(hListBox, LB_ITEMFROMPOINT, 0, MAKELPARAM(client.x, client.y));
     if (!found) return;
     const auto index = static_cast<int>(*found);
     // ODD-33: all list boxes share one index, so the pointer does not snap to the same item of another one.
@@ -70,7 +70,7 @@ void FormatSysMsg::ScrollCursor(HWND hListBox) {
     // GUARD-31: the list box may have been released while it answered, and its record freed.
     if (!ListBoxMoveMap.Lookup(hListBox, store)) return;
     store->SetCursor(index);
-    const auto selected = tessel::AskControl(hListBox, LB_SETCURSEL, static_cast<WPARAM>(index));
+    const auto selected = tessel::QueryControl(hListBox, LB_SETCURSEL, static_cast<WPARAM>(index));
     if (!selected) return;
     LastListBoxIndex = static_cast<int>(*selected);
     POINT centre{};

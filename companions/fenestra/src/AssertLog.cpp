@@ -27,7 +27,7 @@ public:
     LockGuard& operator=(const LockGuard&) = delete;
 };
 
-template <std::size_t Size> void CopyCut(char (&target)[Size], const char* text) {
+template <std::size_t Size> void CopyTruncated(char (&target)[Size], const char* text) {
     std::snprintf(target, Size, "%s", text == nullptr ? "" : text);
 }
 
@@ -36,19 +36,19 @@ WND_ASSERT_RECORD MakeRecord(const char* expression, const char* file, unsigned 
     record.ulLine = line;
     record.ulThreadId = GetCurrentThreadId();
     GetSystemTimeAsFileTime(&record.Time);
-    CopyCut(record.szFile, file);
-    CopyCut(record.szExpression, expression);
+    CopyTruncated(record.szFile, file);
+    CopyTruncated(record.szExpression, expression);
     return record;
 }
 
-Sink Keep(WND_ASSERT_RECORD& record) {
+Sink Store(WND_ASSERT_RECORD& record) {
     const LockGuard guard;
     record.ulNumber = ++reported;
     ring[(reported - 1) % WND_ASSERT_RING_SIZE] = record;
     return {installedSink, installedContext};
 }
 
-void TellDebugger(const WND_ASSERT_RECORD& record) {
+void WriteToDebugger(const WND_ASSERT_RECORD& record) {
     char text[sizeof record.szFile + sizeof record.szExpression + 32];
     std::snprintf(text, sizeof text, "%s(%lu): assertion: %s\n", record.szFile, record.ulLine, record.szExpression);
     OutputDebugStringA(text);
@@ -59,8 +59,8 @@ void TellDebugger(const WND_ASSERT_RECORD& record) {
 void WndLogAssert(const char* expression, const char* file, unsigned int line) {
     const DWORD lastError = GetLastError(); // a report must not change an error that its caller is about to read
     WND_ASSERT_RECORD record = MakeRecord(expression, file, line);
-    const Sink sink = Keep(record);
-    TellDebugger(record);
+    const Sink sink = Store(record);
+    WriteToDebugger(record);
     if (sink.function != nullptr && !inSink) {
         inSink = true;
         sink.function(record, sink.context);

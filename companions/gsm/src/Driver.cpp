@@ -24,19 +24,19 @@ struct Installation {
 } installation;
 
 MMRESULT DescribeDriver(LPARAM record, LPARAM /*unused*/) {
-    auto* const asked = reinterpret_cast<ACMDRIVERDETAILSW*>(record);
-    ACMDRIVERDETAILSW details{};
-    details.cbStruct = std::min<DWORD>(asked->cbStruct, sizeof details);
-    details.fccType = ACMDRIVERDETAILS_FCCTYPE_AUDIOCODEC;
-    details.wMid = MM_UNMAPPED;
-    details.wPid = MM_PID_UNMAPPED;
-    details.vdwACM = 0x04000000;    // the manager's version that drivers of 32 bits and more are written for
-    details.vdwDriver = 0x01000000; // 1.0
-    details.fdwSupport = ACMDRIVERDETAILS_SUPPORTF_CODEC;
-    details.cFormatTags = 2;
-    std::wcscpy(details.szShortName, L"Tessel GSM");
-    std::wcscpy(details.szLongName, L"Tessel GSM 6.10 for 8-bit PCM");
-    std::memcpy(asked, &details, details.cbStruct);
+    auto* const details = reinterpret_cast<ACMDRIVERDETAILSW*>(record);
+    ACMDRIVERDETAILSW description{};
+    description.cbStruct = std::min<DWORD>(details->cbStruct, sizeof description);
+    description.fccType = ACMDRIVERDETAILS_FCCTYPE_AUDIOCODEC;
+    description.wMid = MM_UNMAPPED;
+    description.wPid = MM_PID_UNMAPPED;
+    description.vdwACM = 0x04000000;    // the manager's version that drivers of 32 bits and more are written for
+    description.vdwDriver = 0x01000000; // 1.0
+    description.fdwSupport = ACMDRIVERDETAILS_SUPPORTF_CODEC;
+    description.cFormatTags = 2;
+    std::wcscpy(description.szShortName, L"Tessel GSM");
+    std::wcscpy(description.szLongName, L"Tessel GSM 6.10 for 8-bit PCM");
+    std::memcpy(details, &description, description.cbStruct);
     return MMSYSERR_NOERROR;
 }
 

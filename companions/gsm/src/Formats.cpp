@@ -52,7 +52,7 @@ void Write(const KnownFormat& known, WAVEFORMATEX* format, DWORD room) {
 }
 
 /// Whether a format matches in the members that are set.
-bool Meets(const WAVEFORMATEX& format, const WAVEFORMATEX& wanted, DWORD given) {
+bool Matches(const WAVEFORMATEX& format, const WAVEFORMATEX& wanted, DWORD given) {
     const auto holds = [given](DWORD flag, bool equal) { return (given & flag) == 0 || equal; };
     return holds(ACM_FORMATSUGGESTF_WFORMATTAG, format.wFormatTag == wanted.wFormatTag) &&
            holds(ACM_FORMATSUGGESTF_NCHANNELS, format.nChannels == wanted.nChannels) &&
@@ -60,7 +60,7 @@ bool Meets(const WAVEFORMATEX& format, const WAVEFORMATEX& wanted, DWORD given) 
            holds(ACM_FORMATSUGGESTF_WBITSPERSAMPLE, format.wBitsPerSample == wanted.wBitsPerSample);
 }
 
-bool IsAlike(const WAVEFORMATEX& format, const WAVEFORMATEX& known) {
+bool IsSameFormat(const WAVEFORMATEX& format, const WAVEFORMATEX& known) {
     return format.wFormatTag == known.wFormatTag && format.nChannels == known.nChannels &&
            format.nSamplesPerSec == known.nSamplesPerSec && format.nBlockAlign == known.nBlockAlign &&
            format.wBitsPerSample == known.wBitsPerSample;
@@ -74,8 +74,8 @@ bool HasGsmBlocks(const WAVEFORMATEX& format) {
 } // namespace
 
 Format Recognise(const WAVEFORMATEX& format, DWORD size) {
-    if (size >= sizeof(PCMWAVEFORMAT) && IsAlike(format, kPcm8)) return Format::Pcm;
-    if (size >= sizeof(GSM610WAVEFORMAT) && IsAlike(format, kGsm.wfx) && HasGsmBlocks(format)) return Format::Gsm;
+    if (size >= sizeof(PCMWAVEFORMAT) && IsSameFormat(format, kPcm8)) return Format::Pcm;
+    if (size >= sizeof(GSM610WAVEFORMAT) && IsSameFormat(format, kGsm.wfx) && HasGsmBlocks(format)) return Format::Gsm;
     return Format::None;
 }
 
@@ -128,7 +128,7 @@ MMRESULT Suggest(FormatSuggestion& suggestion) {
     const Format wanted = Counterpart(Recognise(*suggestion.source, suggestion.sourceSize));
     for (const KnownFormat& known : kKnown) {
         if (known.format != wanted || suggestion.destinationSize < known.size) continue;
-        if (!Meets(*known.record, *suggestion.destination, suggestion.restrictions)) continue;
+        if (!Matches(*known.record, *suggestion.destination, suggestion.restrictions)) continue;
         Write(known, suggestion.destination, suggestion.destinationSize);
         return MMSYSERR_NOERROR;
     }

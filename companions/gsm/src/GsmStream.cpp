@@ -36,7 +36,7 @@ MMRESULT GsmStream::Size(StreamSizes& sizes) const {
     }
 }
 
-bool GsmStream::TakesLastPiece(const StreamHeader& header) const {
+bool GsmStream::ConvertsPartialBlock(const StreamHeader& header) const {
     const DWORD rest = header.sourceSize - header.sourceUsed;
     return m_compress && (header.flags & ACM_STREAMCONVERTF_BLOCKALIGN) == 0 && rest > 0 && rest < kSamplesPerBlock &&
            header.destinationSize - header.destinationUsed >= kBytesPerBlock;
@@ -52,7 +52,7 @@ MMRESULT GsmStream::Convert(StreamHeader& header) {
         result = ConvertPortion(header, portion * SourceBlock(), portion);
         blocks -= portion;
     }
-    if (result != MMSYSERR_NOERROR || !TakesLastPiece(header)) return result;
+    if (result != MMSYSERR_NOERROR || !ConvertsPartialBlock(header)) return result;
     return ConvertPortion(header, header.sourceSize - header.sourceUsed, 1);
 }
 

@@ -26,7 +26,7 @@ public:
 private:
     DWORD SourceBlock() const { return m_compress ? kSamplesPerBlock : kBytesPerBlock; }
     DWORD DestinationBlock() const { return m_compress ? kBytesPerBlock : kSamplesPerBlock; }
-    bool TakesLastPiece(const StreamHeader& header) const;
+    bool ConvertsPartialBlock(const StreamHeader& header) const;
     MMRESULT ConvertPortion(StreamHeader& header, DWORD bytes, DWORD blocks);
     MMRESULT Compress(const BYTE* pcm, DWORD samples, BYTE* gsm, DWORD blocks);
     MMRESULT Expand(const BYTE* gsm, BYTE* pcm, DWORD blocks);

@@ -174,8 +174,8 @@ private:
     bool EnlargeReadCopy(unsigned long count);
     unsigned long BytesInBounds(unsigned long offset, unsigned long count) const;
 
-    int Fetch(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& got);
-    int FetchFromFile(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& got);
+    int Fetch(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& read);
+    int FetchFromFile(unsigned char* dest, unsigned long count, unsigned long offset, unsigned long& read);
     int Store(const unsigned char* src, unsigned long count, unsigned long offset);
     int StoreInFile(const unsigned char* src, unsigned long count, unsigned long offset);
 

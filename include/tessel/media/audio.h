@@ -512,7 +512,7 @@ private:
     unsigned long GetDevicePosition(unsigned long& bytes);
     unsigned long RecordedByPosition() const;
     unsigned long StoreRecorded(WAVEHDR* header);
-    unsigned long PlayOn(WAVEHDR* header);
+    unsigned long ContinuePlayback(WAVEHDR* header);
     unsigned long FileBytesPerSecond() const;
     unsigned long StartOutput();
     void FinishRun();

@@ -79,7 +79,7 @@ private:
     int SendRecord(const CCommMsg& msg);
     bool IsFull() const;
     int Fill();
-    void AskForEvent();
+    void RequestEvent();
     void Deliver();
     CCommMsg* MakeRecord(unsigned int length) const;
 

@@ -275,7 +275,7 @@ private:
     /// Writes the text that a letter of a layout stands for.
     void GetTextOf(wchar_t letter, wchar_t* text, unsigned int size) const;
     /// Converts an hour of the 12-hour clock by the indicator in a text; false: neither of the indicators.
-    bool ReadHalf(const wchar_t* text, int& hour) const;
+    bool ReadMeridian(const wchar_t* text, int& hour) const;
 
     SYSTEMTIME m_SystemTime;
     DateTimeStatus m_Status;
