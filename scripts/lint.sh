@@ -53,13 +53,20 @@ check_tidy() {
 
 check_documentation() { doxygen docs/Doxyfile >/dev/null; }
 
-# Each oddity has one row in docs/oddities.md. A test names each one that is kept, unless its row ends in "(unnoticed)"
-# because no program could notice it.
+# Each oddity has one row in docs/oddities.md, whose tables are sorted by number. A test names each one that is kept,
+# unless its row ends in "(unnoticed)" because no program could notice it.
 check_oddities() {
     local in_code in_docs id ok=0
     in_code=$(sources "${product[@]}" | xargs grep -ohE '\b(ODD|GUARD)-[0-9]+' | sort -u)
     in_docs=$(grep -oE '^\| (ODD|GUARD)-[0-9]+' docs/oddities.md | cut -c 3- | sort)
     diff <(echo "$in_code") <(echo "$in_docs") || ok=1
+    awk '/^## / { last = 0 }
+         /^\| (ODD|GUARD)-/ {
+             split($2, id, "-")
+             if (id[2] + 0 <= last) { print "docs/oddities.md: " $2 " is not in order"; failed = 1 }
+             last = id[2] + 0
+         }
+         END { exit failed }' docs/oddities.md || ok=1
     while read -r id; do
         grep -rqE "Odd([0-9]+And)*${id#ODD-}([^0-9]|$)" tests || {
             echo "no test names $id"

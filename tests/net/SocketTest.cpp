@@ -62,7 +62,7 @@ TEST(Socket, ServesAClientByItsWindowsMessagesUntilBothClose) {
     EXPECT_TRUE(peer.IsSocket(INVALID_SOCKET));
 }
 
-TEST(Socket, DropsWhatThePeerStillSendsBeforeItCloses) {
+TEST(Socket, Odd206DropsWhatHasArrivedAndClosesAtOnceUnlessItBlocks) {
     const MessageWindow window;
     const Connection connection(CSocket::MODE_WINDOW, window.Get());
     connection.Send(std::string(5000, 'x'));
