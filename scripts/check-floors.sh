@@ -5,6 +5,9 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 # Each floor, and what it may include beside itself and its own umbrella header. library/ stands above all.
 floors='
+fenestra
+facet
+gsm tesselgsm
 foundation fenestra
 system foundation fenestra resources
 messaging/office foundation
@@ -14,9 +17,10 @@ net system foundation
 media foundation
 '
 
-git ls-files -co --exclude-standard -- include foundation system messaging ui net media | grep -E '\.(h|cpp)$' |
-    xargs grep -noE '^#include <(tessel/|fenestra/|facet/|foundation/|system/|messaging/|ui/|net/|media/|resources/|library/)[^>]+>' |
-    awk -F '[:<>]' -v floors="$floors" '
+folders='tessel|fenestra|facet|tesselgsm|foundation|system|messaging|ui|net|media|resources|library|\.\.'
+git ls-files -co --exclude-standard -- include companions foundation system messaging ui net media |
+    grep -E '\.(h|cpp)$' | xargs grep -noE "^#include [<\"]($folders)/[^>\"]+" |
+    awk -F '[:<"]' -v floors="$floors" '
         BEGIN {
             count = split(floors, lines, "\n")
             for (i = 1; i <= count; i++) {
@@ -25,7 +29,7 @@ git ls-files -co --exclude-standard -- include foundation system messaging ui ne
             }
         }
         function floor(path) {
-            sub(/^include\//, "", path)
+            sub(/^(include|companions)\//, "", path)
             if (path ~ /^tessel\/[a-z]+\.h$/) return ""
             sub(/^tessel\//, "", path)
             if (path ~ /^messaging\/host/) return "messaging/host"
@@ -39,7 +43,7 @@ git ls-files -co --exclude-standard -- include foundation system messaging ui ne
             if ($4 == "tessel/" from ".h") next
             to = floor($4)
             if (!((from, to) in allowed)) {
-                print $1 ":" $2 ": " from " may not include <" $4 ">"
+                print $1 ":" $2 ": " from " may not include " $4
                 failed = 1
             }
         }
