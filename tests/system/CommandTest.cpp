@@ -228,9 +228,9 @@ TEST_F(Command, FailureIsShown) {
 }
 
 TEST_F(Command, IsNotStartedWhenMemoryIsShortWhichIsReported) {
-    CCommand command = FromText("PathFileName=2.exe\r\nWorkDir=3ab\r\n");
+    CCommand command = FromText("PathFileName=2.exe\r\nWorkDir=3-of-an-unusual-length\r\n");
     Reports reports;
-    for (const std::size_t refused : {5u + 3 + 10, 9u + 10}) {
+    for (const std::size_t refused : {5u + 22 + 4, 28u + 4}) {
         const ImportPatch memory("malloc", &std::malloc,
                                  [=](std::size_t size) { return size == refused ? nullptr : std::malloc(size); });
         EXPECT_EQ(command.Execute(), 0UL);
