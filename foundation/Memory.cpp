@@ -96,7 +96,7 @@ CMemory::~CMemory() {
 }
 
 void CMemory::KeepName(const wchar_t* name) {
-    (void)CopyString(m_szName, name, sizeof m_szName / sizeof m_szName[0]); // GUARD-203: a longer name is cut
+    (void)CopyString(m_szName, name, sizeof m_szName / sizeof m_szName[0]); // GUARD-203: a longer name is truncated
 }
 
 // GUARD-06: copies share buffers and handles; if each copy freed them, they would be freed twice.

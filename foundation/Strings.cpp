@@ -41,7 +41,8 @@ bool CanCopy(Target* dest, const Source* src, unsigned int size, ReportSite firs
 
 /// Terminates a truncated copy.
 /// @return 1: truncated; 0: complete
-template <class Target, class Source> unsigned long TerminateIfCut(Target* dest, const Source* src, unsigned int size) {
+template <class Target, class Source>
+unsigned long TerminateIfTruncated(Target* dest, const Source* src, unsigned int size) {
     if (Length(src) < size) return 0;
     dest[size - 1] = 0;
     return 1;
@@ -83,25 +84,25 @@ template <class Char> Char* TrimLeftOf(Char* text) {
 unsigned long CopyString(char* dest, const char* src, unsigned int destSizeInChars) {
     if (!CanCopy(dest, src, destSizeInChars, kNarrowCopy)) return 1;
     std::strncpy(dest, src, destSizeInChars);
-    return TerminateIfCut(dest, src, destSizeInChars);
+    return TerminateIfTruncated(dest, src, destSizeInChars);
 }
 
 unsigned long CopyString(char* dest, const wchar_t* src, unsigned int destSizeInChars) {
     if (!CanCopy(dest, src, destSizeInChars, kNarrowingCopy)) return 1;
     Convert(std::wcstombs, dest, src, destSizeInChars);
-    return TerminateIfCut(dest, src, destSizeInChars);
+    return TerminateIfTruncated(dest, src, destSizeInChars);
 }
 
 unsigned long CopyString(wchar_t* dest, const char* src, unsigned int destSizeInChars) {
     if (!CanCopy(dest, src, destSizeInChars, kWideningCopy)) return 1;
     Convert(std::mbstowcs, dest, src, destSizeInChars);
-    return TerminateIfCut(dest, src, destSizeInChars);
+    return TerminateIfTruncated(dest, src, destSizeInChars);
 }
 
 unsigned long CopyString(wchar_t* dest, const wchar_t* src, unsigned int destSizeInChars) {
     if (!CanCopy(dest, src, destSizeInChars, kWideCopy)) return 1;
     std::wcsncpy(dest, src, destSizeInChars);
-    return TerminateIfCut(dest, src, destSizeInChars);
+    return TerminateIfTruncated(dest, src, destSizeInChars);
 }
 
 void UNICODE_TO_ASCII(char* dest, const wchar_t* src) {

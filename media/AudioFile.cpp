@@ -11,7 +11,7 @@ using tessel::Transfer;
 
 namespace {
 
-constexpr ReportSite kNotCut{"CAudio", 412};
+constexpr ReportSite kNotTruncated{"CAudio", 412};
 constexpr ReportSite kLongerThanLongest{"CAudio", 478};
 constexpr ReportSite kReadBeyondData{"CAudio", 531};
 
@@ -78,11 +78,11 @@ unsigned long CAudio::TruncateFile() {
     if (Mode().transfer != Transfer::ToFile) return 0;
     if (m_ulDataRead < m_ulDataWrite) {
         const Handle file(OpenPath(GENERIC_WRITE, OPEN_EXISTING));
-        const bool cut = file && SeekTo(file.Get(), m_ulDataRead) && SetEndOfFile(file.Get());
-        (void)ResultOfFile(cut);
-        if (cut) m_ulDataWrite = m_ulDataRead; // ODD-111: the file does not count as modified
+        const bool truncated = file && SeekTo(file.Get(), m_ulDataRead) && SetEndOfFile(file.Get());
+        (void)ResultOfFile(truncated);
+        if (truncated) m_ulDataWrite = m_ulDataRead; // ODD-111: the file does not count as modified
     }
-    ReportUnless(m_ulDataRead == m_ulDataWrite, "m_ulDataRead == m_ulDataWrite", kNotCut);
+    ReportUnless(m_ulDataRead == m_ulDataWrite, "m_ulDataRead == m_ulDataWrite", kNotTruncated);
     return m_ulDataRead == m_ulDataWrite ? 0 : 1;
 }
 

@@ -6,7 +6,7 @@
 namespace tessel {
 
 /// Joins the parts of a channel's name.
-/// @param path   receives the text, cut where the buffer ends
+/// @param path   receives the text, truncated to fit
 /// @param parts  texts in order
 template <std::size_t Size> void JoinPath(wchar_t (&path)[Size], std::initializer_list<const wchar_t*> parts) {
     std::size_t used = 0;

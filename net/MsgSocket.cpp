@@ -96,10 +96,10 @@ int CMsgSocket::Write(const CCommMsg* msg, unsigned int timeout) {
 int CMsgSocket::SendRecord(const CCommMsg& msg) {
     unsigned int sent = 0;
     const int result = Send(msg.GetMsg(), msg.GetXmitLength(), &sent, 0);
-    // GUARD-240: the next record's length would land inside a record that was cut. After a time-out the system does
+    // GUARD-240: the next record's length would land inside an incomplete record. After a time-out the system does
     // not report how much it sent.
-    const bool cut = result == 0 ? sent < msg.GetXmitLength() : result == WSAETIMEDOUT;
-    if (cut) (void)StopSending();
+    const bool incomplete = result == 0 ? sent < msg.GetXmitLength() : result == WSAETIMEDOUT;
+    if (incomplete) (void)StopSending();
     return result;
 }
 

@@ -27,7 +27,7 @@ bool IsMode(CClientNamedPipe::MODE mode) {
 CClientNamedPipe::CClientNamedPipe(const wchar_t* name)
     : m_szName{}, m_szPath{}, m_ulStatus(PIPE_CLOSED), m_hPipe(INVALID_HANDLE_VALUE),
       m_bOverlapped(false), m_Overlapped{}, m_pOverlapped(nullptr), m_bPending(false) {
-    if (name != nullptr) tessel::JoinPath(m_szName, {name}); // GUARD-78: cut to 19 characters
+    if (name != nullptr) tessel::JoinPath(m_szName, {name}); // GUARD-78: truncated to 19 characters
 }
 
 CClientNamedPipe::CClientNamedPipe(const CClientNamedPipe& other) {
@@ -71,7 +71,7 @@ bool CClientNamedPipe::Open(const wchar_t* server, MODE mode, bool overlapped) {
     if (!IsMode(mode) || server == nullptr) return false;
     Reset();
     m_bOverlapped = overlapped;
-    tessel::JoinPath(m_szPath, {L"\\\\", server, L"\\PIPE\\", m_szName}); // GUARD-78: cut to 259 characters
+    tessel::JoinPath(m_szPath, {L"\\\\", server, L"\\PIPE\\", m_szName}); // GUARD-78: truncated to 259 characters
     m_hPipe = CreateFileW(m_szPath, kModes[mode].clientAccess, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                           OPEN_EXISTING, overlapped ? FILE_FLAG_OVERLAPPED : FILE_ATTRIBUTE_NORMAL, nullptr);
     m_ulStatus = m_hPipe != INVALID_HANDLE_VALUE ? PIPE_CONNECTED : GetLastError();

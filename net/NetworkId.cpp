@@ -30,7 +30,7 @@ void StoreFirstName() {
 
 void StoreName(const wchar_t* name) {
     const SlimLock lock(nextBootLock);
-    (void)CopyString(nextBootName, name, kNameRoom); // GUARD-83: a longer name is cut to fit
+    (void)CopyString(nextBootName, name, kNameRoom); // GUARD-83: a longer name is truncated
 }
 
 bool IsNameCharacter(wchar_t character) {

@@ -51,12 +51,12 @@ char* WriteLine(char* text, std::size_t which, const char* value) {
     return text + std::sprintf(text, "%s=%s\r\n", kNames[which].narrow, value);
 }
 
-/// @return 0: the text fits its field; else the error for what is cut
-unsigned long ErrorOfCut(const char* value) {
+/// @return 0: the text fits its field; else the error of its truncation
+unsigned long TruncationError(const char* value) {
     return std::strlen(value) < CCommand::PATH_SIZE ? 0 : ERROR_FILENAME_EXCED_RANGE;
 }
 
-unsigned long ErrorOfCut(const wchar_t* value) {
+unsigned long TruncationError(const wchar_t* value) {
     char converted[CCommand::PATH_SIZE];
     const std::size_t length = std::wcstombs(converted, value, sizeof converted);
     if (length == static_cast<std::size_t>(-1)) return ERROR_NO_UNICODE_TRANSLATION;
@@ -123,16 +123,16 @@ void CCommand::ReadValue(const wchar_t* name, const wchar_t* value) {
     }
 }
 
-/// GUARD-152: a value longer than its field is cut; it would overwrite the next fields.
+/// GUARD-152: a value longer than its field is truncated; it would overwrite the next fields.
 template <class Character> void CCommand::SetText(std::size_t which, const Character* value) {
     switch (which) {
     case WORK_DIR:
         (void)CopyString(m_szWorkDir, value, PATH_SIZE);
-        m_ulWorkDirError = ErrorOfCut(value);
+        m_ulWorkDirError = TruncationError(value);
         break;
     case PATH_FILE_NAME:
         (void)CopyString(m_szPathFileName, value, PATH_SIZE);
-        m_ulPathError = ErrorOfCut(value);
+        m_ulPathError = TruncationError(value);
         break;
     case RESTART_KEY: (void)CopyString(m_szRestartKey, value, PATH_SIZE); break;
     default: (void)CopyString(m_szArguments, value, ARGUMENTS_SIZE); InitSubstituteArguments();
@@ -208,7 +208,7 @@ void CCommand::SubstituteArgument(const char* token, const char* value) {
     const std::size_t before = static_cast<std::size_t>(found - m_szSubstituted);
     char rest[ARGUMENTS_SIZE];
     std::memcpy(rest, m_szSubstituted, sizeof rest);
-    // GUARD-156: a line that outgrows its field is cut; it would overwrite the restart key.
+    // GUARD-156: a line that outgrows its field is truncated; it would overwrite the restart key.
     (void)std::snprintf(found, sizeof m_szSubstituted - before, "%s%s", value == nullptr ? "" : value,
                         rest + before + std::strlen(token));
 }

@@ -49,16 +49,17 @@ Text Load(unsigned int kind, int index, int count) {
     return text;
 }
 
-/// @return true: the whole text was copied
-bool CopyWhole(const Text& text, wchar_t* buffer, unsigned int size) {
+/// Copies a text, truncated to fit.
+/// @return true: the text was copied completely
+bool CopyText(const Text& text, wchar_t* buffer, unsigned int size) {
     return buffer != nullptr && size != 0 && CopyString(buffer, text.characters, size) == 0;
 }
 
-/// @return true: the name or its abbreviation was copied whole
+/// @return true: the name or its abbreviation was copied completely
 bool CopyDay(int dayOfWeek, wchar_t* buffer, unsigned int size) {
     const Text name = Load(IDS_DAYS, dayOfWeek, kDays);
     const bool fits = std::wcslen(name.characters) < size;
-    return CopyWhole(fits ? name : Load(IDS_BRIEF_DAYS, dayOfWeek, kDays), buffer, size);
+    return CopyText(fits ? name : Load(IDS_BRIEF_DAYS, dayOfWeek, kDays), buffer, size);
 }
 
 } // namespace
@@ -80,21 +81,21 @@ CDateTime CDateTime::GetLocalTime() {
 }
 
 void CDateTime::GetMonthText(int month, wchar_t* buffer, unsigned int size) const {
-    (void)CopyWhole(Load(IDS_MONTHS, month < 1 ? -1 : month - 1, kMonths), buffer, size); // may be cut
+    (void)CopyText(Load(IDS_MONTHS, month < 1 ? -1 : month - 1, kMonths), buffer, size); // may be truncated
 }
 
 void CDateTime::GetDayText(int dayOfWeek, wchar_t* buffer, unsigned int size) const {
-    (void)CopyDay(dayOfWeek, buffer, size); // may be cut
+    (void)CopyDay(dayOfWeek, buffer, size); // may be truncated
 }
 
 void CDateTime::GetMeridianIndicator(int hour, wchar_t* buffer, unsigned int size) const {
-    (void)CopyWhole(Load(IDS_MERIDIANS, hour < kNoon ? 0 : 1, kMeridians), buffer, size); // may be cut
+    (void)CopyText(Load(IDS_MERIDIANS, hour < kNoon ? 0 : 1, kMeridians), buffer, size); // may be truncated
 }
 
 unsigned long CDateTime::GetDayOfWeekText(int dayOfWeek, wchar_t* buffer, unsigned int size) {
-    const bool isWhole = CopyDay(dayOfWeek, buffer, size);
+    const bool isComplete = CopyDay(dayOfWeek, buffer, size);
     if (buffer == nullptr || size == 0 || dayOfWeek < 0 || dayOfWeek >= kDays) return ERROR_INVALID_PARAMETER;
-    return isWhole ? STATUS_OK : ERROR_INSUFFICIENT_BUFFER;
+    return isComplete ? STATUS_OK : ERROR_INSUFFICIENT_BUFFER;
 }
 
 const wchar_t* CDateTime::GetDayOfWeekTextEnglish(int dayOfWeek) {

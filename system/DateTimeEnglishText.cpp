@@ -88,7 +88,7 @@ bool HasMeridian(const Layout& layout) {
 }
 
 void Copy(wchar_t* buffer, unsigned int size, const wchar_t* text) {
-    if (buffer != nullptr && size > 0) (void)CopyString(buffer, text, size); // may be cut
+    if (buffer != nullptr && size > 0) (void)CopyString(buffer, text, size); // may be truncated
 }
 
 /// GUARD-161: an index outside the table gives an empty text.

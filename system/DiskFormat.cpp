@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Reads a text of any length, cut to fit.
+/// Reads a text of any length, truncated to fit.
 template <unsigned long room> void ReadText(HKEY key, const wchar_t* name, wchar_t (&text)[room]) {
     CReg registry;
     unsigned long bytes = 0; // requested so that a value of any length is read

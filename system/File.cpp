@@ -90,7 +90,7 @@ unsigned long CFile::OpenFile(const wchar_t* path, OPENTYPE type) {
     if (file == kFailed) return SetStatus(OPEN_FAILED);
     m_iFile = file;
     m_ulSize = SizeOf(path);
-    (void)CopyString(m_szPath, path, PATH_LENGTH); // GUARD-191: a longer path is cut
+    (void)CopyString(m_szPath, path, PATH_LENGTH); // GUARD-191: a longer path is truncated
     return SetStatus(SUCCESS);
 }
 

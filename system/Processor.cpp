@@ -10,7 +10,7 @@ namespace {
 template <std::size_t size> void Fetch(wchar_t (CWin32_Processor::*text)[size], wchar_t* buffer, unsigned int length) {
     if (buffer == nullptr) return;
     const CWin32_Processor processor(0);
-    if (processor.Result == 0) (void)CopyString(buffer, processor.*text, length); // may be cut
+    if (processor.Result == 0) (void)CopyString(buffer, processor.*text, length); // may be truncated
 }
 
 } // namespace

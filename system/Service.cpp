@@ -38,7 +38,7 @@ struct CloseService {
 };
 using ServiceHandle = std::unique_ptr<std::remove_pointer_t<SC_HANDLE>, CloseService>;
 
-/// Formats a message. GUARD-175: it is cut to fit.
+/// Formats a message. GUARD-175: it is truncated to fit.
 template <std::size_t Length, class... Text>
 const wchar_t* Format(wchar_t (&message)[Length], const wchar_t* format, Text... texts) {
     (void)_snwprintf(message, Length - 1, format, texts...);
@@ -164,7 +164,7 @@ bool CNtService::ProgramCommand(wchar_t* command, unsigned long size) {
     const wchar_t* path = mpExePath;
     if (path == nullptr) {
         const unsigned long length = GetModuleFileNameW(nullptr, ownPath, kPathLength);
-        // GUARD-171: a path that fills the buffer may be cut and not terminated.
+        // GUARD-171: a path that fills the buffer may be truncated and not terminated.
         if (length >= kPathLength) SetLastError(ERROR_INSUFFICIENT_BUFFER);
         if (length == 0 || length >= kPathLength) return false;
         path = ownPath;

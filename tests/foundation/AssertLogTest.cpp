@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(AssertLog, KeepsTheNewestReportsOldestFirstAndCutsLongTexts) {
+TEST(AssertLog, KeepsTheNewestReportsOldestFirstAndTruncatesLongTexts) {
     const std::string longText(1000, 'x');
     WndLogAssert(longText.c_str(), longText.c_str(), 7);
     WND_ASSERT_RECORD record{};

@@ -64,9 +64,9 @@ TYPED_TEST(CopyStringTest, ReportsBadArgumentsOnTheirLinesAndStaysInBounds) {
 TEST(CopyString, ClosesTheTextBeforeACharacterThatCannotBeConverted) {
     const auto copy = [](const wchar_t* text, unsigned int size) {
         std::string target(8, '#');
-        const unsigned long cut = CopyString(target.data(), text, size);
+        const unsigned long truncated = CopyString(target.data(), text, size);
         EXPECT_LT(target.find('\0'), size);
-        return std::to_string(cut) + target.c_str();
+        return std::to_string(truncated) + target.c_str();
     };
     EXPECT_EQ(copy(L"ab\x4E2Dz", 8), "0ab");
     // If a character becomes two bytes, the text may end before the buffer does, or fill it.

@@ -131,9 +131,9 @@ TEST_F(MsgSocket, WritingEndsInTimeAndRestoresTheTimeOut) {
     EXPECT_EQ(receiver->Write(large.get(), 50), WSAENOTSOCK);
 }
 
-TEST_F(MsgSocket, NothingFollowsARecordThatWasCut) {
+TEST_F(MsgSocket, NothingFollowsAnIncompleteRecord) {
     for (const auto& [taken, error] : {std::pair(6, 0), {6, WSAETIMEDOUT}, {9, 0}, {0, WSAEWOULDBLOCK}}) {
-        const bool cut = taken == 6;
+        const bool incomplete = taken == 6;
         SCOPED_TRACE(testing::Message() << taken << " bytes, error " << error);
         Connect(CSocket::MODE_EVENT);
         {
@@ -145,13 +145,13 @@ TEST_F(MsgSocket, NothingFollowsARecordThatWasCut) {
                                     });
             EXPECT_EQ(receiver->Write(Message("first").get(), 50), error);
         }
-        EXPECT_EQ(receiver->Write(Message("second").get(), 50), cut ? WSAESHUTDOWN : 0);
+        EXPECT_EQ(receiver->Write(Message("second").get(), 50), incomplete ? WSAESHUTDOWN : 0);
         Send(Wire("received"));
         Hear();
         EXPECT_EQ(receiver->delivered, Wire("received"));
         EXPECT_EQ(receiver->Disconnect(), 0);
         const std::string sent = Wire("first").substr(0, static_cast<std::size_t>(taken));
-        EXPECT_EQ(ReceiveAll(connection->bare), cut ? sent : sent + Wire("second"));
+        EXPECT_EQ(ReceiveAll(connection->bare), incomplete ? sent : sent + Wire("second"));
     }
 }
 

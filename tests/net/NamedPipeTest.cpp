@@ -98,7 +98,7 @@ TEST_F(NamedPipe, Odd89OpeningLeavesTheServersStatusAsItWas) {
     }
 }
 
-TEST_F(NamedPipe, ModesAndCutNamesReachTheSystem) {
+TEST_F(NamedPipe, ModesAndTruncatedNamesReachTheSystem) {
     CallLog calls;
     const ImportPatch file(calls.Adding("CreateFileW", &CreateFileW, INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED));
     const ImportPatch pipe(

@@ -153,7 +153,7 @@ TEST_F(Command, Odd166And167NamesCountAnywhereInALineAndTheLastLineNeedsItsEnd) 
     }
 }
 
-TEST_F(Command, LongTextsAreCutToTheirFields) {
+TEST_F(Command, LongTextsAreTruncatedToTheirFields) {
     const std::string value = std::string(5000, 'x') + "\r\n";
     CCommand command =
         FromText("RestartKey=" + value + "Arguments=" + value + "PathFileName=" + value + "WorkDir=" + value);
@@ -204,10 +204,10 @@ TEST_F(Command, ProgramIsSearchedForInTheWorkingDirectoryUnlessItNamesADriveOrDi
 
 TEST_F(Command, ProgramWithATruncatedPathIsNotStarted) {
     SetEnvironmentVariableA("LONG", std::string(300, 'l').c_str());
-    const std::string cut = std::string(250, 'd') + "\\other.exe.disabled\r\n";
+    const std::string truncated = std::string(250, 'd') + "\\other.exe.disabled\r\n";
     for (const std::string& text :
-         {std::string("PathFileName=%LONG%\r\n"), "PathFileName=" + cut,
-          std::string("WorkDir=%LONG%\r\nPathFileName=a.exe\r\n"), "WorkDir=" + cut + "PathFileName=a.exe\r\n"}) {
+         {std::string("PathFileName=%LONG%\r\n"), "PathFileName=" + truncated,
+          std::string("WorkDir=%LONG%\r\nPathFileName=a.exe\r\n"), "WorkDir=" + truncated + "PathFileName=a.exe\r\n"}) {
         EXPECT_EQ(Refusal(FromText(text)), SystemText(ERROR_FILENAME_EXCED_RANGE)) << text;
     }
     Set(L"PathFileName", L"other.exe\u4e00.disabled");

@@ -150,7 +150,7 @@ TEST_F(MoDrive, WithoutADeviceNothingIsPartitioned) {
     errors["\\\\.\\PHYSICALDRIVE1"] = errors["\\\\.\\" + std::string(27, 'x')] = ERROR_FILE_NOT_FOUND;
     EXPECT_EQ(FormatDisk(owner).Partition(), 0);
     Set(L"MOPHYSICALDRIVE", L"\\\\.\\" + std::wstring(200, L'x'));
-    EXPECT_EQ(FormatDisk(owner).Partition(), 0) << "cut to 31 characters";
+    EXPECT_EQ(FormatDisk(owner).Partition(), 0) << "truncated to 31 characters";
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"Software\\Varda");
     EXPECT_EQ(FormatDisk(owner).Partition(), 0);
     EXPECT_EQ(calls.size(), 2u);

@@ -122,7 +122,7 @@ TEST_F(Registry, BuffersGrowToTheRequestedSize) {
     EXPECT_EQ(CReg(0, 302).ReadKey(key, name.c_str(), 302, nullptr), 0);
 }
 
-TEST_F(Registry, TextIsCutToTheCallersBuffer) {
+TEST_F(Registry, TextIsTruncatedToTheCallersBuffer) {
     ASSERT_EQ(reg.SaveKey(key, L"text", L"four"), 0);
     ASSERT_EQ(reg.ReadKey(key, L"text", 0, nullptr), 0);
     wchar_t text[] = L"########";

@@ -89,7 +89,7 @@ public:
     /// @return bytes from the start to the end of the last write
     unsigned long GetWriteCursor() const { return m_ulWriteCursor; }
 
-    /// Name of the file or mapping, cut to 259 characters.
+    /// Name of the file or mapping, truncated to 259 characters.
     /// @return text owned by this object; empty for the other kinds and until something is opened
     const wchar_t* GetFileName() const { return m_szName; }
 
@@ -140,7 +140,7 @@ public:
     /// @return 0: deleted, or it did not exist; else the Win32 error
     static int RemoveFile(const wchar_t* name);
 
-    /// Closes the file, also for copies, and renames the file named by GetFileName(). That name is cut to 259
+    /// Closes the file, also for copies, and renames the file named by GetFileName(). That name is truncated to 259
     /// characters and may then name another file. The object keeps the value of the closed handle and closes it again
     /// when it is destroyed, when the value may belong to another file: destroy the object at once.
     /// @param newName  new name, which GetFileName() returns after success; null gives -1

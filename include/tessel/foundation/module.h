@@ -17,7 +17,7 @@ TESSEL_API unsigned long TesselSetStringModule(HINSTANCE module);
 
 /// Loads a text from the library's string table (LoadStringW), in the thread's language. Any thread.
 /// @param id           number of the text; 0 loads none
-/// @param buffer       receives the text, terminated and cut to fit; empty if there is none
+/// @param buffer       receives the text, terminated and truncated to fit; empty if there is none
 /// @param sizeInChars  size of @p buffer, including the terminator
 /// @return characters copied, without the terminator; 0 if nothing was loaded
 TESSEL_API int TesselLoadString(unsigned int id, wchar_t* buffer, int sizeInChars);

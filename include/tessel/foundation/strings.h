@@ -10,8 +10,8 @@
 ///
 /// A null pointer or a size of 0 is reported (WndLogAssert) and gives 1; the destination then receives an empty string
 /// if there is room for one. Otherwise the destination is always terminated. A conversion stops at a character it
-/// cannot convert. If the text grows, it may be cut, even within a multi-byte character. The result shows neither. Any
-/// thread.
+/// cannot convert. If the text grows, it may be truncated, even within a multi-byte character. The result shows
+/// neither. Any thread.
 ///@{
 
 /// Copies 8-bit text and clears the rest of the destination.

@@ -114,7 +114,7 @@ TESSEL_API int IsThisAWindow(HWND hWnd);
 
 /// A window's text (GetWindowTextW).
 /// @param hWnd         the window
-/// @param text         receives it, terminated and cut to fit
+/// @param text         receives it, terminated and truncated to fit
 /// @param sizeInChars  size of @p text, including the terminator
 /// @return characters without the terminator; 0: none, or failure (GetLastError())
 TESSEL_API int GetAWindowText(HWND hWnd, wchar_t* text, int sizeInChars);

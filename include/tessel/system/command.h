@@ -12,10 +12,10 @@
 /// The class does not wait for the program, watch it or restart it; the restart key is only stored.
 ///
 /// Program and working directory may contain references to environment variables (%NAME%), which are expanded when the
-/// program is started. All text is 8-bit; text longer than its field is cut. Execute() refuses a program or working
-/// directory that was cut, contains a character without an 8-bit form, or takes more than 259 bytes when expanded.
-/// Text of the registry is converted in the C runtime's locale (CopyString()), while the system uses its own code page:
-/// for characters beyond ASCII the program must set that locale.
+/// program is started. All text is 8-bit; text longer than its field is truncated. Execute() refuses a program or
+/// working directory that was truncated, contains a character without an 8-bit form, or exceeds 259 bytes when
+/// expanded. Text of the registry is converted in the C runtime's locale (CopyString()), while the system uses its own
+/// code page: for characters beyond ASCII the program must set that locale.
 ///
 /// Copies are independent. Threads: only one thread at a time may use an object.
 class TESSEL_API CCommand {

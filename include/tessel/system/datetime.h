@@ -349,7 +349,7 @@ public:
     /// @param buffer     receives the text, terminated and truncated to fit
     /// @param size       buffer size in characters, including the terminator
     /// @return STATUS_OK; ERROR_INVALID_PARAMETER (87): no such day, or a null or empty buffer; the buffer, if any, is
-    ///         empty; ERROR_INSUFFICIENT_BUFFER (122): even the abbreviated name was cut
+    ///         empty; ERROR_INSUFFICIENT_BUFFER (122): even the abbreviated name was truncated
     static unsigned long GetDayOfWeekText(int dayOfWeek, wchar_t* buffer, unsigned int size);
 
     /// The English name of a day of the week.

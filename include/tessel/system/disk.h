@@ -10,8 +10,8 @@
 /// Threads: only one thread at a time may use an object; the dialog belongs to the thread of its owner window.
 class TESSEL_API FormatDisk {
 public:
-    /// Reads the settings. A value that cannot be read counts as empty; a longer one is cut to 7 (drive) or 31 (device)
-    /// characters. A missing key is created.
+    /// Reads the settings. A value that cannot be read counts as empty; a longer one is truncated to 7 (drive) or 31
+    /// (device) characters. A missing key is created.
     /// @param owner  owner window of the format dialog
     explicit FormatDisk(HWND owner);
 

@@ -66,7 +66,7 @@ public:
     /// Reads a text as 8-bit text (wcstombs).
     /// @param name    name of the property
     /// @param buffer  receives the text, terminated, empty for null; unchanged after a failure
-    /// @param length  buffer size in bytes, including the terminator; a longer text is cut
+    /// @param length  buffer size in bytes, including the terminator; a longer text is truncated
     /// @return as the form with VARIANT; 0x80041005 (WBEM_E_TYPE_MISMATCH): not a text; 0x80070057 (E_INVALIDARG):
     ///         null or empty buffer, which is reported
     long GetProperty(const wchar_t* name, char* buffer, unsigned int length);
@@ -74,7 +74,7 @@ public:
     /// Reads a text.
     /// @param name    name of the property
     /// @param buffer  receives the text, terminated, empty for null; unchanged after a failure
-    /// @param length  buffer size in characters, including the terminator; a longer text is cut
+    /// @param length  buffer size in characters, including the terminator; a longer text is truncated
     /// @return as the form with VARIANT; 0x80041005 (WBEM_E_TYPE_MISMATCH): not a text; 0x80070057 (E_INVALIDARG):
     ///         null or empty buffer, which is reported
     long GetProperty(const wchar_t* name, wchar_t* buffer, unsigned int length);
@@ -171,22 +171,22 @@ public:
 
     /// Family, model and stepping.
     /// @param buffer  receives the text, terminated; unchanged if it cannot be read. Null: no effect
-    /// @param length  buffer size in characters, including the terminator; a longer text is cut
+    /// @param length  buffer size in characters, including the terminator; a longer text is truncated
     void GetCaption(wchar_t* buffer, unsigned int length);
 
     /// Family, model and stepping.
     /// @param buffer  receives the text, terminated; unchanged if it cannot be read. Null: no effect
-    /// @param length  buffer size in characters, including the terminator; a longer text is cut
+    /// @param length  buffer size in characters, including the terminator; a longer text is truncated
     void GetDescription(wchar_t* buffer, unsigned int length);
 
     /// The manufacturer, as reported by the processor.
     /// @param buffer  receives the text, terminated; unchanged if it cannot be read. Null: no effect
-    /// @param length  buffer size in characters, including the terminator; a longer text is cut
+    /// @param length  buffer size in characters, including the terminator; a longer text is truncated
     void GetManufacturer(wchar_t* buffer, unsigned int length);
 
     /// The brand name.
     /// @param buffer  receives the text, terminated; unchanged if it cannot be read. Null: no effect
-    /// @param length  buffer size in characters, including the terminator; a longer text is cut
+    /// @param length  buffer size in characters, including the terminator; a longer text is truncated
     void GetName(wchar_t* buffer, unsigned int length);
 
 private:
