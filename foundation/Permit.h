@@ -9,7 +9,7 @@ class Permit {
 public:
     /// Waits for the permit.
     /// @param semaphore  semaphore or lock, which outlives this object
-    /// @param timeoutMs  milliseconds; INFINITE waits for ever, and fails only when the semaphore is broken
+    /// @param timeoutMs  milliseconds; INFINITE waits indefinitely, and fails only when the semaphore is broken
     Permit(CSemaphore& semaphore, unsigned long timeoutMs)
         : m_semaphore(semaphore), m_held(semaphore.WaitOnSemaphore(timeoutMs) == 0) {}
     ~Permit() {

@@ -67,7 +67,7 @@ bool ReceiveAll(SOCKET socket, char* bytes, unsigned int size) {
 /// Receives a record into the buffer, or into a longer one that replaces it.
 bool ReceiveRecord(SOCKET socket, unsigned int size) {
     if (size <= lastRecord.capacity) return ReceiveAll(socket, lastRecord.bytes, size);
-    // GUARD-72: a length alone must not occupy memory for ever, so the record has to arrive first.
+    // GUARD-72: a length alone must not occupy memory indefinitely, so the record has to arrive first.
     std::unique_ptr<char[]> longer(new (std::nothrow) char[size]);
     if (longer == nullptr || !ReceiveAll(socket, longer.get(), size)) return false;
     delete[] lastRecord.bytes;

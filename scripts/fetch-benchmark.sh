@@ -29,5 +29,5 @@ need_benchmark_source() {
     rm -rf "$benchmark_source" "$benchmark_source.new"
     mkdir "$benchmark_source.new"
     tar -xf "$folder"/benchmark_*.orig.tar.* -C "$benchmark_source.new" --strip-components 1
-    mv "$benchmark_source.new" "$benchmark_source" # only now is it whole
+    mv "$benchmark_source.new" "$benchmark_source" # renamed only when complete
 }

@@ -106,4 +106,4 @@ check "shown programs" check_shown_programs
 check links check_links
 check scripts shellcheck -x dev .ci/run scripts/*.sh
 [ "$findings" = 0 ] || fail "findings in $findings checks"
-say "nothing to mend"
+say "no findings"

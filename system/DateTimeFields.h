@@ -12,9 +12,9 @@ struct DateTimeField {
     WORD invalid; ///< stored for a value that does not fit; no valid time has it
 };
 
-/// The most significant first.
-
 inline constexpr WORD kNoTime = 0xFFFF;
+
+/// The most significant first.
 inline constexpr DateTimeField kDateTimeFields[] = {
     {L'y', 4, &SYSTEMTIME::wYear, 0},
     {L'o', 2, &SYSTEMTIME::wMonth, 0},

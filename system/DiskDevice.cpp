@@ -21,7 +21,7 @@ struct DriveLayout {
 
 static_assert(sizeof(DriveLayout) == 136 && offsetof(DriveLayout, entries) == 8);
 
-// Unsigned, as in MediumSize().
+// Unsigned, so that a faulty device's numbers wrap instead of overflowing.
 DriveLayout OnePartition(const DISK_GEOMETRY& geometry) {
     DriveLayout layout{};
     layout.count = kEntries;
@@ -40,7 +40,7 @@ DriveLayout OnePartition(const DISK_GEOMETRY& geometry) {
 
 } // namespace
 
-// Unsigned: the numbers of a faulty device may wrap.
+// Unsigned, as in OnePartition().
 LONGLONG MediumSize(const DISK_GEOMETRY& geometry) {
     return static_cast<LONGLONG>(static_cast<std::uint64_t>(geometry.Cylinders.QuadPart) * geometry.TracksPerCylinder *
                                  geometry.SectorsPerTrack * geometry.BytesPerSector);

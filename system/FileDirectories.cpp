@@ -123,7 +123,7 @@ private:
     }
 
     /// GUARD-260: Wine reports a link to a Unix directory with tag 0, which no reparse point has, and would remove the
-    /// directory behind it. The link is left alone.
+    /// directory behind it. The link is kept.
     bool IsUnixLink() const {
         return (m_entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) && m_entry.dwReserved0 == 0;
     }

@@ -47,7 +47,7 @@ ListViewSearch Search(HIMAGELIST images, bool remove) {
 void MakeShare(HWND listView) {
     const LONG_PTR style = GetWindowLongPtrW(listView, GWL_STYLE);
     if ((style & LVS_SHAREIMAGELISTS) != 0) return;
-    (void)SetPropW(listView, kMadeToShare, listView); // without the property it shares for ever
+    (void)SetPropW(listView, kMadeToShare, listView); // without the property it shares permanently
     SetWindowLongPtrW(listView, GWL_STYLE, style | LVS_SHAREIMAGELISTS);
 }
 

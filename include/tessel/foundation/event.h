@@ -11,8 +11,8 @@ public:
     /// Opens the named event or creates it.
     ///
     /// If the event exists but cannot be opened (access denied, or the name belongs to another kind of object), none
-    /// is created: the handle is then INVALID_HANDLE_VALUE, and a wait returns what the system makes of it. Windows
-    /// takes that value for the calling process, so never wait on it without a time-out; check IsOpen() first.
+    /// is created: the handle is then INVALID_HANDLE_VALUE, and the result of a wait is undefined. Windows interprets
+    /// that value as the calling process, so never wait on it without a time-out; check IsOpen() first.
     /// @param name          name shared between processes; null for none
     /// @param manualReset   if it is created, not 0: it stays signalled until ResetEvent(); 0: it ends one wait
     /// @param initialState  if it is created, not 0: it starts signalled
@@ -36,13 +36,13 @@ public:
     virtual ~CEvent();
 
     /// Waits for the signal.
-    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
+    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits indefinitely
     /// @return 0: signalled; 0xFFFFFFFF: time-out or abandoned; else the Win32 error of the failed wait
     unsigned long WaitOnEvent(unsigned long timeoutMs);
 
     /// Waits for the signal or for input to the calling thread. Removes and dispatches all pending messages; a WM_QUIT
     /// among them is lost.
-    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
+    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits indefinitely
     /// @return 0: signalled; 0xFFFFFFFF: time-out, or messages were dispatched; else the Win32 error
     unsigned long WaitOnEventMsg(unsigned long timeoutMs);
 

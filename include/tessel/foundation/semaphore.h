@@ -34,13 +34,13 @@ public:
     virtual ~CSemaphore();
 
     /// Waits for one permit.
-    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
+    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits indefinitely
     /// @return 0: taken; 1: time-out, abandonment or failure; after a failure the Win32 error is kept
     int WaitOnSemaphore(unsigned long timeoutMs);
 
     /// Waits for one permit of this semaphore or of another handle. If the wait finds the handle abandoned, it tries to
     /// release a permit and waits again 1 ms later. That release fails on a mutex, which the caller then owns twice.
-    /// @param timeoutMs  milliseconds per wait; 0 polls, INFINITE waits for ever
+    /// @param timeoutMs  milliseconds per wait; 0 polls, INFINITE waits indefinitely
     /// @param handle     a waitable handle, owned by the caller; null: this semaphore
     /// @return 0: taken; WAIT_TIMEOUT (258): time-out; else the Win32 error of the failed wait, which is not kept
     int WaitOnSemaphoreA(unsigned long timeoutMs, void* handle);
@@ -84,7 +84,7 @@ public:
     explicit CThreadLock(const wchar_t* name = nullptr);
 
     /// Acquires the lock.
-    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
+    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits indefinitely
     /// @return 0: locked; 1: time-out or failure (the error is kept)
     int Lock(unsigned long timeoutMs);
 

@@ -47,18 +47,18 @@ public:
     void DeleteObject(const CSemaphore& object);
 
     /// Waits until one object is signalled.
-    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
+    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits indefinitely
     /// @return 0: signalled, or the set is empty; 0xFFFFFFFF: time-out, or an abandoned mutex; else the Win32 error
     unsigned long WaitOnAnyObject(unsigned long timeoutMs);
 
     /// Waits until one object is signalled and identifies it.
     /// @param signalled  receives the handle, owned by its object; null if none was; unchanged for an empty set
-    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
+    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits indefinitely
     /// @return 0: signalled, or the set is empty; 0xFFFFFFFF: time-out, or an abandoned mutex; else the Win32 error
     unsigned long WaitOnAnyObject(void*& signalled, unsigned long timeoutMs);
 
     /// Waits until all objects are signalled at the same time. Windows rejects a set that contains an object twice.
-    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
+    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits indefinitely
     /// @return 0: all signalled, or the set is empty; 0xFFFFFFFF: time-out, or an abandoned mutex; else the Win32 error
     unsigned long WaitOnAllObjects(unsigned long timeoutMs);
 
@@ -66,7 +66,7 @@ public:
     /// @param signalled  receives the handle; null if there is none
     /// @param message    receives a message removed from the thread's queue, for the caller to dispatch; otherwise
     ///                   cleared
-    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits for ever
+    /// @param timeoutMs  milliseconds; 0 polls, INFINITE waits indefinitely
     /// @return 0: an object is signalled, a message arrived, a sent message was handled, or the set is empty;
     ///         0xFFFFFFFF: time-out, or an abandoned mutex; else the Win32 error
     unsigned long WaitOnAnyObjectOrMsg(void*& signalled, MSG& message, unsigned long timeoutMs);

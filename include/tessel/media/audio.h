@@ -146,7 +146,7 @@ public:
     /// @param bConvert  not 0: GSM data; 0: PCM
     void SetConvert(int bConvert);
 
-    /// Takes the size of the file as the length of the data, and goes to its start. A missing file is created. In
+    /// Uses the size of the file as the length of the data, and seeks to its start. A missing file is created. In
     /// MODE_IDLE the file must be readable and writable.
     /// @return 0; 1: failure, there is no data
     virtual unsigned long AttachToFile();
@@ -188,9 +188,8 @@ public:
     void StopFile();
     ///@}
 
-    /// Writes a WAVE file and replaces an existing one. If writing fails, as on a full disk, the file is removed. What
-    /// is refused before that (a null path, too many bytes, a file that cannot be opened) leaves an existing file as it
-    /// was.
+    /// Writes a WAVE file and replaces an existing one. If writing fails, as on a full disk, the file is removed. An
+    /// error before that (a null path, too many bytes, a file that cannot be opened) leaves an existing file unchanged.
     /// @param path         path of the file
     /// @param data         the data
     /// @param size         their bytes; for GSM data a multiple of 65

@@ -12,8 +12,8 @@ struct IAVIStream;
 /// Call Open(), one of the two forms of InitializeStream(), WriteFrame() for each image, then Close(). The file can be
 /// played once it is closed.
 ///
-/// Results are 0, the result of the AVI file function that failed (AVIERR_...), or -1 (0xFFFFFFFF) for what the class
-/// itself refuses. FAILED() is true for every failure.
+/// Results are 0, the result of the AVI file function that failed (AVIERR_...), or -1 (0xFFFFFFFF) for calls that the
+/// class rejects. FAILED() is true for every failure.
 ///
 /// Use a width that is a multiple of 4. The rows of an image follow one another without padding at any width, although
 /// the rows of a bitmap should be padded to a multiple of 4 bytes. At other widths, a player that relies on the size of
@@ -48,15 +48,15 @@ public:
     /// Completes the file and frees the buffers, including the caller's frame. Without an open file it only frees the
     /// buffers.
     ///
-    /// Completing the file can fail where WriteFrame() did not, as on a full disk. A file that is then not whole is
-    /// reported and removed. With copies, this happens when the last of them is closed.
+    /// Completing the file can fail where WriteFrame() did not, as on a full disk. An incomplete file is reported and
+    /// removed. With copies, this happens when the last of them is closed.
     void Close();
 
     /// Makes a stream of uncompressed images whose positions are milliseconds, and a frame in which to draw each image.
     /// Each millisecond without an image takes 24 bytes of the file.
     ///
     /// It ends an earlier stream; whether a file accepts a second one depends on the system. After a failure there is
-    /// no stream. A refused argument leaves the object unchanged.
+    /// no stream. An invalid argument leaves the object unchanged.
     /// @param width    pixels per row, at least 1
     /// @param height   rows, at least 1
     /// @param palette  256 colours, red in the lowest byte, then green, then blue (COLORREF)

@@ -63,7 +63,7 @@ public:
     /// @param other  object to copy
     CSound(const CSound& other);
 
-    /// Releases what this object has and shares what the other one has.
+    /// Releases this object's mixer and sound and shares the other's.
     /// @param other  object to copy
     /// @return this object
     CSound& operator=(const CSound& other);
@@ -110,8 +110,9 @@ public:
     /// @return 0, also if the control was not found; STATUS_SOUND_NO_CONTROL or the multimedia error
     unsigned long GetVolume(SOUND_DEVICE device, unsigned long& level);
 
-    /// Sets the volume of a speaker line with two channels and keeps the balance: the louder channel takes the level,
-    /// or both if they are equal. If there are not two channels that can be read, it does the same as SetVolume().
+    /// Sets the volume of a speaker line with two channels and keeps the balance: the louder channel is set to
+    /// the level, or both if they are equal. If there are not two channels that can be read, it does the same as
+    /// SetVolume().
     /// @param device  SOUND_SPEAKER
     /// @param level   1 to 32
     /// @return 0, STATUS_SOUND_NO_CONTROL or the multimedia error

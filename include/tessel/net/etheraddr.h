@@ -10,7 +10,7 @@
 /// The object holds only values: copies are independent. Threads: any thread may read an object while none changes it.
 class TESSEL_API CEtherAddr {
 public:
-    /// Room for texts in characters, their terminators included.
+    /// Sizes of texts in characters, including the terminators.
     enum : unsigned int {
         TEXT_SIZE = 13,        ///< of the address
         SERVICE_NAME_SIZE = 64 ///< of the service name at most

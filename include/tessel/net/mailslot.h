@@ -34,8 +34,8 @@ public:
     /// Creates a mailslot on this machine and becomes its reading end. Closes the previous handle.
     /// @param name            name, copied; the path "\\.\mailslot\NAME" is truncated to 519 characters
     /// @param maxMessageSize  longest message in bytes; 0 for any
-    /// @param readTimeout     milliseconds that a read waits for a message; 0 polls, MAILSLOT_WAIT_FOREVER waits for
-    ///                        ever
+    /// @param readTimeout     milliseconds that a read waits for a message; 0 polls, MAILSLOT_WAIT_FOREVER waits
+    ///                        indefinitely
     /// @param attributes      null for the defaults
     /// @return true: created; false: GetStatus() returns the Win32 error (ERROR_ALREADY_EXISTS: the name is in use)
     bool Create(const wchar_t* name, unsigned long maxMessageSize, unsigned long readTimeout,
@@ -80,7 +80,7 @@ public:
                           unsigned long* readTimeout);
 
     /// Sets the read time-out.
-    /// @param readTimeout  milliseconds; 0 polls, MAILSLOT_WAIT_FOREVER waits for ever
+    /// @param readTimeout  milliseconds; 0 polls, MAILSLOT_WAIT_FOREVER waits indefinitely
     /// @return 0 or the Win32 error, which is also kept
     unsigned long SetInfo(unsigned long readTimeout);
 

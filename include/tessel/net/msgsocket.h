@@ -56,8 +56,8 @@ public:
     /// use Send() with GetMsg() and GetXmitLength(), which returns how much was accepted, and send the rest when
     /// Select() returns 2.
     /// @param msg      record; stays the caller's
-    /// @param timeout  milliseconds that this send may wait on a blocking socket; 0 for ever. The socket's own time-out
-    ///                 is restored afterwards
+    /// @param timeout  milliseconds that this send may wait on a blocking socket; 0: no time-out. The socket's own
+    ///                 time-out is restored afterwards
     /// @return 0: sent, or sent incompletely on a non-blocking socket; WSAEWOULDBLOCK (10035): a non-blocking socket
     ///         accepted nothing; WSAETIMEDOUT (10060): sent incompletely; WSAESHUTDOWN (10058): an earlier record was
     ///         sent incompletely; WSAENOBUFS (10055): more than 2^31 - 5 bytes of data; else a Winsock error

@@ -30,7 +30,7 @@ enum VI_RET_CODE {
 /// start, which the objects of a process share.
 class TESSEL_API CNetworkId {
 public:
-    /// Room for texts.
+    /// Sizes of texts.
     enum : unsigned int {
         ADDRESS_SIZE = 16 ///< longest address in characters, including its terminator
     };

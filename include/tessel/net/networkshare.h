@@ -7,7 +7,7 @@
 /// An object can connect only once: it stays marked as connected after Close(), so use a new object for the next share.
 /// Copies share the name, and each copy that closes on destruction cancels the connection for all of them: pass by
 /// pointer or reference.
-/// Threads: one at a time. Every operation waits for the network, which may take long.
+/// Threads: one at a time. Every operation waits for the network, which may take a long time.
 class TESSEL_API CNetworkShare {
 public:
     /// Creates an object without a connection.
@@ -23,7 +23,7 @@ public:
     /// @return this object
     CNetworkShare& operator=(const CNetworkShare& other);
 
-    /// Cancels the connection if that was requested at construction; the result is lost.
+    /// Cancels the connection if that was requested at construction; the result is discarded.
     virtual ~CNetworkShare();
 
     /// Connects to a share. Succeeds if the local name is already connected to that share, and also if the system

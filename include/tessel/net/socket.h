@@ -78,11 +78,12 @@ public:
     /// @param mode  mode to set up with
     explicit CSocket(MODE mode = MODE_BLOCKING);
 
-    /// Shares what the other object holds.
+    /// Shares the other object's socket, event and memory.
     /// @param other  object to share with
     CSocket(const CSocket& other);
 
-    /// Shares what the other object holds. The previous socket is not closed, nor its memory freed: Disconnect() first.
+    /// Shares the other object's socket, event and memory. The previous socket is not closed, nor its memory freed:
+    /// Disconnect() first.
     /// @param other  object to share with
     /// @return this object
     CSocket& operator=(const CSocket& other);
@@ -156,18 +157,18 @@ public:
 
     /// Ends sending, drops what the peer sends, and closes.
     ///
-    /// A blocking socket waits until the peer closes, too, for ever if the peer's machine is gone. Any other socket
-    /// drops only what has arrived and closes: if the peer is still sending, the system resets the connection, and the
-    /// peer may lose the end of what was sent to it. Use DisconnectWithin() where that matters. In every mode, a peer
-    /// that sends without a pause delays the return. A socket that cannot be shut down (never connected, or listening)
-    /// stays open.
+    /// A blocking socket waits until the peer closes, too, indefinitely if the peer's machine no longer responds. Any
+    /// other socket drops only what has arrived and closes: if the peer is still sending, the system resets the
+    /// connection, and the peer may lose the end of what was sent to it. Use DisconnectWithin() where that matters. In
+    /// every mode, a peer that sends without a pause delays the return. A socket that cannot be shut down (never
+    /// connected, or listening) stays open.
     /// @return 0, also without a socket; else a Winsock error
     virtual int Disconnect();
 
     /// Closes a connection without losing what was sent: ends sending, drops what the peer sends, and waits until the
     /// peer has closed too, in any mode. A peer that reads up to the end of the stream and then closes has received
     /// everything.
-    /// @param milliseconds  longest wait; INFINITE for ever
+    /// @param milliseconds  longest wait; INFINITE: no time-out
     /// @return 0: the peer has closed, or there was no socket; WSAETIMEDOUT (10060): it has not, and the socket stays
     ///         open without events: call again, or give up with Disconnect(); else a Winsock error: the socket is
     ///         closed
@@ -205,12 +206,12 @@ public:
     int Send(const unsigned char* buffer, unsigned int size, unsigned int* sent, int flags);
 
     /// Sets the send time-out.
-    /// @param milliseconds  0 for ever
+    /// @param milliseconds  the time-out; 0: none
     /// @return 0 or a Winsock error
     int SetSendTimeout(unsigned int milliseconds);
 
     /// Returns the send time-out.
-    /// @param milliseconds  receives it; 0 means for ever
+    /// @param milliseconds  receives it; 0: no time-out
     /// @return 0 or a Winsock error
     int GetSendTimeout(unsigned int* milliseconds);
     ///@}
@@ -261,7 +262,7 @@ public:
     /// socket returns only after the peer has closed, and bytes beyond the expected ones are written to the file, too:
     /// the peer must wait before it sends anything else.
     /// @param path          the file, which is overwritten; after a failure it contains what was received
-    /// @param expectedSize  bytes to wait for; 0 takes what is available
+    /// @param expectedSize  bytes to wait for; 0 reads what is available
     /// @return 0: at least that many were received; 1: the peer closed before, or nothing arrived in time; the Win32
     ///         error if the file cannot be created or written; else a Winsock error
     int ReadFile(const wchar_t* path, unsigned int expectedSize);
@@ -272,7 +273,7 @@ public:
 
     /// Receives a whole typed record into a process-wide buffer, which grows to the longest record and is never freed.
     /// A non-blocking socket without data fails at once; after the first bytes it waits up to a second for each next
-    /// part. A blocking socket waits for ever, but only up to a second for the rest of the lengths. A record whose
+    /// part. A blocking socket waits indefinitely, but only up to a second for the rest of the lengths. A record whose
     /// lengths contradict each other, or that does not fit in memory, is left unread.
     /// @param socket      handle of the socket to read from, not necessarily this object's
     /// @param message     receives the record, which the library owns and the next call overwrites; unchanged after a
@@ -296,7 +297,7 @@ public:
     ///@{
 
     /// Waits until the socket is ready.
-    /// @param timeout  longest wait; null for ever
+    /// @param timeout  longest wait; null: no time-out
     /// @return 0: time-out; sum of 1 (readable), 2 (writable) and 4 (exception); else a Winsock error
     int Select(timeval* timeout);
 

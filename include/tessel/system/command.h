@@ -140,17 +140,17 @@ public:
     /// @return record owned by this object, filled by each call
     COMMAND* GetBinary();
 
-    /// Reverts all substitutions: the program will get the argument line as configured.
+    /// Reverts all substitutions: the program will receive the argument line as configured.
     void InitSubstituteArguments();
 
-    /// Replaces the first occurrence of a placeholder in the argument line that the program will get.
+    /// Replaces the first occurrence of a placeholder in the argument line that the program will receive.
     /// @param token  placeholder, such as "$FILE"; null or one that does not occur changes nothing. An empty one
     ///               inserts the value at the start
     /// @param value  replacement; null: an empty text
     void SubstituteArgument(const char* token, const char* value);
 
-    /// Starts the program in its working directory. A program without drive and directory is taken from the working
-    /// directory or, without one, from where the system looks for programs. It inherits no handles. IsStartable() is
+    /// Starts the program in its working directory. A program without drive and directory is searched for in the
+    /// working directory or, without one, where the system looks for programs. It inherits no handles. IsStartable() is
     /// not checked.
     /// @return process id; as no handle is kept, another process may get the id once the program has ended. 0: not
     ///         started; a message box showed the reason, and the call waited until it was closed. If memory was short,

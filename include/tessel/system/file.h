@@ -287,7 +287,7 @@ TESSEL_API unsigned long RemoveDir(const wchar_t* path);
 /// Wine deletes the file itself.
 /// @param path        the directory; backslashes at its end are ignored. A backslash alone is the root of the current
 ///                    drive
-/// @param bRecursive  true: subdirectories and their contents are removed, too; false: they are left alone, and the
+/// @param bRecursive  true: subdirectories and their contents are removed, too; false: they are kept, and the
 ///                    directory itself cannot be removed then
 /// @return 0: removed; 1: null path; ERROR_PATH_NOT_FOUND (3): empty path; ERROR_NOT_ENOUGH_MEMORY (8); else the Win32
 ///         error of the entry that could not be removed: ERROR_ACCESS_DENIED (5) for a read-only file,

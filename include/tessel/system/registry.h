@@ -172,7 +172,7 @@ public:
     /// Writes a multi-string. The type stays.
     /// @param key    key that holds the value
     /// @param name   name of the value; null or empty: the key's default value
-    /// @param texts  texts to write, in order; null pointers are skipped. Readers take an empty text for the end
+    /// @param texts  texts to write, in order; null pointers are skipped. Readers interpret an empty text as the end
     /// @return 0 or a Win32 error
     unsigned long SaveKey(HKEY key, const wchar_t* name, CList<const wchar_t*>& texts);
 

@@ -25,7 +25,7 @@ enum START_MODE : int {
 /// handles to it are closed.
 /// Threads: any thread may call the static operations once the object is constructed. The last known status is shared
 /// without a lock: do not call Stop() or Remove() in the process of the service. If a service reports its end at the
-/// very moment when it is asked to stop, it may appear to be stopping for ever.
+/// very moment when it is asked to stop, it may remain in the state SERVICE_STOP_PENDING.
 class TESSEL_API CNtService {
 public:
     /// Makes this object the service of the process. Changes nothing on the machine.

@@ -25,7 +25,7 @@ struct CSwFile {
 ///
 /// The getters take an index. If it is not negative, they first copy that entry of the table into the object, which
 /// describes that file from then on; the texts of the version resource remain those of the object's own file. If it is
-/// negative, they return what the object describes.
+/// negative, they describe the object's current file.
 ///
 /// Copies count as objects and share the version resource.
 /// Threads: use all objects on one thread. Only the count of objects and the emptying of the table are protected, by a
@@ -62,7 +62,7 @@ public:
 
     /// Path of a file.
     /// @param path   receives the path, terminated; unchanged after a failure
-    /// @param index  entry of the table; negative: what the object describes
+    /// @param index  entry of the table; negative: the object's current file
     /// @return 1; 0: there is no such entry
     int GetPath(wchar_t (&path)[100], int index);
 
@@ -71,7 +71,7 @@ public:
     /// @param minor     receives the second number
     /// @param build     receives the third number
     /// @param revision  receives the fourth number
-    /// @param index     entry of the table; negative: what the object describes
+    /// @param index     entry of the table; negative: the object's current file
     /// @return 1; 0: there is no such entry, or a pointer is null
     int GetBinary(unsigned int* major, unsigned int* minor, unsigned int* build, unsigned int* revision, int index);
 
@@ -82,20 +82,20 @@ public:
     /// @param hour    receives the hour, 0 to 23
     /// @param minute  receives the minute
     /// @param second  receives the second
-    /// @param index   entry of the table; negative: what the object describes
+    /// @param index   entry of the table; negative: the object's current file
     /// @return 1; 0: there is no such entry, or a pointer is null
     int GetFileTime(unsigned short* month, unsigned short* day, unsigned short* year, unsigned short* hour,
                     unsigned short* minute, unsigned short* second, int index);
 
     /// Size of a file.
     /// @param size   receives the bytes; unchanged after a failure
-    /// @param index  entry of the table; negative: what the object describes
+    /// @param index  entry of the table; negative: the object's current file
     /// @return 1; 0: there is no such entry, or the pointer is null
     int GetFileSize(std::uint64_t* size, int index);
 
     /// Version and time of the last write as one text: "1.2.3.4 12/31/2024 23:59:59" (month, day, year).
     /// @param text   receives the text, terminated; unchanged after a failure
-    /// @param index  entry of the table; negative: what the object describes
+    /// @param index  entry of the table; negative: the object's current file
     /// @return 1; 0: there is no such entry
     int GetString(wchar_t (&text)[100], int index);
 

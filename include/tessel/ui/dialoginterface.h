@@ -23,7 +23,7 @@ enum DISPLAY_ACTION : int {
     DA_BOTTOM = 8,         ///< move it to the bottom of the z-order
     DA_REFRESH = 9,        ///< call DIALOG_INTERFACE::RefreshWindow() and repaint at once; always reports failure
     DA_SHOW_IN_PLACE = 10, ///< show it without activating it or changing the z-order
-    DA_FOCUS = 11          ///< select an item and give the control the keyboard
+    DA_FOCUS = 11          ///< select an item and give the control the focus
 };
 
 /// A control and the text to show in it.
@@ -197,7 +197,7 @@ public:
     int GetCount(int id, int& count);
 
     /// Selects text in the edit part of a combo box, or in an edit. Both positions are packed into one message
-    /// parameter, 16 bits each; an edit takes the whole parameter for the end of a selection that starts at 0.
+    /// parameter, 16 bits each; an edit interprets the whole parameter as the end of a selection that starts at 0.
     /// @param id     control
     /// @param start  first character
     /// @param end    position after the last character
@@ -393,7 +393,7 @@ public:
     /// @param id      control
     /// @param column  column
     /// @param width   pixels, at most 32,767; -1 (LVSCW_AUTOSIZE) or -2 (LVSCW_AUTOSIZE_USEHEADER)
-    /// @return 1: set; 0: refused; other negative widths are refused without asking the control
+    /// @return 1: set; 0: refused; other negative widths are rejected without a message to the control
     int LVSetColumnWidth(int id, int column, int width);
 
     /// Sets the font of a control, or of the dialog if it has no such control, and redraws it.

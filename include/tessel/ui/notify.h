@@ -135,7 +135,7 @@ private:
 /// A WM_SETCURSOR has further effects: the focus moves to the control under the pointer; if that is an edit control,
 /// its caret is placed; over a list box passed to RegisterListBoxMove(), the pointer moves to the middle of the item
 /// under it, and the item is selected. SetCommonDlgActive() turns this off. A control of another process has 100 ms to
-/// answer each message; after that it is left alone.
+/// answer each message; after that no further messages are sent to it.
 ///
 /// Each copy has its own record; all of them use one lock.
 /// Threads: the thread that owns the windows translates all messages of the process, because all objects share the

@@ -14,7 +14,7 @@ public:
     virtual ~CSyncObject();
 
     /// Waits for the object. Any thread.
-    /// @param timeoutMs  milliseconds; INFINITE waits for ever
+    /// @param timeoutMs  milliseconds; INFINITE waits indefinitely
     /// @return true: taken, possibly from an owner that ended without releasing it;
     ///         false: time-out or failure (GetLastError())
     virtual bool Lock(unsigned long timeoutMs = INFINITE);
