@@ -217,8 +217,12 @@ TEST_F(Registry, KeysOfTheWorkstationAreUnderVarda) {
 TEST_F(Registry, MissingBufferShowsInTheStatusAloneOdd70) {
     CReg missing(kTooMuch, kTooMuch);
     EXPECT_EQ(missing.GetStatus(), CReg::NO_BUFFER);
-    EXPECT_EQ(missing.ReadKey(key, L"x", kTooMuch, nullptr), 0);
     wchar_t text[4];
+    for (const bool byName : {true, false}) {
+        EXPECT_EQ(missing.GetData(text, 4, 0), CReg::WRONG_TYPE);
+        EXPECT_EQ(byName ? missing.ReadKey(key, L"x", kTooMuch, nullptr) : missing.ReadKey(key, 0), 0);
+        EXPECT_EQ(missing.GetStatus(), CReg::NO_BUFFER);
+    }
     missing.SetType(CReg::TYPE_STRING);
     EXPECT_EQ(missing.GetData(text, 4, 0), CReg::NO_BUFFER);
     EXPECT_EQ(missing.ReadKey(key, L"x", 0, nullptr), ERROR_FILE_NOT_FOUND);
