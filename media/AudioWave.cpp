@@ -70,9 +70,9 @@ bool WriteRiff(const wchar_t* path, const Chunk (&chunks)[3]) {
     const bool written = WriteChunks(file, chunks);
     const bool closed = mmioClose(file, 0) == 0; // it flushes the buffer
     // GUARD-251: Wine does not report a full disk.
-    const bool whole = written && closed && LengthOf(path) == LengthOf(chunks);
-    if (!whole) (void)DeleteFileW(path);
-    return whole;
+    const bool complete = written && closed && LengthOf(path) == LengthOf(chunks);
+    if (!complete) (void)DeleteFileW(path);
+    return complete;
 }
 
 } // namespace

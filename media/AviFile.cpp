@@ -189,7 +189,7 @@ void CAviFile::Close() {
     (void)AVIFileRelease(closing); // it returns a reference count
     AVIFileExit();
     // GUARD-252: the system does not report a full disk.
-    tessel::ReportUnless(tessel::CheckMovie(closing), "!\"The file is not whole\"", {"AviFile", __LINE__});
+    tessel::ReportUnless(tessel::CheckMovie(closing), "!\"The file is incomplete\"", {"AviFile", __LINE__});
 }
 
 // GUARD-143: also before a new stream: a codec would read images of the earlier size from the new buffer.

@@ -31,8 +31,8 @@ Movie ExtractMovie(const IAVIFile* movie) {
     return record ? std::move(record.mapped()) : Movie{};
 }
 
-/// Whether a file is shorter than its RIFF header states, or has no header. Other formats count as whole.
-bool IsCut(HANDLE file) {
+/// Whether a file is shorter than its RIFF header states, or has no header. Other formats count as complete.
+bool IsIncomplete(HANDLE file) {
     struct {
         char id[4];
         std::uint32_t length;
@@ -66,7 +66,7 @@ bool tessel::CheckMovie(IAVIFile* movie) {
     const Movie closed = ExtractMovie(movie);
     if (!closed.hasStream) return true;
     Handle file(CreateFileW(closed.path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
-    if (!file || !IsCut(file.Get())) return true; // an unreadable file cannot be verified
+    if (!file || !IsIncomplete(file.Get())) return true; // an unreadable file cannot be verified
     file.Reset();
     (void)DeleteFileW(closed.path.c_str()); // if this fails, the report remains
     return false;

@@ -68,7 +68,7 @@ bool IsPlayable(const WAVEFORMATEX& format) {
 }
 
 /// Whether a format has the length that its tag and its size field require, and can be played.
-bool IsWholeFormat(Bytes content) {
+bool IsValidFormat(Bytes content) {
     WAVEFORMATEX format{};
     if (content.size() < sizeof(PCMWAVEFORMAT)) return false;
     std::memcpy(&format, content.data(), std::min(content.size(), sizeof format));
@@ -82,7 +82,7 @@ bool LengthsFit(Bytes image) {
     Bytes whole = image;
     Bytes chunks = image.subspan(kRiffHead);
     Bytes content;
-    return FindChunk("RIFF", whole, content) && FindChunk("fmt ", chunks, content) && IsWholeFormat(content) &&
+    return FindChunk("RIFF", whole, content) && FindChunk("fmt ", chunks, content) && IsValidFormat(content) &&
            FindChunk("data", chunks, content);
 }
 

@@ -106,7 +106,7 @@ int CMsgSocket::SendRecord(const CCommMsg& msg) {
 /// Whether a full buffer begins with a complete record, left there for lack of memory (GUARD-81) or by a handler that
 /// disconnected (ODD-87).
 bool CMsgSocket::IsFull() const {
-    return m_uiFilled == m_uiCapacity && tessel::WholeRecord(m_pBuffer, m_uiFilled);
+    return m_uiFilled == m_uiCapacity && tessel::CompleteRecord(m_pBuffer, m_uiFilled);
 }
 
 /// Receives into the free part of the buffer.
@@ -133,7 +133,7 @@ int CMsgSocket::Read(CCommMsg** out) {
     for (;;) {
         const int result = Fill();
         if (result != 0) return result;
-        const auto length = tessel::WholeRecord(m_pBuffer, m_uiFilled);
+        const auto length = tessel::CompleteRecord(m_pBuffer, m_uiFilled);
         if (!length) continue;
         CCommMsg* const record = MakeRecord(*length);
         if (record == nullptr) return WSAENOBUFS;
@@ -167,7 +167,7 @@ void CMsgSocket::RequestEvent() {
 
 /// Delivers the complete records in the buffer.
 void CMsgSocket::Deliver() {
-    while (const auto length = tessel::WholeRecord(m_pBuffer, m_uiFilled)) {
+    while (const auto length = tessel::CompleteRecord(m_pBuffer, m_uiFilled)) {
         CCommMsg* const record = MakeRecord(*length);
         if (record == nullptr) return;
         OnReadMsg(record);

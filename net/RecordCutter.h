@@ -13,7 +13,7 @@ constexpr unsigned int kRecordHead = 4;
 /// @param stream  received bytes, starting with a record; little-endian
 /// @param count   number of bytes
 /// @return length of the record's data, which follows the length word; nothing while the record is incomplete
-inline std::optional<unsigned int> WholeRecord(const unsigned char* stream, unsigned int count) {
+inline std::optional<unsigned int> CompleteRecord(const unsigned char* stream, unsigned int count) {
     if (count < kRecordHead) return std::nullopt;
     unsigned int length = 0;
     std::memcpy(&length, stream, kRecordHead);

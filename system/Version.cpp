@@ -139,7 +139,7 @@ void CSwVersion::ReadVersion(const wchar_t* path) {
     if (m_pVersionInfo == nullptr) return;
     const VersionResource readable = tessel::CheckVersionResource(m_pVersionInfo, size);
     if (readable != VersionResource::DAMAGED) ReadFixedPart();
-    if (readable == VersionResource::WHOLE) return;
+    if (readable == VersionResource::COMPLETE) return;
     delete[] m_pVersionInfo; // GUARD-261: the system would follow the lengths of its blocks out of the resource
     m_pVersionInfo = nullptr;
 }

@@ -37,8 +37,8 @@ public:
         if (m_size <= kNarrowKey || m_info[kNarrowKey] >= kBeyondAscii || !Read(0, m_size, root)) {
             return VersionResource::DAMAGED;
         }
-        return HasRoomToWiden(root) && AreChildrenWhole(root, kDepth) ? VersionResource::WHOLE
-                                                                      : VersionResource::FIXED_PART;
+        return HasRoomToWiden(root) && AreChildrenComplete(root, kDepth) ? VersionResource::COMPLETE
+                                                                         : VersionResource::FIXED_PART;
     }
 
 private:
@@ -73,11 +73,11 @@ private:
         return true;
     }
 
-    bool AreChildrenWhole(const Block& parent, int depth) const {
+    bool AreChildrenComplete(const Block& parent, int depth) const {
         if (depth == 0) return true;
         for (std::size_t start = parent.children; start + sizeof(char16_t) <= parent.end && NumberAt(start) != 0;) {
             Block child{};
-            if (!Read(start, parent.end, child) || !AreChildrenWhole(child, depth - 1)) return false;
+            if (!Read(start, parent.end, child) || !AreChildrenComplete(child, depth - 1)) return false;
             start = Align(child.end);
         }
         return true;

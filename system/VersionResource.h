@@ -8,7 +8,7 @@ namespace tessel {
 enum class VersionResource {
     DAMAGED,    ///< nothing
     FIXED_PART, ///< the value of the root; a block below it leaves its parent
-    WHOLE       ///< every value
+    COMPLETE    ///< every value
 };
 
 /// Checks the lengths of a version resource, as GetFileVersionInfoW fills it in, down to the texts.

@@ -118,7 +118,7 @@ HWND OSClass::CreateWindowFrame(HINSTANCE instance, const wchar_t* name) {
     frameClass.hCursor = LoadCursorW(nullptr, kArrowCursor);
     frameClass.hbrBackground = static_cast<HBRUSH>(GetStockObject(NULL_BRUSH));
     frameClass.lpszClassName = name;
-    (void)RegisterClassW(&frameClass); // fails if it is already registered, which is as good
+    (void)RegisterClassW(&frameClass); // fails harmlessly if it is already registered
     const HWND frame = CreateWindowExW(0, name, name, WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, instance, nullptr);
     tessel::ReportUnless(frame != nullptr, "hParent", kNoFrame);
     return frame;

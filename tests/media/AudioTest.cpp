@@ -405,7 +405,7 @@ TEST_F(Audio, CopiesHaveTheirOwnBuffersAndNoRun) {
     EXPECT_TRUE(fs::remove(folder / "gone")) << "it is closed";
 }
 
-TEST_F(Audio, WaveFilesAreWholeOrNotThere) {
+TEST_F(Audio, WaveFilesAreCompleteOrMissing) {
     const auto number = [](unsigned int value) { return std::string(reinterpret_cast<const char*>(&value), 4); };
     const fs::path path = folder / "made.wav";
     const std::string sound(130, 'x');

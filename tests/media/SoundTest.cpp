@@ -87,26 +87,26 @@ TEST_F(Sound, IsHeardOrWaitedFor) {
     EXPECT_EQ(sound.Play(reinterpret_cast<wchar_t*>(other.data()), 1), STATUS_SOUND_NOT_PLAYED);
 }
 
-TEST_F(Sound, OnlyWholeFilesAreHandedToTheSystem) {
+TEST_F(Sound, OnlyCompleteFilesArePassedToTheSystem) {
     const Player player;
     EXPECT_EQ(CSound(name.data()).Play(1), STATUS_SOUND_NOT_PLAYED) << "no file";
-    const std::string whole = Tone(10);
+    const std::string complete = Tone(10);
     Texts refused{"",
                   std::string(100, 'R'),
                   Tone(10).replace(12, 3, "xyz"),
                   Tone(10).replace(40, 4, 4, '\xFF'), // the length of the samples
-                  whole.substr(0, 44),
-                  whole.substr(0, whole.size() - 1),
+                  complete.substr(0, 44),
+                  complete.substr(0, complete.size() - 1),
                   Tone(10, kRate),
                   Tone(10, PCMWAVEFORMAT{{WAVE_FORMAT_MULAW, 1, kRate, kRate, 1}, 8})};
     for (const WAVEFORMATEX& format : kUnplayable) refused.push_back(Tone(10, format));
     for (const std::string& bytes : refused) EXPECT_EQ(Play(bytes), STATUS_SOUND_NOT_PLAYED) << &bytes - refused.data();
     EXPECT_EQ(player.played.size(), 0U);
-    std::string unpadded = whole.substr(0, whole.size() - 1);
+    std::string unpadded = complete.substr(0, complete.size() - 1);
     --unpadded[4];  // the length of the file
     --unpadded[40]; // the length of the samples
     EXPECT_EQ(Play(unpadded), 0U) << "a last byte that makes the samples even need not be there";
-    EXPECT_EQ(Play(whole), 0U);
+    EXPECT_EQ(Play(complete), 0U);
     EXPECT_EQ(Play(Tone(10, WAVEFORMATEX{WAVE_FORMAT_MULAW, 1, 100, 100, 1, 8, 0})), 0U);
     for (long long claimed = 1000; claimed < 0x900000000; claimed *= 0x300000) {
         const ImportPatch size("GetFileSizeEx", &GetFileSizeEx,

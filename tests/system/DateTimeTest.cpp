@@ -134,7 +134,7 @@ TEST(DateTime, UnknownLayoutEmptiesTheObjectAndIsReportedForAValidOneOnlyOdd173A
     }
 }
 
-TEST(DateTime, TextIsCopiedWholeOrNotAtAllOdd175) {
+TEST(DateTime, TextIsCopiedCompletelyOrNotAtAllOdd175) {
     wchar_t text[] = L"##########";
     const wchar_t* const formatted = kEvening.Format(FID_TIME);
     EXPECT_EQ(kEvening.GetFormattedString(FID_DATE_PACKED, text, 8), 1UL);
