@@ -233,6 +233,11 @@ TEST_F(Dialog, Odd45AnIconListStartsWithWmDestroyAndIsFreedOnce) {
     { const DIALOG_INTERFACE last(std::exchange(other, DIALOG_INTERFACE(nullptr))); }
     EXPECT_EQ(Ask(CTL_LISTVIEW, LVM_GETIMAGELIST, LVSIL_SMALL), 0);
     EXPECT_EQ(destroyed, std::vector{images});
+    for (int time = 0; time < 2; ++time) { // the second list takes the place of one that the list view owns
+        other = DIALOG_INTERFACE(dialog.GetHandle());
+        other.InitIconList(incomplete, Module(), CTL_LISTVIEW);
+    }
+    EXPECT_EQ(destroyed.size(), 2u);
 }
 
 TEST_F(Dialog, MovesAndOrdersWindows) {
