@@ -121,7 +121,7 @@ int CSocket::Disconnect() {
     // ODD-79: a socket that cannot be shut down stays open, and connected if it was.
     const int error = StopSending();
     if (error != 0) return error;
-    // ODD-206: a socket that does not block is closed at once, although data may still be on the way.
+    // ODD-206: a socket that does not block is closed at once, although data may still be in transit.
     while (DropReceived(m_Socket) > 0) continue;
     m_bConnected = false;
     return ErrorOf(CloseSocket());
