@@ -1,9 +1,9 @@
 #include <foundation/Handle.h>
 #include <foundation/SharedOwners.h>
-#include <foundation/SlimLock.h>
 #include <media/SoundImage.h>
-#include <tessel/foundation/status.h>
-#include <tessel/media/sound.h>
+#include <tessel/foundation/platform.h>
+
+#include <mmsystem.h>
 
 #include <mmreg.h>
 
@@ -29,9 +29,6 @@ struct ChunkHead {
 constexpr std::size_t kRiffHead = sizeof(ChunkHead) + 4; // and the form type
 
 using Bytes = std::span<const unsigned char>;
-
-SRWLOCK playingLock = SRWLOCK_INIT;
-const void* playing = nullptr; // sound that was last started without waiting for its end
 
 /// Skips to the end of the next chunk with a name.
 /// @param content  receives the content of the chunk
@@ -116,23 +113,6 @@ unsigned char* tessel::ReadSoundImage(const wchar_t* path) {
 
 void tessel::FreeSoundImage(unsigned char* image) {
     if (image == nullptr || !RemoveOwner(image)) return;
-    const SlimLock lock(playingLock);
-    if (playing == image) {
-        (void)PlaySoundW(nullptr, nullptr, 0); // GUARD-131: the system is still reading it
-        playing = nullptr;
-    }
+    StopSoundImage(image); // GUARD-131: the system may still be reading it
     delete[] image;
-}
-
-unsigned long CSound::Play(int bSync) {
-    return Play(reinterpret_cast<wchar_t*>(m_pImage), bSync);
-}
-
-unsigned long CSound::Play(wchar_t* image, int bSync) {
-    if (image == nullptr) return STATUS_SOUND_NOT_PLAYED;
-    if (bSync != 0) return PlaySoundW(image, nullptr, SND_MEMORY | SND_SYNC) ? STATUS_OK : STATUS_SOUND_NOT_PLAYED;
-    const tessel::SlimLock lock(playingLock);
-    if (!PlaySoundW(image, nullptr, SND_MEMORY | SND_ASYNC)) return STATUS_SOUND_NOT_PLAYED;
-    playing = image;
-    return STATUS_OK;
 }

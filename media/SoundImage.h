@@ -7,6 +7,10 @@ namespace tessel {
 /// @return content, to be freed with FreeSoundImage(); null: unreadable, not RIFF, incomplete, unplayable, or no memory
 unsigned char* ReadSoundImage(const wchar_t* path);
 
+/// Stops a sound image if CSound::Play() started it last, without waiting for its end.
+/// @param image  result of ReadSoundImage()
+void StopSoundImage(const unsigned char* image);
+
 /// Releases a sound image. The last owner stops it if it is playing, and frees it.
 /// @param image  result of ReadSoundImage(); may be null
 void FreeSoundImage(unsigned char* image);
