@@ -1,4 +1,4 @@
-#include "Tone.h"
+#include "media/Tone.h"
 
 #include <tesselgsm/driver.h>
 
