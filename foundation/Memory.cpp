@@ -1,4 +1,5 @@
 #include <foundation/MappedView.h>
+#include <foundation/SharedHandle.h>
 #include <foundation/SharedOwners.h>
 #include <tessel/foundation/memory.h>
 #include <tessel/foundation/strings.h>
@@ -134,10 +135,10 @@ void CMemory::ReleaseResources() {
     case KIND_HEAP: FreeHeap(m_pBuffer); break;
     case KIND_MAPPING:
         if (m_pBuffer != nullptr && RemoveOwner(m_pBuffer)) (void)UnmapViewOfFile(m_pBuffer);
-        if (m_hMapping != nullptr && RemoveOwner(m_hMapping)) (void)CloseHandle(m_hMapping);
+        if (m_hMapping != nullptr) (void)tessel::ReleaseHandle(m_hMapping);
         break;
     case KIND_FILE:
-        if (m_hHandle != INVALID_HANDLE_VALUE && RemoveOwner(m_hHandle)) (void)CloseHandle(m_hHandle);
+        if (m_hHandle != INVALID_HANDLE_VALUE) (void)tessel::ReleaseHandle(m_hHandle);
         break;
     case KIND_GLOBAL:
         if (m_pBuffer != nullptr && RemoveOwner(m_pBuffer)) (void)GlobalFree(m_pBuffer);

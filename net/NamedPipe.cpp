@@ -1,5 +1,6 @@
+#include <foundation/SharedHandle.h>
 #include <net/ChannelPath.h>
-#include <net/SharedHandle.h>
+#include <net/Overlapped.h>
 #include <tessel/net/namedpipe.h>
 
 #include <algorithm>

@@ -92,8 +92,8 @@ void CSocket::GiveUpOwnership() {
 
 void CSocket::Release() {
     if (m_hEvent != INVALID_HANDLE_VALUE && RemoveOwner(m_hEvent)) {
-        ResetEvent(m_hEvent);
-        CloseHandle(m_hEvent);
+        (void)ResetEvent(m_hEvent); // open until now, as for the next line
+        (void)CloseHandle(m_hEvent);
     }
     (void)CloseSocket();
     if (m_pExtra != nullptr && RemoveOwner(m_pExtra)) HeapFree(GetProcessHeap(), 0, m_pExtra);

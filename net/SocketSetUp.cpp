@@ -154,8 +154,8 @@ int CSocket::ResultOfSetUp(int result, HANDLE earlierEvent) {
     const int error = ErrorOf(result);
     if (error == 0) return 0;
     (void)CloseSocket();
-    if (m_hEvent != earlierEvent) { // made for this socket alone
-        CloseHandle(m_hEvent);
+    if (m_hEvent != earlierEvent) {
+        (void)CloseHandle(m_hEvent); // created for this socket alone, so it is open
         m_hEvent = INVALID_HANDLE_VALUE;
     }
     return error;

@@ -1,3 +1,4 @@
+#include <foundation/Handle.h>
 #include <foundation/Launcher.h>
 #include <foundation/Report.h>
 #include <tessel/foundation/strings.h>
@@ -84,8 +85,8 @@ unsigned long Expand(const char* path, char (&expanded)[CCommand::PATH_SIZE]) {
 DWORD Start(char* commandLine, const char* directory) {
     PROCESS_INFORMATION process{};
     if (!tessel::StartShown(commandLine, directory, process)) return 0;
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
+    const tessel::Handle own(process.hProcess);
+    const tessel::Handle thread(process.hThread);
     return process.dwProcessId;
 }
 

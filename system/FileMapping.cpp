@@ -1,3 +1,4 @@
+#include <foundation/SharedHandle.h>
 #include <foundation/SharedOwners.h>
 #include <tessel/system/file.h>
 
@@ -42,7 +43,7 @@ CMemMappedFile::~CMemMappedFile() {
 
 void CMemMappedFile::Release() {
     Unmap(m_pView);
-    if (m_hMapping != nullptr && tessel::RemoveOwner(m_hMapping)) (void)CloseHandle(m_hMapping); // open until now
+    if (m_hMapping != nullptr) (void)tessel::ReleaseHandle(m_hMapping); // open until now
 }
 
 void* CMemMappedFile::MapView(unsigned long access, unsigned long offsetHigh, unsigned long offsetLow,

@@ -1,17 +1,11 @@
 #pragma once
 
+#include <foundation/WindowOwner.h>
 #include <tessel/foundation/platform.h>
 
 #include <optional>
 
 namespace tessel {
-
-/// Whether a window belongs to this process.
-/// @param hWnd  the window; one that is gone belongs to none
-inline bool IsOwnWindow(HWND hWnd) {
-    DWORD process = 0;
-    return GetWindowThreadProcessId(hWnd, &process) != 0 && process == GetCurrentProcessId();
-}
 
 /// Sends a message to a control. A window of another process, which may hang, gets 100 ms to answer. The windows of
 /// this process are waited for: one that answers late would write to memory that its sender has left.
@@ -22,7 +16,7 @@ inline bool IsOwnWindow(HWND hWnd) {
 /// @return the answer; empty when another process gives none in time
 inline std::optional<LRESULT> QueryControl(HWND hWnd, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
     constexpr UINT kAnswerMs = 100;
-    if (IsOwnWindow(hWnd)) return SendMessageW(hWnd, message, wParam, lParam);
+    if (IsWindowOfProcess(hWnd, GetCurrentProcessId())) return SendMessageW(hWnd, message, wParam, lParam);
     DWORD_PTR answer = 0;
     const LRESULT answered = SendMessageTimeoutW(hWnd, message, wParam, lParam, SMTO_ABORTIFHUNG, kAnswerMs, &answer);
     if (answered == 0) return std::nullopt;

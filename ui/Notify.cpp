@@ -225,7 +225,7 @@ void FormatSysMsg::FollowPointer(HWND pointed) {
     (void)SetFocus(pointed); // a window may refuse the focus
     if (type != FT_EDIT) return;
     // GUARD-270: an edit of another process that refused the focus may hang, and needs no caret.
-    if (!tessel::IsOwnWindow(pointed) && GetFocus() != pointed) return;
+    if (!tessel::IsWindowOfProcess(pointed, GetCurrentProcessId()) && GetFocus() != pointed) return;
     const std::optional<LRESULT> multiLine = tessel::QueryControl(pointed, EM_LINESCROLL);
     if (!multiLine) return;
     (void)tessel::QueryControl(pointed, EM_SETSEL, *multiLine != 0 ? kBehindText : 0, static_cast<LPARAM>(kBehindText));
