@@ -4,6 +4,8 @@
 #include <winsock2.h>
 
 #include <cstddef>
+#include <cstdlib>
+#include <cwchar>
 
 namespace tessel {
 
@@ -17,6 +19,19 @@ template <std::size_t limit> unsigned long ReadDotted(const wchar_t* text) {
         narrow[i] = text[i] < 0x80 ? static_cast<char>(text[i]) : '?';
     }
     return inet_addr(narrow);
+}
+
+/// Numbers of a dotted address, of 8 bits each.
+constexpr int kOctets = 4;
+
+/// Reads the next number between dots.
+/// @param rest  text; moves past the number
+/// @return the number; 0 when there is none
+inline unsigned long NextNumber(const wchar_t*& rest) {
+    rest += std::wcsspn(rest, L".");
+    const int number = _wtoi(rest);
+    rest += std::wcscspn(rest, L".");
+    return static_cast<unsigned long>(number);
 }
 
 /// Characters that count in the address texts of socket operations.

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 #include <cwchar>
 #include <iterator>
 #include <new>
@@ -74,10 +73,6 @@ void CIpAddress::Unpack(unsigned long value, wchar_t* out) {
 unsigned long CIpAddress::Pack(const wchar_t* dotted) {
     if (dotted == nullptr || wcsnlen(dotted, kShortest) < kShortest) return 0;
     unsigned long value = 0;
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        dotted += std::wcsspn(dotted, L".");
-        value |= (static_cast<unsigned long>(_wtoi(dotted)) & 0xFF) << shift;
-        dotted += std::wcscspn(dotted, L".");
-    }
+    for (int octet = 0; octet < tessel::kOctets; ++octet) value = value << 8 | (tessel::NextNumber(dotted) & 0xFF);
     return value;
 }

@@ -1,4 +1,5 @@
 #include <foundation/Launcher.h>
+#include <net/DottedText.h>
 #include <system/RegistryKey.h>
 #include <tessel/foundation/status.h>
 #include <tessel/net/networkid.h>
@@ -12,7 +13,6 @@ namespace {
 
 using tessel::RegistryKey;
 
-constexpr int kOctets = 4;
 constexpr std::size_t kValueNameRoom = 32;
 constexpr std::size_t kCommandLineRoom = 512;
 constexpr wchar_t kIpAddress[] = L"IpAddress";
@@ -28,23 +28,11 @@ DWORD Run(wchar_t* commandLine) {
     return exitCode;
 }
 
-/// Reads the next number between dots.
-/// @param rest  text; moves past the number
-/// @return the number; 0 when there is none
-unsigned long NextNumber(const wchar_t*& rest) {
-    rest += std::wcsspn(rest, L".");
-    const int number = _wtoi(rest);
-    rest += std::wcscspn(rest, L".");
-    return static_cast<unsigned long>(number);
-}
-
 } // namespace
 
 void CNetworkId::SetDhcpSetting(bool on) {
     m_ulDhcp = on ? 1 : 0;
-    const RegistryKey adapter(m_Registry, HKEY_LOCAL_MACHINE, m_szAdapterKey);
-    if (adapter.Get() != nullptr)
-        (void)m_Registry.SaveKey(adapter.Get(), L"EnableDhcp", m_ulDhcp); // the operation has no result
+    RegistryKey(m_Registry, HKEY_LOCAL_MACHINE, m_szAdapterKey).Save(L"EnableDhcp", m_ulDhcp);
 }
 
 void CNetworkId::GetIpAddr(const wchar_t* name, wchar_t* out) {
@@ -63,7 +51,7 @@ unsigned long CNetworkId::GetIpAddr(const wchar_t* name) {
     unsigned long address = 0;
     const wchar_t* rest = text;
     // ODD-96: a number over 255 carries into the one before it.
-    for (int octet = 0; octet < kOctets; ++octet) address = (address << 8) + NextNumber(rest);
+    for (int octet = 0; octet < tessel::kOctets; ++octet) address = (address << 8) + tessel::NextNumber(rest);
     return address;
 }
 

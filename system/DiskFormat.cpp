@@ -1,6 +1,6 @@
 #include <system/DiskDevice.h>
+#include <system/RegistryKey.h>
 #include <tessel/system/disk.h>
-#include <tessel/system/registry.h>
 
 #include <shlobj.h>
 
@@ -27,10 +27,10 @@ FormatDisk::FormatDisk(HWND owner) : m_hOwner(owner), m_szDrive{}, m_szDevice{} 
 }
 
 int FormatDisk::GetMoDriveLetter() {
-    const HKEY key = CReg::OpenVardaKey(L"FileDefs", true, L"RunTime");
-    ReadText(key, L"PathToMo", m_szDrive);
-    ReadText(key, L"MOPHYSICALDRIVE", m_szDevice);
-    CReg::CloseKey(key);
+    CReg registry;
+    const tessel::RegistryKey key(registry, CReg::OpenVardaKey(L"FileDefs", true, L"RunTime"));
+    ReadText(key.Get(), L"PathToMo", m_szDrive);
+    ReadText(key.Get(), L"MOPHYSICALDRIVE", m_szDevice);
     return 1;
 }
 

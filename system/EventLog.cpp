@@ -1,5 +1,7 @@
 #include <foundation/Report.h>
 #include <foundation/SharedOwners.h>
+#include <foundation/SystemText.h>
+#include <system/RegistryKey.h>
 #include <tessel/system/eventlog.h>
 #include <tessel/system/registry.h>
 
@@ -13,38 +15,22 @@
 
 namespace {
 
+using tessel::RegistryKey;
+
 constexpr wchar_t kLogsKey[] = L"System\\CurrentControlSet\\Services\\EventLog";
 constexpr wchar_t kApplicationLogKey[] = L"System\\CurrentControlSet\\Services\\EventLog\\Application";
 constexpr const wchar_t* kLogs[] = {L"Application", L"Security", L"System"};
 constexpr unsigned long kSecondsPerDay = 86400;
 constexpr tessel::ReportSite kUnknownLogType{"NtEventLog", 39};
 
-/// A subkey of one of the machine's keys, open for as long as the object lives.
-class MachineKey {
-public:
-    /// GUARD-172: without a name nothing is opened; the empty name gives the parent, which would be closed twice.
-    MachineKey(const wchar_t* parentPath, const wchar_t* name, bool create) {
-        if (name == nullptr || name[0] == L'\0') return;
-        const HKEY parent = CReg::OpenKey(HKEY_LOCAL_MACHINE, parentPath, false);
-        if (parent == nullptr) return;
-        m_key = CReg::OpenKey(parent, name, create);
-        CReg::CloseKey(parent);
-    }
-    ~MachineKey() {
-        if (m_key != nullptr) CReg::CloseKey(m_key);
-    }
-    MachineKey(const MachineKey&) = delete;
-    MachineKey& operator=(const MachineKey&) = delete;
-
-    /// Writes a value. Failures are ignored.
-    template <class Data> void Save(const wchar_t* value, Data data) {
-        if (m_key != nullptr) (void)m_registry.SaveKey(m_key, value, data);
-    }
-
-private:
-    CReg m_registry;
-    HKEY m_key = nullptr;
-};
+/// Opens a subkey of one of the machine's keys.
+/// GUARD-172: without a name nothing is opened; the empty name gives the parent, which would be closed twice.
+/// @return null: it could not be opened
+HKEY OpenSubkey(CReg& registry, const wchar_t* parentPath, const wchar_t* name, bool create) {
+    if (name == nullptr || name[0] == L'\0') return nullptr;
+    const RegistryKey parent(registry, HKEY_LOCAL_MACHINE, parentPath);
+    return parent.Get() == nullptr ? nullptr : CReg::OpenKey(parent.Get(), name, create);
+}
 
 } // namespace
 
@@ -69,7 +55,8 @@ void CNtEventLog::SetMaxSize(unsigned long bytes) {
 }
 
 void CNtEventLog::SetParameter(const wchar_t* value, unsigned long data) {
-    MachineKey(kLogsKey, m_szLog, false).Save(value, data);
+    CReg registry;
+    RegistryKey(registry, OpenSubkey(registry, kLogsKey, m_szLog, false)).Save(value, data);
 }
 
 CNtEventLogSource::CNtEventLogSource(const wchar_t* name, unsigned short category)
@@ -101,8 +88,9 @@ void CNtEventLogSource::Release() {
 }
 
 void CNtEventLogSource::Install(const InstallData& data) {
+    CReg registry;
     // ODD-187: always this log
-    MachineKey key(kApplicationLogKey, m_szName, true);
+    const RegistryKey key(registry, OpenSubkey(registry, kApplicationLogKey, m_szName, true));
     key.Save(L"CategoryCount", data.CategoryCount);
     key.Save(L"TypesSupported", data.TypesSupported);
     key.Save(L"EventMessageFile", data.EventMessageFile);
@@ -142,18 +130,12 @@ unsigned long CNtEventLogSource::ReportEventInfo(unsigned long eventId, unsigned
 
 unsigned long CNtEventLogSource::ReportEventErrorSystemCode(unsigned long eventId, unsigned long systemCode) {
     constexpr unsigned long kMinLength = 20;
-    wchar_t digits[10]; // of 32 bits, the 8 and the terminator
-    wchar_t* text = nullptr;
-    // GUARD-174: inserts in the text stay as they are; there are no arguments for them.
-    const unsigned long length =
-        FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
-                       nullptr, systemCode, LANG_NEUTRAL, reinterpret_cast<wchar_t*>(&text), kMinLength, nullptr);
-    (void)std::swprintf(digits, std::size(digits), L"%0X8", // ODD-186: the 8 is printed
+    wchar_t digits[10];                                            // of 32 bits, the 8 and the terminator
+    tessel::SystemText text(systemCode, LANG_NEUTRAL, kMinLength); // GUARD-174: inserts stay
+    (void)std::swprintf(digits, std::size(digits), L"%0X8",        // ODD-186: the 8 is printed
                         static_cast<unsigned int>(systemCode));
-    const wchar_t* strings[] = {length != 0 ? text : digits};
-    const unsigned long status = ReportEventError(eventId, 1, strings, 0, nullptr, nullptr);
-    LocalFree(text);
-    return status;
+    const wchar_t* strings[] = {text.Length() != 0 ? text.Get() : digits};
+    return ReportEventError(eventId, 1, strings, 0, nullptr, nullptr);
 }
 
 void* CNtEventLogSource::GetUserSid() {

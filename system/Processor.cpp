@@ -1,6 +1,6 @@
+#include <system/RegistryKey.h>
 #include <tessel/foundation/strings.h>
 #include <tessel/system/processor.h>
-#include <tessel/system/registry.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -18,12 +18,12 @@ template <std::size_t size> void Fetch(wchar_t (CWin32_Processor::*text)[size], 
 CProcessor::CProcessor() : m_ulRegistered(0), m_ulCurrent(0), m_ulMaximum(0) {}
 
 unsigned long CProcessor::GetRegisteredCPUInMHz() {
-    const HKEY key = CReg::OpenKey(HKEY_LOCAL_MACHINE, L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", true);
-    if (key == nullptr) return m_ulRegistered;
     CReg registry;
+    const tessel::RegistryKey key(registry, HKEY_LOCAL_MACHINE, L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0",
+                                  true);
+    if (key.Get() == nullptr) return m_ulRegistered;
     unsigned long speed = 0;
-    if (registry.ReadKey(key, L"~Mhz", 0, nullptr) == 0 && registry.GetData(speed) == 0) m_ulRegistered = speed;
-    CReg::CloseKey(key);
+    if (registry.ReadKey(key.Get(), L"~Mhz", 0, nullptr) == 0 && registry.GetData(speed) == 0) m_ulRegistered = speed;
     return m_ulRegistered;
 }
 

@@ -1,3 +1,4 @@
+#include <foundation/SystemText.h>
 #include <tessel/system/service.h>
 
 #include <atomic>
@@ -120,16 +121,13 @@ wchar_t* CNtService::GetLastErrorText(wchar_t* buffer, unsigned long size) {
     constexpr unsigned long kLineEnd = 2;
     constexpr unsigned long kRoomForNumber = 14; // " (0x", eight digits, ")" and the terminator
     const unsigned long error = GetLastError();
-    wchar_t* text = nullptr;
-    const unsigned long length =
-        FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
-                       nullptr, error, LANG_NEUTRAL, reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+    tessel::SystemText text(error);
     buffer[0] = L'\0';
-    if (length >= kLineEnd && size >= length + kRoomForNumber) { // GUARD-176: a text may be shorter than a line end
-        text[length - kLineEnd] = L'\0';
-        (void)std::swprintf(buffer, size, L"%ls (0x%lx)", text, error); // it fits
+    if (text.Length() >= kLineEnd &&
+        size >= text.Length() + kRoomForNumber) { // GUARD-176: a text may be shorter than a line end
+        text.Get()[text.Length() - kLineEnd] = L'\0';
+        (void)std::swprintf(buffer, size, L"%ls (0x%lx)", text.Get(), error); // it fits
     }
-    LocalFree(text);
     return buffer;
 }
 

@@ -1,4 +1,5 @@
 #include <foundation/Report.h>
+#include <foundation/SystemText.h>
 #include <tessel/ui/messagebox.h>
 
 #include <cwchar>
@@ -133,17 +134,11 @@ void CMessageBox::SetResources(const RESOURCES* resources) {
 unsigned long CMessageBox::ConvertErrorCode(unsigned long error, wchar_t*& text) {
     text = nullptr;
     if (error == MESSAGEBOX_NO_ERROR) return 0;
-    // GUARD-52: inserts are not expanded, because there are no arguments for them.
-    constexpr DWORD kFlags =
-        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
-    wchar_t* systemText = nullptr;
-    const DWORD length = FormatMessageW(kFlags, nullptr, error, MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT),
-                                        reinterpret_cast<wchar_t*>(&systemText), 0, nullptr);
-    if (length == 0) return 0;
+    tessel::SystemText systemText(error, MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT)); // GUARD-52: inserts stay
+    if (systemText.Length() == 0) return 0;
     wchar_t code[16];
     (void)std::swprintf(code, std::size(code), L"%08lX: ", error); // always 10 characters
-    text = Join(code, systemText);
-    (void)LocalFree(systemText); // nothing can be done about a failure
+    text = Join(code, systemText.Get());
     return static_cast<unsigned long>(LengthOf(text));
 }
 
