@@ -1,9 +1,11 @@
+#include <foundation/LastError.h>
 #include <foundation/WaitResult.h>
 #include <tessel/foundation/event.h>
 
 namespace {
 
 using tessel::kNotSignalled;
+using tessel::LastErrorUnless;
 
 HANDLE CreateOpenToAll(const wchar_t* name, int manualReset, int initialState) {
     SECURITY_DESCRIPTOR descriptor;
@@ -19,10 +21,6 @@ void DispatchWaitingMessages() {
         (void)TranslateMessage(&message);
         (void)DispatchMessageW(&message);
     }
-}
-
-unsigned long StatusOf(BOOL succeeded) {
-    return succeeded ? ERROR_SUCCESS : GetLastError();
 }
 
 } // namespace
@@ -76,13 +74,13 @@ int CEvent::IsSignalled() {
 }
 
 unsigned long CEvent::SetEvent() {
-    return StatusOf(::SetEvent(m_hEvent));
+    return LastErrorUnless(::SetEvent(m_hEvent));
 }
 
 unsigned long CEvent::ResetEvent() {
-    return StatusOf(::ResetEvent(m_hEvent));
+    return LastErrorUnless(::ResetEvent(m_hEvent));
 }
 
 unsigned long CEvent::PulseEvent() {
-    return StatusOf(::PulseEvent(m_hEvent));
+    return LastErrorUnless(::PulseEvent(m_hEvent));
 }

@@ -1,3 +1,4 @@
+#include <foundation/LastError.h>
 #include <foundation/Report.h>
 #include <foundation/SharedOwners.h>
 #include <tessel/foundation/memory.h>
@@ -14,7 +15,7 @@ constexpr tessel::ReportSite kFileTooLong{"CMemory", 274};
 constexpr DWORD kDispositions[] = {CREATE_NEW, CREATE_ALWAYS, OPEN_EXISTING, OPEN_ALWAYS, TRUNCATE_EXISTING};
 
 int StatusOf(BOOL succeeded) {
-    return succeeded ? 0 : static_cast<int>(GetLastError());
+    return static_cast<int>(tessel::LastErrorUnless(succeeded));
 }
 
 int Seek(HANDLE file, unsigned long offset) {

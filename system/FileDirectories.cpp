@@ -1,3 +1,4 @@
+#include <foundation/LastError.h>
 #include <tessel/system/file.h>
 
 #include <cwchar>
@@ -9,14 +10,12 @@
 
 namespace {
 
+using tessel::LastErrorUnless;
+
 constexpr unsigned long kNullPath = 0xFFFFFFFF;
 
-unsigned long ErrorOf(BOOL succeeded) {
-    return succeeded ? 0 : GetLastError();
-}
-
 unsigned long Create(const std::wstring& path) {
-    return ErrorOf(CreateDirectoryW(path.c_str(), nullptr));
+    return LastErrorUnless(CreateDirectoryW(path.c_str(), nullptr));
 }
 
 /// Whether a file is at a path. The system finds none behind several backslashes.
@@ -102,7 +101,7 @@ private:
         m_levels.pop_back();
         Close(level.search);
         m_path.resize(level.pathLength);
-        const unsigned long error = ErrorOf(RemoveDirectoryW(m_path.c_str()));
+        const unsigned long error = LastErrorUnless(RemoveDirectoryW(m_path.c_str()));
         ReadNext();
         return error;
     }
@@ -135,7 +134,7 @@ private:
     }
 
     unsigned long Removed(BOOL done) {
-        const unsigned long error = ErrorOf(done);
+        const unsigned long error = LastErrorUnless(done);
         ReadNext();
         return error;
     }
@@ -163,7 +162,7 @@ unsigned long CreateDir(const wchar_t* path) {
 }
 
 unsigned long RemoveDir(const wchar_t* path) {
-    return path == nullptr ? kNullPath : ErrorOf(RemoveDirectoryW(path));
+    return path == nullptr ? kNullPath : LastErrorUnless(RemoveDirectoryW(path));
 }
 
 unsigned long RemoveDirAndFiles(const wchar_t* path, bool bRecursive) {
