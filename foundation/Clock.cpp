@@ -1,13 +1,15 @@
 #include <tessel/foundation/clock.h>
 
+#include <iterator>
+
 namespace {
 
 /// Days of each month. ODD-60: 28 in February of every year, so the clock is never set to 29 February.
 constexpr unsigned short kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
 
 bool Exists(const SYSTEMTIME& time) {
-    return time.wSecond < 60 && time.wMinute < 60 && time.wHour < 24 && time.wMonth >= 1 && time.wMonth <= 12 &&
-           time.wDay >= 1 && time.wDay <= kDays[time.wMonth - 1];
+    return time.wSecond < 60 && time.wMinute < 60 && time.wHour < 24 && time.wMonth >= 1 &&
+           time.wMonth <= std::size(kDays) && time.wDay >= 1 && time.wDay <= kDays[time.wMonth - 1];
 }
 
 } // namespace

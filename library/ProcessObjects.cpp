@@ -6,6 +6,14 @@
 #include <tessel/ui/notify.h>
 #include <ui/BrushTable.h>
 
+#include <cstddef>
+
+namespace {
+
+constexpr std::size_t kLeastBuckets = 17;
+
+} // namespace
+
 namespace tessel {
 
 // They are constructed in this order before the entry point runs on attach, and destroyed after it has run on detach.
@@ -17,7 +25,7 @@ BrushTable brushTable;
 } // namespace tessel
 
 // At unload the map is destroyed without the records of list boxes that are still registered.
-CMap<HWND, hWndStore*, FormatSysMsg::WindowHash> FormatSysMsg::ListBoxMoveMap(17);
+CMap<HWND, hWndStore*, FormatSysMsg::WindowHash> FormatSysMsg::ListBoxMoveMap(kLeastBuckets);
 CSemaphore FormatSysMsg::ListBoxLock(nullptr, 1, 1);
 
 namespace tessel {

@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstring>
 #include <cwchar>
-#include <iterator>
 #include <new>
 #include <string>
 
@@ -113,8 +112,9 @@ DWORD Format(wchar_t driveLetter) {
 } // namespace
 
 int CPrepMo::PartitionAndFormat(unsigned short driveLetter, int driveNumber) {
-    wchar_t devicePath[40];
-    (void)std::swprintf(devicePath, std::size(devicePath), L"\\\\.\\PHYSICALDRIVE%d", driveNumber); // always fits
+    constexpr std::size_t kDevicePathSize = 40;
+    wchar_t devicePath[kDevicePathSize];
+    (void)std::swprintf(devicePath, kDevicePathSize, L"\\\\.\\PHYSICALDRIVE%d", driveNumber); // always fits
     return PartitionAndFormat(driveLetter, devicePath);
 }
 

@@ -52,8 +52,9 @@ Value QueryText(const unsigned char* info, const wchar_t* name) {
     const Value translation = Query(info, L"\\VarFileInfo\\Translation");
     if (translation.size < 2 * sizeof(WORD)) return {nullptr, 0}; // GUARD-182
     const auto* const language = static_cast<const WORD*>(translation.data);
-    wchar_t block[40];
-    (void)std::swprintf(block, std::size(block), L"\\StringFileInfo\\%04X%04X\\", language[0],
+    constexpr std::size_t kBlockPathSize = 40;
+    wchar_t block[kBlockPathSize];
+    (void)std::swprintf(block, kBlockPathSize, L"\\StringFileInfo\\%04X%04X\\", language[0],
                         language[1]); // always fits
     try {
         return Query(info, (std::wstring(block) + name).c_str());

@@ -66,7 +66,9 @@ int CBrush::Add(HBRUSH brush, unsigned int id) {
 }
 
 int CBrush::Add(int width, int height, const void* bits) {
-    const HBITMAP bitmap = CreateBitmap(width, height, 1, 8, bits);
+    constexpr UINT kPlanes = 1;
+    constexpr UINT kBitsPerPixel = 8;
+    const HBITMAP bitmap = CreateBitmap(width, height, kPlanes, kBitsPerPixel, bits);
     BrushEntry data{};
     data.Key = kPatternKey;
     data.hBrush = CreatePatternBrush(bitmap);

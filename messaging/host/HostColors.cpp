@@ -5,7 +5,6 @@
 
 namespace {
 
-constexpr int kTransparentBrush = 30;
 constexpr int kTextLength = 256;
 /// A button's brush is followed by the brushes of its other states.
 constexpr int kPressedBrush = 1;
@@ -48,7 +47,7 @@ void OSClass::PaintWithOwnerBrush(LPARAM drawItem) {
     if (m_pHost == nullptr || DIALOG_INTERFACE::GetColor(item.hwndItem, text, background) != 0) return;
     const int brush = BrushOfState(item, background);
     (void)SelectPalette(item.hDC, m_pHost->m_Palette.GetPalette(), FALSE); // if it fails, the context keeps its palette
-    if (CBrush().GetRefId(brush) != kTransparentBrush) (void)FillRect(item.hDC, &item.rcItem, CBrush().GetBrush(brush));
+    if (CBrush().GetRefId(brush) != CI_TRANSPARENT) (void)FillRect(item.hDC, &item.rcItem, CBrush().GetBrush(brush));
     PaintText(item, m_pHost->m_Palette.GetColor(static_cast<COLOR_IDX>(text)));
 }
 
