@@ -1,7 +1,7 @@
 #include <messaging/office/DialogEntries.h>
 
-#include <foundation/Handle.h>
 #include <foundation/SharedField.h>
+#include <messaging/office/Identity.h>
 #include <messaging/office/ResourceTable.h>
 #include <messaging/office/WindowHandle.h>
 #include <tessel/messaging/resource.h>
@@ -11,9 +11,7 @@ namespace tessel {
 namespace {
 
 bool HasEnded(unsigned long processId) {
-    const Handle process(OpenProcess(SYNCHRONIZE, FALSE, processId));
-    if (!process) return GetLastError() == ERROR_INVALID_PARAMETER; // else it is running and access is denied
-    return WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0;
+    return HasProcessEnded(WithoutStartTime(processId));
 }
 
 /// Removes the entries of dialogs that satisfy a condition.

@@ -49,6 +49,18 @@ static_assert(RESOURCE_TABLE_OFFSET == 2448);
 static_assert(SMALL_BLOCK_OFFSET == 27024);
 static_assert(POST_OFFICE_REGION_SIZE == 2601024);
 
+// So is that of the journal.
+static_assert(offsetof(tessel::JOURNAL, roomWanted) == 4);
+static_assert(offsetof(tessel::JOURNAL, lock) == 8);
+static_assert(offsetof(tessel::JOURNAL, change) == 16);
+static_assert(offsetof(tessel::JOURNAL, sequence) == 32);
+static_assert(offsetof(tessel::JOURNAL, mailboxes) == 40);
+static_assert(sizeof(tessel::MAILBOX_NOTE) == 24);
+static_assert(offsetof(tessel::JOURNAL, blocks) == 2440);
+static_assert(sizeof(tessel::BLOCK_NOTE) == 40);
+static_assert(offsetof(tessel::JOURNAL, resources) == 22440);
+static_assert(sizeof(tessel::JOURNAL) == 30632);
+
 struct CPostLayout {
     static_assert(offsetof(CPost, m_pLock) == 0);
     static_assert(offsetof(CPost, m_hMapping) == sizeof(void*));
@@ -57,7 +69,6 @@ struct CPostLayout {
     static_assert(offsetof(CPost, m_pMailboxes) == 4 * sizeof(void*));
     static_assert(offsetof(CPost, m_pResources) == 5 * sizeof(void*));
     static_assert(offsetof(CPost, m_pSmallBlocks) == 6 * sizeof(void*));
-    static_assert(sizeof(CPost) == 7 * sizeof(void*));
 };
 
 struct CMailBoxLayout {

@@ -1,15 +1,19 @@
 #include <foundation/SharedField.h>
+#include <messaging/office/BlockNotes.h>
 #include <messaging/office/LiveRegions.h>
 #include <messaging/office/PostOfficeLock.h>
 #include <messaging/office/WindowHandle.h>
 #include <tessel/messaging/mailbox.h>
-#include <tessel/messaging/resource.h>
 
 #include <algorithm>
 #include <atomic>
 
 namespace {
 
+using tessel::Begin;
+using tessel::Change;
+using tessel::End;
+using tessel::JOURNAL;
 using tessel::LoadShared;
 using tessel::PostOfficeLock;
 using tessel::StoreShared;
@@ -17,10 +21,11 @@ using tessel::StoreShared;
 constexpr int kLowWaterPercent = 10;
 constexpr int kHighWaterPercent = 50;
 
-/// Frees a slot. InUse goes first, so that a process killed in between leaves a slot that can be reused.
-void Clear(MAILBOX& mailbox) {
-    StoreShared<std::uint16_t>(mailbox.InUse, 0);
-    StoreShared<std::uint32_t>(mailbox.ObjId, 0);
+/// Claims a free slot. The exchange is needed under the lock, too: creating a post office may release the lock of a
+/// slow holder (ODD-17).
+bool Claim(MAILBOX& mailbox) {
+    std::uint16_t free = 0;
+    return std::atomic_ref<std::uint16_t>(mailbox.InUse).compare_exchange_strong(free, 1);
 }
 
 unsigned short Percent(unsigned short count, int percent) {
@@ -62,14 +67,17 @@ int CMailBox::RegisterMailbox(HWND hWnd) {
     if (!IsMapped()) return 1;
     const PostOfficeLock lock(m_PostOffice);
     if (!lock) return 1;
+    JOURNAL* const journal = tessel::OpenJournal();
     for (unsigned short slot = 1; slot < m_usMailboxCount; ++slot) {
         MAILBOX& mailbox = m_pMailboxes[slot];
-        if (mailbox.InUse != 0) continue;
+        if (LoadShared(mailbox.InUse) != 0) continue;
+        Begin(journal, Change::REGISTER, slot, LoadShared(m_pHeader->MailboxesInUse));
+        if (!Claim(mailbox)) continue;
         mailbox.ProcessId = m_ulProcessId;
         mailbox.ThreadId = m_ulThreadId;
         StoreShared(mailbox.hWnd, tessel::ToShared(hWnd));
+        if (journal != nullptr) journal->mailboxes[slot] = {tessel::ThisProcess(), 0, 0, 0};
         StoreShared<std::uint32_t>(mailbox.ObjId, m_OwnId); // after these, as look-ups use it
-        StoreShared<std::uint16_t>(mailbox.InUse, 1);       // last: a process killed before this leaves a free slot
         std::atomic_ref<std::uint16_t>(m_pHeader->MailboxesInUse).fetch_add(1);
         m_usSlot = slot; // ODD-23: a previous slot stays registered
         return 0;
@@ -81,48 +89,67 @@ int CMailBox::UnregisterMailbox() {
     if (!IsMapped()) return 1;
     const PostOfficeLock lock(m_PostOffice);
     if (!lock || m_usSlot == 0) return 1;
-    MAILBOX& mailbox = m_pMailboxes[m_usSlot];
+    const MAILBOX& mailbox = m_pMailboxes[m_usSlot];
     // GUARD-201: after a sweep, the slot may belong to another receiver.
-    if (mailbox.ProcessId == m_ulProcessId && mailbox.ObjId == m_OwnId) Clear(mailbox);
+    if (mailbox.ProcessId == m_ulProcessId && mailbox.ObjId == m_OwnId) {
+        FreeSlot(m_usSlot);
+    } else {
+        std::atomic_ref<std::uint16_t>(m_pHeader->MailboxesInUse).fetch_sub(1);
+    }
     m_usSlot = 0;
-    std::atomic_ref<std::uint16_t>(m_pHeader->MailboxesInUse).fetch_sub(1);
     return 0;
+}
+
+/// Ends a registration. The caller holds the post office's lock.
+void CMailBox::FreeSlot(unsigned short slot) {
+    JOURNAL* const journal = tessel::OpenJournal();
+    Begin(journal, Change::UNREGISTER, slot, LoadShared(m_pHeader->MailboxesInUse) - 1);
+    if (journal != nullptr) journal->mailboxes[slot] = {};
+    StoreShared<std::uint32_t>(m_pMailboxes[slot].ObjId, 0); // first, as look-ups use it
+    StoreShared<std::uint16_t>(m_pMailboxes[slot].InUse, 0);
+    std::atomic_ref<std::uint16_t>(m_pHeader->MailboxesInUse).fetch_sub(1);
+    End(journal);
 }
 
 HWND CMailBox::GetMailBox(ORCAOBJID id, unsigned short& slot) {
     slot = 0;
     HWND found = nullptr;
     if (!IsMapped()) return found;
+    int others = 0;
     for (unsigned short candidate = 1; candidate < m_usMailboxCount; ++candidate) {
         const MAILBOX& mailbox = m_pMailboxes[candidate];
         if (LoadShared(mailbox.ObjId) != id) continue;
+        const bool own = LoadShared(mailbox.ProcessId) == m_ulProcessId;
+        if (own && !IsThisProcess(candidate)) continue; // GUARD-292: of an ended process that had the same process id
         found = tessel::FromShared(LoadShared(mailbox.hWnd));
         slot = candidate;
-        if (LoadShared(mailbox.ProcessId) == m_ulProcessId) break; // prefer this process
+        if (own) return found; // prefer this process
+        ++others;
+    }
+    return others > 1 ? LivingMailBox(id, found, slot) : found;
+}
+
+/// Finds the receiver in the highest slot whose process runs.
+/// GUARD-292: a registration of an ended process would hide a receiver that has been restarted.
+/// @param found  its window if none runs, with its @p slot
+HWND CMailBox::LivingMailBox(ORCAOBJID id, HWND found, unsigned short& slot) {
+    for (unsigned short candidate = m_usMailboxCount - 1; candidate > 0; --candidate) {
+        const MAILBOX& mailbox = m_pMailboxes[candidate];
+        if (LoadShared(mailbox.ObjId) != id || tessel::HasProcessEnded(tessel::ReceiverAt(m_pMailboxes, candidate)))
+            continue;
+        slot = candidate;
+        return tessel::FromShared(LoadShared(mailbox.hWnd));
     }
     return found;
 }
 
-MAILBOX* CMailBox::GetMailboxAddr() {
-    return IsMapped() ? m_pMailboxes + m_usSlot : nullptr;
+bool CMailBox::IsThisProcess(unsigned short slot) {
+    const tessel::Identity process = tessel::ReceiverAt(m_pMailboxes, slot);
+    return process == tessel::ThisProcess() || process == tessel::WithoutStartTime(m_ulProcessId);
 }
 
-int CMailBox::CleanUp(ORCAOBJID keep) {
-    if (!IsMapped()) return 0;
-    const PostOfficeLock lock(m_PostOffice);
-    if (!lock) return 0;
-    CResource resources;
-    unsigned long lastProcess = 0;
-    const unsigned short count = MailboxCount();
-    for (MAILBOX* mailbox = m_pMailboxes; mailbox != m_pMailboxes + count; ++mailbox) {
-        if (mailbox->ObjId == 0 || mailbox->ObjId == keep) continue;
-        if (mailbox->ProcessId != lastProcess) (void)resources.ResetProcess(mailbox->ProcessId); // always 0
-        lastProcess = mailbox->ProcessId;
-        FreeBlocksOf(mailbox->ObjId);
-        Clear(*mailbox);
-        *mailbox = MAILBOX{}; // ODD-19: MailboxesInUse is not decremented
-    }
-    return 0;
+MAILBOX* CMailBox::GetMailboxAddr() {
+    return IsMapped() ? m_pMailboxes + m_usSlot : nullptr;
 }
 
 unsigned short CMailBox::BuildDirectoryList(MONITOR_LEVEL* list, int max) {
@@ -153,5 +180,12 @@ int CMailBox::GetRecordFlag() {
 
 int CMailBox::SetRecordFlag(int flag) {
     if (IsMapped()) StoreShared(m_pHeader->RecordFlag, static_cast<std::uint32_t>(flag));
+    return 0;
+}
+
+int CMailBox::LimitWaiting(unsigned short most) {
+    JOURNAL* const journal = tessel::OpenJournal();
+    if (!IsMapped() || journal == nullptr || m_usSlot == 0) return 1;
+    StoreShared<std::uint32_t>(journal->mailboxes[m_usSlot].limit, most);
     return 0;
 }

@@ -1,161 +1,94 @@
 #include <foundation/Report.h>
 #include <foundation/SharedField.h>
+#include <messaging/office/BlockNotes.h>
+#include <messaging/office/PoolReports.h>
 #include <messaging/office/PostOfficeLock.h>
 #include <tessel/foundation/status.h>
 #include <tessel/messaging/mailbox.h>
 
 #include <algorithm>
 #include <atomic>
-#include <cstring>
 
 namespace {
 
+using tessel::Begin;
+using tessel::Change;
+using tessel::End;
+using tessel::JOURNAL;
 using tessel::LoadShared;
+using tessel::PoolReports;
 using tessel::PostOfficeLock;
 using tessel::ReportUnless;
 
-constexpr tessel::ReportSite kMessageTooLong{"CMailbox", 59};
-constexpr tessel::ReportSite kBlocksLow{"CMailbox", 76};
-constexpr tessel::ReportSite kBlockHasOtherUsers{"CMailbox", 182};
-constexpr tessel::ReportSite kBlockTooShort{"CMailbox", 189};
-constexpr tessel::ReportSite kBlockStillUsed{"CMailbox", 199};
 constexpr tessel::ReportSite kNoBlockOfThePool{"CMailbox", 206};
 constexpr tessel::ReportSite kBlockIsFree{"CMailbox", 207};
 
-constexpr int kAttempts = 100;
-constexpr unsigned long kAttemptPauseMs = 1;
-
 /// Number of the block that this process allocated last; protected by the post office's lock.
 unsigned short allocationCursor = 1;
-/// Whether to report a low free count; protected by the post office's lock.
-bool lowWarningArmed = true;
-/// Greatest length passed to Send(); for debugging only.
-std::atomic<unsigned long> longestMessage = 0;
 
-/// Claims a free block. The exchange is needed under the lock, too: creating a post office releases the lock of a slow
-/// holder (ODD-17).
+/// Claims a free block. The exchange is needed under the lock, too: creating a post office may release the lock of a
+/// slow holder (ODD-17).
 bool Claim(SBLOCK& block, std::uint16_t number) {
     std::uint16_t free = 0;
     return std::atomic_ref<std::uint16_t>(block.BlkNum).compare_exchange_strong(free, number);
 }
 
-/// Length of both parts and the extra byte, limited to 2^32 - 1.
-/// GUARD-15: a wrapped sum would let the parts be copied past the end of the block.
-unsigned long TotalLength(unsigned long first, unsigned long second) {
-    const unsigned long long sum = 1ULL + first + second;
-    return static_cast<unsigned long>(std::min(sum, 0xFFFFFFFFULL));
-}
-
-void NoteLength(unsigned long length) {
-    unsigned long longest = longestMessage;
-    while (length > longest && !longestMessage.compare_exchange_weak(longest, length)) {
-    }
+/// Wakes a sender that waits for a free block, if one does.
+void OfferRoom() {
+    JOURNAL* const journal = tessel::OpenJournal();
+    if (journal == nullptr || LoadShared(journal->roomWanted) == 0) return;
+    if (std::atomic_ref<std::uint32_t>(journal->roomWanted).exchange(0) != 0) (void)SetEvent(tessel::RoomEvent());
 }
 
 } // namespace
 
-/// A message to be sent.
-struct CMailBox::Message {
-    HWND receiver;
-    ORCAOBJID to;
-    unsigned short receiverSlot;
-    unsigned long msgId;
-    unsigned long length;
-    unsigned long firstLength;
-    const unsigned char* firstData;
-    unsigned long secondLength;
-    const unsigned char* secondData;
-
-    void CopyTo(SBLOCK& block) const {
-        block.Reserved = 0;
-        block.MsgId = msgId;
-        if (firstLength > 0) std::memcpy(block.Data, firstData, firstLength);
-        // ODD-24: the bytes of a null second part count in the length but are not written, like the extra byte.
-        if (secondData != nullptr) std::memcpy(block.Data + firstLength, secondData, secondLength);
-    }
-};
-
-int CMailBox::Send(ORCAOBJID to, unsigned long msgId, unsigned long firstLength, const unsigned char* firstData,
-                   unsigned long secondLength, const unsigned char* secondData) {
-    unsigned short slot = 0;
-    const HWND receiver = GetMailBox(to, slot);
-    if (receiver == nullptr) return ERROR_SERVICE_NOT_FOUND;
-    const unsigned long length = TotalLength(firstLength, secondLength);
-    ReportUnless(SMALL_BLOCK_SIZE >= length, "SMALL_BLOCK_SIZE >= Len", kMessageTooLong);
-    NoteLength(length);
-    if (length <= SMALL_BLOCK_SIZE && firstData == nullptr && firstLength > 0)
-        return ERROR_INVALID_PARAMETER; // GUARD-09
-
-    const Message message{receiver, to, slot, msgId, length, firstLength, firstData, secondLength, secondData};
-    int status = ERROR_BUSY;
-    for (int attempt = 0; attempt < kAttempts && status == ERROR_BUSY; ++attempt) {
-        status = Deliver(message);
-        if (status == ERROR_BUSY) Sleep(kAttemptPauseMs);
-    }
-    return status;
-}
-
-int CMailBox::Deliver(const Message& message) {
-    SBLOCK* block = nullptr;
-    int status = AllocateForSend(message, block);
-    if (block == nullptr) return status;
-    message.CopyTo(*block);
-    if (!PostMessageW(message.receiver, MAILBOX_NOTIFICATION, 0, block - m_pSmallBlocks)) {
-        status = static_cast<int>(GetLastError());
-        (void)ReleaseMemory(block); // allocated just now
-    }
-    return status;
-}
-
-int CMailBox::AllocateForSend(const Message& message, SBLOCK*& block) {
-    const PostOfficeLock lock(m_PostOffice);
-    if (!lock) return ERROR_INVALID_HANDLE;
-    if (!IsMapped()) return ERROR_NOT_ENOUGH_MEMORY;
-    // GUARD-206: it was looked up without the lock; the slot may now be free or belong to another receiver.
-    if (LoadShared(m_pMailboxes[message.receiverSlot].ObjId) != message.to) return ERROR_SERVICE_NOT_FOUND;
-    const int status = AllocateSmallBlock(message.length, message.receiverSlot, block);
-    if (block == nullptr) return status;
-    std::atomic_ref<std::uint32_t>(m_pHeader->FreeSmallBlks).fetch_sub(1);
-    WatchFreeBlocks();
-    return status;
-}
-
-/// Reports a low free count once, and again only after it has been high.
-void CMailBox::WatchFreeBlocks() {
-    const std::uint32_t free = LoadShared(m_pHeader->FreeSmallBlks);
-    if (lowWarningArmed && free < m_usLowWater) {
-        lowWarningArmed = false;
-        ReportUnless(false, "!\"Message resources low\"", kBlocksLow);
-    } else if (!lowWarningArmed && free > m_usHighWater) {
-        lowWarningArmed = true;
-    }
-}
-
 int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSlot, SBLOCK*& block) {
+    PoolReports reports;
+    return Allocate(length, receiverSlot, block, reports);
+}
+
+/// @param reports  receives what is to be reported
+int CMailBox::Allocate(unsigned long length, unsigned short receiverSlot, SBLOCK*& block, PoolReports& reports) {
     block = nullptr;
     if (!IsMapped()) return ERROR_NOT_ENOUGH_MEMORY;
     const bool fits = length <= std::min(LoadShared(m_pHeader->SmallBlkSize), SMALL_BLOCK_SIZE); // GUARD-13
-    ReportUnless(fits, "!\"Message size > pHeader->SmallBlkSize\"", kBlockTooShort);
-    if (!fits) return ERROR_NOT_ENOUGH_MEMORY;
+    if (!fits) {
+        ++reports.tooLong;
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
     if (receiverSlot >= m_usMailboxCount) return ERROR_SERVICE_NOT_FOUND; // GUARD-16
+    const unsigned short number = ClaimBlock();
+    if (number == 0) return ERROR_BUSY;
 
-    // ODD-20: skips the block at the starting point, even if it is the only free one.
-    const unsigned short start = allocationCursor < m_usBlockCount ? allocationCursor : 1;
-    unsigned short cursor = start;
-    do {
-        if (++cursor >= m_usBlockCount) cursor = 1; // block 0 is never allocated
-        if (cursor == start) return ERROR_BUSY;
-    } while (LoadShared(m_pSmallBlocks[cursor].BlkNum) != 0 || !Claim(m_pSmallBlocks[cursor], cursor));
-    allocationCursor = cursor;
-
-    SBLOCK& found = m_pSmallBlocks[cursor];
-    const std::uint32_t users = std::atomic_ref<std::uint32_t>(found.RefCount).fetch_add(1) + 1;
+    SBLOCK& found = m_pSmallBlocks[number];
+    if (std::atomic_ref<std::uint32_t>(found.RefCount).fetch_add(1) != 0) ++reports.sharedWhenAllocated;
     found.Length = length;
     found.Receiver = m_pMailboxes[receiverSlot].ObjId;
     found.Sender = m_OwnId;
+    NoteAllocation(tessel::OpenJournal(), number, tessel::ReceiverAt(m_pMailboxes, receiverSlot), receiverSlot);
     block = &found;
-    ReportUnless(users == 1, "pSmall[cnt].RefCount == 1", kBlockHasOtherUsers);
     return STATUS_OK;
+}
+
+/// Claims the next free block after the one allocated last. The caller holds the post office's lock, whose release
+/// completes the change.
+/// @return its number; 0: none is free
+unsigned short CMailBox::ClaimBlock() {
+    // Block 0 is never allocated.
+    const auto next = [this](unsigned short number) {
+        return static_cast<unsigned short>(number + 1 < m_usBlockCount ? number + 1 : 1);
+    };
+    // ODD-20: skips the block at the starting point, even if it is the only free one.
+    const unsigned short start = allocationCursor < m_usBlockCount ? allocationCursor : 1;
+    JOURNAL* const journal = tessel::OpenJournal();
+    for (unsigned short number = next(start); number != start; number = next(number)) {
+        SBLOCK& block = m_pSmallBlocks[number];
+        if (LoadShared(block.BlkNum) != 0) continue;
+        Begin(journal, Change::ALLOCATE, number, LoadShared(m_pHeader->FreeSmallBlks), LoadShared(block.RefCount));
+        if (Claim(block, number)) return allocationCursor = number;
+    }
+    End(journal);
+    return 0;
 }
 
 /// GUARD-17: never follow a pointer that is not a block of the pool.
@@ -166,42 +99,62 @@ bool CMailBox::IsBlockOfPool(const SBLOCK* block) {
 }
 
 int CMailBox::ReleaseMemory(SBLOCK* block) {
-    const bool valid = IsBlockOfPool(block);
-    ReportUnless(valid, "pBlock", kNoBlockOfThePool);
-    if (!valid) return 1;
-    const bool released = FreeUnderLock(*block);
-    ReportUnless(released, "pBlock->BlkNum", kBlockIsFree);
-    return released ? 0 : 1;
+    return ReleaseMany(&block, 1) == 1 ? 0 : 1;
 }
 
-bool CMailBox::FreeUnderLock(SBLOCK& block) {
-    const PostOfficeLock lock(m_PostOffice);
-    return lock && FreeBlock(block);
+unsigned short CMailBox::ReleaseMany(SBLOCK* const* blocks, unsigned short count) {
+    if (blocks == nullptr) return 0; // GUARD-09
+    const auto foreign = static_cast<unsigned short>(
+        std::count_if(blocks, blocks + count, [this](const SBLOCK* block) { return !IsBlockOfPool(block); }));
+    for (unsigned short i = 0; i < foreign; ++i) ReportUnless(false, "pBlock", kNoBlockOfThePool);
+    if (foreign == count) return 0;
+    const unsigned short released = FreeUnderLock({blocks, count});
+    for (int i = released + foreign; i < count; ++i) ReportUnless(false, "pBlock->BlkNum", kBlockIsFree);
+    return released;
+}
+
+/// @return how many were in use until now
+unsigned short CMailBox::FreeUnderLock(std::span<SBLOCK* const> blocks) {
+    PoolReports reports;
+    unsigned short released = 0;
+    {
+        const PostOfficeLock lock(m_PostOffice);
+        if (!lock) return 0;
+        for (SBLOCK* const block : blocks) {
+            if (IsBlockOfPool(block) && FreeBlock(*block, reports)) ++released;
+        }
+    }
+    OfferRoom();
+    return released;
 }
 
 /// Returns a block to the pool. The caller holds the post office's lock.
 /// GUARD-19: if two threads release a block at the same time, only one succeeds and counts it.
-bool CMailBox::FreeBlock(SBLOCK& block) {
-    if (std::atomic_ref<std::uint16_t>(block.BlkNum).exchange(0) == 0) return false;
-    const std::uint32_t users = std::atomic_ref<std::uint32_t>(block.RefCount).fetch_sub(1) - 1;
-    ReportUnless(users == 0, "pBlock->RefCount == 0", kBlockStillUsed);
-    std::atomic_ref<std::uint32_t>(m_pHeader->FreeSmallBlks).fetch_add(1);
-    return true;
-}
-
-void CMailBox::FreeBlocksOf(unsigned long receiver) {
-    for (SBLOCK* block = m_pSmallBlocks; block != m_pSmallBlocks + m_usBlockCount; ++block) {
-        if (LoadShared(block->BlkNum) != 0 && block->Receiver == receiver)
-            (void)FreeBlock(*block); // or another thread has freed it
+/// @param reports  receives what is to be reported
+bool CMailBox::FreeBlock(SBLOCK& block, PoolReports& reports) {
+    if (LoadShared(block.BlkNum) == 0) return false;
+    JOURNAL* const journal = tessel::OpenJournal();
+    const auto index = static_cast<std::uint32_t>(&block - m_pSmallBlocks);
+    Begin(journal, Change::FREE, index, LoadShared(m_pHeader->FreeSmallBlks) + 1, LoadShared(block.RefCount) - 1);
+    const bool inUse = std::atomic_ref<std::uint16_t>(block.BlkNum).exchange(0) != 0;
+    if (inUse) {
+        tessel::ForgetBlock(journal, index);
+        if (std::atomic_ref<std::uint32_t>(block.RefCount).fetch_sub(1) != 1) ++reports.sharedWhenFreed;
+        std::atomic_ref<std::uint32_t>(m_pHeader->FreeSmallBlks).fetch_add(1);
     }
+    End(journal);
+    return inUse;
 }
 
 SBLOCK* CMailBox::GetMessageBlock(unsigned int index) {
-    return IsMapped() && index < m_usBlockCount ? m_pSmallBlocks + index : nullptr;
+    if (!IsMapped() || index >= m_usBlockCount) return nullptr;
+    NoteFetched(tessel::OpenJournal(), index, m_usSlot);
+    return m_pSmallBlocks + index;
 }
 
 SBLOCK* CMailBox::GetDirectMessage(unsigned short index) {
     if (!IsMapped()) return nullptr;
+    NoteFetched(tessel::OpenJournal(), index, m_usSlot);
     // ODD-21: not checked. Computed with integers, because the address may lie outside the pool.
     return reinterpret_cast<SBLOCK*>(reinterpret_cast<std::uintptr_t>(m_pSmallBlocks) + index * sizeof(SBLOCK));
 }

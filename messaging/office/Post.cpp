@@ -3,9 +3,12 @@
 #include <foundation/Report.h>
 #include <messaging/office/LiveRegions.h>
 #include <messaging/office/Post.h>
+#include <messaging/office/Repair.h>
 
+#include <atomic>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -47,6 +50,9 @@ bool TablesFit(const FILE_HEADER& header, std::size_t regionSize) {
            TableFits(header.SmallBlkOffset, SMALL_BLOCK_COUNT * sizeof(SBLOCK), regionSize);
 }
 
+/// The thread of this process that holds the lock; 0: none.
+std::atomic<DWORD> holdingThread = 0;
+
 } // namespace
 
 int CPost::m_iConstructing = 0;
@@ -56,7 +62,8 @@ CPost::CPost()
       m_pResources(nullptr), m_pSmallBlocks(nullptr) {
     m_iConstructing = 1;
     m_pLock = new (std::nothrow) CSemaphore(POST_OFFICE_LOCK_NAME, 1, 1);
-    const bool locked = m_pLock != nullptr && m_pLock->WaitOnSemaphore(kConstructionTimeoutMs) == 0;
+    if (m_journal.IsComplete()) m_record = {&m_journal.Get()->lock, m_journal.Turn(), m_journal.Claim()};
+    const bool locked = Lock(kConstructionTimeoutMs);
     tessel::ReportUnless(locked, "!LockTimeout && _T(\"Failed to get semaphore named:\") SEMAPHORE_NAME",
                          kLockTimedOut);
     if (!OpenRegion() && !CreateRegion()) {
@@ -64,13 +71,57 @@ CPost::CPost()
         return; // ODD-16: with the lock still taken
     }
     FindTables();
-    // ODD-17: released even if it was not acquired, which frees a lock whose holder died.
-    if (m_pLock != nullptr) (void)m_pLock->ReleaseSemaphoreA();
+    if (locked) {
+        RepairTables();
+        Unlock();
+    } else {
+        ReleaseUnacquired();
+    }
 }
 
 CPost::~CPost() {
     Unmap();
     delete m_pLock;
+}
+
+bool CPost::Lock(unsigned long timeoutMs) {
+    if (m_pLock == nullptr) return false;
+    if (!IsRecoverable()) return m_pLock->WaitOnSemaphore(timeoutMs) == 0;
+    const auto result = RecoverableLock().Acquire(timeoutMs);
+    if (result == tessel::RecoverableLock::Result::FAILED) return false;
+    holdingThread = GetCurrentThreadId();
+    // GUARD-290: the lock of a holder that has ended would stop all programs.
+    m_takenOver = result == tessel::RecoverableLock::Result::TAKEN_OVER;
+    if (m_takenOver) RepairTables();
+    return true;
+}
+
+void CPost::Unlock() {
+    if (m_pLock == nullptr) return;
+    if (!IsRecoverable()) return (void)m_pLock->ReleaseSemaphoreA(); // fails only if it was not held
+    const bool takenOver = std::exchange(m_takenOver, false);
+    tessel::End(m_journal.Get()); // of an allocation, whose blocks are counted by the caller
+    holdingThread = 0;
+    RecoverableLock().Release();
+    tessel::ReportUnless(!takenOver, "!\"Lock of an ended process taken over\"", {"CPost", __LINE__});
+}
+
+void CPost::OnThreadEnd() {
+    CPost* const post = CPostOffice::mpGlobalPostOffice;
+    if (holdingThread == GetCurrentThreadId() && post != nullptr && post->IsRecoverable())
+        post->RecoverableLock().PassToProcess();
+}
+
+void CPost::RepairTables() {
+    if (m_pHeader != nullptr && m_journal.Get() != nullptr)
+        (void)tessel::Repair(*m_journal.Get(), {m_pHeader, m_pMailboxes, m_pSmallBlocks}); // often nothing to repair
+}
+
+/// ODD-17: the semaphore is released without having been acquired, which frees a lock that nobody is known to hold.
+/// GUARD-291: a holder that is known and runs keeps it.
+void CPost::ReleaseUnacquired() {
+    if (m_pLock == nullptr || (IsRecoverable() && RecoverableLock().IsHeldByTheLiving())) return;
+    (void)m_pLock->ReleaseSemaphoreA(); // fails if it has been released meanwhile
 }
 
 bool CPost::OpenRegion() {
@@ -86,6 +137,7 @@ bool CPost::CreateRegion() {
     if (!created) return true;
     std::memset(m_pBase, 0, POST_OFFICE_REGION_SIZE);
     std::memcpy(m_pBase, &kNewHeader, sizeof kNewHeader);
+    if (m_journal.Get() != nullptr) tessel::Forget(*m_journal.Get()); // it may have outlived an earlier region
     return true;
 }
 

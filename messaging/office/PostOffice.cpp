@@ -29,13 +29,11 @@ void CPostOffice::DestroyGlobalPostOffice() {
 
 // GUARD-12: every operation treats a missing post office like an unmapped one.
 int CPostOffice::LockThreadSafe(unsigned long timeoutMs) {
-    if (mpGlobalPostOffice == nullptr || mpGlobalPostOffice->m_pLock == nullptr) return 1;
-    return mpGlobalPostOffice->m_pLock->WaitOnSemaphore(timeoutMs);
+    return mpGlobalPostOffice != nullptr && mpGlobalPostOffice->Lock(timeoutMs) ? 0 : 1;
 }
 
 void CPostOffice::UnlockThreadSafe() {
-    if (mpGlobalPostOffice == nullptr || mpGlobalPostOffice->m_pLock == nullptr) return;
-    (void)mpGlobalPostOffice->m_pLock->ReleaseSemaphoreA(); // fails only if it was not held
+    if (mpGlobalPostOffice != nullptr) mpGlobalPostOffice->Unlock();
 }
 
 int CPostOffice::IsManager(ORCAOBJID id, unsigned long processId) {
@@ -56,6 +54,18 @@ int CPostOffice::GetManagerInfo(ORCAOBJID id, MAILBOX* out) {
     }
     return 1;
 }
+
+namespace tessel {
+
+JOURNAL* OpenJournal() {
+    return CPostOffice::mpGlobalPostOffice == nullptr ? nullptr : CPostOffice::mpGlobalPostOffice->GetJournal().Get();
+}
+
+HANDLE RoomEvent() {
+    return CPostOffice::mpGlobalPostOffice == nullptr ? nullptr : CPostOffice::mpGlobalPostOffice->GetJournal().Room();
+}
+
+} // namespace tessel
 
 FILE_HEADER* CPostOffice::GetHeaderAddr() {
     return mpGlobalPostOffice == nullptr ? nullptr : mpGlobalPostOffice->m_pHeader;

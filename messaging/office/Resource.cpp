@@ -76,6 +76,7 @@ int CResource::AddResource(RESOURCE_TYPE type, RESOURCE_ID id, HWND hWnd, unsign
         const ResourceTableLock lock;
         RESOURCE* const record = ClaimFreeRecord();
         if (record != nullptr) {
+            tessel::NoteResourceOwner(static_cast<std::size_t>(record - m_pResources), m_ulProcessId);
             StoreShared<std::uint32_t>(record->ProcessId, m_ulProcessId);
             Fill(*record, type, id, tessel::ToShared(hWnd), owner);
             result = 0;

@@ -1,6 +1,7 @@
 #include <messaging/office/ResourceTable.h>
 
 #include <foundation/SharedField.h>
+#include <messaging/office/Census.h>
 
 #include <atomic>
 
@@ -23,6 +24,32 @@ void ClearResource(RESOURCE& record) {
         StoreShared<std::uint32_t>(*field, 0);
     }
     StoreShared<std::uint32_t>(record.ThreadId, 0);
+}
+
+void NoteResourceOwner(std::size_t index, std::uint32_t processId) {
+    JOURNAL* const journal = OpenJournal();
+    if (journal == nullptr) return;
+    const Identity owner = IdIn(ThisProcess()) == processId ? ThisProcess() : WithoutStartTime(processId);
+    StoreShared<std::uint64_t>(journal->resources[index], owner);
+}
+
+unsigned short RemoveResourcesOfEnded(RESOURCE* table, const JOURNAL& journal) {
+    const std::span<RESOURCE> records = ResourceRecords(table);
+    Census census;
+    unsigned short removed = 0;
+    for (RESOURCE& record : records) {
+        const std::uint32_t holder = LoadShared(record.ThreadId);
+        if (holder == 0) continue;
+        const std::uint32_t processId = LoadShared(record.ProcessId);
+        const std::uint64_t noted = LoadShared(journal.resources[&record - records.data()]);
+        const Identity owner = IdIn(noted) == processId ? noted : WithoutStartTime(processId);
+        census.Ask(owner);
+        const bool ended = processId != 0 ? census.HasEnded(owner) : WatchThread(holder).ended;
+        if (!ended || !ClaimResource(record, holder, GetCurrentThreadId())) continue;
+        ClearResource(record);
+        ++removed;
+    }
+    return removed;
 }
 
 } // namespace tessel

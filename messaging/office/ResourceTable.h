@@ -1,5 +1,6 @@
 #pragma once
 
+#include <messaging/office/Journal.h>
 #include <tessel/foundation/semaphore.h>
 #include <tessel/messaging/postoffice.h>
 
@@ -32,6 +33,16 @@ inline std::span<RESOURCE> ResourceRecords(RESOURCE* table) {
 /// @param claimant the thread that claims it
 /// @return true: claimed; false: another thread claimed it
 bool ClaimResource(RESOURCE& record, std::uint32_t holder, std::uint32_t claimant);
+
+/// Notes which process fills a record. Call it before the record bears the process id.
+/// @param index      number of the record
+/// @param processId  of the object that adds it
+void NoteResourceOwner(std::size_t index, std::uint32_t processId);
+
+/// Removes the records of processes that have ended, and those that such a process had begun to fill or clear.
+/// @param table  the resource table
+/// @return how many
+unsigned short RemoveResourcesOfEnded(RESOURCE* table, const JOURNAL& journal);
 
 /// Frees a record. The thread id is cleared last, so that no other thread claims the record before.
 /// @param record  the record

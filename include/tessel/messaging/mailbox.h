@@ -2,8 +2,34 @@
 
 #include <tessel/messaging/postoffice.h>
 
+#include <span>
+
+namespace tessel {
+class Census;
+struct JOURNAL;
+struct PoolReports;
+} // namespace tessel
+
 /// Window message that notifies a receiver of a message; lParam is the block's number, wParam 0.
 inline constexpr unsigned int MAILBOX_NOTIFICATION = 0x800B;
+
+/// wParam of a notification that CMailBox::TakeOver() posted: the message had been fetched by a receiver that ended
+/// before releasing it, so it may have been handled already.
+inline constexpr WPARAM MAILBOX_AGAIN = 1;
+
+/// One message of a batch.
+struct OUTGOING_MESSAGE {
+    unsigned long msgId;       ///< message word, delivered unchanged
+    unsigned long length;      ///< bytes, at most SMALL_BLOCK_SIZE - 1
+    const unsigned char* data; ///< the message; may be null when @ref length is 0
+};
+
+/// What CMailBox::SweepDead() has removed.
+struct SWEPT {
+    unsigned short registrations; ///< of receivers
+    unsigned short resources;     ///< entries of the resource table
+    unsigned short blocks;        ///< messages that nobody will fetch or release
+};
 
 /// One entry of the directory of receivers.
 struct MONITOR_LEVEL {
@@ -77,8 +103,9 @@ public:
 
     /// Sends a message of two parts, which arrive as one.
     ///
-    /// If the pool is full, it retries every millisecond, 100 times in all. Reports when less than 10 % of the pool is
-    /// free; the next such report is made only after more than 50 % were free.
+    /// If the pool is full, it retries every millisecond, 100 times in all, and then once more after SweepDead().
+    /// Reports when less than 10 % of the pool is free; the next such report is made only after more than 50 % were
+    /// free.
     /// @param to            the receiver
     /// @param msgId         message word, delivered unchanged
     /// @param firstLength   bytes of the first part
@@ -86,11 +113,49 @@ public:
     /// @param secondLength  bytes of the second part
     /// @param secondData    second part; if null, its bytes count and their content is undefined
     /// @return STATUS_OK: posted. ERROR_SERVICE_NOT_FOUND (1243): no such receiver. ERROR_NOT_ENOUGH_MEMORY (8):
-    ///         longer than 5,119 bytes. ERROR_BUSY (170): the pool stayed full. ERROR_INVALID_PARAMETER (87): a
+    ///         longer than 5,119 bytes. ERROR_BUSY (170): the pool stayed full, or LimitWaiting() messages wait for
+    ///         the receiver, which is returned at once. ERROR_INVALID_PARAMETER (87): a
     ///         null first part with a length. ERROR_INVALID_HANDLE (6): the lock is broken. Else the Win32 error of
     ///         posting, such as ERROR_INVALID_WINDOW_HANDLE (1400). After any failure nothing is allocated.
     int Send(ORCAOBJID to, unsigned long msgId, unsigned long firstLength, const unsigned char* firstData,
              unsigned long secondLength, const unsigned char* secondData);
+
+    /// Sends like Send(), but retries until a time-out instead of 100 times.
+    ///
+    /// A release wakes it where both sides know the journal; otherwise it retries every 20 ms.
+    /// @param timeoutMs  milliseconds; 0 tries once, INFINITE retries for ever
+    /// @return as Send()
+    int SendWithin(unsigned long timeoutMs, ORCAOBJID to, unsigned long msgId, unsigned long firstLength,
+                   const unsigned char* firstData, unsigned long secondLength, const unsigned char* secondData);
+
+    /// Sends a batch of messages to one receiver, in order, with one acquisition of the lock. Does not retry.
+    /// @param to        the receiver
+    /// @param messages  the messages
+    /// @param count     how many
+    /// @param sent      receives how many were posted; the others were not sent
+    /// @return STATUS_OK: all were posted. ERROR_BUSY (170): the pool, or the receiver's limit, has room only for
+    ///         @p sent. Else as Send(); nothing is sent if one message is too long or null.
+    int SendMany(ORCAOBJID to, const OUTGOING_MESSAGE* messages, unsigned short count, unsigned short& sent);
+
+    /// Answers a message in its own block, to its sender: without the lock, and without releasing and allocating a
+    /// block. The receiver's limit does not apply.
+    /// @param block         a received block; the sender of the answer's receiver after success, the caller's
+    /// otherwise,
+    ///                      who releases it. Its content is lost if posting fails
+    /// @param msgId         message word, delivered unchanged
+    /// @param firstLength   bytes of the first part
+    /// @param firstData     first part, which may lie in the block; may be null when @p firstLength is 0
+    /// @param secondLength  bytes of the second part
+    /// @param secondData    second part, not in the block; if null, its bytes count and their content is undefined
+    /// @return as Send(); ERROR_INVALID_PARAMETER (87) also if the block was not received by this mailbox
+    int Reply(SBLOCK* block, unsigned long msgId, unsigned long firstLength, const unsigned char* firstData,
+              unsigned long secondLength, const unsigned char* secondData);
+
+    /// Limits how many messages may wait for this receiver until it releases their blocks, so that it cannot fill the
+    /// pool for all others. Applies to the current registration. Takes no lock.
+    /// @param most  messages; 0: any number, as at the start
+    /// @return 0: set; 1: not registered, or no journal
+    int LimitWaiting(unsigned short most);
 
     /// Allocates a block; use Send() instead. The caller holds the post office's lock and decrements FreeSmallBlks. The
     /// block that this process allocated last is skipped: if it is the only free one, the pool counts as full.
@@ -106,12 +171,18 @@ public:
     /// @return 0: released; 1: null, not a block of the pool, or already free (each reported)
     int ReleaseMemory(SBLOCK* block);
 
-    /// The block with a number. Takes no lock.
+    /// Returns several blocks to the pool with one acquisition of the lock. Reports each that ReleaseMemory() would.
+    /// @param blocks  received blocks
+    /// @param count   how many
+    /// @return how many were released
+    unsigned short ReleaseMany(SBLOCK* const* blocks, unsigned short count);
+
+    /// The block with a number. Takes no lock. Notes that the message has been fetched, if it was sent to this mailbox.
     /// @param index  number of the block
     /// @return the block, in the pool's memory; null if there is none
     SBLOCK* GetMessageBlock(unsigned int index);
 
-    /// The address of the block with a number, unchecked; GetMessageBlock() checks it.
+    /// The address of the block with a number, unchecked; GetMessageBlock() checks it. Notes the same.
     /// @param index  number of the block
     /// @return the address; null without a post office
     SBLOCK* GetDirectMessage(unsigned short index);
@@ -126,6 +197,21 @@ public:
     /// @param keep  id whose registrations stay
     /// @return 0
     int CleanUp(ORCAOBJID keep);
+
+    /// Removes the registrations, resources and blocks of processes that have ended, while all others go on working.
+    ///
+    /// A message whose sender ended while posting it may or may not be in the receiver's queue. It is removed by the
+    /// first sweep after that one which found the sender ended, and after the receiver has fetched a later message.
+    /// Messages that programs without a journal sent stay until CleanUp(). Any process may call it, at any time.
+    /// @return what it removed
+    SWEPT SweepDead();
+
+    /// Posts to this mailbox's window what waits for an ended receiver of the same id, in the order in which it was
+    /// sent, and ends the registrations of such receivers. Call it right after RegisterMailbox(), before a sweep
+    /// removes these messages; messages sent since the registration come before them. Those that the ended receiver had
+    /// fetched and not released come with wParam MAILBOX_AGAIN.
+    /// @return how many messages were posted; 0 also if not registered
+    unsigned short TakeOver();
 
     /// Lists the registered receivers in the order of their slots. Takes no lock.
     /// @param list  receives the entries
@@ -162,16 +248,41 @@ public:
 private:
     friend struct CMailBoxLayout;
     struct Message;
+    using Blocks = SBLOCK* [SMALL_BLOCK_COUNT];
 
     bool IsMapped();
     unsigned short MailboxCount();
+    void FreeSlot(unsigned short slot);
+    HWND LivingMailBox(ORCAOBJID id, HWND found, unsigned short& slot);
+    bool IsThisProcess(unsigned short slot);
+
+    int Address(Message& message);
+    bool FindReceiver(Message& message);
+    int CheckParts(const Message& message);
+    int DeliverOrRedirect(Message& message);
     int Deliver(const Message& message);
+    int Final(int status, const Message& message);
+    int Post(HWND receiver, SBLOCK& block);
+    void AwaitRoom(unsigned long mostMs);
+
     int AllocateForSend(const Message& message, SBLOCK*& block);
-    void WatchFreeBlocks();
-    bool FreeUnderLock(SBLOCK& block);
-    bool FreeBlock(SBLOCK& block);
-    void FreeBlocksOf(unsigned long receiver);
+    int AllocateUnderLock(const Message& message, SBLOCK*& block, tessel::PoolReports& reports);
+    int Allocate(unsigned long length, unsigned short receiverSlot, SBLOCK*& block, tessel::PoolReports& reports);
+    unsigned short AllocateMany(const Message& receiver, std::span<const OUTGOING_MESSAGE> batch, Blocks& blocks,
+                                int& status);
+    int PostMany(const Message& receiver, std::span<const OUTGOING_MESSAGE> batch, const Blocks& blocks,
+                 unsigned short& sent);
+    unsigned short ClaimBlock();
+    bool IsReceiverFull(unsigned short slot);
+    bool IsNewlyLow();
+    unsigned short FreeUnderLock(std::span<SBLOCK* const> blocks);
+    bool FreeBlock(SBLOCK& block, tessel::PoolReports& reports);
+    void FreeBlocksOf(unsigned long receiver, tessel::PoolReports& reports);
     bool IsBlockOfPool(const SBLOCK* block);
+
+    void TakeCensus(const tessel::JOURNAL& journal, tessel::Census& census);
+    unsigned short FreeSlotsOfEnded(const tessel::Census& census, ORCAOBJID onlyId);
+    unsigned short CollectLeft(tessel::JOURNAL& journal, const tessel::Census& census, Blocks& blocks);
 
     CPostOffice m_PostOffice;
     FILE_HEADER* m_pHeader;
