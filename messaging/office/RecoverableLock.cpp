@@ -160,12 +160,16 @@ bool RecoverableLock::WasReleasedByAnother(std::uint64_t word) const {
     return (word & kPhase) == kHolding && IsFree(m_semaphore.GetHandle()) && Word() == word;
 }
 
+DWORD RecoverableLock::AskSemaphore(unsigned long timeoutMs) const {
+    return WaitForSingleObjectEx(m_semaphore.GetHandle(), timeoutMs, FALSE);
+}
+
 /// Acquires the semaphore with the word in the phase of the dead holder.
 RecoverableLock::Result RecoverableLock::Inherit(const Deadline& deadline) {
     const std::uint64_t phase = Word() & kPhase;
     const bool unknown = phase == kTrying || phase == kReleasing;
-    const int status = m_semaphore.WaitOnSemaphoreA(unknown ? kGraceMs : 0, nullptr);
-    if (status == 0) return Hold(phase == kHolding ? Result::TAKEN_OVER : Result::ACQUIRED);
+    const DWORD status = AskSemaphore(unknown ? kGraceMs : 0);
+    if (status == WAIT_OBJECT_0) return Hold(phase == kHolding ? Result::TAKEN_OVER : Result::ACQUIRED);
     if (status != WAIT_TIMEOUT) return GiveUp();
     const bool taken = unknown || phase == kHolding || (m_record.claim != nullptr && IsAbandoned(m_record.claim));
     return taken ? Hold(Result::TAKEN_OVER) : Block(deadline);
@@ -173,8 +177,8 @@ RecoverableLock::Result RecoverableLock::Inherit(const Deadline& deadline) {
 
 /// Acquires the semaphore with the word in the phase of trying.
 RecoverableLock::Result RecoverableLock::TakeSemaphore(const Deadline& deadline) {
-    const int status = m_semaphore.WaitOnSemaphoreA(0, nullptr);
-    if (status == 0) return Hold(Result::ACQUIRED);
+    const DWORD status = AskSemaphore(0);
+    if (status == WAIT_OBJECT_0) return Hold(Result::ACQUIRED);
     return status == WAIT_TIMEOUT ? Block(deadline) : GiveUp();
 }
 

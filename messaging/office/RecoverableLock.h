@@ -66,6 +66,7 @@ private:
     Turn AwaitTurn(const Deadline& deadline);
     Turn Succeed(std::uint64_t word, Holder& holder);
     bool WasReleasedByAnother(std::uint64_t word) const;
+    DWORD AskSemaphore(unsigned long timeoutMs) const;
     Result TakeSemaphore(const Deadline& deadline);
     Result Inherit(const Deadline& deadline);
     Result Block(const Deadline& deadline);
