@@ -2,17 +2,27 @@
 
 #include <foundation/SharedField.h>
 #include <messaging/office/Census.h>
+#include <messaging/office/RecoverableLock.h>
 
 #include <atomic>
 
 namespace tessel {
 
+namespace {
+
+// A thread that is ended while it holds the lock must not stop the others, which may be ending the process.
+alignas(8) std::uint64_t holder = 0;
+const Handle turn(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+const LockRecord record{&holder, turn.Get(), nullptr};
+
+} // namespace
+
 ResourceTableLock::ResourceTableLock() {
-    (void)resourceTableLock.WaitOnSemaphore(INFINITE); // cannot time out
+    (void)RecoverableLock(resourceTableLock, record).Acquire(INFINITE); // cannot time out
 }
 
 ResourceTableLock::~ResourceTableLock() {
-    (void)resourceTableLock.ReleaseSemaphoreA(); // held until now
+    RecoverableLock(resourceTableLock, record).Release();
 }
 
 bool ClaimResource(RESOURCE& record, std::uint32_t holder, std::uint32_t claimant) {
