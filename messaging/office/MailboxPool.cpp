@@ -91,6 +91,11 @@ unsigned short CMailBox::ClaimBlock() {
     return 0;
 }
 
+/// @param block  a block of the pool
+unsigned short CMailBox::NumberOf(const SBLOCK& block) {
+    return static_cast<unsigned short>(&block - m_pSmallBlocks);
+}
+
 /// GUARD-17: never follow a pointer that is not a block of the pool.
 bool CMailBox::IsBlockOfPool(const SBLOCK* block) {
     if (!IsMapped() || block == nullptr) return false;
@@ -134,7 +139,7 @@ unsigned short CMailBox::FreeUnderLock(std::span<SBLOCK* const> blocks) {
 bool CMailBox::FreeBlock(SBLOCK& block, PoolReports& reports) {
     if (LoadShared(block.BlkNum) == 0) return false;
     JOURNAL* const journal = tessel::OpenJournal();
-    const auto index = static_cast<std::uint32_t>(&block - m_pSmallBlocks);
+    const unsigned short index = NumberOf(block);
     Begin(journal, Change::FREE, index, LoadShared(m_pHeader->FreeSmallBlks) + 1, LoadShared(block.RefCount) - 1);
     const bool inUse = std::atomic_ref<std::uint16_t>(block.BlkNum).exchange(0) != 0;
     if (inUse) {

@@ -163,11 +163,10 @@ int CMailBox::Deliver(const Message& message) {
 /// Posts the notification of a block. From then on the block belongs to the receiver.
 int CMailBox::Post(HWND receiver, SBLOCK& block) {
     JOURNAL* const journal = tessel::OpenJournal();
-    const auto index = static_cast<std::uint32_t>(&block - m_pSmallBlocks);
+    const unsigned short index = NumberOf(block);
     const tessel::BlockClaim claim = NotePosting(journal, index);
     const WPARAM again = IsPostedAgain(journal, index) ? MAILBOX_AGAIN : 0;
-    if (!PostMessageW(receiver, MAILBOX_NOTIFICATION, again, static_cast<LPARAM>(index)))
-        return static_cast<int>(GetLastError());
+    if (!PostMessageW(receiver, MAILBOX_NOTIFICATION, again, index)) return static_cast<int>(GetLastError());
     NotePosted(journal, index, claim);
     return STATUS_OK;
 }
@@ -219,8 +218,8 @@ int CMailBox::Reply(SBLOCK* block, unsigned long msgId, unsigned long firstLengt
     const int status = Address(answer);
     if (status != STATUS_OK) return status;
     if (answer.Length() > SMALL_BLOCK_SIZE) return ERROR_NOT_ENOUGH_MEMORY;
-    NoteAnswer(tessel::OpenJournal(), static_cast<std::uint32_t>(block - m_pSmallBlocks),
-               tessel::ReceiverAt(m_pMailboxes, answer.receiverSlot), answer.receiverSlot);
+    NoteAnswer(tessel::OpenJournal(), NumberOf(*block), tessel::ReceiverAt(m_pMailboxes, answer.receiverSlot),
+               answer.receiverSlot);
     answer.CopyTo(*block);
     block->Length = answer.Length();
     block->Receiver = answer.to;
@@ -239,7 +238,7 @@ int CMailBox::SendMany(ORCAOBJID to, const OUTGOING_MESSAGE* messages, unsigned 
         if (message.Length() > SMALL_BLOCK_SIZE) return ERROR_NOT_ENOUGH_MEMORY;
         if (CheckParts(message) != STATUS_OK) return ERROR_INVALID_PARAMETER;
     }
-    Blocks blocks;
+    BlockNumbers blocks{};
     int status = STATUS_OK;
     const unsigned short allocated = AllocateMany(receiver, batch, blocks, status);
     const int posted = PostMany(receiver, batch.first(allocated), blocks, sent);
@@ -249,35 +248,37 @@ int CMailBox::SendMany(ORCAOBJID to, const OUTGOING_MESSAGE* messages, unsigned 
 /// Allocates a block for each message, as far as there is room.
 /// @param status  receives why the next one got none
 /// @return how many got one
-unsigned short CMailBox::AllocateMany(const Message& receiver, std::span<const OUTGOING_MESSAGE> batch, Blocks& blocks,
-                                      int& status) {
+unsigned short CMailBox::AllocateMany(const Message& receiver, std::span<const OUTGOING_MESSAGE> batch,
+                                      BlockNumbers& blocks, int& status) {
     PoolReports reports;
     const PostOfficeLock lock(m_PostOffice);
-    if (!lock) {
-        status = ERROR_INVALID_HANDLE;
-        return 0;
-    }
+    if (!lock) status = ERROR_INVALID_HANDLE;
     unsigned short allocated = 0;
     while (status == STATUS_OK && allocated < batch.size()) {
-        status = AllocateUnderLock(receiver.With(batch[allocated]), blocks[allocated], reports);
-        if (status == STATUS_OK) ++allocated;
+        SBLOCK* block = nullptr;
+        status = allocated == blocks.size() ? ERROR_BUSY
+                                            : AllocateUnderLock(receiver.With(batch[allocated]), block, reports);
+        if (status == STATUS_OK) blocks[allocated++] = NumberOf(*block);
     }
     if (status == kReceiverFull) status = ERROR_BUSY;
     return allocated;
 }
 
 /// Posts allocated messages in their order. After a failure, the blocks of the others are released.
-int CMailBox::PostMany(const Message& receiver, std::span<const OUTGOING_MESSAGE> batch, const Blocks& blocks,
+int CMailBox::PostMany(const Message& receiver, std::span<const OUTGOING_MESSAGE> batch, const BlockNumbers& blocks,
                        unsigned short& sent) {
-    for (const OUTGOING_MESSAGE& outgoing : batch) {
-        SBLOCK* const block = blocks[sent];
-        receiver.With(outgoing).CopyTo(*block);
-        const int status = Post(receiver.receiver, *block);
-        if (status != STATUS_OK) {
-            (void)ReleaseMany(blocks + sent, static_cast<unsigned short>(batch.size() - sent)); // just allocated
-            return status;
+    int status = STATUS_OK;
+    for (std::size_t i = 0; i < batch.size(); ++i) {
+        SBLOCK& block = m_pSmallBlocks[blocks[i]];
+        if (status == STATUS_OK) {
+            receiver.With(batch[i]).CopyTo(block);
+            status = Post(receiver.receiver, block);
         }
-        ++sent;
+        if (status == STATUS_OK) {
+            ++sent;
+        } else {
+            (void)ReleaseMemory(&block); // allocated just now
+        }
     }
-    return STATUS_OK;
+    return status;
 }

@@ -127,7 +127,7 @@ unsigned short CMailBox::TakeOver() {
     if (!IsMapped() || journal == nullptr || m_usSlot == 0) return 0;
     Census census;
     TakeCensus(*journal, census);
-    Blocks blocks;
+    BlockNumbers blocks{};
     unsigned short count = 0;
     {
         const PostOfficeLock lock(m_PostOffice);
@@ -137,27 +137,25 @@ unsigned short CMailBox::TakeOver() {
     }
     HWND const window = tessel::FromShared(LoadShared(m_pMailboxes[m_usSlot].hWnd));
     unsigned short posted = 0;
-    while (posted < count && Post(window, *blocks[posted]) == 0) ++posted;
+    while (posted < count && Post(window, m_pSmallBlocks[blocks[posted]]) == 0) ++posted;
     return posted;
 }
 
 /// Takes the messages that wait for an ended receiver of this mailbox's id. The caller holds the post office's lock.
-/// @param blocks  receives their blocks in the order in which they were sent
+/// @param blocks  receives the numbers of their blocks in the order in which they were sent
 /// @return how many
-unsigned short CMailBox::CollectLeft(JOURNAL& journal, const Census& census, Blocks& blocks) {
+unsigned short CMailBox::CollectLeft(JOURNAL& journal, const Census& census, BlockNumbers& blocks) {
     unsigned short count = 0;
     for (unsigned short index = 1; index < m_usBlockCount; ++index) {
-        SBLOCK& block = m_pSmallBlocks[index];
+        const SBLOCK& block = m_pSmallBlocks[index];
         const BlockOwner owner = OwnerOf(journal.blocks[index]);
         if (LoadShared(block.BlkNum) == 0 || block.Receiver != m_OwnId || !census.HasEnded(owner.process)) continue;
         if (owner.state == BlockState::UNKNOWN || owner.state == BlockState::WRITING) continue; // or incomplete
-        if (census.HasEnded(LoadShared(journal.blocks[index].receiver))) blocks[count++] = &block;
+        if (census.HasEnded(LoadShared(journal.blocks[index].receiver))) blocks[count++] = index;
     }
-    const auto sequence = [&](const SBLOCK* block) { return journal.blocks[block - m_pSmallBlocks].sequence; };
-    std::sort(blocks, blocks + count,
-              [&](const SBLOCK* left, const SBLOCK* right) { return sequence(left) < sequence(right); });
-    for (unsigned short i = 0; i < count; ++i) {
-        NoteTakenOver(journal, static_cast<std::uint32_t>(blocks[i] - m_pSmallBlocks), m_usSlot);
-    }
+    std::sort(blocks.begin(), blocks.begin() + count, [&journal](unsigned short left, unsigned short right) {
+        return journal.blocks[left].sequence < journal.blocks[right].sequence;
+    });
+    for (unsigned short i = 0; i < count; ++i) NoteTakenOver(journal, blocks[i], m_usSlot);
     return count;
 }

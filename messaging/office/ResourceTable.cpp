@@ -11,18 +11,18 @@ namespace tessel {
 namespace {
 
 // A thread that is ended while it holds the lock must not stop the others, which may be ending the process.
-alignas(8) std::uint64_t holder = 0;
-const Handle turn(CreateEventW(nullptr, FALSE, FALSE, nullptr));
-const LockRecord record{&holder, turn.Get(), nullptr};
+alignas(8) std::uint64_t lockHolder = 0;
+const Handle lockTurn(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+const LockRecord lockRecord{&lockHolder, lockTurn.Get(), nullptr};
 
 } // namespace
 
 ResourceTableLock::ResourceTableLock() {
-    (void)RecoverableLock(resourceTableLock, record).Acquire(INFINITE); // cannot time out
+    (void)RecoverableLock(resourceTableLock, lockRecord).Acquire(INFINITE); // cannot time out
 }
 
 ResourceTableLock::~ResourceTableLock() {
-    RecoverableLock(resourceTableLock, record).Release();
+    RecoverableLock(resourceTableLock, lockRecord).Release();
 }
 
 bool ClaimResource(RESOURCE& record, std::uint32_t holder, std::uint32_t claimant) {

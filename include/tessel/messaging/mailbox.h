@@ -2,6 +2,7 @@
 
 #include <tessel/messaging/postoffice.h>
 
+#include <array>
 #include <span>
 
 namespace tessel {
@@ -248,7 +249,7 @@ public:
 private:
     friend struct CMailBoxLayout;
     struct Message;
-    using Blocks = SBLOCK* [SMALL_BLOCK_COUNT];
+    using BlockNumbers = std::array<unsigned short, SMALL_BLOCK_COUNT>;
 
     bool IsMapped();
     unsigned short MailboxCount();
@@ -268,9 +269,9 @@ private:
     int AllocateForSend(const Message& message, SBLOCK*& block);
     int AllocateUnderLock(const Message& message, SBLOCK*& block, tessel::PoolReports& reports);
     int Allocate(unsigned long length, unsigned short receiverSlot, SBLOCK*& block, tessel::PoolReports& reports);
-    unsigned short AllocateMany(const Message& receiver, std::span<const OUTGOING_MESSAGE> batch, Blocks& blocks,
+    unsigned short AllocateMany(const Message& receiver, std::span<const OUTGOING_MESSAGE> batch, BlockNumbers& blocks,
                                 int& status);
-    int PostMany(const Message& receiver, std::span<const OUTGOING_MESSAGE> batch, const Blocks& blocks,
+    int PostMany(const Message& receiver, std::span<const OUTGOING_MESSAGE> batch, const BlockNumbers& blocks,
                  unsigned short& sent);
     unsigned short ClaimBlock();
     bool IsReceiverFull(unsigned short slot);
@@ -278,11 +279,12 @@ private:
     unsigned short FreeUnderLock(std::span<SBLOCK* const> blocks);
     bool FreeBlock(SBLOCK& block, tessel::PoolReports& reports);
     void FreeBlocksOf(unsigned long receiver, tessel::PoolReports& reports);
+    unsigned short NumberOf(const SBLOCK& block);
     bool IsBlockOfPool(const SBLOCK* block);
 
     void TakeCensus(const tessel::JOURNAL& journal, tessel::Census& census);
     unsigned short FreeSlotsOfEnded(const tessel::Census& census, ORCAOBJID onlyId);
-    unsigned short CollectLeft(tessel::JOURNAL& journal, const tessel::Census& census, Blocks& blocks);
+    unsigned short CollectLeft(tessel::JOURNAL& journal, const tessel::Census& census, BlockNumbers& blocks);
 
     CPostOffice m_PostOffice;
     FILE_HEADER* m_pHeader;
