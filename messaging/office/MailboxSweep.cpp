@@ -9,6 +9,8 @@
 #include <tessel/messaging/resource.h>
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace {
 
@@ -145,17 +147,21 @@ unsigned short CMailBox::TakeOver() {
 /// @param blocks  receives the numbers of their blocks in the order in which they were sent
 /// @return how many
 unsigned short CMailBox::CollectLeft(JOURNAL& journal, const Census& census, BlockNumbers& blocks) {
+    std::array<std::pair<std::uint64_t, unsigned short>, SMALL_BLOCK_COUNT>
+        left{}; // copies do not change while sorting
     unsigned short count = 0;
     for (unsigned short index = 1; index < m_usBlockCount; ++index) {
         const SBLOCK& block = m_pSmallBlocks[index];
-        const BlockOwner owner = OwnerOf(journal.blocks[index]);
+        const BLOCK_NOTE& note = journal.blocks[index];
+        const BlockOwner owner = OwnerOf(note);
         if (LoadShared(block.BlkNum) == 0 || block.Receiver != m_OwnId || !census.HasEnded(owner.process)) continue;
         if (owner.state == BlockState::UNKNOWN || owner.state == BlockState::WRITING) continue; // or incomplete
-        if (census.HasEnded(LoadShared(journal.blocks[index].receiver))) blocks[count++] = index;
+        if (census.HasEnded(LoadShared(note.receiver))) left[count++] = {LoadShared(note.sequence), index};
     }
-    std::sort(blocks.begin(), blocks.begin() + count, [&journal](unsigned short left, unsigned short right) {
-        return journal.blocks[left].sequence < journal.blocks[right].sequence;
-    });
-    for (unsigned short i = 0; i < count; ++i) NoteTakenOver(journal, blocks[i], m_usSlot);
+    std::sort(left.begin(), left.begin() + count);
+    for (unsigned short i = 0; i < count; ++i) {
+        blocks[i] = left[i].second;
+        NoteTakenOver(journal, blocks[i], m_usSlot);
+    }
     return count;
 }
