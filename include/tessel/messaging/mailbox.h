@@ -68,8 +68,7 @@ static_assert(sizeof(MONITOR_LEVEL) == 8);
 /// Threads: any thread may send and release; calls that register, unregister, copy or assign an object must not overlap
 /// with others. A call waits for the lock without a time-out.
 /// Every change is made under the post office's lock. A caller that holds it must call only AllocateSmallBlock() and
-/// the operations documented to take no lock. Reports about the pool and the size of messages are made under the lock:
-/// a sink must not send, release or wait.
+/// the operations documented to take no lock. Reports are made after the lock has been released.
 class TESSEL_API CMailBox {
 public:
     /// Creates an unregistered mailbox. Without a mapped post office, a message box says so and nothing can be sent.

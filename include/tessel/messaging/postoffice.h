@@ -114,17 +114,20 @@ class CPost;
 /// not be mapped, addresses are null and no receiver is found. Without it the lock cannot be acquired either; after the
 /// message box about the region the lock stays taken, and waiting for it never ends.
 /// Threads: any thread may call any operation, but no thread may use the post office while it is created or destroyed.
-/// The lock is not re-entrant: acquiring it twice deadlocks.
+/// The lock is not re-entrant: acquiring it twice deadlocks. It has no owner: any thread of any process may release it.
+///
+/// When the thread that holds the lock is ended, with its process or alone, one of those that wait takes the lock over,
+/// repairs what was being changed, and reports it. A thread that ends by itself leaves the lock to its process.
 class TESSEL_API CPostOffice {
 public:
     /// Opens the post office of the logon session, or creates it if this process is the first.
     ///
-    /// Waits at most 5 s for the lock. If that fails, it makes a report, continues, and releases the lock at the end: a
-    /// lock whose holder died is usable again, but one whose holder is slow no longer protects it. If the region can be
-    /// neither opened nor created, a message box says so; the call returns when it is closed, and the lock stays
-    /// taken. A region whose tables do not lie inside it is not used: nothing is mapped, and the first CMailBox reports
-    /// it in a message box. A second call abandons the first post office without closing it; objects created with it
-    /// continue to work.
+    /// Waits at most 5 s for the lock. If that fails, it makes a report, continues, and releases the lock at the end,
+    /// unless a running thread is known to hold it: a lock left by a program that does not name itself is usable again.
+    /// If the region can be neither opened nor created, a message box says so; the call returns when it is closed, and
+    /// the lock stays taken. A region whose tables do not lie inside it is not used: nothing is mapped, and the first
+    /// CMailBox reports it in a message box. A second call abandons the first post office without closing it; objects
+    /// created with it continue to work.
     static void CreateGlobalPostOffice();
 
     /// Closes the post office. The region is destroyed when the last process closes it.
