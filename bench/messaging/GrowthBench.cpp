@@ -118,8 +118,30 @@ void Senders(benchmark::State& state) {
     }
 }
 
+/// Threads that look up a receiver in the last slot at the same time.
+void LookUps(benchmark::State& state) {
+    static std::vector<std::unique_ptr<CMailBox>> mailboxes;
+    if (state.thread_index() == 0) {
+        CPostOffice::CreateGlobalPostOffice();
+        for (int slot = 1; slot < POST_OFFICE_MAILBOXES; ++slot) {
+            const ORCAOBJID id = slot + 1 == POST_OFFICE_MAILBOXES ? kReceiver : kOthers;
+            mailboxes.emplace_back(std::make_unique<CMailBox>(id))->RegisterMailbox(GetDesktopWindow());
+        }
+    }
+    unsigned short slot = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(mailboxes.back()->GetMailBox(kReceiver, slot));
+    }
+    if (slot + 1 != POST_OFFICE_MAILBOXES) state.SkipWithError("not found");
+    if (state.thread_index() == 0) {
+        mailboxes.clear();
+        CPostOffice::DestroyGlobalPostOffice();
+    }
+}
+
 BENCHMARK(RegisteredMailboxes)->Name("Growth: mailboxes")->Arg(1)->Arg(10)->Arg(50)->Arg(99)->UseRealTime();
 BENCHMARK(PoolFullness)->Name("Growth: pool used, per cent")->Arg(0)->Arg(50)->Arg(90)->Arg(99)->UseRealTime();
 BENCHMARK(Senders)->Name("Growth: senders, sending only")->ThreadRange(1, 8)->UseRealTime();
+BENCHMARK(LookUps)->Name("Growth: threads looking up a receiver")->ThreadRange(1, 4)->UseRealTime();
 
 } // namespace

@@ -10,6 +10,7 @@
 
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -35,18 +36,40 @@ public:
         m_mailbox.Send(m_peer, 1, static_cast<unsigned long>(size), static_cast<const unsigned char*>(data), 0,
                        nullptr);
     }
-    void Receive(void* data, std::size_t size) override {
+    void Receive(void* data, std::size_t size) override { m_mailbox.ReleaseMemory(Take(data, size)); }
+
+protected:
+    SBLOCK* Take(void* data, std::size_t size) {
         const LPARAM number = m_window.Wait(MAILBOX_NOTIFICATION);
         SBLOCK* const block = m_mailbox.GetMessageBlock(static_cast<unsigned int>(number));
         std::memcpy(data, block->Data, size);
-        m_mailbox.ReleaseMemory(block);
+        return block;
     }
+    CMailBox& Mailbox() { return m_mailbox; }
 
 private:
     OpenPostOffice m_office;
     MessageWindow m_window;
     CMailBox m_mailbox;
     ORCAOBJID m_peer;
+};
+
+/// Answers each message in its own block; the first one of a dialogue is sent.
+class ReplyTransport : public MailboxTransport {
+public:
+    using MailboxTransport::MailboxTransport;
+    ~ReplyTransport() override {
+        if (m_received != nullptr) Mailbox().ReleaseMemory(m_received);
+    }
+    void Send(const void* data, std::size_t size) override {
+        if (m_received == nullptr) return MailboxTransport::Send(data, size);
+        Mailbox().Reply(std::exchange(m_received, nullptr), 1, static_cast<unsigned long>(size),
+                        static_cast<const unsigned char*>(data), 0, nullptr);
+    }
+    void Receive(void* data, std::size_t size) override { m_received = Take(data, size); }
+
+private:
+    SBLOCK* m_received = nullptr;
 };
 
 class BareTransport : public Transport {
@@ -208,7 +231,8 @@ private:
 } // namespace
 
 std::unique_ptr<Transport> MakeTransport(const std::string& kind, bool server) {
-    if (kind == "Tessel") return std::make_unique<MailboxTransport>(server);
+    if (kind == "Dialogue" || (kind == "Reply" && !server)) return std::make_unique<ReplyTransport>(server);
+    if (kind == "Tessel" || kind == "Reply") return std::make_unique<MailboxTransport>(server);
     if (kind == "Bare") return std::make_unique<BareTransport>();
     if (kind == "WM_COPYDATA") return std::make_unique<CopyDataTransport>();
     if (kind == "Pipe") return std::make_unique<PipeTransport>(server);

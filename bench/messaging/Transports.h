@@ -22,6 +22,7 @@ public:
     virtual void Receive(void* data, std::size_t size) = 0;
 };
 
-/// @param kind    Tessel, Bare, WM_COPYDATA, Pipe, Mailslot or TCP
+/// @param kind    Tessel, Reply (by the second side), Dialogue (of replies on both sides), Bare, WM_COPYDATA, Pipe,
+/// Mailslot or TCP
 /// @param server  whether this side was created first
 std::unique_ptr<Transport> MakeTransport(const std::string& kind, bool server);
