@@ -25,7 +25,10 @@ constexpr std::uint64_t kWanted = 8ULL << 32;
 /// The identity is that of a process, not of a thread.
 constexpr std::uint64_t kOfProcess = 16ULL << 32;
 
-/// How long to wait for the turn before asking who holds the lock. It is usually held for microseconds.
+/// How long the lock is usually held, at most: two calls of the system and a short search.
+constexpr long long kUsualHoldUs = 200;
+constexpr long long kUsPerSecond = 1'000'000;
+/// How long to wait for the turn before asking who holds the lock.
 constexpr unsigned long kMomentMs = 1;
 /// How long to wait before looking again. Only a waiter that ended right after it was woken makes this necessary.
 constexpr unsigned long kLookAgainMs = 50;
@@ -114,7 +117,7 @@ private:
 RecoverableLock::Result RecoverableLock::Acquire(unsigned long timeoutMs) {
     const Deadline deadline(timeoutMs);
     std::uint64_t word = 0;
-    if (Change(word, ThisThread() | kTrying)) return TakeSemaphore(deadline);
+    if (Change(word, ThisThread() | kTrying) || (timeoutMs > 0 && TakeSoon())) return TakeSemaphore(deadline);
     switch (AwaitTurn(deadline)) {
     case Turn::FREE: return TakeSemaphore(deadline);
     case Turn::LEFT_BY_THE_DEAD: return Inherit(deadline);
@@ -122,10 +125,27 @@ RecoverableLock::Result RecoverableLock::Acquire(unsigned long timeoutMs) {
     }
 }
 
+/// Lets others run until the word is free, for as long as the lock is usually held, and takes it. To wait would take
+/// longer: it costs this thread a call of the system, and the holder another one to wake it.
+bool RecoverableLock::TakeSoon() {
+    LARGE_INTEGER frequency;
+    LARGE_INTEGER start;
+    LARGE_INTEGER now;
+    (void)QueryPerformanceFrequency(&frequency); // these cannot fail
+    (void)QueryPerformanceCounter(&start);
+    do {
+        (void)SwitchToThread(); // whether another thread was ready does not matter
+        std::uint64_t word = 0;
+        if (Word() == 0 && Change(word, ThisThread() | kTrying)) return true;
+        (void)QueryPerformanceCounter(&now);
+    } while ((now.QuadPart - start.QuadPart) * kUsPerSecond < kUsualHoldUs * frequency.QuadPart);
+    return false;
+}
+
 /// Waits until the word is free or its holder has ended, and takes it.
 RecoverableLock::Turn RecoverableLock::AwaitTurn(const Deadline& deadline) {
     Holder holder;
-    for (bool patient = true;;) {
+    for (bool patient = true;;) { // as long as releases wake this thread
         std::uint64_t word = Word();
         if (word == 0) {
             if (Change(word, ThisThread() | kTrying | kWanted)) return Turn::FREE; // wanted: others may wait, too
@@ -135,15 +155,14 @@ RecoverableLock::Turn RecoverableLock::AwaitTurn(const Deadline& deadline) {
         word |= kWanted;
         const unsigned long remaining = deadline.Remaining();
         if (patient && remaining > kMomentMs) {
-            patient = false;
-            (void)WaitForSingleObject(m_record.turn, kMomentMs); // the word says what has happened
+            patient = WaitForSingleObject(m_record.turn, kMomentMs) == WAIT_OBJECT_0;
             continue;
         }
         const Turn turn = Succeed(word, holder);
         if (turn != Turn::NONE || remaining == 0) return turn;
         const std::array<HANDLE, 2> wakers{m_record.turn, holder.End()};
-        (void)WaitForMultipleObjects(holder.End() == nullptr ? 1 : 2, wakers.data(), FALSE,
-                                     std::min(remaining, kLookAgainMs));
+        patient = WaitForMultipleObjects(holder.End() == nullptr ? 1 : 2, wakers.data(), FALSE,
+                                         std::min(remaining, kLookAgainMs)) == WAIT_OBJECT_0;
     }
 }
 

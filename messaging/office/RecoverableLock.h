@@ -30,7 +30,8 @@ struct LockRecord {
 /// | holding   | has it                              | yes                                                           |
 /// | releasing | is releasing it                     | perhaps, as when trying                                       |
 ///
-/// Who finds the word taken waits for `turn` and for the end of the thread that it names. A thread that ends normally
+/// Who finds the word taken lets others run for a moment, then waits for `turn` and for the end of the thread that it
+/// names. A thread that ends normally
 /// while it holds the lock leaves it to its process (PassToProcess).
 /// Threads: any thread may use an object; it holds no state but the addresses.
 class RecoverableLock {
@@ -63,6 +64,7 @@ private:
     class Holder;
     enum class Turn { NONE, FREE, LEFT_BY_THE_DEAD };
 
+    bool TakeSoon();
     Turn AwaitTurn(const Deadline& deadline);
     Turn Succeed(std::uint64_t word, Holder& holder);
     bool WasReleasedByAnother(std::uint64_t word) const;
