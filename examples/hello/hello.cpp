@@ -14,12 +14,13 @@ private:
         if (m_mailbox.RegisterMailbox(GetFrameWindow()) != 0 || m_mailbox.Send(kId, 7, 6, text, 0, nullptr) != 0)
             ExitApplication(1);
     }
-    void OnMessage(HWND, UINT message, WPARAM, LPARAM number) override {
+    void OnMessage(HWND, UINT message, WPARAM wParam, LPARAM lParam) override {
         if (message != MAILBOX_NOTIFICATION) return;
-        SBLOCK* const block = m_mailbox.GetMessageBlock(LOWORD(number));
-        if (block == nullptr || block->BlkNum != LOWORD(number)) return; // any program can post a notification
-        std::printf("message %u: %.6s\n", static_cast<unsigned>(block->MsgId), reinterpret_cast<char*>(block->Data));
-        ExitApplication(m_mailbox.ReleaseMemory(block));
+        const CMail mail(m_mailbox, kId, wParam, lParam);
+        char text[6];
+        if (!mail.Read(text)) return; // any program can post a notification
+        std::printf("message %lu: %.6s\n", mail.MsgId(), text);
+        ExitApplication(0);
     }
     void OnClose() override {}
     void OnPumpExit(int, const wchar_t*) override {}

@@ -43,14 +43,11 @@ static_assert(sizeof(MONITOR_LEVEL) == 8);
 ///
 /// A receiver registers its window. A sender finds the window by its ORCAOBJID, copies the message into a free block
 /// of the shared pool, and posts MAILBOX_NOTIFICATION with the block's number to the window, whose procedure reads the
-/// block in place and releases it:
+/// block in place and releases it, by means of CMail:
 /// @code
 /// case MAILBOX_NOTIFICATION: { // ownId: the id of the mailbox
-///     SBLOCK* const block = mailbox.GetMessageBlock(LOWORD(lParam));
-///     if (block == nullptr || block->BlkNum != LOWORD(lParam) || block->Receiver != ownId) break; // forged, or swept
-///     const unsigned long length = *const_cast<const volatile std::uint32_t*>(&block->Length); // anyone can change it
-///     if (length >= 1 && length <= SMALL_BLOCK_SIZE) handle(block->MsgId, block->Data, length - 1);
-///     mailbox.ReleaseMemory(block);
+///     const CMail mail(mailbox, ownId, wParam, lParam);
+///     if (mail) Handle(mail.MsgId(), mail.Data());
 ///     break;
 /// }
 /// @endcode
@@ -68,7 +65,8 @@ static_assert(sizeof(MONITOR_LEVEL) == 8);
 /// Threads: any thread may send and release; calls that register, unregister, copy or assign an object must not overlap
 /// with others. A call waits for the lock without a time-out.
 /// Every change is made under the post office's lock. A caller that holds it must call only AllocateSmallBlock() and
-/// the operations documented to take no lock. Reports are made after the lock has been released.
+/// the operations documented to take no lock. Reports are made after the lock has been released, except by
+/// AllocateSmallBlock(), during which a sink must not send, release or wait.
 class TESSEL_API CMailBox {
 public:
     /// Creates an unregistered mailbox. Without a mapped post office, a message box says so and nothing can be sent.
@@ -91,7 +89,7 @@ public:
     int RegisterMailbox(HWND hWnd);
 
     /// Ends the registration. Messages whose notifications are still in the window's queue keep their blocks, and
-    /// CleanUp() no longer finds them: take and release them before the window is destroyed.
+    /// CleanUp() no longer finds them: call CMail::ReleaseWaiting() before the window is destroyed.
     /// @return 0: done; 1: not registered, or no post office
     int UnregisterMailbox();
 
