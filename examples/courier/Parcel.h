@@ -23,6 +23,12 @@ inline const unsigned char* BytesOf(const Receipt& receipt) {
     return reinterpret_cast<const unsigned char*>(&receipt);
 }
 
+/// Whether a message is a receipt for just this.
+inline bool IsReceiptFor(const Receipt& sent, const CMail& mail) {
+    Receipt receipt;
+    return mail.MsgId() == kEndOfFile && mail.Read(receipt) && receipt == sent;
+}
+
 /// The two sides of one run. Each run has its own tag, so that concurrent runs, and the remains of a killed one, do not
 /// interfere.
 inline ORCAOBJID SenderId(unsigned long tag) {

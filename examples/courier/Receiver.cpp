@@ -2,10 +2,7 @@
 
 #include "Parcel.h"
 
-#include <common/Mail.h>
-
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 
 namespace {
@@ -20,9 +17,10 @@ public:
     }
 
     ~Receiver() {
-        DestroyWindow(m_window); // first: a message that is being sent then fails, and the sender keeps its block
-        (void)m_mailbox.UnregisterMailbox(); // may not have been registered
-        if (SenderEnded(0)) ReleaseBlocksTo(m_mailbox, m_self);
+        (void)m_mailbox.UnregisterMailbox();                // may not have been registered
+        CMail::ReleaseWaiting(m_mailbox, m_self, m_window); // any later one, the sender sweeps
+        DestroyWindow(m_window);
+        if (SenderEnded(0)) (void)m_mailbox.SweepDead(); // nothing is left if it ended well
     }
     Receiver(const Receiver&) = delete;
     Receiver& operator=(const Receiver&) = delete;
@@ -52,7 +50,7 @@ public:
 private:
     static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
         if (message != MAILBOX_NOTIFICATION) return DefWindowProcW(window, message, wParam, lParam);
-        reinterpret_cast<Receiver*>(GetWindowLongPtrW(window, GWLP_USERDATA))->OnNotification(lParam);
+        reinterpret_cast<Receiver*>(GetWindowLongPtrW(window, GWLP_USERDATA))->OnNotification(wParam, lParam);
         return 0;
     }
 
@@ -61,16 +59,14 @@ private:
     }
 
     /// A notification of a message that is not next in order is forged: the genuine one is still to come.
-    void OnNotification(LPARAM number) {
-        const std::optional<Mail> parcel = OpenMail(m_mailbox, number, m_self);
-        if (!parcel || parcel->from != m_sender) return;
-        if (parcel->id == m_received.messages) {
-            Write(parcel->data);
-            (void)m_mailbox.ReleaseMemory(parcel->block); // in use until now
-        } else if (parcel->id == kEndOfFile && parcel->data.size() == sizeof m_received &&
-                   std::memcmp(parcel->data.data(), &m_received, sizeof m_received) == 0) {
-            (void)m_mailbox.ReleaseMemory(parcel->block); // in use until now
-            Finish();
+    void OnNotification(WPARAM wParam, LPARAM lParam) {
+        CMail parcel(m_mailbox, m_self, wParam, lParam);
+        if (parcel.Sender() == m_sender && parcel.MsgId() == m_received.messages) {
+            Write(parcel.Data());
+        } else if (parcel.Sender() == m_sender && IsReceiptFor(m_received, parcel)) {
+            Finish(parcel);
+        } else {
+            (void)parcel.Keep(); // until the genuine notification comes
         }
     }
 
@@ -81,17 +77,14 @@ private:
         m_received.messages += 1;
     }
 
-    void Finish() {
+    void Finish(CMail& parcel) {
         m_done = true;
         m_file.close();
         if (!m_file) {
             m_problem = "cannot write the copy";
             return;
         }
-        int status = ERROR_BUSY;
-        while (status == ERROR_BUSY && !SenderEnded(0)) {
-            status = m_mailbox.Send(m_sender, kEndOfFile, sizeof m_received, BytesOf(m_received), 0, nullptr);
-        }
+        const int status = parcel.Reply(kEndOfFile, sizeof m_received, BytesOf(m_received));
         if (status != 0) m_problem = "the sender takes no receipt";
     }
 

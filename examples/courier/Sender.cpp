@@ -3,8 +3,6 @@
 #include "Parcel.h"
 #include "ReceiverProcess.h"
 
-#include <common/Mail.h>
-
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -37,10 +35,10 @@ public:
     }
     /// The receiver's process has ended by now.
     ~Sender() {
-        DestroyWindow(m_window);
         (void)m_mailbox.UnregisterMailbox(); // registered by the constructor
-        ReleaseBlocksTo(m_mailbox, m_self);
-        ReleaseBlocksTo(m_mailbox, m_receiver);
+        CMail::ReleaseWaiting(m_mailbox, m_self, m_window);
+        DestroyWindow(m_window);
+        (void)m_mailbox.SweepDead(); // nothing is left if the receiver ended well
     }
     Sender(const Sender&) = delete;
     Sender& operator=(const Sender&) = delete;
@@ -105,13 +103,8 @@ private:
     bool TakeReceipt() {
         MSG message;
         while (PeekMessageW(&message, m_window, MAILBOX_NOTIFICATION, MAILBOX_NOTIFICATION, PM_REMOVE)) {
-            const std::optional<Mail> parcel = OpenMail(m_mailbox, message.lParam, m_self);
-            if (!parcel || parcel->from != m_receiver || parcel->id != kEndOfFile ||
-                parcel->data.size() != sizeof m_sent)
-                continue;
-            const bool right = std::memcmp(parcel->data.data(), &m_sent, sizeof m_sent) == 0;
-            (void)m_mailbox.ReleaseMemory(parcel->block); // in use until now
-            if (right) return true;
+            const CMail parcel(m_mailbox, m_self, message.wParam, message.lParam);
+            if (parcel.Sender() == m_receiver && IsReceiptFor(m_sent, parcel)) return true;
         }
         return false;
     }

@@ -3,9 +3,6 @@
 #include "Protocol.h"
 #include "TestImage.h"
 
-#include <common/Mail.h>
-
-#include <cstring>
 #include <optional>
 
 /// A line as it arrives.
@@ -15,12 +12,12 @@ struct Line {
 };
 
 /// Reads a WORK_LINE; empty for any other message or sender.
-inline std::optional<Line> ReadLine(const Mail& mail) {
+inline std::optional<Line> ReadLine(const CMail& mail) {
     Line line{};
-    if (mail.id != WORK_LINE || mail.from != kAcquisitionId) return std::nullopt;
-    if (mail.data.size() != sizeof line.head + kImageWidth) return std::nullopt;
-    std::memcpy(&line.head, mail.data.data(), sizeof line.head);
-    line.pixels = mail.data.subspan(sizeof line.head);
+    if (mail.MsgId() != WORK_LINE || mail.Sender() != kAcquisitionId) return std::nullopt;
+    if (mail.Data().size() != sizeof line.head + kImageWidth) return std::nullopt;
+    (void)mail.Copy(&line.head, sizeof line.head); // all of it
+    line.pixels = mail.Data().subspan(sizeof line.head);
     if (line.head.image == 0 || line.head.line >= kImageHeight) return std::nullopt;
     return line;
 }

@@ -17,7 +17,7 @@ protected:
     /// @return false: there was no room for all of it
     virtual bool SayRest() { return true; }
     /// An order of the workstation has arrived.
-    virtual void OnOrder(const Mail& mail) = 0;
+    virtual void OnOrder(const CMail& mail) = 0;
     /// A line has arrived.
     virtual void OnLine(const Line& /*line*/) {}
 
@@ -34,10 +34,10 @@ private:
         Report(WORK_STATUS);
     }
 
-    void OnMail(const Mail& mail) final {
+    void OnMail(const CMail& mail) final {
         if (const auto line = ReadLine(mail)) return OnLine(*line);
-        if (mail.from != kWorkstationId) return;
-        if (mail.id == WORK_EXIT) return Leave();
+        if (mail.Sender() != kWorkstationId) return;
+        if (mail.MsgId() == WORK_EXIT) return Leave();
         OnOrder(mail);
     }
 

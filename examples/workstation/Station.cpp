@@ -20,17 +20,15 @@ Station::Station(ORCAOBJID id)
 
 Station::~Station() {
     Leave();
+    CMail::ReleaseWaiting(m_mailbox, m_id, m_window);
     DestroyWindow(m_window);
-    ReleaseBlocksTo(m_mailbox, m_id);
 }
 
 void Station::Run() {
     MSG message;
     while (m_open && GetAMessage(&message, nullptr, 0, 0) > 0) DispatchAMessage(&message);
     Leave();
-    while (PeekMessageW(&message, m_window, MAILBOX_NOTIFICATION, MAILBOX_NOTIFICATION, PM_REMOVE)) {
-        WithMail(m_mailbox, message.lParam, m_id, [](const Mail&) {}); // it may hold the last available block
-    }
+    CMail::ReleaseWaiting(m_mailbox, m_id, m_window); // one of them may hold the last available block
     OnLeft();
 }
 
@@ -57,7 +55,8 @@ bool Station::IsThere(ORCAOBJID id) {
 LRESULT CALLBACK Station::WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     auto& station = *reinterpret_cast<Station*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     if (message == MAILBOX_NOTIFICATION) {
-        WithMail(station.m_mailbox, lParam, station.m_id, [&station](const Mail& mail) { station.OnMail(mail); });
+        const CMail mail(station.m_mailbox, station.m_id, wParam, lParam);
+        if (mail) station.OnMail(mail);
     } else if (message == WM_TIMER) {
         station.OnTick();
     } else if (message == station.m_heartbeat) {

@@ -2,8 +2,6 @@
 
 #include "Protocol.h"
 
-#include <common/Mail.h>
-
 /// A receiver of messages with its own thread: a hidden window, a mailbox and a message loop. The managers and the
 /// console derive from it. Create, run and destroy it on one thread.
 class Station {
@@ -22,7 +20,7 @@ public:
 
 protected:
     /// A message has arrived; its block is released afterwards.
-    virtual void OnMail(const Mail& mail) = 0;
+    virtual void OnMail(const CMail& mail) = 0;
     /// The time of TickEvery() has passed.
     virtual void OnTick() = 0;
     /// Run() has ended: this thread holds no block any more, so it may wait for room to send its last messages.

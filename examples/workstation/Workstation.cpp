@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 
 namespace {
 
@@ -66,15 +65,16 @@ void Workstation::OnMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lPara
     const NOTIFY* const event = m_events.NaturalizeMsg(hWnd, message, wParam, lParam);
     if (event == nullptr || !m_screen) return;
     if (hWnd == GetFrameWindow()) {
-        OnFrameEvent(*event);
+        OnFrameEvent(*event, wParam);
     } else {
         OnDialogEvent(*event, lParam);
     }
 }
 
-void Workstation::OnFrameEvent(const NOTIFY& event) {
+void Workstation::OnFrameEvent(const NOTIFY& event, WPARAM wParam) {
     if (event.Kind == NK_APP) {
-        WithMail(m_mailbox, event.Data1, kWorkstationId, [this](const Mail& mail) { OnMail(mail); });
+        const CMail mail(m_mailbox, kWorkstationId, wParam, event.Data1);
+        if (mail) OnMail(mail);
     } else if (event.Kind == NK_TIMER && event.CtrlId == kImageTimer) {
         m_screen->RefreshImage();
     } else if (event.Kind == NK_TIMER && event.CtrlId == kStateTimer) {
@@ -104,33 +104,31 @@ void Workstation::OnButton(int id) {
     }
 }
 
-void Workstation::OnMail(const Mail& mail) {
+void Workstation::OnMail(const CMail& mail) {
     if (const auto line = ReadLine(mail)) {
         m_lines.Count(line->head);
         m_screen->SetLine(line->head.line, line->pixels);
-    } else if (mail.from == kConsoleId && mail.id == WORK_EXIT) {
+    } else if (mail.Sender() == kConsoleId && mail.MsgId() == WORK_EXIT) {
         EndManagers();
-    } else if (mail.from == kConsoleId && mail.id == WORK_STOP) {
+    } else if (mail.Sender() == kConsoleId && mail.MsgId() == WORK_STOP) {
         OnButton(IDC_STOP);
-    } else if (std::uint32_t number = 0; mail.data.size() == sizeof number) {
-        std::memcpy(&number, mail.data.data(), sizeof number);
-        if (mail.from == kConsoleId && mail.id == WORK_START) Start(number);
-        if (mail.from == kArchiveId && mail.id == WORK_SAVED) OnSaved(number);
+    } else if (std::uint32_t number = 0; mail.Read(number)) {
+        if (mail.Sender() == kConsoleId && mail.MsgId() == WORK_START) Start(number);
+        if (mail.Sender() == kArchiveId && mail.MsgId() == WORK_SAVED) OnSaved(number);
     }
     for (LoadedManager& manager : m_managers) {
-        if (manager.id == mail.from) OnManager(manager, mail);
+        if (manager.id == mail.Sender()) OnManager(manager, mail);
     }
 }
 
-void Workstation::OnManager(LoadedManager& manager, const Mail& mail) {
-    const bool isStatus = mail.id == WORK_STATUS || mail.id == WORK_GONE;
-    if (!isStatus || mail.data.size() != sizeof manager.status) return;
-    std::memcpy(&manager.status, mail.data.data(), sizeof manager.status);
+void Workstation::OnManager(LoadedManager& manager, const CMail& mail) {
+    const bool isStatus = mail.MsgId() == WORK_STATUS || mail.MsgId() == WORK_GONE;
+    if (!isStatus || !mail.Read(manager.status)) return;
     if (!manager.ready) {
         manager.ready = true;
         OnReady(manager);
     }
-    if (mail.id == WORK_GONE) {
+    if (mail.MsgId() == WORK_GONE) {
         manager.gone = true;
         EndManagers();
     }

@@ -4,8 +4,6 @@
 #include "SavedImages.h"
 #include "Screen.h"
 
-#include <common/Mail.h>
-
 #include <filesystem>
 #include <optional>
 
@@ -49,11 +47,11 @@ private:
     void OnMessage(HWND hWnd, UINT message, WPARAM wParam, LPARAM lParam) override;
     void OnPumpExit(int code, const wchar_t* text) override;
 
-    void OnFrameEvent(const NOTIFY& event);
+    void OnFrameEvent(const NOTIFY& event, WPARAM wParam);
     void OnDialogEvent(const NOTIFY& event, LPARAM lParam);
     void OnButton(int id);
-    void OnMail(const Mail& mail);
-    void OnManager(LoadedManager& manager, const Mail& mail);
+    void OnMail(const CMail& mail);
+    void OnManager(LoadedManager& manager, const CMail& mail);
     void OnReady(const LoadedManager& manager);
     void OnSaved(std::uint32_t image);
 

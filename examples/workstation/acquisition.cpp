@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace {
 
@@ -19,12 +18,11 @@ public:
     Acquisition() : Manager(kAcquisitionId, kTickMs) {}
 
 private:
-    void OnOrder(const Mail& mail) override {
+    void OnOrder(const CMail& mail) override {
         std::uint32_t images = 0;
-        if (mail.id == WORK_START && mail.data.size() == sizeof images) {
-            std::memcpy(&images, mail.data.data(), sizeof images);
+        if (mail.MsgId() == WORK_START && mail.Read(images)) {
             m_imagesLeft = images == 0 ? UINT32_MAX : images;
-        } else if (mail.id == WORK_STOP) {
+        } else if (mail.MsgId() == WORK_STOP) {
             m_imagesLeft = std::min(m_imagesLeft, 1U);
         }
     }

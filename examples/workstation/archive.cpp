@@ -10,8 +10,10 @@ namespace {
 constexpr unsigned int kTickMs = 50;
 constexpr long kMovieMs = 100;
 
-std::wstring TextOf(const Mail& mail) {
-    return {reinterpret_cast<const wchar_t*>(mail.data.data()), mail.data.size() / sizeof(wchar_t)};
+std::wstring TextOf(const CMail& mail) {
+    std::wstring text(mail.Data().size() / sizeof(wchar_t), L'\0');
+    (void)mail.Copy(text.data(), static_cast<unsigned long>(text.size() * sizeof(wchar_t))); // all whole characters
+    return text;
 }
 
 /// The manager that assembles images from their lines and saves each complete one to a separate file and to the movie,
@@ -21,10 +23,10 @@ public:
     Archive() : Manager(kArchiveId, kTickMs) {}
 
 private:
-    void OnOrder(const Mail& mail) override {
-        if (mail.id == WORK_FOLDER) {
+    void OnOrder(const CMail& mail) override {
+        if (mail.MsgId() == WORK_FOLDER) {
             m_folder = TextOf(mail);
-        } else if (mail.id == WORK_MOVIE) {
+        } else if (mail.MsgId() == WORK_MOVIE) {
             StartMovie(TextOf(mail));
         }
     }

@@ -37,8 +37,8 @@ public:
     }
 
 private:
-    void OnMail(const Mail& mail) override {
-        if (mail.from == kWorkstationId && mail.id == WORK_SAVED && --m_imagesLeft == 0) Leave();
+    void OnMail(const CMail& mail) override {
+        if (mail.Sender() == kWorkstationId && mail.MsgId() == WORK_SAVED && --m_imagesLeft == 0) Leave();
     }
 
     /// Stops waiting when the workstation has ended.

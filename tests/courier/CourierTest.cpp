@@ -73,7 +73,7 @@ TEST_F(Courier, StopsWhenItsReceiverDiesAndTheNextRunWorks) {
     CloseHandle(receiver);
     EXPECT_NE(courier.WaitUntil("courier: the receiver has ended"), "(ended)");
     EXPECT_EQ(courier.ExitCode(), 1u);
-    ExpectNothingLeft(1);
+    ExpectNothingLeft();
     ChildProcess next(Command(copy));
     EXPECT_EQ(next.WaitUntil("courier: identical"), "");
 }
