@@ -3,7 +3,7 @@
 #include "support/OpenPostOffice.h"
 
 #include <gtest/gtest.h>
-#include <tessel/messaging/mailbox.h>
+#include <tessel/messaging/mail.h>
 #include <tessel/messaging/resource.h>
 
 #include <algorithm>
@@ -38,12 +38,16 @@ std::vector<unsigned char> Content(unsigned long sender, unsigned long number) {
                                       static_cast<unsigned char>(sender ^ number));
 }
 
-/// Registers and then does nothing. Arguments: id.
+/// Registers, sends a message to a second id and then does nothing but fetch on demand. Arguments: id, if any a second.
 int Stall(const std::vector<std::string>& arguments) {
     Station station(IdOf(arguments[0]));
     CResource().AddResource(RESOURCE_TYPE{1}, RESOURCE_ID{2}, station.window.Get(), GetCurrentProcessId());
+    if (arguments.size() > 1) station.mailbox.Send(IdOf(arguments[1]), 1, 0, nullptr, 0, nullptr);
     Say("registered");
-    Hear();
+    while (Hear() == "fetch") {
+        station.Wait();
+        Say("fetched");
+    }
     return 0;
 }
 
@@ -104,24 +108,29 @@ ChildProcess PeerChild(const std::string& role, const std::vector<std::string>& 
 
 } // namespace
 
-TEST(CrossProcess, TheOwnProcessIsPreferredElseTheHighestSlot) {
+TEST(CrossProcess, Guard292TheOwnProcessIsPreferredElseTheHighestSlotWhoseProcessRuns) {
     const OpenPostOffice office;
+    const MessageWindow window;
     CMailBox sender(kTest);
+    CMailBox own(kShared);
     ChildProcess low("stall", {"32"});
     low.WaitUntil("registered");
     unsigned short slot = 0;
-    {
-        MessageWindow window;
-        CMailBox own(kShared);
-        own.RegisterMailbox(window.Get());
-        ChildProcess high("stall", {"32"});
-        high.WaitUntil("registered");
-        EXPECT_EQ(sender.GetMailBox(kShared, slot), window.Get());
-        EXPECT_EQ(slot, 2);
-    }
+    own.RegisterMailbox(window.Get());
+    ChildProcess high = PeerChild("stall", {"32"});
+    high.WaitUntil("registered");
+    EXPECT_EQ(sender.GetMailBox(kShared, slot), window.Get());
+    EXPECT_EQ(slot, 2);
+    own.UnregisterMailbox();
+    const auto send = [&] { return sender.Send(kShared, 1, 0, nullptr, 0, nullptr); };
     EXPECT_NE(sender.GetMailBox(kShared, slot), nullptr);
-    EXPECT_EQ(slot, 3);
-    EXPECT_EQ(CPostOffice::IsManager(kShared, low.Id()), 1);
+    EXPECT_TRUE(slot == 3 && send() == 0);
+    high.Kill();
+    EXPECT_NE(sender.GetMailBox(kShared, slot), nullptr);
+    EXPECT_TRUE(slot == 1 && send() == 0) << "although the dead one is still registered";
+    low.Kill();
+    EXPECT_NE(sender.GetMailBox(kShared, slot), nullptr);
+    EXPECT_TRUE(slot == 3 && send() == ERROR_INVALID_WINDOW_HANDLE);
 }
 
 TEST(CrossProcess, AReceiverKilledWithMessagesPendingLeavesNothingBehindAfterTheSweep) {
@@ -139,6 +148,54 @@ TEST(CrossProcess, AReceiverKilledWithMessagesPendingLeavesNothingBehindAfterThe
     EXPECT_EQ(supervisor.mailbox.GetFreeBlockCount(), freeBefore);
     EXPECT_EQ(supervisor.mailbox.Send(kShared, 1, 0, nullptr, 0, nullptr), ERROR_SERVICE_NOT_FOUND);
     EXPECT_EQ(frame(), nullptr);
+}
+
+TEST(CrossProcess, ASweepRemovesWhatTheDeadLeftAndNothingOfTheLiving) {
+    Station station(kTest);
+    ChildProcess dead = PeerChild("stall", {"32", "31"});
+    ChildProcess living("stall", {"33", "31"});
+    for (ChildProcess* const child : {&dead, &living}) EXPECT_EQ(child->WaitUntil("registered"), "");
+    for (const unsigned long id : {32UL, 33UL, 32UL}) station.mailbox.Send(ORCAOBJID{id}, 1, 0, nullptr, 0, nullptr);
+    dead.Tell("fetch");
+    dead.WaitUntil("fetched");
+    for (const bool removes : {false, true, false}) {
+        const SWEPT swept = station.mailbox.SweepDead();
+        EXPECT_TRUE(swept.registrations == removes && swept.resources == removes && swept.blocks == 2 * removes);
+        dead.Kill();
+    }
+    EXPECT_TRUE(CPostOffice::IsManager(kShared, 0) == 0 && CPostOffice::IsManager(ORCAOBJID{33}, 0) == 1);
+    EXPECT_EQ(station.mailbox.GetFreeBlockCount(), 497u) << "one for the living, one from each to this one";
+}
+
+TEST(CrossProcess, ASuccessorTakesOverWhatWaitsInTheOrderOfSendingAndTheRestIsSweptWhenThePoolIsFull) {
+    Station station(kTest);
+    ChildProcess dead("stall", {"32"});
+    ChildProcess other("stall", {"33"});
+    for (ChildProcess* const child : {&dead, &other}) EXPECT_EQ(child->WaitUntil("registered"), "");
+    const std::vector<OUTGOING_MESSAGE> batch(497); // so that the next messages get the last block and the first ones
+    unsigned short sent = 0;
+    EXPECT_EQ(station.mailbox.SendMany(kTest, batch.data(), 497, sent), 0);
+    CMail::ReleaseWaiting(station.mailbox, kTest, station.window.Get());
+    for (unsigned long word = 1; word <= 3; ++word) station.mailbox.Send(kShared, word, 0, nullptr, 0, nullptr);
+    dead.Tell("fetch");
+    dead.WaitUntil("fetched");
+    dead.Kill();
+    const MessageWindow window;
+    CMailBox successor(kShared);
+    successor.RegisterMailbox(window.Get());
+    EXPECT_EQ(successor.TakeOver(), 3);
+    EXPECT_EQ(CPostOffice::IsManager(kShared, dead.Id()), 0);
+    for (unsigned long word = 1; word <= 3; ++word) {
+        MSG message{};
+        PeekMessageW(&message, window.Get(), 0, 0, PM_REMOVE);
+        const CMail mail(successor, kShared, message.wParam, message.lParam);
+        EXPECT_TRUE(mail.MsgId() == word && mail.IsAgain() == (word == 1)) << word;
+    }
+    while (station.mailbox.Send(ORCAOBJID{33}, 1, 0, nullptr, 0, nullptr) != ERROR_BUSY) {
+    }
+    other.Kill();
+    EXPECT_EQ(station.mailbox.Send(kTest, 1, 0, nullptr, 0, nullptr), 0);
+    EXPECT_EQ(station.mailbox.GetFreeBlockCount(), 499u);
 }
 
 TEST(CrossProcess, FourSendersAndTwoReceiversOfBothBitnessesLoseNothing) {

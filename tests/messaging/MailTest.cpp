@@ -7,6 +7,7 @@
 #include <tessel/messaging/mail.h>
 
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -18,8 +19,8 @@ class Mail : public testing::Test {
 protected:
     Mail() { EXPECT_EQ(sender.RegisterMailbox(answers.Get()) + receiver.RegisterMailbox(window.Get()), 0); }
     ~Mail() override { EXPECT_TRUE(reports.Take().empty()) << "no block was released twice"; }
-    CMail Receive(unsigned long msgId = 7) {
-        EXPECT_EQ(sender.Send(kReceiver, msgId, 4, kData, 0, nullptr), 0);
+    CMail Receive() {
+        EXPECT_EQ(sender.Send(kReceiver, 7, 4, kData, 0, nullptr), 0);
         return {receiver, kReceiver, 0, window.Take(MAILBOX_NOTIFICATION)};
     }
     unsigned long InUse() { return 500 - sender.GetFreeBlockCount(); }
@@ -41,53 +42,32 @@ TEST_F(Mail, IsReadOnceAndReleasedOnceWhoeverHoldsItAtTheEnd) {
         block->Length = block->MsgId = block->Sender = 99;
         EXPECT_TRUE(mail && mail.Sender() == kSender && mail.MsgId() == 7 && !mail.IsAgain());
         EXPECT_TRUE(mail.Data().size() == 4 && mail.Data().data() == block->Data);
-        char copy[9] = "########";
-        EXPECT_EQ(mail.Copy(copy, 3) + mail.Copy(copy + 4, 5), 7u);
-        EXPECT_STREQ(copy, "dat#data");
-        std::uint16_t tooShort = 1;
-        std::uint32_t record = 0;
-        EXPECT_TRUE(!mail.Read(tooShort) && tooShort == 1 && mail.Read(record) && record == 0x61746164);
-        CMail moved(std::move(mail));
-        EXPECT_TRUE(moved && !mail && mail.Data().empty());
-        mail = Receive(8);
-        EXPECT_EQ(InUse(), 2u);
-        mail = std::move(moved);
-        EXPECT_TRUE(InUse() == 1 && mail.MsgId() == 7);
+        char part[6] = "#####";
+        char whole[4];
+        EXPECT_TRUE(!mail.Read(part) && mail.Copy(part, 3) == 3 && std::string(part) == "dat##");
+        EXPECT_TRUE(mail.Read(whole) && std::string(whole, 4) == "data" && mail.Copy(part, 6) == 4);
+        CMail other = Receive();
+        other = std::move(mail);
+        EXPECT_TRUE(InUse() == 1 && other.Data().data() == block->Data);
     }
     EXPECT_EQ(InUse(), 0u);
     SBLOCK* const kept = Receive().Keep();
-    EXPECT_EQ(InUse(), 1u);
-    EXPECT_TRUE(CMail(receiver, kReceiver, MAILBOX_AGAIN, kept->BlkNum).IsAgain());
+    EXPECT_TRUE(InUse() == 1 && CMail(receiver, kReceiver, MAILBOX_AGAIN, kept->BlkNum).IsAgain());
     EXPECT_EQ(InUse(), 0u);
 }
 
 TEST_F(Mail, AForgedNotificationHoldsNothingAndReleasesNothing) {
     SBLOCK* const block = Receive().Keep();
-    const SBLOCK genuine = *block;
-    const struct {
-        const char* what;
-        LPARAM number;
-        void (*forge)(SBLOCK&);
-    } rows[] = {
-        {"zero", 0, [](SBLOCK&) {}},
-        {"negative", -1, [](SBLOCK&) {}},
-        {"beyond the pool", 500, [](SBLOCK&) {}},
-        {"with a high word", 0x10002, [](SBLOCK&) {}},
-        {"a free block", 3, [](SBLOCK&) {}},
-        {"not the block's number", 2, [](SBLOCK& shared) { shared.BlkNum = 3; }},
-        {"another's message", 2, [](SBLOCK& shared) { shared.Receiver = kSender; }},
-        {"without the extra byte", 2, [](SBLOCK& shared) { shared.Length = 0; }},
-        {"longer than a block", 2, [](SBLOCK& shared) { shared.Length = SMALL_BLOCK_SIZE + 1; }},
-    };
-    for (const auto& [what, number, forge] : rows) {
-        forge(*block);
+    constexpr ORCAOBJID kOwn = kReceiver;
+    const std::tuple<LPARAM, std::uint16_t, ORCAOBJID, std::uint32_t> rows[] = {
+        {0, 2, kOwn, 5}, {-1, 2, kOwn, 5}, {500, 2, kOwn, 5},  {3, 2, kOwn, 5},   {0x10002, 2, kOwn, 5},
+        {2, 3, kOwn, 5}, {2, 2, kOwn, 0},  {2, 2, kSender, 5}, {2, 2, kOwn, 5121}};
+    for (const auto& [number, blockNumber, to, length] : rows) {
+        *block = {blockNumber, 1, 0, 0, 7, length, to, kSender, {}};
         CMail mail(receiver, kReceiver, 0, number);
-        EXPECT_TRUE(!mail && mail.Sender() == 0 && mail.MsgId() == 0 && mail.Data().empty()) << what;
-        EXPECT_EQ(mail.Reply(1, 0, nullptr), ERROR_INVALID_PARAMETER) << what;
-        *block = genuine;
+        EXPECT_TRUE(!mail && mail.Sender() == 0 && mail.MsgId() == 0 && mail.Data().empty()) << number << ' ' << length;
     }
     EXPECT_EQ(InUse(), 1u);
-    EXPECT_TRUE(CMail(receiver, kReceiver, 0, 2));
 }
 
 TEST_F(Mail, IsAnsweredInItsOwnBlockWhichIsReleasedIfThatFails) {
@@ -96,13 +76,11 @@ TEST_F(Mail, IsAnsweredInItsOwnBlockWhichIsReleasedIfThatFails) {
         const ImportPatch noLock(Failing("WaitForSingleObjectEx", &WaitForSingleObjectEx, WAIT_FAILED));
         EXPECT_EQ(mail.Reply(9, 2, mail.Data().data() + 1, 3, kData), 0);
     }
-    EXPECT_TRUE(!mail && mail.Data().empty());
-    EXPECT_EQ(mail.Reply(9, 0, nullptr), ERROR_INVALID_PARAMETER);
-    {
-        const CMail answer(sender, kSender, 0, answers.Take(MAILBOX_NOTIFICATION));
-        EXPECT_TRUE(answer.Sender() == kReceiver && answer.MsgId() == 9 && InUse() == 1);
-        EXPECT_EQ(std::string(answer.Data().begin(), answer.Data().end()), "atdat");
-    }
+    EXPECT_TRUE(!mail && InUse() == 1 && mail.Reply(9, 0, nullptr) == ERROR_INVALID_PARAMETER);
+    mail = CMail(sender, kSender, 0, answers.Take(MAILBOX_NOTIFICATION));
+    EXPECT_TRUE(mail.Sender() == kReceiver && mail.MsgId() == 9);
+    EXPECT_EQ(std::string(mail.Data().begin(), mail.Data().end()), "atdat");
+    mail = CMail(sender, kSender, 0, 0);
     const auto fails = [this](unsigned long length, const unsigned char* data, int status) {
         EXPECT_EQ(Receive().Reply(9, length, data), status);
         EXPECT_EQ(InUse(), 0u) << status;
@@ -114,18 +92,18 @@ TEST_F(Mail, IsAnsweredInItsOwnBlockWhichIsReleasedIfThatFails) {
     fails(1, kData, ERROR_INVALID_WINDOW_HANDLE);
     EXPECT_EQ(sender.UnregisterMailbox(), 0);
     fails(1, kData, ERROR_SERVICE_NOT_FOUND);
-    SBLOCK* const block = Receive().Keep();
-    SBLOCK* const null = nullptr;
-    for (SBLOCK* const bad : {null, block + 1, receiver.GetDirectMessage(500)}) {
-        EXPECT_EQ(receiver.Reply(bad, 1, 0, nullptr, 0, nullptr), ERROR_INVALID_PARAMETER);
-    }
-    EXPECT_EQ(sender.Reply(block, 1, 0, nullptr, 0, nullptr), ERROR_INVALID_PARAMETER) << "not the receiver";
-    EXPECT_EQ(receiver.ReleaseMemory(block), 0);
+    const auto misused = [](CMailBox& mailbox, SBLOCK* block) {
+        return mailbox.Reply(block, 1, 0, nullptr, 0, nullptr);
+    };
+    const CMail received = Receive();
+    EXPECT_EQ(misused(sender, receiver.GetDirectMessage(5)), ERROR_INVALID_PARAMETER) << "not the receiver";
+    EXPECT_EQ(misused(receiver, receiver.GetDirectMessage(6)), ERROR_INVALID_PARAMETER) << "free";
+    EXPECT_EQ(misused(receiver, receiver.GetDirectMessage(500)), ERROR_INVALID_PARAMETER) << "not of the pool";
 }
 
 TEST_F(Mail, WhatWaitsIsReleasedAndTheEndOfTheProgramKept) {
-    for (const LPARAM forged : {3, 500}) PostMessageW(window.Get(), MAILBOX_NOTIFICATION, 0, forged);
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(sender.Send(kReceiver, 1, 0, nullptr, 0, nullptr), 0);
+    PostMessageW(window.Get(), MAILBOX_NOTIFICATION, 0, 500);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(sender.Send(kReceiver, 1, 0, nullptr, 0, nullptr), 0);
     PostQuitMessage(5);
     CMail::ReleaseWaiting(receiver, kReceiver, window.Get());
     EXPECT_EQ(InUse(), 0u);

@@ -8,6 +8,7 @@
 #include <tessel/messaging/mailbox.h>
 
 #include <cstring>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -26,6 +27,11 @@ protected:
     SBLOCK* Take() { return receiver.GetMessageBlock(static_cast<unsigned>(window.Take(MAILBOX_NOTIFICATION))); }
     int Release(SBLOCK* block) { return receiver.ReleaseMemory(block); }
     int Registered() { return CPostOffice().GetHeaderAddr()->MailboxesInUse; }
+    /// Fills the pool. @return a block whose release makes room; not the last one (ODD-20)
+    SBLOCK* Fill() {
+        for (unsigned long i = 0; i < kBlocks; ++i) EXPECT_EQ(Send(0), 0);
+        return Take();
+    }
     /// Nothing is allocated and the lock is free.
     void ExpectUntouched() {
         EXPECT_EQ(sender.GetFreeBlockCount(), 500u);
@@ -85,6 +91,8 @@ TEST_F(Mailbox, WhatCannotBeSentLeavesThePoolAsItWas) {
     }
     EXPECT_EQ(sender.Send(kReceiver, 1, 4, nullptr, 0, nullptr), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(sender.Send(kNobody, 1, 0, nullptr, 0, nullptr), ERROR_SERVICE_NOT_FOUND);
+    ASSERT_EQ(other.RegisterMailbox(window.Get()) + other.UnregisterMailbox(), 0);
+    EXPECT_EQ(sender.Send(ORCAOBJID{0}, 1, 0, nullptr, 0, nullptr), ERROR_SERVICE_NOT_FOUND) << "GUARD-293";
     ExpectUntouched();
     window.Destroy();
     EXPECT_EQ(Send(4), ERROR_INVALID_WINDOW_HANDLE);
@@ -211,4 +219,74 @@ TEST_F(Mailbox, WithoutTheLockNothingIsChanged) {
     EXPECT_EQ(CPostOffice::IsManager(kReceiver, 0), 1);
     EXPECT_EQ(Release(block), 0);
     ExpectUntouched();
+}
+
+TEST_F(Mailbox, WaitsForRoomUntilATimeOutUnlessAReleaseWakesIt) {
+    SBLOCK* const block = Fill();
+    for (const unsigned long timeout : {0UL, 30UL}) {
+        const ULONGLONG start = GetTickCount64();
+        EXPECT_EQ(sender.SendWithin(timeout, kReceiver, 1, 4, kData, 0, nullptr), ERROR_BUSY);
+        EXPECT_GE(GetTickCount64() - start, timeout);
+    }
+    bool woken = false;
+    const ImportPatch wait("WaitForSingleObject", &WaitForSingleObject, [&](HANDLE object, DWORD timeout) {
+        if (timeout == 0 || woken) return WaitForSingleObject(object, timeout);
+        EXPECT_EQ(Release(block), 0);
+        woken = WaitForSingleObject(object, 10000) == WAIT_OBJECT_0;
+        return DWORD{WAIT_TIMEOUT};
+    });
+    EXPECT_EQ(sender.SendWithin(INFINITE, kReceiver, 2, 4, kData, 0, nullptr), 0);
+    EXPECT_TRUE(woken && block->MsgId == 2);
+}
+
+TEST_F(Mailbox, SendsABatchInOrderAndReleasesOneWithOneLockEach) {
+    const OUTGOING_MESSAGE batch[] = {{1, 1, kData}, {2, 0, nullptr}, {3, 5119, kData}};
+    int locks = 0;
+    const auto count = [&locks](auto... arguments) { return ++locks, WaitForSingleObjectEx(arguments...); };
+    const ImportPatch counted("WaitForSingleObjectEx", &WaitForSingleObjectEx, count);
+    unsigned short sent = 0;
+    EXPECT_TRUE(sender.SendMany(kReceiver, batch, 3, sent) == 0 && sent == 3 && locks == 1);
+    SBLOCK* blocks[] = {Take(), nullptr, Take(), receiver.GetMessageBlock(400), Take(), nullptr};
+    blocks[5] = blocks[0];
+    EXPECT_TRUE(blocks[0]->MsgId == 1 && blocks[2]->MsgId == 2 && blocks[4]->MsgId == 3 && blocks[4]->Length == 5120);
+    EXPECT_TRUE(receiver.ReleaseMany(blocks, 6) == 3 && locks == 2);
+    EXPECT_EQ(reports.Take(),
+              (Texts{"CMailbox:206 pBlock", "CMailbox:207 pBlock->BlkNum", "CMailbox:207 pBlock->BlkNum"}));
+    EXPECT_EQ(receiver.ReleaseMany(blocks + 1, 1) + receiver.ReleaseMany(nullptr, 2), 0);
+}
+
+TEST_F(Mailbox, SendsABatchAsFarAsItGoesAndNothingOfAWrongOne) {
+    const OUTGOING_MESSAGE batch[] = {{1, 1, kData}, {2, 1, kData}, {3, 5120, kData}, {4, 1, nullptr}};
+    const std::tuple<ORCAOBJID, const OUTGOING_MESSAGE*, unsigned short, int> rows[] = {
+        {kReceiver, batch, 3, ERROR_NOT_ENOUGH_MEMORY},
+        {kReceiver, batch + 3, 1, ERROR_INVALID_PARAMETER},
+        {kReceiver, nullptr, 1, ERROR_INVALID_PARAMETER},
+        {kReceiver, nullptr, 0, 0},
+        {kNobody, batch, 1, ERROR_SERVICE_NOT_FOUND}};
+    for (const auto& [to, messages, count, status] : rows) {
+        unsigned short sent = 9;
+        EXPECT_TRUE(sender.SendMany(to, messages, count, sent) == status && sent == 0) << status;
+        ExpectUntouched();
+    }
+    unsigned short sent = 9;
+    const ImportPatch second(Failing("PostMessageW", &PostMessageW, FALSE, ERROR_NOT_ENOUGH_QUOTA, 2));
+    EXPECT_TRUE(sender.SendMany(kReceiver, batch, 2, sent) == ERROR_NOT_ENOUGH_QUOTA && sent == 1);
+    Release(Take());
+    ExpectUntouched();
+    Release(Fill());
+    EXPECT_TRUE(sender.SendMany(kReceiver, batch, 2, sent) == ERROR_BUSY && sent == 1);
+}
+
+TEST_F(Mailbox, AReceiverThatLimitsWhatWaitsIsBusyAtOnceAndNobodyElseIs) {
+    EXPECT_EQ(other.LimitWaiting(2), 1) << "not registered";
+    ASSERT_EQ(other.RegisterMailbox(window.Get()) + receiver.LimitWaiting(2), 0);
+    const ImportPatch sleep("Sleep", &Sleep, [](DWORD) { ADD_FAILURE() << "waits"; });
+    const OUTGOING_MESSAGE batch[3] = {};
+    unsigned short sent = 0;
+    EXPECT_TRUE(sender.SendMany(kReceiver, batch, 3, sent) == ERROR_BUSY && sent == 2);
+    EXPECT_EQ(sender.SendWithin(INFINITE, kReceiver, 1, 0, nullptr, 0, nullptr), ERROR_BUSY);
+    EXPECT_EQ(sender.Send(kNobody, 1, 0, nullptr, 0, nullptr), 0);
+    EXPECT_EQ(Release(Take()), 0);
+    EXPECT_TRUE(Send(1) == 0 && Send(1) == ERROR_BUSY);
+    EXPECT_EQ(receiver.LimitWaiting(0) + Send(1), 0);
 }

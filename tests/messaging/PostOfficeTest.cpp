@@ -112,7 +112,8 @@ TEST_F(PostOffice, TwoProcessesThatCreateItAtTheSameMomentShareOneRegion) {
 TEST_F(PostOffice, Odd17ALockThatIsNotToBeHadIsReportedAndFreed) {
     CThreadLock holder(POST_OFFICE_LOCK_NAME);
     ASSERT_EQ(holder.Lock(0), 0);
-    const ImportPatch noWait("WaitForSingleObjectEx", &WaitForSingleObjectEx, [](HANDLE, DWORD timeout, BOOL) {
+    const ImportPatch clock("GetTickCount64", &GetTickCount64, [] { return 1; });
+    const ImportPatch noWait("WaitForMultipleObjects", &WaitForMultipleObjects, [](DWORD, auto, BOOL, DWORD timeout) {
         EXPECT_EQ(timeout, 5000u);
         return WAIT_TIMEOUT;
     });
