@@ -43,10 +43,12 @@ public:
                      wParam == MAILBOX_AGAIN};
     }
 
-    /// Takes the message of another object, which is empty afterwards.
+    /// Takes the message of another object.
+    /// @param other  the object; empty afterwards
     CMail(CMail&& other) noexcept : m_mailbox(other.m_mailbox), m_content(std::exchange(other.m_content, {})) {}
 
-    /// Releases the block that is held and takes the message of another object, which is empty afterwards.
+    /// Releases the block that is held and takes the message of another object.
+    /// @param other  the object; empty afterwards
     /// @return this object
     CMail& operator=(CMail&& other) noexcept {
         CMail taken(std::move(other));
@@ -63,20 +65,25 @@ public:
         if (*this) (void)m_mailbox->ReleaseMemory(m_content.block); // reports if another has released it
     }
 
-    /// Whether the object holds a message. If not, the sender's id and the message word are 0, and there are no data.
+    /// Whether the object holds a message.
+    /// @return true: it does; false: sender's id and message word are 0, and there are no data
     explicit operator bool() const { return m_content.block != nullptr; }
 
-    /// The sender's id.
+    /// Whose message it is.
+    /// @return the sender's id
     ORCAOBJID Sender() const { return m_content.sender; }
 
-    /// The message word.
+    /// What the sender calls it.
+    /// @return the message word
     unsigned long MsgId() const { return m_content.msgId; }
 
     /// The data in the block. Any process can change them at any time; their size stays as it is.
+    /// @return the data, valid while the object holds the message
     std::span<const unsigned char> Data() const { return m_content.data; }
 
-    /// Whether CMailBox::TakeOver() posted the message after a receiver that ended had fetched it: that one may have
-    /// handled it.
+    /// Whether the message may have been handled before: CMailBox::TakeOver() has posted it, and a receiver that ended
+    /// had fetched it.
+    /// @return true: it may have been
     bool IsAgain() const { return m_content.isAgain; }
 
     /// Copies the data.

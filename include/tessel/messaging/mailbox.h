@@ -121,7 +121,13 @@ public:
     /// Sends like Send(), but retries until a time-out instead of 100 times.
     ///
     /// A release wakes it where both sides know the journal; otherwise it retries every 20 ms.
-    /// @param timeoutMs  milliseconds; 0 tries once, INFINITE retries for ever
+    /// @param timeoutMs     milliseconds; 0 tries once, INFINITE retries for ever
+    /// @param to            the receiver
+    /// @param msgId         message word, delivered unchanged
+    /// @param firstLength   bytes of the first part
+    /// @param firstData     first part; may be null when @p firstLength is 0
+    /// @param secondLength  bytes of the second part
+    /// @param secondData    second part; if null, its bytes count and their content is undefined
     /// @return as Send()
     int SendWithin(unsigned long timeoutMs, ORCAOBJID to, unsigned long msgId, unsigned long firstLength,
                    const unsigned char* firstData, unsigned long secondLength, const unsigned char* secondData);
@@ -137,9 +143,8 @@ public:
 
     /// Answers a message in its own block, to its sender: without the lock, and without releasing and allocating a
     /// block. The receiver's limit does not apply.
-    /// @param block         a received block; the sender of the answer's receiver after success, the caller's
-    /// otherwise,
-    ///                      who releases it. Its content is lost if posting fails
+    /// @param block         a received block. After success it belongs to the receiver of the answer; after a failure
+    ///                      the caller releases it, and its content is lost if posting failed
     /// @param msgId         message word, delivered unchanged
     /// @param firstLength   bytes of the first part
     /// @param firstData     first part, which may lie in the block; may be null when @p firstLength is 0
