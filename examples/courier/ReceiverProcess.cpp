@@ -1,6 +1,5 @@
 #include "ReceiverProcess.h"
 
-#include <cstdio>
 #include <stdexcept>
 
 namespace {
@@ -10,8 +9,7 @@ constexpr unsigned long kPatienceMs = 10000;
 } // namespace
 
 ReceiverProcess::ReceiverProcess(const std::wstring& program, const std::filesystem::path& copy, unsigned long tag,
-                                 unsigned long stallMs)
-    : m_senderDone(nullptr, 1) {
+                                 unsigned long stallMs) {
     std::wstring line = L"\"" + program + L"\" --receive \"" + copy.wstring() + L"\"";
     for (const unsigned long number : {GetCurrentProcessId(), tag, stallMs}) line += L" " + std::to_wstring(number);
     STARTUPINFOW startup{};
@@ -19,19 +17,13 @@ ReceiverProcess::ReceiverProcess(const std::wstring& program, const std::filesys
     if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &m_process)) {
         throw std::runtime_error("the receiver cannot be started");
     }
-    m_watcher = std::thread([this] { WatchForStuckSender(); });
 }
 
 ReceiverProcess::~ReceiverProcess() {
     if (!Ended(0)) {
-        CPostOffice office;
-        const bool locked = office.LockThreadSafe(kPatienceMs) == 0;
         TerminateProcess(m_process.hProcess, 1);
         (void)Ended(INFINITE); // its end was requested
-        if (locked) office.UnlockThreadSafe();
     }
-    (void)m_senderDone.SetEvent(); // its own event
-    m_watcher.join();
     CloseHandle(m_process.hThread);
     CloseHandle(m_process.hProcess);
 }
@@ -49,12 +41,4 @@ void ReceiverProcess::WaitForGoodEnd() const {
     if (!Ended(kPatienceMs) || !GetExitCodeProcess(m_process.hProcess, &exitCode) || exitCode != 0) {
         throw std::runtime_error("the receiver does not end well");
     }
-}
-
-void ReceiverProcess::WatchForStuckSender() {
-    const HANDLE either[] = {m_senderDone.GetHandle(), m_process.hProcess};
-    WaitForMultipleObjects(2, either, FALSE, INFINITE);
-    if (m_senderDone.WaitOnEvent(kPatienceMs) == STATUS_OK) return;
-    std::fputs("courier: the receiver has ended and left the post office locked\n", stderr);
-    TerminateProcess(GetCurrentProcess(), 1);
 }

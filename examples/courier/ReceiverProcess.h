@@ -4,16 +4,14 @@
 
 #include <filesystem>
 #include <string>
-#include <thread>
 
-/// The receiving process. If it ends while the sender waits for something that only it could provide, such as a lock
-/// that it held, the sender's process prints a line and ends.
+/// The receiving process.
 class ReceiverProcess {
 public:
     /// Starts it; throws std::runtime_error when that fails.
     ReceiverProcess(const std::wstring& program, const std::filesystem::path& copy, unsigned long tag,
                     unsigned long stallMs);
-    /// Ends it if it still runs, at a moment when it does not hold the post office's lock.
+    /// Ends it if it still runs; a lock that it holds is taken over.
     ~ReceiverProcess();
     ReceiverProcess(const ReceiverProcess&) = delete;
     ReceiverProcess& operator=(const ReceiverProcess&) = delete;
@@ -26,9 +24,5 @@ public:
     void WaitForGoodEnd() const;
 
 private:
-    void WatchForStuckSender();
-
     PROCESS_INFORMATION m_process{};
-    CEvent m_senderDone;
-    std::thread m_watcher;
 };

@@ -4,6 +4,7 @@
 #include "support/UnixTool.h"
 
 #include <gtest/gtest.h>
+#include <tessel/messaging/mail.h>
 
 namespace {
 
@@ -45,10 +46,8 @@ TEST_F(WorkstationRun, SavesWhileAllBlocksHoldLines) {
     workstation.WaitUntil("workstation: image 1 saved");
     while (observer.GetFreeBlockCount() > 3) observer.Send(ORCAOBJID{1}, 1, 0, nullptr, 0, nullptr);
     EXPECT_EQ(workstation.ExitCode(), 0u);
-    while (const LPARAM block = window.Take(MAILBOX_NOTIFICATION)) {
-        observer.ReleaseMemory(observer.GetMessageBlock(static_cast<unsigned int>(block)));
-    }
     observer.UnregisterMailbox();
+    CMail::ReleaseWaiting(observer, ORCAOBJID{1}, window.Get());
     ExpectNothingLeft();
 }
 
