@@ -95,9 +95,9 @@ TEST_F(Mail, IsAnsweredInItsOwnBlockWhichIsReleasedIfThatFails) {
     const auto misused = [](CMailBox& mailbox, SBLOCK* block) {
         return mailbox.Reply(block, 1, 0, nullptr, 0, nullptr);
     };
-    const CMail received = Receive();
-    EXPECT_EQ(misused(sender, receiver.GetDirectMessage(5)), ERROR_INVALID_PARAMETER) << "not the receiver";
-    EXPECT_EQ(misused(receiver, receiver.GetDirectMessage(6)), ERROR_INVALID_PARAMETER) << "free";
+    SBLOCK* const block = Receive().Keep();
+    EXPECT_EQ(misused(sender, block), ERROR_INVALID_PARAMETER) << "not the receiver";
+    EXPECT_EQ(misused(receiver, block - 1), ERROR_INVALID_PARAMETER) << "free";
     EXPECT_EQ(misused(receiver, receiver.GetDirectMessage(500)), ERROR_INVALID_PARAMETER) << "not of the pool";
 }
 
