@@ -82,9 +82,10 @@ void Tails(benchmark::State& state, const std::string& kind, std::chrono::millis
     }
     peer.Quit(state);
     std::ranges::sort(times);
-    const auto share = [&](double part) { return times[static_cast<std::size_t>(part * (times.size() - 1))]; };
-    state.counters = {{"trips", times.size()}, {"p50", share(0.5)},     {"p90", share(0.9)},
-                      {"p99", share(0.99)},    {"p99.9", share(0.999)}, {"longest", times.back()}};
+    const auto count = static_cast<double>(times.size());
+    const auto share = [&](double part) { return times[static_cast<std::size_t>(part * (count - 1))]; };
+    state.counters = {{"trips", count},     {"p50", share(0.5)},     {"p90", share(0.9)},
+                      {"p99", share(0.99)}, {"p99.9", share(0.999)}, {"longest", times.back()}};
 }
 
 void RegisterTails(const std::string& speed, std::int64_t trips, std::chrono::milliseconds pause) {
