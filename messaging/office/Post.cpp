@@ -103,7 +103,7 @@ void CPost::Unlock() {
     tessel::End(m_journal.Get()); // of an allocation, whose blocks are counted by the caller
     holdingThread = 0;
     RecoverableLock().Release();
-    tessel::ReportUnless(!takenOver, "!\"Lock of an ended process taken over\"", {"CPost", __LINE__});
+    tessel::ReportUnless(!takenOver, "!\"Lock of an ended thread taken over\"", {"CPost", __LINE__});
 }
 
 void CPost::OnThreadEnd() {

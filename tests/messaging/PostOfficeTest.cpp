@@ -4,11 +4,13 @@
 #include "support/ShownBoxes.h"
 
 #include <gtest/gtest.h>
+#include <tessel/foundation/event.h>
 #include <tessel/foundation/semaphore.h>
 #include <tessel/messaging/mailbox.h>
 
 #include <algorithm>
 #include <cstring>
+#include <thread>
 
 namespace {
 
@@ -50,6 +52,14 @@ struct Region {
     HANDLE handle;
     FILE_HEADER* header;
 };
+
+/// A thread that acquires the lock, signals an event and does not end.
+DWORD WINAPI LockAndStay(void* event) {
+    CPostOffice().LockThreadSafe(INFINITE);
+    SetEvent(event);
+    Sleep(INFINITE);
+    return 0;
+}
 
 bool RegionExists() {
     return OpenFileMappingW(FILE_MAP_READ, FALSE, POST_OFFICE_REGION_NAME) != nullptr;
@@ -122,6 +132,50 @@ TEST_F(PostOffice, Odd17ALockThatIsNotToBeHadIsReportedAndFreed) {
     EXPECT_EQ(reports.Take(), Texts{"CPost:50 !LockTimeout && _T(\"Failed to get semaphore named:\") SEMAPHORE_NAME"});
     EXPECT_NE(office.GetHeaderAddr(), nullptr);
     EXPECT_EQ(WaitForSingleObject(holder.GetHandle(), 0), WAIT_OBJECT_0);
+}
+
+TEST_F(PostOffice, ALockWhoseHolderRunsIsNotFreedByAnotherCreation) {
+    CPostOffice::CreateGlobalPostOffice();
+    ASSERT_EQ(office.LockThreadSafe(0), 0);
+    ULONGLONG now = 0;
+    const ImportPatch clock("GetTickCount64", &GetTickCount64, [&now] { return now += 5000; });
+    Reports reports;
+    CPostOffice::CreateGlobalPostOffice();
+    EXPECT_EQ(reports.Take().size(), 1u) << "waited in vain";
+    EXPECT_EQ(CThreadLock(POST_OFFICE_LOCK_NAME).IsLocked(), 1);
+    office.UnlockThreadSafe();
+    EXPECT_EQ(CThreadLock(POST_OFFICE_LOCK_NAME).IsLocked(), 0);
+}
+
+TEST_F(PostOffice, TheLockOfAThreadThatIsTerminatedIsTakenOver) {
+    CPostOffice::CreateGlobalPostOffice();
+    const CEvent locked;
+    const HANDLE holder = CreateThread(nullptr, 0, LockAndStay, locked.GetHandle(), 0, nullptr);
+    WaitForSingleObject(locked.GetHandle(), INFINITE);
+    EXPECT_EQ(office.LockThreadSafe(0), 1);
+    TerminateThread(holder, 0);
+    CloseHandle(holder);
+    Reports reports;
+    EXPECT_EQ(office.LockThreadSafe(INFINITE), 0);
+    office.UnlockThreadSafe();
+    ASSERT_EQ(reports.Take().size(), 1u);
+    EXPECT_EQ(office.LockThreadSafe(0), 0);
+    office.UnlockThreadSafe();
+    EXPECT_TRUE(reports.Take().empty()) << "reported once";
+}
+
+TEST_F(PostOffice, ItsLockHasNoOwner) {
+    CPostOffice::CreateGlobalPostOffice();
+    CThreadLock semaphore(POST_OFFICE_LOCK_NAME);
+    std::thread([this] { office.LockThreadSafe(INFINITE); }).join();
+    EXPECT_EQ(office.LockThreadSafe(20), 1) << "left by a thread that ended by itself";
+    office.UnlockThreadSafe();
+    ASSERT_EQ(office.LockThreadSafe(0), 0);
+    semaphore.Unlock();
+    EXPECT_EQ(office.LockThreadSafe(0), 0) << "released by a program that knows the semaphore only";
+    EXPECT_EQ(semaphore.IsLocked(), 1);
+    office.UnlockThreadSafe();
+    EXPECT_EQ(semaphore.IsLocked(), 0);
 }
 
 TEST_F(PostOffice, Odd18ASecondCreationLosesTheFirst) {
