@@ -4,7 +4,7 @@ set -euo pipefail
 
 objdump=$1
 shift
-own='^(KERNEL32|USER32|GDI32|ADVAPI32|msvcrt|COMCTL32|COMDLG32|SHELL32|ole32|OLEAUT32|RPCRT4|WS2_32|MSWSOCK|IPHLPAPI|MPR|NETAPI32|WINMM|MSACM32|AVIFIL32|MSVFW32|VERSION|Fenestra|Facet)\.dll$'
+own='^(KERNEL32|USER32|GDI32|ADVAPI32|msvcrt|COMCTL32|COMDLG32|SHELL32|ole32|OLEAUT32|RPCRT4|WS2_32|MSWSOCK|IPHLPAPI|MPR|NETAPI32|WINMM|MSACM32|AVIFIL32|MSVFW32|ntdll|VERSION|Fenestra|Facet)\.dll$'
 for dll in "$@"; do
     imports=$("$objdump" -p "$dll" | sed -n 's/^\tDLL Name: //p')
     [ -n "$imports" ] || {
