@@ -1,6 +1,6 @@
 #include <foundation/Report.h>
+#include <foundation/WindowOwner.h>
 #include <messaging/host/HostRequest.h>
-#include <messaging/office/WindowHandle.h>
 #include <tessel/foundation/message.h>
 #include <tessel/foundation/strings.h>
 #include <tessel/messaging/host.h>
@@ -25,7 +25,7 @@ constexpr UINT kHeartbeatMs = 2500;
 /// GUARD-202: a killed process leaves its entry, and its id is reused.
 void RemoveStaleFrames(CResource& table, unsigned long processId) {
     while (const HWND frame = table.GetResource(tessel::kFrameType, tessel::kFrameId, processId)) {
-        if (tessel::IsOfProcess(frame, processId)) return;
+        if (tessel::IsWindowOfProcess(frame, processId)) return;
         if (table.DeleteResource(tessel::kFrameType, tessel::kFrameId, processId) != 0) return;
     }
 }

@@ -1,5 +1,6 @@
 #include <messaging/host/HostRequest.h>
-#include <messaging/office/WindowHandle.h>
+
+#include <foundation/WindowOwner.h>
 #include <tessel/foundation/process.h>
 #include <tessel/messaging/hostrequest.h>
 
@@ -10,7 +11,7 @@ using tessel::HostRequest;
 /// GUARD-202: a killed process leaves its entry, and ids and handles are reused.
 HWND FrameOf(unsigned long processId) {
     const HWND frame = CResource().GetResource(tessel::kFrameType, tessel::kFrameId, processId);
-    return tessel::IsOfProcess(frame, processId) ? frame : nullptr;
+    return tessel::IsWindowOfProcess(frame, processId) ? frame : nullptr;
 }
 
 LRESULT SendRequest(const HostRequest& request) {

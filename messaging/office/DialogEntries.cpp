@@ -1,6 +1,7 @@
 #include <messaging/office/DialogEntries.h>
 
 #include <foundation/SharedField.h>
+#include <foundation/WindowOwner.h>
 #include <messaging/office/Identity.h>
 #include <messaging/office/ResourceTable.h>
 #include <messaging/office/WindowHandle.h>
@@ -35,7 +36,7 @@ void AddDialogEntry(HWND dialog, unsigned long dialogId) {
     {
         const ResourceTableLock lock;
         RemoveDialogs(ResourceRecords(table.GetResourceAddress()), [own](HWND window, unsigned long processId) {
-            return processId == own ? !IsOfProcess(window, own) : HasEnded(processId);
+            return processId == own ? !IsWindowOfProcess(window, own) : HasEnded(processId);
         });
     }
     (void)table.AddResource(kDialogType, kDialogId, dialog, dialogId); // a full table reports itself

@@ -20,14 +20,4 @@ inline HWND FromShared(std::uint32_t field) {
     return static_cast<HWND>(LongToHandle(static_cast<long>(field)));
 }
 
-/// Whether a window exists and belongs to a process.
-/// @param hWnd       the window; may be null or destroyed
-/// @param processId  the process
-/// @return true: it exists and does
-inline bool IsOfProcess(HWND hWnd, unsigned long processId) {
-    DWORD owner = 0;
-    (void)GetWindowThreadProcessId(hWnd, &owner); // 0 if the window is gone
-    return owner == processId;
-}
-
 } // namespace tessel

@@ -25,7 +25,7 @@ public:
     /// @param instance     module of the program
     /// @param name         name of the window's class, and its title
     /// @param param        value for the program's use
-    /// @param commandLine  the program's arguments; cut to 259 characters; may be null
+    /// @param commandLine  the program's arguments; truncated to 259 characters; may be null
     OSClass(HINSTANCE instance, const wchar_t* name, int param, const char* commandLine);
 
     /// Holds the same window, with its own registry.

@@ -21,7 +21,7 @@ TESSEL_API HWND LoadResourceDialog(int dialogId, HWND parent, HINSTANCE module);
 TESSEL_API int RequestNotify(HWND hWnd, unsigned long mask);
 
 /// Asks a process of the workstation to end: sends WM_DESTROY to its frame window and waits until it is handled; if the
-/// process hangs, for ever.
+/// process hangs, indefinitely.
 /// The window is not destroyed, and OSClass ignores the message. A program that should end this way replaces the frame
 /// window's procedure with one that posts WM_QUIT.
 /// @param processId  Win32 id of the process; 0 for the calling one. Without a frame window nothing is sent

@@ -121,7 +121,7 @@ public:
     /// Sends like Send(), but retries until a time-out instead of 100 times.
     ///
     /// A release wakes it where both sides know the journal; otherwise it retries every 20 ms.
-    /// @param timeoutMs     milliseconds; 0 tries once, INFINITE retries for ever
+    /// @param timeoutMs     milliseconds; 0 tries once, INFINITE retries indefinitely
     /// @param to            the receiver
     /// @param msgId         message word, delivered unchanged
     /// @param firstLength   bytes of the first part

@@ -134,7 +134,7 @@ public:
     static void DestroyGlobalPostOffice();
 
     /// Acquires the lock that protects every change of the mailbox table and the pool.
-    /// @param timeoutMs  milliseconds; INFINITE waits for ever
+    /// @param timeoutMs  milliseconds; INFINITE waits indefinitely
     /// @return 0: acquired; 1: time-out or failure
     int LockThreadSafe(unsigned long timeoutMs);
 
