@@ -1,6 +1,7 @@
 #include <foundation/Handle.h>
 #include <foundation/MappedView.h>
 #include <foundation/Report.h>
+#include <foundation/SharedField.h>
 #include <messaging/office/LiveRegions.h>
 #include <messaging/office/Post.h>
 #include <messaging/office/Repair.h>
@@ -70,6 +71,7 @@ CPost::CPost()
         (void)MessageBoxW(nullptr, L"Unable to Create Memory Map.", L"System Error", MB_OK);
         return; // ODD-16: with the lock still taken
     }
+    if (locked && IsUnfinished()) Initialize();
     FindTables();
     if (locked) {
         RepairTables();
@@ -134,11 +136,25 @@ bool CPost::CreateRegion() {
     const bool created = GetLastError() != ERROR_ALREADY_EXISTS;
     if (!MapRegion(mapping, POST_OFFICE_REGION_SIZE)) return false;
     // GUARD-18: without the lock, another process may have created the region meanwhile and be using it.
-    if (!created) return true;
-    std::memset(m_pBase, 0, POST_OFFICE_REGION_SIZE);
-    std::memcpy(m_pBase, &kNewHeader, sizeof kNewHeader);
-    if (m_journal.Get() != nullptr) tessel::Forget(*m_journal.Get()); // it may have outlived an earlier region
+    if (created) Initialize();
     return true;
+}
+
+/// Fills the region. Its size is written last, so that a region whose creator ended within is not taken for complete.
+void CPost::Initialize() {
+    std::memset(m_pBase, 0, POST_OFFICE_REGION_SIZE);
+    if (m_journal.Get() != nullptr) tessel::Forget(*m_journal.Get()); // it may have outlived an earlier region
+    FILE_HEADER header = kNewHeader;
+    header.FileSize = 0;
+    std::memcpy(m_pBase, &header, sizeof header);
+    tessel::StoreShared(reinterpret_cast<FILE_HEADER*>(m_pBase)->FileSize, kNewHeader.FileSize);
+}
+
+/// Whether the creator of the region ended before it had filled it. The caller holds the lock.
+/// GUARD-294: nobody else would fill it as long as a program has it open.
+bool CPost::IsUnfinished() const {
+    return tessel::MappedBytes(m_pBase) >= POST_OFFICE_REGION_SIZE &&
+           tessel::LoadShared(reinterpret_cast<const FILE_HEADER*>(m_pBase)->FileSize) == 0;
 }
 
 // A mapping that cannot be viewed is closed, so that no process finds a region that was never initialised.

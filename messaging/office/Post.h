@@ -38,6 +38,8 @@ private:
 
     bool OpenRegion();
     bool CreateRegion();
+    void Initialize();
+    bool IsUnfinished() const;
     bool MapRegion(HANDLE mapping, std::size_t size);
     void FindTables();
     void Unmap();
