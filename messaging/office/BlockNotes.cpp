@@ -32,6 +32,11 @@ void NoteReceiver(BLOCK_NOTE& note, Identity receiver, std::uint32_t slot) {
     StoreShared<std::uint64_t>(note.receiver, receiver);
     StoreShared(note.slot, slot);
     StoreShared<std::uint64_t>(note.orphaned, 0);
+}
+
+/// Notes the receiver of a message that nobody has received yet.
+void NoteNewMessage(BLOCK_NOTE& note, Identity receiver, std::uint32_t slot) {
+    NoteReceiver(note, receiver, slot);
     StoreShared<std::uint32_t>(note.again, 0);
 }
 
@@ -64,7 +69,7 @@ Identity ReceiverAt(const MAILBOX* mailboxes, std::uint32_t slot) {
 
 void NoteAllocation(JOURNAL* journal, std::uint32_t index, Identity receiver, std::uint32_t slot) {
     if (journal == nullptr) return;
-    NoteReceiver(journal->blocks[index], receiver, slot);
+    NoteNewMessage(journal->blocks[index], receiver, slot);
     NoteOwner(journal->blocks[index], BlockState::WRITING);
 }
 
@@ -77,7 +82,9 @@ void ForgetBlock(JOURNAL* journal, std::uint32_t index) {
 BlockClaim NotePosting(JOURNAL* journal, std::uint32_t index) {
     if (journal == nullptr) return 0;
     BLOCK_NOTE& note = journal->blocks[index];
-    StoreShared(note.sequence, std::atomic_ref<std::uint64_t>(journal->sequence).fetch_add(1) + 1);
+    // A message that has been taken over keeps its position: its heir may end, too, and the next one needs the order.
+    if (OwnerOf(note).state != BlockState::POSTING)
+        StoreShared(note.sequence, std::atomic_ref<std::uint64_t>(journal->sequence).fetch_add(1) + 1);
     const BlockClaim claim = (LoadShared(note.owner) & ~kStateBits) | Bits(BlockState::POSTING);
     StoreShared(note.owner, claim);
     return claim;
@@ -106,14 +113,13 @@ void NoteFetched(JOURNAL* journal, std::uint32_t index, std::uint32_t slot) {
 void NoteAnswer(JOURNAL* journal, std::uint32_t index, Identity receiver, std::uint32_t slot) {
     if (journal == nullptr) return;
     NoteOwner(journal->blocks[index], BlockState::WRITING); // first: it no longer waits for this process
-    NoteReceiver(journal->blocks[index], receiver, slot);
+    NoteNewMessage(journal->blocks[index], receiver, slot);
 }
 
 void NoteTakenOver(JOURNAL& journal, std::uint32_t index, std::uint32_t slot) {
     BLOCK_NOTE& note = journal.blocks[index];
-    const bool again = LoadShared(note.again) != 0 || OwnerOf(note).state == BlockState::FETCHED;
+    if (OwnerOf(note).state == BlockState::FETCHED) StoreShared<std::uint32_t>(note.again, 1); // as long as it is known
     NoteReceiver(note, ThisProcess(), slot);
-    StoreShared<std::uint32_t>(note.again, again ? 1 : 0);
     NoteOwner(note, BlockState::POSTING);
 }
 
