@@ -29,10 +29,15 @@ bool ClaimResource(RESOURCE& record, std::uint32_t holder, std::uint32_t claiman
     return std::atomic_ref<std::uint32_t>(record.ThreadId).compare_exchange_strong(holder, claimant);
 }
 
+/// If this process ends within, the record is one of an ended process or, at last, of an ended thread: a sweep finds
+/// it.
 void ClearResource(RESOURCE& record) {
-    for (std::uint32_t* field : {&record.Type, &record.Owner, &record.ProcessId, &record.Id, &record.hWnd}) {
+    StoreShared<std::uint32_t>(record.ProcessId, GetCurrentProcessId());
+    for (std::uint32_t* field : {&record.Type, &record.Owner, &record.Id, &record.hWnd}) {
         StoreShared<std::uint32_t>(*field, 0);
     }
+    StoreShared<std::uint32_t>(record.ThreadId, GetCurrentThreadId());
+    StoreShared<std::uint32_t>(record.ProcessId, 0);
     StoreShared<std::uint32_t>(record.ThreadId, 0);
 }
 
