@@ -1,3 +1,4 @@
+#include "Kill.h"
 #include "Subject.h"
 #include "Usage.h"
 
@@ -93,11 +94,23 @@ int Soak(unsigned long long seconds) {
     return within ? 0 : 1;
 }
 
+/// @param arguments  stride, offset, and the name of an operation, "random", or "" for all, from the third on
+/// @return the program's exit code
+int Kill(char** arguments) {
+    const std::string name = arguments[4];
+    const unsigned long stride = std::strtoul(arguments[2], nullptr, 10);
+    const unsigned long offset = std::strtoul(arguments[3], nullptr, 10);
+    const bool random = name.empty() || name == "random";
+    const bool atRandom = !random || KillAtRandom(static_cast<unsigned int>(offset));
+    return (name == "random" || KillEverywhere(stride, offset, name)) && atRandom ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     int exitCode = 0;
     if (RunRole(argc, argv, exitCode)) return exitCode;
+    if (argc == 5 && std::string_view(argv[1]) == "kill") return Kill(argv);
     const unsigned long long seconds = argc == 2 ? std::strtoull(argv[1], nullptr, 10) : 0;
     if (seconds == 0) {
         std::fputs("usage: tessel_soak SECONDS\n", stderr);
