@@ -24,7 +24,8 @@ constexpr auto kStack = &CONTEXT::Esp;
 struct Code {
     explicit Code(const wchar_t* module)
         : base(reinterpret_cast<std::uintptr_t>(GetModuleHandleW(module))),
-          size(reinterpret_cast<IMAGE_NT_HEADERS*>(base + reinterpret_cast<IMAGE_DOS_HEADER*>(base)->e_lfanew)
+          size(reinterpret_cast<IMAGE_NT_HEADERS*>(
+                   base + static_cast<std::uintptr_t>(reinterpret_cast<IMAGE_DOS_HEADER*>(base)->e_lfanew))
                    ->OptionalHeader.SizeOfImage) {}
     bool Contains(std::uintptr_t address) const { return address - base < size; }
     std::uintptr_t base;
