@@ -1,6 +1,6 @@
 #include "Usage.h"
 
-#include "support/OpenObjects.h"
+#include "OpenObjects.h"
 
 #include <tlhelp32.h>
 
