@@ -1,4 +1,4 @@
-/// A module that is not a manager.
+/// A library must export something, even if nothing calls it.
 extern "C" __declspec(dllexport) int Nothing() {
     return 0;
 }
