@@ -1,7 +1,9 @@
 #include "support/ImportPatch.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <tessel/foundation/drive.h>
+#include <tessel/foundation/status.h>
 
 #include <string>
 
@@ -24,6 +26,17 @@ TEST(DriveFunctions, TellTheSpaceAndTheVolumeOfAPath) {
     EXPECT_EQ(root, L"c:\\");
     EXPECT_EQ(GetVolumeSerialNumber(L"no drive"), 1234u);
     EXPECT_EQ(root, L"\\");
+    SetLastError(0);
+    EXPECT_EQ(GetVolumeSerialNumber(nullptr), 0u);
+    EXPECT_EQ(GetError(), DWORD{ERROR_INVALID_PARAMETER});
+}
+
+TEST(DriveFunctions, AFileIsDeleted) {
+    const TemporaryFolder folder;
+    std::ofstream(folder / "file").close();
+    EXPECT_NE(FileDelete((folder / "file").c_str()), 0);
+    EXPECT_EQ(FileDelete((folder / "file").c_str()), 0);
+    EXPECT_EQ(LOFROMWORD(0x12345678), 0x5678);
 }
 
 TEST(DriveFunctions, AHandleIsWrittenToWhateverItsType) {

@@ -29,7 +29,12 @@ TEST(MessageFunctions, Odd27AKeypressUsesTheCharacterAsScanCode) {
 }
 
 TEST(MessageFunctions, TheBarePumpDispatchesUntilQuit) {
-    SetTimer(nullptr, 0, 0, QuitOnTick);
+    const UINT_PTR timer = SetATimer(nullptr, 0, 0, QuitOnTick);
     EXPECT_EQ(Dispatch_Pump(), 0);
     EXPECT_EQ(ticks, 1);
+    EXPECT_NE(KillATimer(nullptr, timer), 0);
+    MSG message;
+    EXPECT_NE(PostAThreadMessage(GetCurrentThreadId(), WM_APP, 2, 3), 0);
+    EXPECT_NE(PeekMessageW(&message, nullptr, WM_APP, WM_APP, PM_REMOVE), 0);
+    EXPECT_EQ(std::pair(message.wParam, message.lParam), std::pair(WPARAM{2}, LPARAM{3}));
 }

@@ -15,8 +15,12 @@ TEST(Module, KnowsItsModuleAndReadsItsOwnTexts) {
     EXPECT_NE(FindResourceW(module, MAKEINTRESOURCEW(1), MAKEINTRESOURCEW(16)), nullptr) << "its version";
 }
 
-TEST(Module, Odd29IsLoadedByTheNameOfAnImage) {
+TEST(Module, Odd29IsLoadedByTheNameOfAnImageOrForRichEditControls) {
     const HINSTANCE loaded = LoadImageW(L"version.dll");
     EXPECT_NE(loaded, nullptr);
     EXPECT_NE(UnLoadImage(loaded), 0u);
+    const HINSTANCE rich = InitRichEditControls();
+    EXPECT_EQ(rich, GetModuleHandleW(L"Riched20.dll"));
+    EXPECT_NE(ReleaseRichEditControls(rich), 0);
+    EXPECT_EQ(GetModuleHandleW(L"Riched20.dll"), nullptr);
 }

@@ -8,12 +8,11 @@
 
 TEST(ProcessFunctions, APriorityHasItsClassAndAnUnknownOneTheNormalClass) {
     std::vector<DWORD> classes;
-    const ImportPatch set("SetPriorityClass", &SetPriorityClass, [&classes](HANDLE, DWORD priorityClass) {
-        classes.push_back(priorityClass);
-        return 7;
-    });
+    const ImportPatch set("SetPriorityClass", &SetPriorityClass,
+                          [&](HANDLE, DWORD priorityClass) { return classes.push_back(priorityClass), 7; });
     for (const int priority : {-3, -2, 1}) EXPECT_EQ(SetProcess(static_cast<PRIORITY>(priority)), 7);
     EXPECT_EQ(classes, (std::vector<DWORD>{NORMAL_PRIORITY_CLASS, IDLE_PRIORITY_CLASS, HIGH_PRIORITY_CLASS}));
+    EXPECT_EQ(GetPriorityOfClass(GetCurrentProcess()), DWORD{NORMAL_PRIORITY_CLASS});
     EXPECT_EQ(SetPriority(PRIORITY_BELOW_NORMAL), 0);
     EXPECT_EQ(GetPriority(), -1);
     EXPECT_EQ(SetPriority(static_cast<PRIORITY>(99)), ERROR_INVALID_PARAMETER);
@@ -26,8 +25,18 @@ TEST(ProcessFunctions, OnlyTheFirstInstanceIsSingle) {
     EXPECT_EQ(SingleInstance(L"Tessel test taken"), 1) << "the check failed";
 }
 
-TEST(ProcessFunctions, AThreadIsStarted) {
+TEST(ProcessFunctions, AThreadIsStartedAndEnded) {
     CEvent ran;
-    EXPECT_NE(BeginThread([](void* event) { static_cast<CEvent*>(event)->SetEvent(); }, 0, &ran), 0xFFFFFFFFu);
+    static HANDLE thread;
+    static bool returned = false;
+    const auto run = [](void* event) {
+        thread = OpenThread(SYNCHRONIZE, FALSE, GetMyThread());
+        static_cast<CEvent*>(event)->SetEvent();
+        EndThread();
+        returned = true;
+    };
+    EXPECT_NE(BeginThread(run, 0, &ran), 0xFFFFFFFFu);
     EXPECT_EQ(ran.WaitOnEvent(INFINITE), 0u);
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    EXPECT_FALSE(returned);
 }

@@ -54,6 +54,9 @@ TEST_F(WaitTest, AnyAndAllOfOneAndOfMany) {
     semaphore.ReleaseSemaphoreA();
     EXPECT_EQ(set.WaitOnAllObjects(0), 0u);
     EXPECT_EQ(a.IsSignalled(), 0);
+    semaphore.ReleaseSemaphoreA();
+    set.DeleteObject(semaphore);
+    EXPECT_EQ(set.WaitOnAnyObject(0), kNotSignalled);
 }
 
 TEST_F(WaitTest, Odd09DeletingKeepsTheRemovedHandleAndLosesItsFollowers) {

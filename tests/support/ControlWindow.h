@@ -13,7 +13,7 @@ public:
 
     HWND Handle() const { return m_window; }
     /// Adds a control, 20 pixels below the one with the previous identifier.
-    HWND Add(const wchar_t* className, int id, DWORD style) {
+    HWND Add(const wchar_t* className, int id, DWORD style) const {
         return CreateWindowExW(0, className, L"", WS_CHILD | WS_VISIBLE | style, 0, 20 * id, 100, 20, m_window,
                                reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
     }
