@@ -42,12 +42,9 @@ struct Stream {
     /// @return the converted sound
     std::string Convert(std::string source, DWORD room, DWORD flags = ACM_STREAMCONVERTF_BLOCKALIGN) {
         std::string destination(room, '\0');
-        ACMSTREAMHEADER header{};
-        header.cbStruct = sizeof header;
-        header.pbSrc = reinterpret_cast<BYTE*>(source.data());
-        header.cbSrcLength = static_cast<DWORD>(source.size());
-        header.pbDst = reinterpret_cast<BYTE*>(destination.data());
-        header.cbDstLength = room;
+        auto* const from = reinterpret_cast<BYTE*>(source.data());
+        auto* const to = reinterpret_cast<BYTE*>(destination.data());
+        ACMSTREAMHEADER header{sizeof header, 0, 0, from, static_cast<DWORD>(source.size()), 0, 0, to, room, 0, 0, {}};
         EXPECT_EQ(acmStreamPrepareHeader(handle, &header, 0), 0u);
         EXPECT_EQ(acmStreamConvert(handle, &header, flags), 0u);
         EXPECT_EQ(acmStreamUnprepareHeader(handle, &header, 0), 0u);
@@ -118,14 +115,10 @@ TEST_F(GsmDriver, DescribesAndSuggestsItsFormats) {
     EXPECT_EQ(tag.cbFormatSize, sizeof(GSM610WAVEFORMAT));
 
     GSM610WAVEFORMAT format{};
-    ACMFORMATDETAILSW details{};
-    details.cbStruct = sizeof details;
-    details.pwfx = &format.wfx;
-    details.cbwfx = sizeof format;
+    ACMFORMATDETAILSW details{sizeof details, 0, 0, 0, &format.wfx, sizeof format, L""};
     std::string formats;
     EXPECT_EQ(acmFormatEnumW(own, &details, CollectFormat, reinterpret_cast<DWORD_PTR>(&formats), 0), 0u);
     EXPECT_EQ(formats, "1 8 1 49 0 65 ");
-
     WAVEFORMATEX pcm = Pcm(8);
     GSM610WAVEFORMAT gsm = Gsm();
     EXPECT_EQ(acmFormatSuggest(own, &pcm, &format.wfx, sizeof format, 0), 0u);

@@ -8,10 +8,7 @@
 
 TEST(Clock, Odd60IsSetToTimesThatExistButNeverTo29February) {
     std::vector<SYSTEMTIME> set;
-    const ImportPatch patch("SetLocalTime", &SetLocalTime, [&set](const SYSTEMTIME* time) {
-        set.push_back(*time);
-        return TRUE;
-    });
+    const ImportPatch patch("SetLocalTime", &SetLocalTime, [&](auto* time) { return set.push_back(*time), TRUE; });
     for (WORD month = 0; month <= 13; ++month) {
         for (WORD day = 0; day <= 32; ++day) {
             const SYSTEMTIME time{2004, month, 0, day, 23, 58, 59, 0};

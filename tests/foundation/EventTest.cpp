@@ -23,8 +23,7 @@ TEST(Event, SignalsAndResets) {
 TEST(Event, OnlyOneThatIsOpenToAllHasAnEmptyAccessList) {
     bool nullDacl = false;
     const ImportPatch create("CreateEventW", &CreateEventW, [&](SECURITY_ATTRIBUTES* attributes, auto... others) {
-        BOOL present = FALSE;
-        BOOL defaulted = FALSE;
+        BOOL present = FALSE, defaulted = FALSE;
         ACL* acl = nullptr;
         nullDacl = attributes != nullptr && !attributes->bInheritHandle &&
                    GetSecurityDescriptorDacl(attributes->lpSecurityDescriptor, &present, &acl, &defaulted) && present &&

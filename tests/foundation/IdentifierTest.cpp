@@ -65,6 +65,9 @@ TEST(Identifier, TextIsOpenWhenTheRoomIsFilledOdd160) {
     wchar_t text[] = L"########################################";
     EXPECT_EQ(COCuid::ToString(uid.GetUid(), text, 36), 0);
     EXPECT_EQ(text, std::wstring(kText) + L"####");
+    const int failures[] = {COCuid::ToString(nullptr, text, 36), COCuid::ToString(uid.GetUid(), nullptr, 36),
+                            COCuid::ToUid(text, nullptr)};
+    for (const int failed : failures) EXPECT_EQ(failed, 1);
 }
 
 TEST(Identifier, OnlyTextsOfIdentifiersAreRead) {
@@ -87,7 +90,7 @@ TEST(Identifier, ComparisonLooksAtTheOthersPresenceInOneFormOnlyOdd161) {
     EXPECT_TRUE(uid == Parsed() && uid == &uid && uid == &record);
     EXPECT_FALSE(uid != Parsed() || uid != &uid || uid != &record);
     record.Reserved[15] = 1;
-    EXPECT_FALSE(uid == &record);
+    EXPECT_FALSE(uid == &record || uid == static_cast<OCUID*>(nullptr) || uid == static_cast<COCuid*>(nullptr));
     COCuid padded;
     padded = &record;
     EXPECT_TRUE(padded == &record && padded == uid && padded == &uid);
@@ -108,13 +111,9 @@ TEST(Identifier, Odd162And163WaysToTakeOneOverDifferInWhatTheyReturnAndReplace) 
         return std::to_wstring(returned) + (uid.IsPresent() != 0 ? uid.GetString() : L"-");
     };
     const auto set = [&](const auto* from, COCuid uid, int overwrite) {
-        const int returned = uid.SetUid(from, overwrite);
-        return outcome(returned, uid);
+        return outcome(uid.SetUid(from, overwrite), uid);
     };
-    const auto assign = [&](const auto* from, COCuid uid) {
-        const int returned = (uid = from);
-        return outcome(returned, uid);
-    };
+    const auto assign = [&](const auto* from, COCuid uid) { return outcome(uid = from, uid); };
     const std::wstring text(kText);
     const std::wstring zeros(kNil);
     const auto expectSets = [&](const auto* from, const auto* fromNothing) {
@@ -125,6 +124,8 @@ TEST(Identifier, Odd162And163WaysToTakeOneOverDifferInWhatTheyReturnAndReplace) 
     };
     expectSets(&source, &none);
     expectSets(source.GetUid(), static_cast<const OCUID*>(nullptr));
+    EXPECT_EQ(assign(static_cast<const OCUID*>(nullptr), none), L"0-");
+    EXPECT_EQ(assign(static_cast<const COCuid*>(nullptr), none), L"1-");
     EXPECT_EQ(assign(source.GetUid(), none), L"1" + text);
     EXPECT_EQ(assign(source.GetUid(), nil), L"0" + zeros);
     EXPECT_EQ(assign(&source, nil), L"0" + text);

@@ -85,14 +85,10 @@ TEST(Widening, Odd02TakesBytesAsSignedAndNarrowingDropsTheHighByte) {
 
 TEST(Trim, Odd03And04TheWidthsDifferWhereOnlyBlanksFollowTheFirstCharacter) {
     struct Row {
-        const char* text;
-        const char* narrowRight;
-        const char* wideRight;
-        const char* narrowBoth;
-        const char* wideBoth;
+        const char *text, *narrowRight, *wideRight, *narrowBoth, *wideBoth;
     };
     for (const Row& row :
-         {Row{"", "", "", "", ""}, Row{"ab  ", "ab", "ab", "ab", "ab"}, Row{"a  ", "a  ", "a", "a  ", "a"},
+         {Row{"", "", "", "", ""}, Row{"ab ", "ab", "ab", "ab", "ab"}, Row{"a  ", "a  ", "a", "a  ", "a"},
           Row{"   ", "   ", " ", "", ""}, Row{"  x  ", "  x", "  x", "x  ", "x"},
           Row{"\t\r\na b\v\f", "\t\r\na b", "\t\r\na b", "a b", "a b"}}) {
         const auto trimmed = [&row]<class Char>(Char* (*trim)(Char*)) {

@@ -27,8 +27,7 @@ char* Fenced(SIZE_T size) {
 /// What a conversion returned.
 struct Made {
     char* buffer = nullptr;
-    unsigned long whole = 1;
-    unsigned long size = 1;
+    unsigned long whole = 1, size = 1;
 
     std::string Text() const { return {buffer, size}; }
 };
@@ -54,8 +53,9 @@ struct AudioConvert : testing::Test {
 
 /// Opens the protected steps.
 struct Steps : CAudioConvert {
-    using CAudioConvert::CAudioConvert, CAudioConvert::CloseStream, CAudioConvert::OpenStream;
-    using CAudioConvert::UnprepareStreamHeader;
+    using CAudioConvert::CAudioConvert, CAudioConvert::ClearStreamHeader, CAudioConvert::CloseStream,
+        CAudioConvert::ConvertBuffer, CAudioConvert::OpenStream, CAudioConvert::PrepareStreamHeader,
+        CAudioConvert::UnprepareStreamHeader;
 };
 
 } // namespace
@@ -136,8 +136,15 @@ TEST_F(AudioConvert, CopiesShareAnOpenStreamThatTheLastOneCloses) {
         EXPECT_EQ(first.CloseStream(), 0u);
     }
     EXPECT_EQ(closed, 0);
-    ACMSTREAMHEADER unprepared{};
+    BYTE bytes[1];
+    ACMSTREAMHEADER unprepared{0, 0, 0, bytes, 1, 0, 0, bytes, 1, 0, 0, {}};
     EXPECT_EQ(second.UnprepareStreamHeader(&unprepared), 0u);
+    second.ClearStreamHeader(&unprepared);
+    EXPECT_TRUE(unprepared.pbSrc == nullptr && unprepared.pbDst == nullptr);
+    EXPECT_EQ(unprepared.cbSrcLength + unprepared.cbDstLength, 0u);
+    for (const auto step : {&Steps::PrepareStreamHeader, &Steps::ConvertBuffer, &Steps::UnprepareStreamHeader})
+        EXPECT_EQ((second.*step)(nullptr), 1u);
     EXPECT_EQ(second.CloseStream(), 0u);
     EXPECT_EQ(closed, 1);
+    EXPECT_EQ(Convert(second, tone::Sine(440, tone::kSecond)).size(), 1625u) << "the direction is copied, too";
 }

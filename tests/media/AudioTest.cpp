@@ -220,8 +220,9 @@ TEST_F(Audio, NotificationsWithForeignRecordsStopTheRun) {
     EXPECT_EQ(recorder->m_ulDataWrite, 0u);
     ACMSTREAMHEADER& header = recorder->m_StreamHeader[0];
     header.dwDstUser = 0xFFFFFFFF;
-    EXPECT_EQ(recorder.WriteBuffer(&header), 0u);
-    EXPECT_EQ(recorder->m_ulDataWrite, 8000u);
+    recorder->m_StreamHeader[1].dwDstUser = 1600;
+    EXPECT_EQ(recorder.WriteBuffers(), 0u);
+    EXPECT_EQ(recorder->m_ulDataWrite, 9600u);
     recorder.SetUncompressUse(&header, 0xFFFFFFFF);
     EXPECT_EQ(header.dwSrcUser, 8000u);
 
@@ -295,6 +296,7 @@ TEST_F(Audio, Odd110And118And119AStartThatFailsLeavesNothingOpenAndATruncatedFil
         expectFailure(&Recorder::Play, 1625);
     }
     EXPECT_EQ(recorder->m_ulDataRead, 0u) << "by the close of the device that was open";
+    EXPECT_EQ(recorder.CompressBuffers() + recorder.WriteBuffers(), 2u) << "idle";
     unsigned int error = 77;
     wchar_t text[] = L"text";
     recorder.GetError(error, text);
@@ -316,6 +318,7 @@ TEST_F(Audio, ADeviceThatVanishesStopsTheRun) {
          {Refusing("waveInAddBuffer", &waveInAddBuffer), Refusing("acmStreamConvert", &acmStreamConvert)}) {
         Recorder recorder(1, File("recorded"));
         ASSERT_EQ(recorder.Record(), 0u);
+        EXPECT_EQ(recorder.CompressBuffers(), 0u);
         const ImportPatch patch(stub);
         recorder.Finish();
         EXPECT_TRUE(IsIdle(recorder)) << stub.name;
@@ -371,6 +374,12 @@ TEST_F(Audio, FilesAreNeverSharedAndStayAsTheyAreWhenTheyCannotBeOpened) {
     EXPECT_EQ(fs::file_size(folder / "opened"), 0u);
     std::fill_n(recorder.GetPath(), MAX_PATH, L'x');
     EXPECT_EQ(recorder.AttachToFile(), 1u);
+    recorder->m_ulDataWrite = recorder->m_ulDataRead = 7;
+    EXPECT_EQ(recorder.DetachFromFile(), 0u);
+    EXPECT_EQ(recorder->m_ulDataWrite + recorder->m_ulDataRead, 0u);
+    recorder.SetMod(0);
+    recorder.SetModeIdle();
+    EXPECT_EQ(recorder.GetMod() + recorder->m_nMode, CAudio::MODE_IDLE);
 }
 
 TEST_F(Audio, CopiesHaveTheirOwnBuffersAndNoRun) {
@@ -439,8 +448,7 @@ TEST_F(Audio, WaveFilesAreCompleteOrMissing) {
 
 TEST_F(Audio, Odd115TheVolumeIsReadAndNeverSet) {
     Recorder audio(0, File("none"));
-    unsigned long volume = 77;
-    unsigned long after = 78;
+    unsigned long volume = 77, after = 78;
     EXPECT_EQ(audio.GetSystemVolume(volume), 0u);
     EXPECT_EQ(audio.SetSystemVolume(volume ^ 0x00FF00FF), 0u);
     EXPECT_EQ(audio.GetSystemVolume(after), 0u);

@@ -14,7 +14,7 @@ public:
     using CAudio::ClearFile, CAudio::CompressBuffers, CAudio::GetError, CAudio::GetTimeCurrent, CAudio::GetTimeTotal,
         CAudio::OpenFile, CAudio::OpenStream, CAudio::OpenWaveDevice, CAudio::ProcessTimer, CAudio::ProcessWimClose,
         CAudio::ProcessWimData, CAudio::ProcessWomDone, CAudio::ReadBuffers, CAudio::SetUncompressUse,
-        CAudio::UpdateDeviceTime, CAudio::WriteBuffer;
+        CAudio::UpdateDeviceTime, CAudio::WriteBuffers;
 
     /// @param file  created if it is missing
     Recorder(int bConvert, const std::filesystem::path& file) : CAudio(bConvert) {

@@ -22,8 +22,7 @@ using Names = std::vector<std::wstring>;
 using Values = std::vector<DWORD>;
 
 struct Control {
-    DWORD id;
-    DWORD type;
+    DWORD id, type;
     std::wstring name;
     DWORD flags = 0;
     Names items{};
@@ -174,6 +173,9 @@ TEST_F(Mixer, PortPutsTheSettingsIntoForceInOrder) {
     const int calls = card.calls;
     EXPECT_EQ(port.Open() + port.Initialize(), 0U) << "again";
     EXPECT_EQ(card.calls, calls);
+    bool muted = false;
+    EXPECT_TRUE(port.GetMixerControlBoolean(25, muted) == 0 && muted);
+    EXPECT_TRUE(port.GetMixerControlBoolean(22, muted) == 0 && !muted);
 }
 
 TEST_F(Mixer, AFailureAtAnyStepStopsIsReportedAndIsTriedAgain) {

@@ -39,8 +39,7 @@ using Played = std::vector<std::pair<const void*, DWORD>>;
 struct Player {
     Played played;
     const ImportPatch patch{"PlaySoundW", &PlaySoundW, [this](LPCWSTR sound, HMODULE, DWORD flags) {
-                                played.emplace_back(sound, flags);
-                                return TRUE;
+                                return played.emplace_back(sound, flags), TRUE;
                             }};
 };
 

@@ -21,8 +21,7 @@ inline std::string Sine(double hertz, unsigned long samples) {
 
 /// Amplitude of a frequency in the sound. Whole seconds leak nothing from other frequencies.
 inline double AmplitudeAt(double hertz, const std::string& sound) {
-    double sine = 0;
-    double cosine = 0;
+    double sine = 0, cosine = 0;
     for (std::size_t i = 0; i < sound.size(); ++i) {
         const double angle = 2 * std::numbers::pi * hertz * static_cast<double>(i) / kSecond;
         const double sample = static_cast<unsigned char>(sound[i]) - 128.0;

@@ -73,11 +73,7 @@ TEST(WrittenFile, GoesToItsOwnPathWhateverItsLetters) {
 TEST(WrittenFile, IsRemovedAndReportedWhenTheDiskIsFull) {
     const TemporaryFolder folder;
     if (UnixPath(folder).empty()) GTEST_SKIP() << "needs a Unix shell that limits the size of files";
-    const struct {
-        int kind;
-        int kilobytes;
-        std::string said;
-    } rows[] = {{0, 3, "0 0"}, {0, 2, "1 0"}, {1, 4, "0 0"}, {1, 3, "0 1"}};
+    const std::tuple<int, int, std::string> rows[] = {{0, 3, "0 0"}, {0, 2, "1 0"}, {1, 4, "0 0"}, {1, 3, "0 1"}};
     for (const auto& [kind, kilobytes, said] : rows) {
         const fs::path file = folder / L"full.avi";
         const std::wstring command = L"trap '' XFSZ; ulimit -f " + std::to_wstring(kilobytes) + L"; wine '" +

@@ -77,8 +77,7 @@ TEST_F(Host, Odd36And38RegistersItsFrameWindowUntilTheFirstCopyGoes) {
     EXPECT_FALSE(IsWindowVisible(frame));
     int destroyed = 0;
     const ImportPatch send("SendMessageW", &SendMessageW, [&](HWND window, UINT message, auto... more) {
-        destroyed += window == frame && message == WM_DESTROY ? 1 : 0;
-        return SendMessageW(window, message, more...);
+        return destroyed += window == frame && message == WM_DESTROY, SendMessageW(window, message, more...);
     });
     for (const DWORD process : {DWORD{0}, GetCurrentProcessId()}) ShutDown(process);
     EXPECT_EQ(destroyed, 2);
@@ -255,8 +254,7 @@ TEST_F(Host, ManagersLiveAsLongAsTheirMainAndSeveralAtOnce) {
 TEST_F(Host, Odd62StartsAProcessUnderTheNameOfTheConsoleProgram) {
     std::wstring line;
     const ImportPatch start("CreateProcessW", &CreateProcessW, [&line](auto file, auto arguments, auto... others) {
-        line = arguments;
-        return CreateProcessW(file, arguments, others...);
+        return line = arguments, CreateProcessW(file, arguments, others...);
     });
     const auto* const arguments = reinterpret_cast<const unsigned char*>(L"--role none");
     void* const process = program.StartProcess(OwnProgram().c_str(), arguments);
@@ -337,11 +335,7 @@ TEST_F(Host, Odd64PaintsControlsInTheColoursOfTheirTag) {
         EXPECT_TRUE(x == (100 - size.cx) / 2 && y == (40 - size.cy) / 2);
         return TRUE;
     });
-    DRAWITEMSTRUCT item{};
-    item.CtlType = ODT_BUTTON;
-    item.hwndItem = control;
-    item.hDC = context;
-    item.rcItem = {20, 10, 100, 40};
+    DRAWITEMSTRUCT item{ODT_BUTTON, 0, 0, 0, 0, control, context, {20, 10, 100, 40}, 0};
     for (const COLORREF color : {RGB(1, 0, 0), RGB(2, 0, 0), RGB(3, 0, 0)}) brushes.Add(CreateSolidBrush(color), 5);
     const int button = brushes.GetBrushIndex(5);
     const int transparent = brushes.Add(CreateSolidBrush(0), 30);

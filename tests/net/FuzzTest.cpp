@@ -30,8 +30,7 @@ struct HostileWire {
     std::size_t at = 0;
     int end = 0; ///< what follows the bytes: 0 closes, else an error
     bool hesitant = false;
-    unsigned int receives = 0;
-    unsigned int sleeps = 0;
+    unsigned int receives = 0, sleeps = 0;
     std::size_t due = 0; ///< end of the last record that one receive, one record can have returned by now
 } wire;
 
@@ -119,10 +118,8 @@ bool BeginsWithMessage(const std::string& stream) {
 /// Replaces what Winsock receives and reports. Checked builds find what is written beyond a record's memory.
 struct HostilePeer : testing::Test {
     ImportPatch receive{"recv", &recv, ReceiveFromWire};
-    ImportPatch events{"WSAEnumNetworkEvents", &WSAEnumNetworkEvents, [](SOCKET, WSAEVENT, WSANETWORKEVENTS* due) {
-                           due->lNetworkEvents = FD_READ;
-                           return 0;
-                       }};
+    ImportPatch events{"WSAEnumNetworkEvents", &WSAEnumNetworkEvents,
+                       [](SOCKET, WSAEVENT, auto* due) { return due->lNetworkEvents = FD_READ, 0; }};
     ImportPatch sleep{"Sleep", &Sleep, [](DWORD) { ++wire.sleeps; }};
 };
 

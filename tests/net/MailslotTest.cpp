@@ -47,8 +47,10 @@ TEST_F(Mailslot, MessagesAreReadOneByOne) {
 TEST_F(Mailslot, EachFailureIsKeptAndSuccessClearsIt) {
     ASSERT_TRUE(other.Create(kName, 0, 0, nullptr));
     const std::pair<std::function<bool()>, unsigned long> steps[] = {
+        {[] { return true; }, 0}, // as it is made
         {[&] { return !slot.Close(); }, ERROR_INVALID_HANDLE},
         {[&] { return !slot.Open(L"Tessel missing", L"."); }, ERROR_FILE_NOT_FOUND},
+        {[&] { return !slot.Open(kName, nullptr) && !slot.Create(nullptr, 0, 0, nullptr); }, ERROR_INVALID_PARAMETER},
         {[&] { return !IsOpen(slot); }, ERROR_INVALID_HANDLE},
         {[&] { return !slot.Create(kName, 0, 0, nullptr); }, ERROR_ALREADY_EXISTS},
         {[&] { return other.Close() && slot.Create(kName, 0, 0, nullptr); }, 0},
@@ -59,7 +61,7 @@ TEST_F(Mailslot, EachFailureIsKeptAndSuccessClearsIt) {
     };
     for (const auto& step : steps) {
         EXPECT_TRUE(step.first()) << &step - steps;
-        EXPECT_EQ(slot.GetStatus(nullptr), step.second) << &step - steps;
+        EXPECT_EQ(CMailslot(slot).GetStatus(nullptr), step.second) << &step - steps;
     }
     EXPECT_TRUE(other.Create(kName, 0, 0, nullptr));
 }

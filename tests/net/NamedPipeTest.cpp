@@ -59,6 +59,7 @@ TEST_F(NamedPipe, Odd88AnOverlappedTransferThatStartsReturnsFalseAndACopyHasARec
     EXPECT_TRUE(event.Comes());
     EXPECT_EQ(first->GetStatus(), PIPE_CONNECTED);
     server = *first;
+    EXPECT_EQ(server.GetStatus(), PIPE_CONNECTED);
     first.reset();
     EXPECT_FALSE(server.Read(buffer, 16, event.handle));
     EXPECT_EQ(server.GetStatus(), Code(ERROR_IO_PENDING));

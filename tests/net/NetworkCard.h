@@ -13,9 +13,7 @@ class CardDriver {
 public:
     struct Behaviour {
         DWORD queryError = 0; // 0: the name is known
-        bool canDefine = true;
-        bool canRemove = true;
-        bool canOpen = true;
+        bool canOpen = true, canDefine = true, canRemove = true;
         std::vector<unsigned char> answer{0x00, 0xA0, 0xC9, 0x14, 0xC8, 0x29}; // empty: the driver refuses
     } does;
     CallLog calls;

@@ -60,11 +60,12 @@ TEST_F(NetworkIdTest, Odd94And95NameIsNotedBeforeTheSystemIsAskedAndThenWrittenA
     EXPECT_EQ(machine.Get(kLogon, L"DefaultDomainName"), L"7:A-NAME-OF-SEVENTEEN\0\0"sv);
     EXPECT_EQ(identity.GetComputerNameAtNextBoot(nullptr, &size), 111U);
     EXPECT_EQ(size, 16U);
+    EXPECT_EQ(reports.Take(), Texts{});
 }
 
 TEST_F(NetworkIdTest, NamesAreValidatedUpToTheFirstBadCharacterAndAddressesAgainstContiguousMasks) {
     CNetworkId identity;
-    EXPECT_EQ(identity.ValidateName(L""), VN_EMPTY);
+    for (const wchar_t* const none : {L"", LPCWSTR{}}) EXPECT_EQ(identity.ValidateName(none), VN_EMPTY);
     EXPECT_EQ(identity.ValidateName(L"PC 1"), VN_SPACE);
     EXPECT_EQ(identity.ValidateName(L"PC*1 2"), VN_BAD_CHAR);
     EXPECT_EQ(identity.ValidateName(L"aZ9!@#$%^&()-_'{}.~"), VN_VALID);
@@ -91,13 +92,17 @@ TEST_F(NetworkIdTest, Odd98DhcpDecidesWhichValuesAreReadAndMissingOnesLeaveTheTe
     EXPECT_EQ(identity.GetIpAddress(0), 0x0A000001U);
     EXPECT_EQ(identity.GetSubnetMask(0), 0xFFFF0000U);
     EXPECT_EQ(identity.GetDefGateway(), 0xC0A80001U) << "the setting is on again";
+    identity.GetDefGateway(text);
+    EXPECT_STREQ(text, L"192.168.0.1");
 
     identity.SetDhcpSetting(false);
     EXPECT_EQ(machine.Get(kAdapter, L"EnableDHCP"), L"4:\0\0"sv);
     CNetworkId copy(identity);
     EXPECT_FALSE(copy.GetDhcpSetting());
     EXPECT_EQ(copy.GetIpAddress(), 0x0A000001U);
+    EXPECT_EQ(copy.GetSubnetMask(), 0xFFFF0000U);
     EXPECT_EQ(copy.GetDefGateway(), 0U);
+    EXPECT_EQ(copy.GetDefGateway(1), 0xC0A80001U);
     EXPECT_EQ(copy.GetIpAddress(1), 0xC0A80007U);
 }
 
@@ -164,7 +169,10 @@ TEST_F(NetworkIdTest, WorkgroupNameNeedsNoTerminatorAndIsSetWithoutASid) {
     EXPECT_EQ(identity.GetWorkgroupName(name), DWORD{ERROR_ACCESS_DENIED});
     EXPECT_EQ(identity.SetWorkgroupName(L"LAB"), DWORD{ERROR_ACCESS_DENIED});
     EXPECT_EQ(identity.SetWorkgroupName(std::wstring(32767, L'x').c_str()), DWORD{ERROR_INVALID_PARAMETER});
-    EXPECT_EQ(identity.SetWorkgroupName(nullptr), DWORD{ERROR_INVALID_PARAMETER});
+    for (const unsigned long refused :
+         {identity.SetWorkgroupName(nullptr), identity.GetWorkgroupName(nullptr), identity.SetComputerNameW(nullptr),
+          identity.GetComputerNameW(name, nullptr), identity.GetComputerNameAtNextBoot(name, nullptr)})
+        EXPECT_EQ(refused, DWORD{ERROR_INVALID_PARAMETER});
     EXPECT_EQ(reports.Take(), Texts{"NetworkId:140 WorkgroupName"});
 }
 

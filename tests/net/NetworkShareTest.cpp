@@ -12,8 +12,7 @@ namespace {
 
 struct NetworkShare : testing::Test {
     CallLog calls;
-    long addResult = 0;
-    long lookUpResult = 0;
+    long addResult = 0, lookUpResult = 0;
     std::wstring behindDevice;
     Reports reports;
     const ImportPatch add{"WNetAddConnection2W", &WNetAddConnection2W,

@@ -87,7 +87,10 @@ TEST_F(SecurityFilter, SwitchingChangesTheProtocolsOfEveryAdapter) {
 
 TEST_F(SecurityFilter, ListsThatAreMissingOrOfAnotherTypeStayAsTheyAre) {
     const CSecurityFilterNT original;
-    CSecurityFilterNT filter(original);
+    machine.Remove(kServices + L"Tcpip\\Linkage", L"Bind");
+    CSecurityFilterNT filter;
+    EXPECT_EQ(filter.AllowPort(81, PROTOCOL_UDP), 0) << "no adapters";
+    filter = CSecurityFilterNT(original);
     machine.Remove(Path(1), kTcp);
     machine.Set(Path(2), kTcp, REG_SZ, L"80\0"sv);
     EXPECT_EQ(filter.AllowPort(81, PROTOCOL_TCP), 0);

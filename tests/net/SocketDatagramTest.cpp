@@ -44,7 +44,7 @@ TEST(SocketDatagrams, GoToTheAddressesOfTheChosenInterface) {
     const std::string own = ":" + std::to_string(port);
     ASSERT_EQ(socket.InitBroadcast(port, kOwn, kOwnMask), 0);
     const auto message = Message("x");
-    EXPECT_EQ(socket.Broadcast(message.get(), 0, true), 0);
+    EXPECT_EQ(CSocket(socket).Broadcast(message.get(), 0, true), 0);
     EXPECT_EQ(destination, "10.1.255.255" + own);
     EXPECT_EQ(socket.Broadcast(message.get(), 7, false), 0);
     EXPECT_EQ(destination, "255.255.255.255:7");
@@ -64,8 +64,7 @@ TEST(SocketDatagrams, AGroupIsJoinedAndReachedOrLeavesNeitherSocketNorEvent) {
     const Interfaces loopback;
     std::vector<int> options;
     const ImportPatch set("setsockopt", &setsockopt, [&](SOCKET socket, int level, int name, auto... value) {
-        options.push_back(name);
-        return setsockopt(socket, level, name, value...);
+        return options.push_back(name), setsockopt(socket, level, name, value...);
     });
     CSocket socket(CSocket::MODE_EVENT);
     ASSERT_EQ(socket.InitMulticast(FreePort(SOCK_DGRAM), kGroup, 1, kOwn, kOwnMask), 0);

@@ -11,8 +11,7 @@ namespace {
 
 struct SocketFiles : testing::Test {
     TemporaryFolder folder;
-    std::filesystem::path source = folder / L"source";
-    std::filesystem::path target = folder / L"target";
+    std::filesystem::path source = folder / L"source", target = folder / L"target";
 };
 
 } // namespace

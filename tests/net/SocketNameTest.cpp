@@ -59,8 +59,7 @@ TEST(SocketNames, KnowsThisMachine) {
     EXPECT_EQ(name[1], L'#');
     const ImportPatch unknown(Failing("gethostbyname", &gethostbyname, nullptr));
     EXPECT_FALSE(CSocket::GetHostAddressByName("nobody", text));
-    EXPECT_EQ(CSocket::Ping("nobody", 1), 0);
-    EXPECT_EQ(CSocket::Ping(nullptr, 1), 0);
+    EXPECT_EQ(CSocket::Ping("nobody", 1) + CSocket::Ping(nullptr, 1), 0);
 }
 
 TEST(SocketPing, Odd84SendsARequestOf45BytesAndCountsAnyReply) {
@@ -68,8 +67,7 @@ TEST(SocketPing, Odd84SendsARequestOf45BytesAndCountsAnyReply) {
     EXPECT_EQ(CSocket::Ping("127.0.0.1", -1), 0);
     std::vector<unsigned char> request;
     std::vector<unsigned int> identifiers;
-    int ready = 1;
-    int replySize = 0;
+    int ready = 1, replySize = 0;
     const ImportPatch sending("sendto", &sendto, [&](SOCKET, const char* data, int size, auto...) {
         request.assign(data, data + size);
         identifiers.push_back(request[4] + request[5] * 256U);

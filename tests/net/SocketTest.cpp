@@ -24,9 +24,9 @@ TEST(Socket, ServesAClientByItsWindowsMessagesUntilBothClose) {
     const MessageWindow window;
     Interfaces machine;
     const unsigned short port = FreePort();
-    Recorder server(INVALID_SOCKET, CSocket::MODE_WINDOW, window.Get());
+    Recorder server(window.Get());
     ASSERT_EQ(server.InitAsync(port, kOwn, kOwnMask), 0);
-    EXPECT_TRUE(server.HasIpAddress(kOwn));
+    EXPECT_TRUE(CSocket(server).HasIpAddress(kOwn));
     EXPECT_FALSE(server.AddrChanged());
     machine.list = {Interface("10.1.2.3", "255.0.0.0"), Interface("127.0.0.1", "255.0.0.0", IFF_LOOPBACK)};
     EXPECT_TRUE(server.AddrChanged());
@@ -136,8 +136,7 @@ TEST(Socket, BlocksInModeBlockingOnly) {
 TEST(Socket, ProcessesEventsThatCameTogetherInAFixedOrder) {
     const Connection connection(CSocket::MODE_EVENT);
     const ImportPatch patch("WSAEnumNetworkEvents", &WSAEnumNetworkEvents, [](SOCKET, WSAEVENT, auto* all) {
-        all->lNetworkEvents = FD_CLOSE | FD_WRITE | FD_READ | FD_CONNECT | FD_ACCEPT;
-        return 0;
+        return all->lNetworkEvents = FD_CLOSE | FD_WRITE | FD_READ | FD_CONNECT | FD_ACCEPT, 0;
     });
     EXPECT_EQ(connection.own->ProcessEvents(), 0);
     EXPECT_EQ(connection.own->events, "accept connect read write close ");
@@ -179,7 +178,7 @@ TEST(Socket, Odd78And79TheSocketOfAFailedConnectStaysOpenUnlikeAServers) {
 }
 
 TEST(Socket, Odd85CopiesShareAndAnAssignmentClosesNothing) {
-    const Connection connection(CSocket::MODE_EVENT);
+    Connection connection(CSocket::MODE_EVENT);
     Recorder& first = *connection.own;
     first.m_pExtra = HeapAlloc(GetProcessHeap(), 0, 1000);
     {
@@ -200,6 +199,9 @@ TEST(Socket, Odd85CopiesShareAndAnAssignmentClosesNothing) {
     EXPECT_EQ(closesocket(held.handle), 0) << "left open";
     for (int i = 0; i < 3; ++i) (void)CSocket(first); // each ends Winsock as often as it started it
     EXPECT_EQ(closesocket(socket(AF_INET, SOCK_STREAM, 0)), 0);
+    target = CSocket();
+    connection.own.reset();
+    EXPECT_NE(closesocket(connection.handle), 0) << "the last owner closed it";
 }
 
 TEST(Socket, SelectsWhatCanBeDoneAndRefusesWhatCannot) {

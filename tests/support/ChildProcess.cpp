@@ -24,8 +24,7 @@ struct Pipe {
         CreatePipe(&read, &write, &inheritable, 0);
         SetHandleInformation(this->*own, HANDLE_FLAG_INHERIT, 0);
     }
-    HANDLE read = nullptr;
-    HANDLE write = nullptr;
+    HANDLE read = nullptr, write = nullptr;
 };
 
 } // namespace

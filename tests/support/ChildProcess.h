@@ -35,8 +35,7 @@ public:
 
 private:
     PROCESS_INFORMATION m_process{};
-    HANDLE m_toChild = nullptr;
-    HANDLE m_fromChild = nullptr;
+    HANDLE m_toChild = nullptr, m_fromChild = nullptr;
     std::string m_pending;
 };
 

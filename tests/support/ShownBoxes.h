@@ -12,7 +12,6 @@ struct ShownBoxes {
 
 private:
     ImportPatch m_patch{"MessageBoxW", &MessageBoxW, [this](HWND, LPCWSTR text, LPCWSTR title, UINT) {
-                            texts.push_back(std::wstring(title) + L": " + text);
-                            return IDOK;
+                            return texts.push_back(std::wstring(title) + L": " + text), IDOK;
                         }};
 };

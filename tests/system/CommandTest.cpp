@@ -74,8 +74,7 @@ struct Command : testing::Test {
             return FALSE;
         }};
     ImportPatch box{"MessageBoxA", &MessageBoxA, [this](auto, const char* text, const char* caption, auto) {
-                        shown = std::string(caption) + "|" + text;
-                        return IDOK;
+                        return shown = std::string(caption) + "|" + text, IDOK;
                     }};
 };
 

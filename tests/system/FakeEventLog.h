@@ -17,8 +17,7 @@ struct FakeEventLog {
 
     Lines Take() { return std::exchange(lines, {}); }
     static std::wstring NameOf(PSID sid) {
-        wchar_t name[200] = L"nobody";
-        wchar_t domain[200];
+        wchar_t name[200] = L"nobody", domain[200];
         DWORD sizes[] = {200, 200};
         SID_NAME_USE use;
         if (sid != nullptr) LookupAccountSidW(nullptr, sid, name, &sizes[0], domain, &sizes[1], &use);
@@ -36,10 +35,8 @@ private:
         return error == 0;
     }
 
-    ImportPatch m_open{"RegisterEventSourceW", &RegisterEventSourceW, [this](const wchar_t*, const wchar_t* name) {
-                           lines.push_back(name);
-                           return _wcsdup(name);
-                       }};
+    ImportPatch m_open{"RegisterEventSourceW", &RegisterEventSourceW,
+                       [this](const wchar_t*, const wchar_t* name) { return lines.push_back(name), _wcsdup(name); }};
     ImportPatch m_close{"DeregisterEventSource", &DeregisterEventSource, [this](HANDLE source) {
                             lines.push_back(std::wstring(L"end of ") + static_cast<wchar_t*>(source));
                             return free(source), TRUE;

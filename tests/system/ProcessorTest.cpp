@@ -96,6 +96,7 @@ TEST_F(Processor, KeepsItsSpeedsWithoutInstrumentationWhoseStepsCanFailOdd205) {
         EXPECT_STREQ(text, L"text");
     }
     EXPECT_EQ(CWmiClass(nullptr, L"Win32_Processor", 0).GetResult(), E_INVALIDARG);
+    EXPECT_EQ(CWmiClass(L"ROOT\\CIMV2", nullptr, 0).GetResult(), E_INVALIDARG);
 }
 
 TEST_F(Processor, IsOneOfTheInstancesThatAReaderAndItsCopiesSelect) {

@@ -94,10 +94,8 @@ TEST_F(Brush, Odd51IsAppendedWithoutTheLockAfterItsTimeout) {
             calls += std::to_wstring(timeoutMs);
             return calls == L"1000" ? WAIT_TIMEOUT : WAIT_OBJECT_0;
         });
-        const ImportPatch release("ReleaseSemaphore", &ReleaseSemaphore, [&](auto...) {
-            calls += L" released";
-            return TRUE;
-        });
+        const ImportPatch release("ReleaseSemaphore", &ReleaseSemaphore,
+                                  [&](auto...) { return calls += L" released", TRUE; });
         const ImportPatch debugger("OutputDebugStringW", &OutputDebugStringW,
                                    [&](const wchar_t* text) { calls = calls + L' ' + text + L' '; });
         EXPECT_EQ(table.Add(RGB(1, 2, 3)), 0);

@@ -81,8 +81,7 @@ TEST_P(TextControls, TakeTheirTextFromSetAddAndReset) {
     EXPECT_EQ(dialog.Reset(id, L"a,b"), 0);
     EXPECT_EQ(Text(id), L"a,b");
     int value = 0;
-    dialog.Set(id, -2147483647 - 1);
-    dialog.Get(id, value);
+    EXPECT_FALSE(dialog.Set(id, -2147483647 - 1) || dialog.Get(id, value));
     EXPECT_EQ(value, -2147483647 - 1);
 }
 
@@ -110,12 +109,12 @@ TEST_F(Dialog, Odd46AListBoxWithoutASelectionReturnsItsTextAndItsCount) {
     EXPECT_EQ(After(dialog.Reset(CTL_LIST, L"apple,banana"), CTL_LIST, -1), Got(L"list", -1, 2));
     EXPECT_EQ(After(dialog.Set(CTL_LIST, -1, L"ban", 7), CTL_LIST, -5), Got(L"banana", 1, 0));
     EXPECT_EQ(After(dialog.Set(CTL_LIST, -1, L"cherry", 7), CTL_LIST, -1), Got(L"list", -1, 2));
-    int width = 0;
-    int wider = 0;
-    int height = 0;
+    int width = 0, wider = 0, height = 0;
     EXPECT_EQ(dialog.GetLBItemSize(CTL_LIST, 0, width, height), 1);
     EXPECT_EQ(dialog.GetLBItemSize(CTL_LIST, 1, wider, height), 1);
     EXPECT_GT(wider, width);
+    EXPECT_EQ(dialog.GetLBItemSize(CTL_LIST, 9, width, height), 0);
+    EXPECT_EQ(Pair(width, height), Pair(0, 0));
 }
 
 TEST_F(Dialog, CountsItemsAndCharacters) {
@@ -174,22 +173,21 @@ TEST_F(Dialog, ATabControlHoldsTextAndDataAndSelectsWhatIsSet) {
 }
 
 TEST_F(Dialog, Odd49AListViewHasColumnsAndKeepsItsDataWhenTextIsSet) {
-    dialog.Reset(CTL_LISTVIEW, L"one,,two");
+    EXPECT_EQ(dialog.Reset(CTL_LISTVIEW, L"one,,two"), 0);
     EXPECT_EQ(Ask(CTL_LISTVIEW, LVM_GETCOLUMNWIDTH, 1), 100);
     EXPECT_EQ(dialog.Add(CTL_LISTVIEW, 0, L"row", kData), 0);
     EXPECT_EQ(dialog.LVAdd(CTL_LISTVIEW, 1, nullptr, 0, 1), 1);
-    dialog.Set(CTL_LISTVIEW, 0, 1, L"sub");
     dialog.Set(CTL_LISTVIEW, 0, L"changed", 5);
-    dialog.Set(CTL_LISTVIEW, 0, 1, nullptr);
+    for (const wchar_t* const column : {L"sub", LPCWSTR{}}) EXPECT_EQ(dialog.Set(CTL_LISTVIEW, 0, 1, column), 0);
     EXPECT_EQ(Get(CTL_LISTVIEW, 0), Got(L"changed", 0, kData));
     wchar_t text[20] = L"";
     LPARAM data = 0;
-    dialog.Get(CTL_LISTVIEW, 0, 1, text, 20, data);
+    EXPECT_EQ(dialog.Get(CTL_LISTVIEW, 0, 1, text, 20, data), 0);
     EXPECT_EQ(std::pair(std::wstring(text), data), std::pair(std::wstring(L"sub"), kData));
     EXPECT_EQ(After(dialog.SetLVFocus(CTL_LISTVIEW, 0, 1), CTL_LISTVIEW, -1), Got(L"changed", 0, kData));
-    dialog.ClearLVFocus(CTL_LISTVIEW, 0, 0);
+    EXPECT_EQ(dialog.ClearLVFocus(CTL_LISTVIEW, 0, 0), 0);
     EXPECT_EQ(Ask(CTL_LISTVIEW, LVM_GETITEMSTATE, 0, 3), LVIS_SELECTED);
-    dialog.Delete(CTL_LISTVIEW, 0);
+    EXPECT_EQ(dialog.Delete(CTL_LISTVIEW, 0), 0);
     EXPECT_EQ(Ask(CTL_LISTVIEW, LVM_GETITEMCOUNT), 1);
     dialog.LVDeleteAllItems(CTL_LISTVIEW);
     EXPECT_EQ(Ask(CTL_LISTVIEW, LVM_GETITEMCOUNT), 0);
@@ -209,7 +207,7 @@ TEST_F(Dialog, Odd45AnIconListStartsWithWmDestroyAndIsFreedOnce) {
     EXPECT_EQ(Ask(CTL_LISTVIEW, LVM_GETITEMCOUNT), 0) << "the list view has taken it for its end";
     DIALOG_INTERFACE other(dialog.GetHandle());
     const unsigned int incomplete[] = {1, 1, 9, 1, 0};
-    EXPECT_EQ(other.InitIconList(incomplete, Module(), CTL_LISTVIEW), 1);
+    EXPECT_EQ(other.InitIconList(incomplete + 3, Module(), CTL_LISTVIEW), 1);
     EXPECT_EQ(other.InitIconList(incomplete, Module(), CTL_LISTVIEW), 1);
     LVITEMW item{};
     item.mask = LVIF_IMAGE;
@@ -241,8 +239,7 @@ TEST_F(Dialog, Odd45AnIconListStartsWithWmDestroyAndIsFreedOnce) {
 }
 
 TEST_F(Dialog, MovesAndOrdersWindows) {
-    dialog.Position(CTL_EDIT, 3, 4);
-    dialog.Size(CTL_EDIT, 50, 60);
+    EXPECT_EQ(dialog.Position(CTL_EDIT, 3, 4) + dialog.Size(CTL_EDIT, 50, 60), 0);
     RECT area{};
     GetWindowRect(Item(CTL_EDIT), &area);
     MapWindowPoints(nullptr, dialog.GetHandle(), reinterpret_cast<POINT*>(&area), 2);
@@ -297,6 +294,8 @@ TEST_F(Dialog, FocusesAControlAndSelectsAnItem) {
         EXPECT_EQ(dialog.Display(id, DA_FOCUS, 2), 1) << id;
     }
     EXPECT_EQ(dialog.Display(CTL_LIST, DA_FOCUS, -1), 0);
+    dialog.Add(CTL_LISTVIEW, 0, L"row", 0);
+    for (const int row : {0, 1}) EXPECT_EQ(dialog.Display(CTL_LISTVIEW, DA_FOCUS, row), row) << "is there or not";
     const ImportPatch refusing(Failing("SetFocus", &SetFocus, nullptr));
     EXPECT_EQ(dialog.Display(CTL_CHECK, DA_FOCUS, 0), 0) << "the dialog moves it";
     EXPECT_EQ(GetFocus(), Item(CTL_CHECK));
@@ -343,8 +342,7 @@ TEST_F(Dialog, MeasuresControlsAndFallsBackToTheDialog) {
 }
 
 TEST_F(Dialog, TagsAWindowWithAColour) {
-    int colour = 0;
-    int flag = 0;
+    int colour = 0, flag = 0;
     EXPECT_EQ(DIALOG_INTERFACE::GetColor(Item(CTL_EDIT), colour, flag), 1);
     EXPECT_EQ(dialog.SetColor(CTL_EDIT, 0x12, 0x34), 0);
     EXPECT_EQ(static_cast<DWORD>(GetWindowLongPtrW(Item(CTL_EDIT), GWLP_USERDATA)), 0xDA1234DAu);
@@ -366,12 +364,12 @@ TEST_F(Dialog, TagsAWindowWithAColour) {
 TEST_F(Dialog, LoadsTextsAndGivesFontsAndPictures) {
     Ask(CTL_CHECK, BM_SETCHECK, BST_CHECKED);
     const CONTROL_STRING table[] = {{CTL_STATIC, 1}, {CTL_COMBO, 1}, {CTL_CHECK, 1}, {CTL_EDIT, 9}, {CTL_RICH, 1}};
-    dialog.LoadControlString(Module(), table, 4);
+    EXPECT_EQ(dialog.LoadControlString(Module(), table, 4), 0);
     EXPECT_EQ(Text(CTL_STATIC) + Text(CTL_COMBO) + Text(CTL_CHECK), L"hellohellohello");
     EXPECT_EQ(Text(CTL_EDIT) + Text(CTL_RICH), L"editrich");
     EXPECT_EQ(Get(CTL_CHECK, 0), Got(L"hello", 1, 0));
     const auto font = static_cast<HFONT>(GetStockObject(ANSI_FIXED_FONT));
-    dialog.SetFont(CTL_EDIT, font);
+    EXPECT_EQ(dialog.SetFont(CTL_EDIT, font), 0);
     EXPECT_EQ(Ask(CTL_EDIT, WM_GETFONT), reinterpret_cast<LRESULT>(font));
     const HBITMAP bitmap = LoadBitmapW(Module(), MAKEINTRESOURCEW(1));
     EXPECT_EQ(dialog.SetButtonImage(CTL_CHECK, bitmap), 1);

@@ -31,7 +31,8 @@ const std::pair<std::vector<std::wstring>, std::vector<Row>> kControls[] = {
      {Row(TVN_SELCHANGINGW, FN_CHANGE), Row(TVN_SELCHANGEDW, FN_UPDATE), Row(LVN_ITEMCHANGED, FN_UPDATE),
       Row(LVN_COLUMNCLICK, FN_COLUMNCLICK), Row(NM_CLICK, FN_CLICK), Row(NM_CUSTOMDRAW, FN_CUSTOMDRAW)}},
     {{L"SysHeader32"}, {Row(HDN_ENDTRACKW, FN_TRACK), Row(NM_SETFOCUS, FN_SETFOCUS), Row(NM_RCLICK, FN_NONE)}},
-    {{L"ScrollBar", L"RichEdit20W"}, {Row(EN_CHANGE, FN_NONE), Row(NM_CLICK, FN_NONE)}},
+    {{L"ScrollBar", L"RichEdit20W", L"Static", L"msctls_progress32"},
+     {Row(EN_CHANGE, FN_NONE), Row(NM_CLICK, FN_NONE)}},
 };
 
 template <class Data = int> LRESULT Send(HWND hCtrl, UINT message, WPARAM wParam = 0, Data lParam = {}) {
@@ -130,8 +131,7 @@ TEST_F(Notify, Odd34APaintMessageIsTranslatedOnceAndIsThenValid) {
 }
 
 TEST_F(Notify, Odd32And35ThePointerIsReportedToLeaveAndToEnterBeforeItActs) {
-    const HWND a = Add(L"Edit");
-    const HWND b = Add(L"Edit", 0, 200, 78);
+    const HWND a = Add(L"Edit"), b = Add(L"Edit", 0, 200, 78);
     Add(L"Edit", 0, -150, 79);
     const std::tuple<LPARAM, int, HWND, int> steps[] = {{9, 3, a, 77},          {9, 19, a, 77},   {209, 4, a, 77},
                                                         {209, 3, b, 78},        {209, 19, b, 78}, {0xFFFF, 4, b, 78},
@@ -150,10 +150,8 @@ TEST_F(Notify, Odd32And35ThePointerIsReportedToLeaveAndToEnterBeforeItActs) {
 }
 
 TEST_F(Notify, FocusFollowsThePointerAndPlacesTheCaret) {
-    const HWND text = Add(L"Static");
-    const HWND line = Add(L"Edit");
-    const HWND lines = Add(L"Edit", ES_MULTILINE);
-    const HWND button = Add(L"Button");
+    const HWND text = Add(L"Static"), button = Add(L"Button");
+    const HWND line = Add(L"Edit"), lines = Add(L"Edit", ES_MULTILINE);
     for (const HWND edit : {line, lines}) Send(edit, WM_SETTEXT, 0, L"abc");
     SetFocus(nullptr);
     Point(line);
