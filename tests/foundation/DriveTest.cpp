@@ -16,12 +16,9 @@ TEST(DriveFunctions, TellTheSpaceAndTheVolumeOfAPath) {
     EXPECT_EQ(GetDriveFreeSpace(L"Q:\\nowhere", &free, &total), 0);
     EXPECT_EQ(total, 5u);
     std::wstring root;
-    const ImportPatch volume("GetVolumeInformationW", &GetVolumeInformationW,
-                             [&root](LPCWSTR asked, LPWSTR, DWORD, DWORD* serial, auto...) {
-                                 root = asked;
-                                 *serial = 1234;
-                                 return TRUE;
-                             });
+    const ImportPatch volume(
+        "GetVolumeInformationW", &GetVolumeInformationW,
+        [&root](LPCWSTR asked, LPWSTR, DWORD, DWORD* serial, auto...) { return root = asked, *serial = 1234, TRUE; });
     EXPECT_EQ(GetVolumeSerialNumber(L"c:\\folder\\file"), 1234u);
     EXPECT_EQ(root, L"c:\\");
     EXPECT_EQ(GetVolumeSerialNumber(L"no drive"), 1234u);
@@ -43,8 +40,7 @@ TEST(DriveFunctions, AHandleIsWrittenToWhateverItsType) {
     std::string got;
     const ImportPatch write("WriteFile", &WriteFile,
                             [&got](HANDLE, const void* data, DWORD size, DWORD* written, void*) {
-                                got.assign(static_cast<const char*>(data), size);
-                                return *written = 3, TRUE;
+                                return got.assign(static_cast<const char*>(data), size), *written = 3, TRUE;
                             });
     EXPECT_EQ(WriteTarget(nullptr, L"ab", 3), 0);
     EXPECT_EQ(got, std::string("a\0b", 3));

@@ -201,6 +201,7 @@ TEST_F(Audio, Odd113WhatIsReadEndsWithTheDataAndIsFilledUp) {
     EXPECT_EQ(player.ReadBuffers(), 0u);
     EXPECT_EQ(player->m_cAudio[1][0], 'z') << "at the end nothing is read";
     player->m_ulDataWrite = 12000;
+    EXPECT_EQ(player.ReadBuffer(nullptr), 1u);
     EXPECT_EQ(player.ReadBuffers(), 1u) << "the file is shorter than it was";
     EXPECT_EQ(player->m_ulDataRead, 9700u);
 }
@@ -222,6 +223,7 @@ TEST_F(Audio, NotificationsWithForeignRecordsStopTheRun) {
     header.dwDstUser = 0xFFFFFFFF;
     recorder->m_StreamHeader[1].dwDstUser = 1600;
     EXPECT_EQ(recorder.WriteBuffers(), 0u);
+    EXPECT_EQ(recorder.WriteBuffer(nullptr), 1u);
     EXPECT_EQ(recorder->m_ulDataWrite, 9600u);
     recorder.SetUncompressUse(&header, 0xFFFFFFFF);
     EXPECT_EQ(header.dwSrcUser, 8000u);
@@ -296,7 +298,7 @@ TEST_F(Audio, Odd110And118And119AStartThatFailsLeavesNothingOpenAndATruncatedFil
         expectFailure(&Recorder::Play, 1625);
     }
     EXPECT_EQ(recorder->m_ulDataRead, 0u) << "by the close of the device that was open";
-    EXPECT_EQ(recorder.CompressBuffers() + recorder.WriteBuffers(), 2u) << "idle";
+    EXPECT_EQ(recorder.CompressBuffers() + recorder.WriteBuffers() + recorder.UnprepareStreamHeader(nullptr), 3u);
     unsigned int error = 77;
     wchar_t text[] = L"text";
     recorder.GetError(error, text);

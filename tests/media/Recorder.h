@@ -13,8 +13,9 @@ class Recorder : public CAudio {
 public:
     using CAudio::ClearFile, CAudio::CompressBuffers, CAudio::GetError, CAudio::GetTimeCurrent, CAudio::GetTimeTotal,
         CAudio::OpenFile, CAudio::OpenStream, CAudio::OpenWaveDevice, CAudio::ProcessTimer, CAudio::ProcessWimClose,
-        CAudio::ProcessWimData, CAudio::ProcessWomDone, CAudio::ReadBuffers, CAudio::SetUncompressUse,
-        CAudio::UpdateDeviceTime, CAudio::WriteBuffers;
+        CAudio::ProcessWimData, CAudio::ProcessWomDone, CAudio::ReadBuffer, CAudio::ReadBuffers,
+        CAudio::SetUncompressUse, CAudio::UnprepareStreamHeader, CAudio::UpdateDeviceTime, CAudio::WriteBuffer,
+        CAudio::WriteBuffers;
 
     /// @param file  created if it is missing
     Recorder(int bConvert, const std::filesystem::path& file) : CAudio(bConvert) {

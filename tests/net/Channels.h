@@ -23,8 +23,5 @@ struct SystemAnswers {
     }
     const ImportPatch read{"ReadFile", &ReadFile, [this](auto...) { return Give(); }};
     const ImportPatch about{"GetOverlappedResult", &GetOverlappedResult,
-                            [this](HANDLE, auto, DWORD* transferred, BOOL) {
-                                *transferred = 7;
-                                return Give();
-                            }};
+                            [this](HANDLE, auto, DWORD* transferred, BOOL) { return *transferred = 7, Give(); }};
 };

@@ -141,8 +141,7 @@ TEST_F(Version, Odd192AnyObjectListsTheTableButKeepsItsOwnTexts) {
 TEST_F(Version, VersionsAreComparedNumberByNumber) {
     VS_FIXEDFILEINFO fixedInfo{};
     const ImportPatch find("VerQueryValueW", &VerQueryValueW, [&](auto, auto, void** value, UINT* size) {
-        *value = &fixedInfo;
-        return *size = sizeof fixedInfo, TRUE;
+        return *value = &fixedInfo, *size = sizeof fixedInfo, TRUE;
     });
     std::vector<CSwVersion> versions;
     constexpr DWORD kRows[][2] = {{0, 1}, {0, 0x10000}, {1, 0}, {0x10002, 0xA0000}, {0x1000A, 0}, {0x1000A, 1}};

@@ -91,8 +91,7 @@ TEST_F(Brush, Odd51IsAppendedWithoutTheLockAfterItsTimeout) {
     std::wstring calls;
     {
         const ImportPatch wait("WaitForSingleObjectEx", &WaitForSingleObjectEx, [&](HANDLE, DWORD timeoutMs, BOOL) {
-            calls += std::to_wstring(timeoutMs);
-            return calls == L"1000" ? WAIT_TIMEOUT : WAIT_OBJECT_0;
+            return (calls += std::to_wstring(timeoutMs)) == L"1000" ? WAIT_TIMEOUT : WAIT_OBJECT_0;
         });
         const ImportPatch release("ReleaseSemaphore", &ReleaseSemaphore,
                                   [&](auto...) { return calls += L" released", TRUE; });

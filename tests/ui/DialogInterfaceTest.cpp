@@ -395,6 +395,14 @@ TEST_F(Dialog, FindsAControlThatReplacesTheOneUsedLast) {
     EXPECT_EQ(Ask(CTL_LIST, LB_GETCOUNT), 1);
 }
 
+TEST_F(Dialog, OperationsForOneKindRefuseAnother) {
+    int number = 0, other = 0;
+    EXPECT_EQ(dialog.ShowDropDown(CTL_EDIT, 1) + dialog.Insert(CTL_EDIT, 0, L"", 0), 0);
+    EXPECT_EQ(dialog.FindExactMatch(CTL_EDIT, L"", number) + dialog.GetLBItemSize(CTL_EDIT, 0, number, other), 0);
+    EXPECT_EQ(dialog.LVSetColumnWidth(CTL_EDIT, 0, 5) + dialog.SetButtonImage(CTL_MISSING, nullptr), 0);
+    EXPECT_EQ(dialog.SetLVFocus(CTL_EDIT, 0, 0) + dialog.ClearLVFocus(CTL_EDIT, 0, 0), 2);
+}
+
 TEST_F(Dialog, RemembersFourSelectionsAndTakesNoOtherSlot) {
     EXPECT_EQ(dialog.SetLVSelected(7, 3), 0);
     EXPECT_EQ(dialog.SetLVSelected(8, 3), 7);
