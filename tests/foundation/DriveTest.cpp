@@ -1,4 +1,5 @@
 #include "support/ImportPatch.h"
+#include "support/Reports.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -8,13 +9,14 @@
 #include <string>
 
 TEST(DriveFunctions, TellTheSpaceAndTheVolumeOfAPath) {
-    unsigned long long free = 0;
-    unsigned long long total = 0;
+    unsigned long long free = 0, total = 0;
+    Reports reports;
     EXPECT_NE(GetDriveFreeSpace(L"C:\\", &free, &total), 0);
     EXPECT_TRUE(total >= free && free > 0);
     total = 5;
     EXPECT_EQ(GetDriveFreeSpace(L"Q:\\nowhere", &free, &total), 0);
     EXPECT_EQ(total, 5u);
+    EXPECT_EQ(reports.Take(), Texts{}) << "the error mode is restored";
     std::wstring root;
     const ImportPatch volume(
         "GetVolumeInformationW", &GetVolumeInformationW,
