@@ -2,8 +2,8 @@
 
 #include <foundation/SharedField.h>
 
-#include <algorithm>
 #include <atomic>
+#include <bit>
 
 namespace tessel {
 
@@ -28,16 +28,33 @@ bool Replace(std::uint64_t& owner, std::uint64_t& from, std::uint64_t to) {
     return std::atomic_ref<std::uint64_t>(owner).compare_exchange_strong(from, to);
 }
 
-void NoteReceiver(BLOCK_NOTE& note, Identity receiver, std::uint32_t slot) {
+/// A number by which to recognise the message in a block; never 0.
+std::uint32_t ContentOf(const SBLOCK& block) {
+    std::uint32_t content = 0;
+    for (const std::uint32_t* field : {&block.MsgId, &block.Length, &block.Receiver, &block.Sender}) {
+        content = std::rotl(content, 7) * 0x9E3779B1 + LoadShared(*field); // mixes all bits
+    }
+    return content | 1;
+}
+
+/// Whether a note is about the message that is in the block now. While it is being written, any message is.
+bool IsAbout(const BLOCK_NOTE& note, const SBLOCK& block) {
+    const std::uint32_t content = LoadShared(note.content);
+    return content == 0 || content == ContentOf(block);
+}
+
+void NoteReceiver(JOURNAL& journal, BLOCK_NOTE& note, Identity receiver, std::uint32_t slot) {
     StoreShared<std::uint64_t>(note.receiver, receiver);
     StoreShared(note.slot, slot);
+    StoreShared(note.registration, LoadShared(journal.mailboxes[slot].registration));
     StoreShared<std::uint64_t>(note.orphaned, 0);
 }
 
 /// Notes the receiver of a message that nobody has received yet.
-void NoteNewMessage(BLOCK_NOTE& note, Identity receiver, std::uint32_t slot) {
-    NoteReceiver(note, receiver, slot);
-    StoreShared<std::uint32_t>(note.again, 0);
+void NoteNewMessage(JOURNAL& journal, BLOCK_NOTE& note, Identity receiver, std::uint32_t slot) {
+    NoteReceiver(journal, note, receiver, slot);
+    StoreShared<std::uint32_t>(note.content, 0);
+    StoreShared<std::uint32_t>(note.takenOver, 0);
 }
 
 /// Makes this process responsible for a block.
@@ -55,21 +72,49 @@ void Raise(std::uint64_t& field, std::uint64_t value) {
 
 } // namespace
 
-BlockOwner OwnerOf(const BLOCK_NOTE& note) {
+BlockOwner OwnerOf(const BLOCK_NOTE& note, const SBLOCK& block) {
     const std::uint64_t owner = LoadShared(note.owner);
+    if (LoadShared(block.BlkNum) == 0 || !IsAbout(note, block)) return {0, BlockState::UNKNOWN};
     return {IdentityIn(owner), StateIn(owner)};
 }
 
-Identity ReceiverAt(const MAILBOX* mailboxes, std::uint32_t slot) {
-    const std::uint32_t processId = LoadShared(mailboxes[slot].ProcessId);
+bool WasFetchedLater(const JOURNAL& journal, const BLOCK_NOTE& note, std::uint64_t sequence) {
+    const std::uint32_t slot = LoadShared(note.slot);
+    if (slot >= POST_OFFICE_MAILBOXES) return false;
+    const MAILBOX_NOTE& receiver = journal.mailboxes[slot];
+    return LoadShared(receiver.registration) == LoadShared(note.registration) &&
+           LoadShared(receiver.fetched) > sequence;
+}
+
+const MAILBOX_NOTE* NoteOf(const MAILBOX* mailboxes, std::uint32_t slot) {
     const JOURNAL* const journal = OpenJournal();
-    const std::uint64_t owner = journal == nullptr ? 0 : LoadShared(journal->mailboxes[slot].owner);
-    return IdIn(owner) == processId ? IdentityIn(owner) : WithoutStartTime(processId);
+    if (journal == nullptr) return nullptr;
+    const MAILBOX& mailbox = mailboxes[slot];
+    const MAILBOX_NOTE& note = journal->mailboxes[slot];
+    const bool isAbout = IdIn(LoadShared(note.owner)) == LoadShared(mailbox.ProcessId) &&
+                         LoadShared(note.window) == LoadShared(mailbox.hWnd) &&
+                         LoadShared(note.id) == LoadShared(mailbox.ObjId);
+    return isAbout ? &note : nullptr;
+}
+
+Identity ReceiverAt(const MAILBOX* mailboxes, std::uint32_t slot) {
+    const MAILBOX_NOTE* const note = NoteOf(mailboxes, slot);
+    return note == nullptr ? WithoutStartTime(LoadShared(mailboxes[slot].ProcessId))
+                           : IdentityIn(LoadShared(note->owner));
+}
+
+void NoteRegistration(JOURNAL* journal, std::uint32_t slot, const MAILBOX& mailbox, std::uint32_t id) {
+    if (journal == nullptr) return;
+    MAILBOX_NOTE& note = journal->mailboxes[slot];
+    StoreShared(note.registration, LoadShared(note.registration) + 1);
+    StoreShared(note.window, mailbox.hWnd);
+    StoreShared(note.id, id);
+    StoreShared<std::uint64_t>(note.owner, ThisProcess());
 }
 
 void NoteAllocation(JOURNAL* journal, std::uint32_t index, Identity receiver, std::uint32_t slot) {
     if (journal == nullptr) return;
-    NoteNewMessage(journal->blocks[index], receiver, slot);
+    NoteNewMessage(*journal, journal->blocks[index], receiver, slot);
     NoteOwner(journal->blocks[index], BlockState::WRITING);
 }
 
@@ -79,12 +124,13 @@ void ForgetBlock(JOURNAL* journal, std::uint32_t index) {
     StoreShared(owner, LoadShared(owner) & kCountBits);
 }
 
-BlockClaim NotePosting(JOURNAL* journal, std::uint32_t index) {
+BlockClaim NotePosting(JOURNAL* journal, std::uint32_t index, const SBLOCK& block) {
     if (journal == nullptr) return 0;
     BLOCK_NOTE& note = journal->blocks[index];
     // A message that has been taken over keeps its position: its heir may end, too, and the next one needs the order.
-    if (OwnerOf(note).state != BlockState::POSTING)
+    if (StateIn(LoadShared(note.owner)) != BlockState::POSTING)
         StoreShared(note.sequence, std::atomic_ref<std::uint64_t>(journal->sequence).fetch_add(1) + 1);
+    StoreShared(note.content, ContentOf(block));
     const BlockClaim claim = (LoadShared(note.owner) & ~kStateBits) | Bits(BlockState::POSTING);
     StoreShared(note.owner, claim);
     return claim;
@@ -93,19 +139,23 @@ BlockClaim NotePosting(JOURNAL* journal, std::uint32_t index) {
 void NotePosted(JOURNAL* journal, std::uint32_t index, BlockClaim claim) {
     if (journal == nullptr) return;
     BLOCK_NOTE& note = journal->blocks[index];
+    (void)std::atomic_ref<std::uint32_t>(note.takenOver).fetch_and(~TAKEN_OVER_UNPOSTED);
     const std::uint64_t receiver = LoadShared(note.receiver);
-    (void)Replace(note.owner, claim,
-                  receiver | (claim & kCountBits) | Bits(BlockState::POSTED)); // else it has moved on
+    const std::uint64_t posted = receiver | (claim & kCountBits) | Bits(BlockState::POSTED);
+    (void)Replace(note.owner, claim, posted); // else it has moved on
 }
 
-void NoteFetched(JOURNAL* journal, std::uint32_t index, std::uint32_t slot) {
-    if (journal == nullptr || index >= SMALL_BLOCK_COUNT) return;
+void NoteFetched(JOURNAL* journal, std::uint32_t index, const SBLOCK& block, std::uint32_t slot) {
+    if (journal == nullptr) return;
     BLOCK_NOTE& note = journal->blocks[index];
     std::uint64_t owner = LoadShared(note.owner);
     while (StateIn(owner) == BlockState::POSTED || StateIn(owner) == BlockState::POSTING) {
-        if (LoadShared(note.slot) != slot || IdIn(LoadShared(note.receiver)) != GetCurrentProcessId()) return;
+        if (IdIn(LoadShared(note.receiver)) != GetCurrentProcessId() || !IsAbout(note, block)) return;
         if (!Replace(note.owner, owner, ThisProcess() | (owner & kCountBits) | Bits(BlockState::FETCHED))) continue;
-        Raise(journal->mailboxes[slot].fetched, LoadShared(note.sequence));
+        MAILBOX_NOTE& receiver = journal->mailboxes[slot];
+        // Another registration has a queue of its own.
+        if (LoadShared(note.slot) == slot && LoadShared(note.registration) == LoadShared(receiver.registration))
+            Raise(receiver.fetched, LoadShared(note.sequence));
         return;
     }
 }
@@ -113,18 +163,20 @@ void NoteFetched(JOURNAL* journal, std::uint32_t index, std::uint32_t slot) {
 void NoteAnswer(JOURNAL* journal, std::uint32_t index, Identity receiver, std::uint32_t slot) {
     if (journal == nullptr) return;
     NoteOwner(journal->blocks[index], BlockState::WRITING); // first: it no longer waits for this process
-    NoteNewMessage(journal->blocks[index], receiver, slot);
+    NoteNewMessage(*journal, journal->blocks[index], receiver, slot);
 }
 
 void NoteTakenOver(JOURNAL& journal, std::uint32_t index, std::uint32_t slot) {
     BLOCK_NOTE& note = journal.blocks[index];
-    if (OwnerOf(note).state == BlockState::FETCHED) StoreShared<std::uint32_t>(note.again, 1); // as long as it is known
-    NoteReceiver(note, ThisProcess(), slot);
+    const bool fetched = StateIn(LoadShared(note.owner)) == BlockState::FETCHED; // as long as it is known
+    (void)std::atomic_ref<std::uint32_t>(note.takenOver)
+        .fetch_or(TAKEN_OVER_UNPOSTED | (fetched ? TAKEN_OVER_FETCHED : 0));
+    NoteReceiver(journal, note, ThisProcess(), slot);
     NoteOwner(note, BlockState::POSTING);
 }
 
 bool IsPostedAgain(const JOURNAL* journal, std::uint32_t index) {
-    return journal != nullptr && LoadShared(journal->blocks[index].again) != 0;
+    return journal != nullptr && (LoadShared(journal->blocks[index].takenOver) & TAKEN_OVER_FETCHED) != 0;
 }
 
 unsigned int CountWaiting(const JOURNAL& journal, const SBLOCK* blocks, Identity receiver, std::uint32_t slot) {
@@ -132,7 +184,7 @@ unsigned int CountWaiting(const JOURNAL& journal, const SBLOCK* blocks, Identity
     for (std::uint32_t index = 1; index < SMALL_BLOCK_COUNT; ++index) {
         const BLOCK_NOTE& note = journal.blocks[index];
         const bool isFor = LoadShared(note.slot) == slot && LoadShared(note.receiver) == receiver;
-        if (isFor && LoadShared(blocks[index].BlkNum) != 0 && OwnerOf(note).state != BlockState::UNKNOWN) ++waiting;
+        if (isFor && OwnerOf(note, blocks[index]).state != BlockState::UNKNOWN) ++waiting;
     }
     return waiting;
 }

@@ -34,7 +34,8 @@ Journal::Journal()
       m_room(CreateEventW(nullptr, FALSE, FALSE, kRoomName)),
       m_mapping(CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof(JOURNAL), kJournalName)),
       m_journal(Map(m_mapping.Get())) {
-    if (m_journal == nullptr || IsKnown(*m_journal)) return;
+    if (m_journal == nullptr || (m_turn && m_claim && IsKnown(*m_journal)))
+        return;                       // without them, nothing is recovered
     (void)UnmapViewOfFile(m_journal); // mapped just now
     m_journal = nullptr;
 }
@@ -45,9 +46,17 @@ Journal::~Journal() {
 
 void Forget(JOURNAL& journal) {
     End(&journal);
-    std::memset(journal.mailboxes, 0, sizeof journal.mailboxes);
+    for (std::uint32_t slot = 0; slot < POST_OFFICE_MAILBOXES; ++slot) ForgetMailbox(&journal, slot);
     std::memset(journal.blocks, 0, sizeof journal.blocks);
     std::memset(journal.resources, 0, sizeof journal.resources);
+}
+
+void ForgetMailbox(JOURNAL* journal, std::uint32_t slot) {
+    if (journal == nullptr) return;
+    MAILBOX_NOTE& note = journal->mailboxes[slot];
+    StoreShared<std::uint64_t>(note.owner, 0);
+    StoreShared<std::uint64_t>(note.fetched, 0);
+    StoreShared<std::uint32_t>(note.limit, 0);
 }
 
 void Begin(JOURNAL* journal, Change kind, std::uint32_t index, std::uint32_t count, std::uint32_t users) {

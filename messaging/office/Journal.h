@@ -43,20 +43,29 @@ enum class BlockState : std::uint64_t {
     POSTED,  ///< in the receiver's queue
     FETCHED, ///< the receiver has asked for it by its number
 };
+/// A receiver that has ended had fetched the message.
+inline constexpr std::uint32_t TAKEN_OVER_FETCHED = 1;
+/// The message has been taken over and is still to be posted again.
+inline constexpr std::uint32_t TAKEN_OVER_UNPOSTED = 2;
+
 struct BLOCK_NOTE {
-    std::uint64_t owner;    ///< the process that is responsible, the state and a count of the allocations
-    std::uint64_t receiver; ///< the receiver's process
-    std::uint64_t sequence; ///< position among all posted messages
-    std::uint64_t orphaned; ///< position of the last message when the sender was found dead; 0: not found so
-    std::uint32_t slot;     ///< of the receiver
-    std::uint32_t again;    ///< 1: an earlier receiver had fetched it and ended
+    std::uint64_t owner;        ///< the process that is responsible, the state and a count of the allocations
+    std::uint64_t receiver;     ///< the receiver's process
+    std::uint64_t sequence;     ///< position among all posted messages
+    std::uint64_t orphaned;     ///< position of the last message when the sender was found dead; 0: not found so
+    std::uint32_t slot;         ///< of the receiver
+    std::uint32_t registration; ///< of the receiver: MAILBOX_NOTE::registration
+    std::uint32_t content;   ///< of the block, by which it is recognised: a program without a journal may use it again
+    std::uint32_t takenOver; ///< TAKEN_OVER_...
 };
 
 struct MAILBOX_NOTE {
-    std::uint64_t owner;   ///< the process that registered it; 0: a program without a journal
-    std::uint64_t fetched; ///< greatest position of a message that it has fetched
-    std::uint32_t limit;   ///< how many messages may wait for it; 0: any number
-    std::uint32_t reserved;
+    std::uint64_t owner;        ///< the process that registered it; 0: a program without a journal
+    std::uint64_t fetched;      ///< greatest position of a message that it has fetched
+    std::uint32_t limit;        ///< how many messages may wait for it; 0: any number
+    std::uint32_t registration; ///< counts the registrations in the slot
+    std::uint32_t window;       ///< the registered window
+    std::uint32_t id;           ///< the registered id
 };
 
 struct JOURNAL {
@@ -80,9 +89,9 @@ public:
     Journal& operator=(const Journal&) = delete;
 
     /// Whether the lock can be recovered: journal, event and mutex are there.
-    bool IsComplete() const { return m_journal != nullptr && m_turn && m_claim; }
+    bool IsComplete() const { return m_journal != nullptr; }
 
-    /// The mapped journal; null if it could not be mapped or has another version.
+    /// The mapped journal; null if it could not be mapped, has another version, or lacks its event or mutex.
     JOURNAL* Get() const { return m_journal; }
     /// Signalled when the lock's word becomes free.
     HANDLE Turn() const { return m_turn.Get(); }
@@ -107,6 +116,9 @@ HANDLE RoomEvent();
 
 /// Forgets all blocks, registrations and resources. The caller holds the lock of a region that has just been created.
 void Forget(JOURNAL& journal);
+
+/// Forgets a registration.
+void ForgetMailbox(JOURNAL* journal, std::uint32_t slot);
 
 /// Notes a change before it is made. The caller holds the post office's lock.
 /// @param journal  the journal, or null

@@ -55,11 +55,11 @@ static_assert(offsetof(tessel::JOURNAL, lock) == 8);
 static_assert(offsetof(tessel::JOURNAL, change) == 16);
 static_assert(offsetof(tessel::JOURNAL, sequence) == 32);
 static_assert(offsetof(tessel::JOURNAL, mailboxes) == 40);
-static_assert(sizeof(tessel::MAILBOX_NOTE) == 24);
-static_assert(offsetof(tessel::JOURNAL, blocks) == 2440);
-static_assert(sizeof(tessel::BLOCK_NOTE) == 40);
-static_assert(offsetof(tessel::JOURNAL, resources) == 22440);
-static_assert(sizeof(tessel::JOURNAL) == 30632);
+static_assert(sizeof(tessel::MAILBOX_NOTE) == 32);
+static_assert(offsetof(tessel::JOURNAL, blocks) == 3240);
+static_assert(sizeof(tessel::BLOCK_NOTE) == 48);
+static_assert(offsetof(tessel::JOURNAL, resources) == 27240);
+static_assert(sizeof(tessel::JOURNAL) == 35432);
 
 struct CPostLayout {
     static_assert(offsetof(CPost, m_pLock) == 0);

@@ -76,7 +76,7 @@ int CMailBox::RegisterMailbox(HWND hWnd) {
         mailbox.ProcessId = m_ulProcessId;
         mailbox.ThreadId = m_ulThreadId;
         StoreShared(mailbox.hWnd, tessel::ToShared(hWnd));
-        if (journal != nullptr) journal->mailboxes[slot] = {tessel::ThisProcess(), 0, 0, 0};
+        NoteRegistration(journal, slot, mailbox, m_OwnId);
         StoreShared<std::uint32_t>(mailbox.ObjId, m_OwnId); // after these, as look-ups use it
         std::atomic_ref<std::uint16_t>(m_pHeader->MailboxesInUse).fetch_add(1);
         m_usSlot = slot; // ODD-23: a previous slot stays registered
@@ -104,7 +104,7 @@ int CMailBox::UnregisterMailbox() {
 void CMailBox::FreeSlot(unsigned short slot) {
     JOURNAL* const journal = tessel::OpenJournal();
     Begin(journal, Change::UNREGISTER, slot, LoadShared(m_pHeader->MailboxesInUse) - 1);
-    if (journal != nullptr) journal->mailboxes[slot] = {};
+    tessel::ForgetMailbox(journal, slot);
     StoreShared<std::uint32_t>(m_pMailboxes[slot].ObjId, 0); // first, as look-ups use it
     StoreShared<std::uint16_t>(m_pMailboxes[slot].InUse, 0);
     std::atomic_ref<std::uint16_t>(m_pHeader->MailboxesInUse).fetch_sub(1);

@@ -44,7 +44,10 @@ void OfferRoom() {
 
 int CMailBox::AllocateSmallBlock(unsigned long length, unsigned short receiverSlot, SBLOCK*& block) {
     PoolReports reports;
-    return Allocate(length, receiverSlot, block, reports);
+    const int status = Allocate(length, receiverSlot, block, reports);
+    // What becomes of it only its caller knows, who may post it by other means.
+    if (block != nullptr) tessel::ForgetBlock(tessel::OpenJournal(), NumberOf(*block));
+    return status;
 }
 
 /// @param reports  receives what is to be reported
@@ -151,15 +154,21 @@ bool CMailBox::FreeBlock(SBLOCK& block, PoolReports& reports) {
     return inUse;
 }
 
+/// Notes that a message has been fetched, if it was sent to this mailbox.
+void CMailBox::NoteFetch(unsigned int index) {
+    const SBLOCK& block = m_pSmallBlocks[index];
+    if (LoadShared(block.Receiver) == m_OwnId) NoteFetched(tessel::OpenJournal(), index, block, m_usSlot);
+}
+
 SBLOCK* CMailBox::GetMessageBlock(unsigned int index) {
     if (!IsMapped() || index >= m_usBlockCount) return nullptr;
-    NoteFetched(tessel::OpenJournal(), index, m_usSlot);
+    NoteFetch(index);
     return m_pSmallBlocks + index;
 }
 
 SBLOCK* CMailBox::GetDirectMessage(unsigned short index) {
     if (!IsMapped()) return nullptr;
-    NoteFetched(tessel::OpenJournal(), index, m_usSlot);
+    if (index < m_usBlockCount) NoteFetch(index);
     // ODD-21: not checked. Computed with integers, because the address may lie outside the pool.
     return reinterpret_cast<SBLOCK*>(reinterpret_cast<std::uintptr_t>(m_pSmallBlocks) + index * sizeof(SBLOCK));
 }

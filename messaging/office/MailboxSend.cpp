@@ -85,7 +85,8 @@ int CMailBox::Send(ORCAOBJID to, unsigned long msgId, unsigned long firstLength,
         status = DeliverOrRedirect(message);
         if (status == ERROR_BUSY) Sleep(kAttemptPauseMs);
     }
-    return Final(status, message);
+    if (status == ERROR_BUSY) status = SendAfterSweep(message);
+    return status == kReceiverFull ? ERROR_BUSY : status;
 }
 
 int CMailBox::SendWithin(unsigned long timeoutMs, ORCAOBJID to, unsigned long msgId, unsigned long firstLength,
@@ -101,7 +102,8 @@ int CMailBox::SendWithin(unsigned long timeoutMs, ORCAOBJID to, unsigned long ms
         if (spent >= timeoutMs) break;
         AwaitRoom(static_cast<unsigned long>(std::min<unsigned long long>(timeoutMs - spent, kRoomPauseMs)));
     }
-    return Final(status, message);
+    if (status == ERROR_BUSY && timeoutMs > 0) status = SendAfterSweep(message);
+    return status == kReceiverFull ? ERROR_BUSY : status;
 }
 
 /// Waits until a block may be free.
@@ -124,6 +126,11 @@ bool CMailBox::FindReceiver(Message& message) {
     return message.receiver != nullptr;
 }
 
+/// Whether the slot that was looked up still belongs to the receiver.
+bool CMailBox::IsStillAt(const Message& message) {
+    return LoadShared(m_pMailboxes[message.receiverSlot].ObjId) == message.to;
+}
+
 /// Reports a message that is too long; allocating a block for it fails.
 int CMailBox::CheckParts(const Message& message) {
     const unsigned long length = message.Length();
@@ -144,10 +151,10 @@ int CMailBox::DeliverOrRedirect(Message& message) {
     return message.receiver == ended ? status : Deliver(message);
 }
 
-/// The result of sending. If the pool has stayed full, what ended processes have left in it is removed first.
-int CMailBox::Final(int status, const Message& message) {
-    if (status == ERROR_BUSY && SweepDead().blocks > 0) status = Deliver(message);
-    return status == kReceiverFull ? ERROR_BUSY : status;
+/// Sends once more after removing what ended processes have left in a full pool.
+int CMailBox::SendAfterSweep(const Message& message) {
+    (void)SweepDead(); // another program may have swept
+    return GetFreeBlockCount() > 1 ? Deliver(message) : ERROR_BUSY;
 }
 
 int CMailBox::Deliver(const Message& message) {
@@ -164,7 +171,7 @@ int CMailBox::Deliver(const Message& message) {
 int CMailBox::Post(HWND receiver, SBLOCK& block) {
     JOURNAL* const journal = tessel::OpenJournal();
     const unsigned short index = NumberOf(block);
-    const tessel::BlockClaim claim = NotePosting(journal, index);
+    const tessel::BlockClaim claim = NotePosting(journal, index, block);
     const WPARAM again = IsPostedAgain(journal, index) ? MAILBOX_AGAIN : 0;
     if (!PostMessageW(receiver, MAILBOX_NOTIFICATION, again, index)) return static_cast<int>(GetLastError());
     NotePosted(journal, index, claim);
@@ -184,7 +191,7 @@ int CMailBox::AllocateUnderLock(const Message& message, SBLOCK*& block, PoolRepo
     block = nullptr;
     if (!IsMapped()) return ERROR_NOT_ENOUGH_MEMORY;
     // GUARD-206: it was looked up without the lock; the slot may now be free or belong to another receiver.
-    if (LoadShared(m_pMailboxes[message.receiverSlot].ObjId) != message.to) return ERROR_SERVICE_NOT_FOUND;
+    if (!IsStillAt(message)) return ERROR_SERVICE_NOT_FOUND;
     if (IsReceiverFull(message.receiverSlot)) return kReceiverFull;
     const int status = Allocate(message.Length(), message.receiverSlot, block, reports);
     if (block == nullptr) return status;
@@ -195,7 +202,8 @@ int CMailBox::AllocateUnderLock(const Message& message, SBLOCK*& block, PoolRepo
 
 bool CMailBox::IsReceiverFull(unsigned short slot) {
     const JOURNAL* const journal = tessel::OpenJournal();
-    const std::uint32_t limit = journal == nullptr ? 0 : LoadShared(journal->mailboxes[slot].limit);
+    const tessel::MAILBOX_NOTE* const note = tessel::NoteOf(m_pMailboxes, slot);
+    const std::uint32_t limit = note == nullptr ? 0 : LoadShared(note->limit);
     return limit != 0 && CountWaiting(*journal, m_pSmallBlocks, tessel::ReceiverAt(m_pMailboxes, slot), slot) >= limit;
 }
 
@@ -220,6 +228,7 @@ int CMailBox::Reply(SBLOCK* block, unsigned long msgId, unsigned long firstLengt
     if (answer.Length() > SMALL_BLOCK_SIZE) return ERROR_NOT_ENOUGH_MEMORY;
     NoteAnswer(tessel::OpenJournal(), NumberOf(*block), tessel::ReceiverAt(m_pMailboxes, answer.receiverSlot),
                answer.receiverSlot);
+    if (!IsStillAt(answer)) return ERROR_SERVICE_NOT_FOUND;
     answer.CopyTo(*block);
     block->Length = answer.Length();
     block->Receiver = answer.to;

@@ -33,16 +33,21 @@ bool WasNeverPosted(JOURNAL& journal, BLOCK_NOTE& note) {
         StoreShared(note.orphaned, LoadShared(journal.sequence));
         return false;
     }
-    const std::uint32_t slot = LoadShared(note.slot);
-    return slot < POST_OFFICE_MAILBOXES && LoadShared(journal.mailboxes[slot].fetched) > orphaned;
+    return WasFetchedLater(journal, note, orphaned);
 }
 
 /// Whether nobody will fetch or release a block any more.
-bool IsLost(JOURNAL& journal, BLOCK_NOTE& note, const Census& census) {
-    const BlockOwner owner = OwnerOf(note);
+bool IsLost(JOURNAL& journal, BLOCK_NOTE& note, const SBLOCK& block, const Census& census) {
+    const BlockOwner owner = OwnerOf(note, block);
     if (owner.state == BlockState::UNKNOWN || !census.HasEnded(owner.process)) return false;
     if (owner.state != BlockState::POSTING) return true; // the sender, or the receiver that had it, has ended
     return census.HasEnded(LoadShared(note.receiver)) || WasNeverPosted(journal, note);
+}
+
+/// Whether this process has taken over a message, but could not post it.
+bool IsLeftToPost(const BLOCK_NOTE& note) {
+    return (LoadShared(note.takenOver) & tessel::TAKEN_OVER_UNPOSTED) != 0 &&
+           tessel::IdentityIn(LoadShared(note.receiver)) == tessel::ThisProcess();
 }
 
 } // namespace
@@ -63,7 +68,7 @@ int CMailBox::CleanUp(ORCAOBJID keep) {
         lastProcess = mailbox.ProcessId;
         FreeBlocksOf(mailbox.ObjId, reports);
         Begin(journal, tessel::Change::CLEAR, slot, 0);
-        if (journal != nullptr) journal->mailboxes[slot] = {};
+        tessel::ForgetMailbox(journal, slot);
         mailbox = MAILBOX{}; // ODD-19: MailboxesInUse is not decremented
         End(journal);
     }
@@ -88,9 +93,8 @@ SWEPT CMailBox::SweepDead() {
     const PostOfficeLock lock(m_PostOffice);
     if (!lock) return swept;
     for (unsigned short index = 1; index < m_usBlockCount; ++index) {
-        if (LoadShared(m_pSmallBlocks[index].BlkNum) == 0 || !IsLost(*journal, journal->blocks[index], census))
-            continue;
-        if (FreeBlock(m_pSmallBlocks[index], reports)) ++swept.blocks;
+        SBLOCK& block = m_pSmallBlocks[index];
+        if (IsLost(*journal, journal->blocks[index], block, census) && FreeBlock(block, reports)) ++swept.blocks;
     }
     swept.registrations = FreeSlotsOfEnded(census, ORCAOBJID{0});
     return swept;
@@ -99,14 +103,21 @@ SWEPT CMailBox::SweepDead() {
 /// Asks which of the processes that blocks and registrations belong to have ended.
 void CMailBox::TakeCensus(const JOURNAL& journal, Census& census) {
     for (unsigned short slot = 1; slot < m_usMailboxCount; ++slot) {
-        if (LoadShared(m_pMailboxes[slot].ObjId) != 0) census.Ask(tessel::ReceiverAt(m_pMailboxes, slot));
+        if (IsTaken(slot)) census.Ask(tessel::ReceiverAt(m_pMailboxes, slot));
     }
     for (unsigned short index = 1; index < m_usBlockCount; ++index) {
-        const BlockOwner owner = OwnerOf(journal.blocks[index]);
-        if (owner.state == BlockState::UNKNOWN || LoadShared(m_pSmallBlocks[index].BlkNum) == 0) continue;
+        const BlockOwner owner = OwnerOf(journal.blocks[index], m_pSmallBlocks[index]);
+        if (owner.state == BlockState::UNKNOWN) continue;
         census.Ask(owner.process);
         census.Ask(LoadShared(journal.blocks[index].receiver));
     }
+}
+
+/// Whether a slot has a registration; one with the id 0 is known by its note only.
+bool CMailBox::IsTaken(unsigned short slot) {
+    const MAILBOX& mailbox = m_pMailboxes[slot];
+    if (LoadShared(mailbox.ObjId) != 0) return true;
+    return LoadShared(mailbox.InUse) != 0 && tessel::NoteOf(m_pMailboxes, slot) != nullptr;
 }
 
 /// Ends registrations of ended processes. The caller holds the post office's lock.
@@ -115,8 +126,7 @@ void CMailBox::TakeCensus(const JOURNAL& journal, Census& census) {
 unsigned short CMailBox::FreeSlotsOfEnded(const Census& census, ORCAOBJID onlyId) {
     unsigned short freed = 0;
     for (unsigned short slot = 1; slot < m_usMailboxCount; ++slot) {
-        const std::uint32_t id = LoadShared(m_pMailboxes[slot].ObjId);
-        if (id == 0 || (onlyId != 0 && id != onlyId)) continue;
+        if (!IsTaken(slot) || (onlyId != 0 && LoadShared(m_pMailboxes[slot].ObjId) != onlyId)) continue;
         if (!census.HasEnded(tessel::ReceiverAt(m_pMailboxes, slot))) continue;
         FreeSlot(slot);
         ++freed;
@@ -153,10 +163,11 @@ unsigned short CMailBox::CollectLeft(JOURNAL& journal, const Census& census, Blo
     for (unsigned short index = 1; index < m_usBlockCount; ++index) {
         const SBLOCK& block = m_pSmallBlocks[index];
         const BLOCK_NOTE& note = journal.blocks[index];
-        const BlockOwner owner = OwnerOf(note);
-        if (LoadShared(block.BlkNum) == 0 || block.Receiver != m_OwnId || !census.HasEnded(owner.process)) continue;
-        if (owner.state == BlockState::UNKNOWN || owner.state == BlockState::WRITING) continue; // or incomplete
-        if (census.HasEnded(LoadShared(note.receiver))) left[count++] = {LoadShared(note.sequence), index};
+        const BlockOwner owner = OwnerOf(note, block);
+        if (block.Receiver != m_OwnId || owner.state == BlockState::UNKNOWN) continue;
+        if (owner.state == BlockState::WRITING) continue; // incomplete
+        const bool isLeft = census.HasEnded(owner.process) && census.HasEnded(LoadShared(note.receiver));
+        if (isLeft || IsLeftToPost(note)) left[count++] = {LoadShared(note.sequence), index};
     }
     std::sort(left.begin(), left.begin() + count);
     for (unsigned short i = 0; i < count; ++i) {

@@ -102,7 +102,7 @@ void CPost::Unlock() {
     if (m_pLock == nullptr) return;
     if (!IsRecoverable()) return (void)m_pLock->ReleaseSemaphoreA(); // fails only if it was not held
     const bool takenOver = std::exchange(m_takenOver, false);
-    tessel::End(m_journal.Get()); // of an allocation, whose blocks are counted by the caller
+    if (m_pHeader != nullptr) tessel::End(m_journal.Get()); // of an allocation, whose block its caller has counted
     holdingThread = 0;
     RecoverableLock().Release();
     tessel::ReportUnless(!takenOver, "!\"Lock of an ended thread taken over\"", {"CPost", __LINE__});

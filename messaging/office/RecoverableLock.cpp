@@ -24,6 +24,8 @@ constexpr std::uint64_t kPhase = 7ULL << 32;
 constexpr std::uint64_t kWanted = 8ULL << 32;
 /// The identity is that of a process, not of a thread.
 constexpr std::uint64_t kOfProcess = 16ULL << 32;
+/// The phase is that of a dead holder, whose successor the word names: it does not have the semaphore yet.
+constexpr std::uint64_t kInheriting = 32ULL << 32;
 
 /// How long the lock is usually held, at most: two calls of the system and a short search.
 constexpr long long kUsualHoldUs = 200;
@@ -45,6 +47,10 @@ struct MutexState {
     BOOLEAN isOwn;
     BOOLEAN isAbandoned;
 };
+
+bool IsHolding(std::uint64_t word) {
+    return (word & (kPhase | kInheriting)) == kHolding;
+}
 
 bool IsFree(HANDLE semaphore) {
     SemaphoreState state{};
@@ -90,7 +96,7 @@ void RecoverableLock::SetPhase(std::uint64_t phase) {
     const Identity self = ThisThread();
     std::uint64_t word = Word();
     while (IdentityIn(word) == self && (word & kOfProcess) == 0) {
-        if (Change(word, (word & ~kPhase) | phase)) return;
+        if (Change(word, (word & ~(kPhase | kInheriting)) | phase)) return;
     }
 }
 
@@ -120,7 +126,7 @@ RecoverableLock::Result RecoverableLock::Acquire(unsigned long timeoutMs) {
     if (Change(word, ThisThread() | kTrying) || (timeoutMs > 0 && TakeSoon())) return TakeSemaphore(deadline);
     switch (AwaitTurn(deadline)) {
     case Turn::FREE: return TakeSemaphore(deadline);
-    case Turn::LEFT_BY_THE_DEAD: return Inherit(deadline);
+    case Turn::LEFT_BY_THE_DEAD: return Inherit(Word() & kPhase, deadline);
     default: return Result::FAILED;
     }
 }
@@ -170,13 +176,14 @@ RecoverableLock::Turn RecoverableLock::AwaitTurn(const Deadline& deadline) {
 /// this thread ends next, its successor must know what this one found.
 RecoverableLock::Turn RecoverableLock::Succeed(std::uint64_t word, Holder& holder) {
     const std::uint64_t self = ThisThread() | kWanted;
-    if (holder.HasEnded(word)) return Change(word, self | (word & kPhase)) ? Turn::LEFT_BY_THE_DEAD : Turn::NONE;
+    if (holder.HasEnded(word))
+        return Change(word, self | (word & kPhase) | kInheriting) ? Turn::LEFT_BY_THE_DEAD : Turn::NONE;
     return WasReleasedByAnother(word) && Change(word, self | kTrying) ? Turn::FREE : Turn::NONE;
 }
 
 /// Whether a program has released the semaphore of a holder without its record: a semaphore has no owner.
 bool RecoverableLock::WasReleasedByAnother(std::uint64_t word) const {
-    return (word & kPhase) == kHolding && IsFree(m_semaphore.GetHandle()) && Word() == word;
+    return IsHolding(word) && IsFree(m_semaphore.GetHandle()) && Word() == word;
 }
 
 DWORD RecoverableLock::AskSemaphore(unsigned long timeoutMs) const {
@@ -184,14 +191,13 @@ DWORD RecoverableLock::AskSemaphore(unsigned long timeoutMs) const {
 }
 
 /// Acquires the semaphore with the word in the phase of the dead holder.
-RecoverableLock::Result RecoverableLock::Inherit(const Deadline& deadline) {
-    const std::uint64_t phase = Word() & kPhase;
+RecoverableLock::Result RecoverableLock::Inherit(std::uint64_t phase, const Deadline& deadline) {
     const bool unknown = phase == kTrying || phase == kReleasing;
     const DWORD status = AskSemaphore(unknown ? kGraceMs : 0);
-    if (status == WAIT_OBJECT_0) return Hold(phase == kHolding ? Result::TAKEN_OVER : Result::ACQUIRED);
+    if (status == WAIT_OBJECT_0) return HoldInherited(phase == kHolding ? Result::TAKEN_OVER : Result::ACQUIRED);
     if (status != WAIT_TIMEOUT) return GiveUp();
     const bool taken = unknown || phase == kHolding || (m_record.claim != nullptr && IsAbandoned(m_record.claim));
-    return taken ? Hold(Result::TAKEN_OVER) : Block(deadline);
+    return taken ? HoldInherited(Result::TAKEN_OVER) : Block(deadline);
 }
 
 /// Acquires the semaphore with the word in the phase of trying.
@@ -207,7 +213,7 @@ RecoverableLock::Result RecoverableLock::Block(const Deadline& deadline) {
     const std::array<HANDLE, 2> both{m_semaphore.GetHandle(), m_record.claim};
     const DWORD result =
         WaitForMultipleObjects(m_record.claim == nullptr ? 1 : 2, both.data(), TRUE, deadline.Remaining());
-    const bool acquired = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED_0; // all of them, or none
+    const bool acquired = result <= WAIT_OBJECT_0 + 1 || result == WAIT_ABANDONED_0 || result == WAIT_ABANDONED_0 + 1;
     if (!acquired) return GiveUp();
     SetPhase(kHolding);
     if (m_record.claim != nullptr) (void)ReleaseMutex(m_record.claim); // acquired just now
@@ -216,8 +222,13 @@ RecoverableLock::Result RecoverableLock::Block(const Deadline& deadline) {
 
 RecoverableLock::Result RecoverableLock::Hold(Result result) {
     SetPhase(kHolding);
-    // The next holder that blocks must find it abandoned only if it was the last to have it.
-    if (result == Result::TAKEN_OVER && m_record.claim != nullptr && IsAbandoned(m_record.claim)) {
+    return result;
+}
+
+RecoverableLock::Result RecoverableLock::HoldInherited(Result result) {
+    SetPhase(kHolding);
+    // Whoever blocks later must find the mutex abandoned only if the last one that blocked had it.
+    if (m_record.claim != nullptr && IsAbandoned(m_record.claim)) {
         if (WaitForSingleObject(m_record.claim, 0) == WAIT_ABANDONED) (void)ReleaseMutex(m_record.claim);
     }
     return result;
@@ -231,7 +242,7 @@ RecoverableLock::Result RecoverableLock::GiveUp() {
 void RecoverableLock::Release() {
     std::uint64_t word = Word();
     bool held = false;
-    while (!held && (word & kPhase) == kHolding) {
+    while (!held && IsHolding(word)) {
         held = Change(word, ThisThread() | kReleasing | (word & kWanted)); // whoever acquired it
     }
     (void)m_semaphore.ReleaseSemaphoreA(); // fails only if it was free

@@ -70,9 +70,10 @@ private:
     bool WasReleasedByAnother(std::uint64_t word) const;
     DWORD AskSemaphore(unsigned long timeoutMs) const;
     Result TakeSemaphore(const Deadline& deadline);
-    Result Inherit(const Deadline& deadline);
+    Result Inherit(std::uint64_t phase, const Deadline& deadline);
     Result Block(const Deadline& deadline);
     Result Hold(Result result);
+    Result HoldInherited(Result result);
     Result GiveUp();
     void Leave();
 

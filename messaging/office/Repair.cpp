@@ -23,14 +23,14 @@ void UndoAllocation(JOURNAL& journal, const OfficeTables& tables, const CHANGE_I
 
 void FreeSlot(JOURNAL& journal, const OfficeTables& tables, const CHANGE_IN_PROGRESS& change) {
     MAILBOX& mailbox = tables.mailboxes[change.index];
-    journal.mailboxes[change.index] = MAILBOX_NOTE{};
+    ForgetMailbox(&journal, change.index);
     StoreShared<std::uint32_t>(mailbox.ObjId, 0);
     StoreShared<std::uint16_t>(mailbox.InUse, 0);
     StoreShared(tables.header->MailboxesInUse, static_cast<std::uint16_t>(change.count));
 }
 
 void ClearSlot(JOURNAL& journal, const OfficeTables& tables, const CHANGE_IN_PROGRESS& change) {
-    journal.mailboxes[change.index] = MAILBOX_NOTE{};
+    ForgetMailbox(&journal, change.index);
     tables.mailboxes[change.index] = MAILBOX{};
 }
 
@@ -48,7 +48,9 @@ constexpr Mending kMendings[] = {
 } // namespace
 
 bool Repair(JOURNAL& journal, const OfficeTables& tables) {
-    const CHANGE_IN_PROGRESS change = journal.change; // a copy cannot change after the check
+    // A copy cannot change after the check.
+    const CHANGE_IN_PROGRESS change{LoadShared(journal.change.kind), LoadShared(journal.change.index),
+                                    LoadShared(journal.change.count), LoadShared(journal.change.users)};
     for (const Mending& mending : kMendings) {
         if (change.kind != static_cast<std::uint32_t>(mending.kind) || change.index >= mending.records) continue;
         mending.mend(journal, tables, change);

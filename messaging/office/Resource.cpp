@@ -55,9 +55,9 @@ bool CResource::IsMapped() {
 
 RESOURCE* CResource::ClaimFreeRecord() {
     const auto records = ResourceRecords(m_pResources);
-    const auto claim = [&records, this] {
+    const auto claim = [&records] {
         return std::find_if(records.begin(), records.end(),
-                            [this](RESOURCE& record) { return ClaimResource(record, 0, m_ulThreadId); });
+                            [](RESOURCE& record) { return ClaimResource(record, 0, GetCurrentThreadId()); });
     };
     auto free = claim();
     if (free == records.end()) { // GUARD-280: killed processes may have left their dialogs
@@ -79,6 +79,8 @@ int CResource::AddResource(RESOURCE_TYPE type, RESOURCE_ID id, HWND hWnd, unsign
             tessel::NoteResourceOwner(static_cast<std::size_t>(record - m_pResources), m_ulProcessId);
             StoreShared<std::uint32_t>(record->ProcessId, m_ulProcessId);
             Fill(*record, type, id, tessel::ToShared(hWnd), owner);
+            // Last: the object's thread may have ended, and a sweep takes what such a thread has claimed for abandoned.
+            StoreShared<std::uint32_t>(record->ThreadId, m_ulThreadId);
             result = 0;
         }
     }

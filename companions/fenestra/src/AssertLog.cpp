@@ -19,12 +19,26 @@ struct Sink {
     void* context;
 };
 
+/// Holds the lock for a scope. A thread may have been ended while it held the lock, as when the program returns from
+/// main() while threads report: after a second the report is made without it.
 class LockGuard {
 public:
-    LockGuard() { AcquireSRWLockExclusive(&lock); }
-    ~LockGuard() { ReleaseSRWLockExclusive(&lock); }
+    LockGuard() : m_held(TryAcquireSRWLockExclusive(&lock)) {
+        for (int attempt = 0; !m_held && attempt < kAttempts; ++attempt) {
+            Sleep(kAttemptPauseMs);
+            m_held = TryAcquireSRWLockExclusive(&lock);
+        }
+    }
+    ~LockGuard() {
+        if (m_held) ReleaseSRWLockExclusive(&lock);
+    }
     LockGuard(const LockGuard&) = delete;
     LockGuard& operator=(const LockGuard&) = delete;
+
+private:
+    static constexpr int kAttempts = 1000;
+    static constexpr DWORD kAttemptPauseMs = 1;
+    bool m_held;
 };
 
 template <std::size_t Size> void CopyTruncated(char (&target)[Size], const char* text) {

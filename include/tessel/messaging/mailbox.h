@@ -53,7 +53,7 @@ static_assert(sizeof(MONITOR_LEVEL) == 8);
 /// @endcode
 /// Length counts an extra byte that is never written.
 /// Once its notification is posted, a block belongs to the receiver; the sender does not touch it again. Messages that
-/// one sender sends to one receiver arrive in order.
+/// one sender sends to one receiver arrive in order, but see TakeOver().
 ///
 /// Limits: 99 registrations and 499 messages in transit per post office, SMALL_BLOCK_SIZE - 1 bytes per message. There
 /// is one post office per logon session: processes of other sessions, such as services, are not reached.
@@ -261,10 +261,11 @@ private:
 
     int Address(Message& message);
     bool FindReceiver(Message& message);
+    bool IsStillAt(const Message& message);
     int CheckParts(const Message& message);
     int DeliverOrRedirect(Message& message);
     int Deliver(const Message& message);
-    int Final(int status, const Message& message);
+    int SendAfterSweep(const Message& message);
     int Post(HWND receiver, SBLOCK& block);
     void AwaitRoom(unsigned long mostMs);
 
@@ -281,9 +282,11 @@ private:
     unsigned short FreeUnderLock(std::span<SBLOCK* const> blocks);
     bool FreeBlock(SBLOCK& block, tessel::PoolReports& reports);
     void FreeBlocksOf(unsigned long receiver, tessel::PoolReports& reports);
+    void NoteFetch(unsigned int index);
     unsigned short NumberOf(const SBLOCK& block);
     bool IsBlockOfPool(const SBLOCK* block);
 
+    bool IsTaken(unsigned short slot);
     void TakeCensus(const tessel::JOURNAL& journal, tessel::Census& census);
     unsigned short FreeSlotsOfEnded(const tessel::Census& census, ORCAOBJID onlyId);
     unsigned short CollectLeft(tessel::JOURNAL& journal, const tessel::Census& census, BlockNumbers& blocks);

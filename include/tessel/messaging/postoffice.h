@@ -133,7 +133,8 @@ public:
     /// Closes the post office. The region is destroyed when the last process closes it.
     static void DestroyGlobalPostOffice();
 
-    /// Acquires the lock that protects every change of the mailbox table and the pool.
+    /// Acquires the lock that protects every change of the mailbox table and the pool. After the end of a holder it may
+    /// take 100 ms longer than the time-out.
     /// @param timeoutMs  milliseconds; INFINITE waits indefinitely
     /// @return 0: acquired; 1: time-out or failure
     int LockThreadSafe(unsigned long timeoutMs);
