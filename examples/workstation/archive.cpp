@@ -11,8 +11,9 @@ constexpr unsigned int kTickMs = 50;
 constexpr long kMovieMs = 100;
 
 std::wstring TextOf(const CMail& mail) {
-    std::wstring text(mail.Data().size() / sizeof(wchar_t), L'\0');
-    (void)mail.Copy(text.data(), static_cast<unsigned long>(text.size() * sizeof(wchar_t))); // all whole characters
+    const auto bytes = static_cast<unsigned long>(mail.Data().size());
+    std::wstring text(bytes / sizeof(wchar_t), L'\0');
+    (void)mail.Copy(text.data(), bytes - bytes % sizeof(wchar_t)); // all complete characters
     return text;
 }
 

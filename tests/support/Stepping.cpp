@@ -93,5 +93,6 @@ unsigned long RunInSteps(const std::function<void()>& call, const std::function<
     call();
     asm volatile("int3" ::: "memory");
     RemoveVectoredExceptionHandler(handler);
+    run = nullptr;
     return current.count;
 }
