@@ -263,8 +263,9 @@ std::vector<unsigned long> Course::Instructions() const {
 }
 
 std::vector<Contention> Course::Contentions(unsigned long instruction) const {
-    std::vector<Contention> all{Contention::AFTER_THE_DEATH, Contention::AT_THE_LAST_INSTRUCTION};
-    if (locked != 0 && instruction > locked) all.push_back(Contention::AS_SOON_AS_LOCKED);
+    std::vector<Contention> all{Contention::AFTER_THE_DEATH, Contention::AT_THE_LAST_INSTRUCTION,
+                                Contention::AS_SOON_AS_LOCKED};
+    if (locked == 0 || instruction <= locked) all.pop_back();
     if (!IsVisible(instruction)) all = {all[instruction % all.size()]};
     return all;
 }
