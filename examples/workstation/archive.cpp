@@ -11,9 +11,10 @@ constexpr unsigned int kTickMs = 50;
 constexpr long kMovieMs = 100;
 
 std::wstring TextOf(const CMail& mail) {
-    const auto bytes = static_cast<unsigned long>(mail.Data().size());
-    std::wstring text(bytes / sizeof(wchar_t), L'\0');
-    (void)mail.Copy(text.data(), bytes - bytes % sizeof(wchar_t)); // all complete characters
+    constexpr unsigned long kCharacter = sizeof(wchar_t);
+    const unsigned long characters = static_cast<unsigned long>(mail.Data().size()) / kCharacter;
+    std::wstring text(characters, L'\0');
+    (void)mail.Copy(text.data(), characters * kCharacter);
     return text;
 }
 
